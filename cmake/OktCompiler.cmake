@@ -1,0 +1,41 @@
+# Compiler settings of this project's own targets: they link okt_compiler. Sanitizers and the mapping of paths concern
+# every object of the build.
+
+if(OKT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(OKT_CCACHE_PROGRAM ccache)
+    if(OKT_CCACHE_PROGRAM)
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${OKT_CCACHE_PROGRAM})
+    endif()
+endif()
+
+add_library(okt_compiler INTERFACE)
+target_compile_options(okt_compiler INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+# GCC 12 sees overlapping copies inside std::string where there are none (its bug 105651).
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(okt_compiler INTERFACE -Wno-restrict)
+endif()
+if(OKT_WERROR)
+    target_compile_options(okt_compiler INTERFACE -Werror)
+endif()
+
+# No folder of the machine that built it stands in a binary. Coverage needs the real places of the sources, but in __FILE__.
+set(okt_prefix_map -ffile-prefix-map)
+if(OKT_COVERAGE)
+    set(okt_prefix_map -fmacro-prefix-map)
+endif()
+add_compile_options(${okt_prefix_map}=${PROJECT_BINARY_DIR}=build ${okt_prefix_map}=${PROJECT_SOURCE_DIR}/=)
+
+if(OKT_SANITIZE)
+    add_compile_options(-fsanitize=${OKT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${OKT_SANITIZE})
+endif()
+
+# libFuzzer learns from the branches that its input takes, so the library's objects count them.
+if(OKT_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+if(OKT_COVERAGE)
+    add_compile_options(--coverage -fprofile-update=atomic)
+    add_link_options(--coverage)
+endif()

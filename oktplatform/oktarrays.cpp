@@ -1,0 +1,254 @@
+#include <oktplatform/oktarrays.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+namespace
+{
+constexpr int kMaxSize = std::numeric_limits<int>::max();
+
+/// An array grows by half of its size while it is small, by an eighth from here on.
+constexpr int kSmall = 64 * 1024;
+} // namespace
+
+// --- CByteArray --------------------------------------------------------------------------------------------------------------
+
+// The C allocator's realloc grows a large array by moving its pages, not its bytes.
+void CByteArray::reallocate(int capacity)
+{
+    void *const memory = std::realloc(m_data, static_cast<std::size_t>(capacity));
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    m_data = static_cast<BYTE *>(memory);
+    m_capacity = capacity;
+}
+
+void CByteArray::grow(int count)
+{
+    if (count > kMaxSize - m_size)
+        throw std::length_error("CByteArray");
+    int const step = std::max(m_growBy, m_size < kSmall ? m_size / 2 : m_size / 8);
+    reallocate(std::max(m_size + count, step > kMaxSize - m_size ? kMaxSize : m_size + step));
+}
+
+void CByteArray::checkIndex(int index) const
+{
+    if (index < 0 || index >= m_size)
+        throw std::out_of_range("CByteArray");
+}
+
+CByteArray::CByteArray(CByteArray const &other) : m_growBy(other.m_growBy) { Copy(other); }
+
+CByteArray::CByteArray(CByteArray &&other) noexcept
+    : m_data(std::exchange(other.m_data, nullptr)), m_size(std::exchange(other.m_size, 0)),
+      m_capacity(std::exchange(other.m_capacity, 0)), m_growBy(other.m_growBy)
+{
+}
+
+CByteArray::~CByteArray() { std::free(m_data); }
+
+CByteArray &CByteArray::operator=(CByteArray const &other)
+{
+    Copy(other);
+    return *this;
+}
+
+CByteArray &CByteArray::operator=(CByteArray &&other) noexcept
+{
+    if (this == &other)
+        return *this;
+    std::free(m_data);
+    m_data = std::exchange(other.m_data, nullptr);
+    m_size = std::exchange(other.m_size, 0);
+    m_capacity = std::exchange(other.m_capacity, 0);
+    return *this;
+}
+
+void CByteArray::SetSize(int size, int growBy)
+{
+    if (size < 0)
+        throw std::length_error("CByteArray::SetSize");
+    if (size > m_capacity && m_size == 0)
+    {
+        // Fresh memory is zero already, so that its pages are not touched here.
+        void *const memory = std::calloc(static_cast<std::size_t>(size), 1);
+        if (memory == nullptr)
+            throw std::bad_alloc();
+        std::free(m_data);
+        m_data = static_cast<BYTE *>(memory);
+        m_capacity = size;
+    }
+    else if (size > m_size)
+    {
+        if (size > m_capacity)
+            grow(size - m_size);
+        std::memset(m_data + m_size, 0, static_cast<std::size_t>(size - m_size));
+    }
+    m_size = size;
+    if (growBy >= 0)
+        m_growBy = growBy;
+}
+
+void CByteArray::RemoveAll()
+{
+    std::free(std::exchange(m_data, nullptr));
+    m_size = 0;
+    m_capacity = 0;
+}
+
+void CByteArray::FreeExtra()
+{
+    if (m_size == 0)
+        RemoveAll();
+    else if (m_size < m_capacity)
+        reallocate(m_size);
+}
+
+BYTE CByteArray::GetAt(int index) const
+{
+    checkIndex(index);
+    return m_data[index];
+}
+
+void CByteArray::SetAt(int index, BYTE value)
+{
+    checkIndex(index);
+    m_data[index] = value;
+}
+
+BYTE &CByteArray::operator[](int index)
+{
+    checkIndex(index);
+    return m_data[index];
+}
+
+BYTE const &CByteArray::operator[](int index) const
+{
+    checkIndex(index);
+    return m_data[index];
+}
+
+int CByteArray::Add(BYTE value)
+{
+    *Extend(1) = value;
+    return m_size - 1;
+}
+
+int CByteArray::Append(CByteArray const &other)
+{
+    int const before = m_size;
+    int const count = other.m_size;
+    if (count == 0)
+        return before;
+    BYTE *const target = Extend(count);
+    std::memcpy(target, other.m_data, static_cast<std::size_t>(count));
+    return before;
+}
+
+void CByteArray::Copy(CByteArray const &other)
+{
+    if (this == &other)
+        return;
+    if (other.m_size > m_capacity)
+    {
+        void *const memory = std::malloc(static_cast<std::size_t>(other.m_size));
+        if (memory == nullptr)
+            throw std::bad_alloc();
+        std::free(m_data);
+        m_data = static_cast<BYTE *>(memory);
+        m_capacity = other.m_size;
+    }
+    if (other.m_size != 0)
+        std::memcpy(m_data, other.m_data, static_cast<std::size_t>(other.m_size));
+    m_size = other.m_size;
+}
+
+// --- CStringArray ------------------------------------------------------------------------------------------------------------
+
+void CStringArray::checkIndex(int index) const
+{
+    if (index < 0 || index >= GetSize())
+        throw std::out_of_range("CStringArray");
+}
+
+void CStringArray::SetSize(int size, int growBy)
+{
+    if (size < 0)
+        throw std::length_error("CStringArray::SetSize");
+    if (growBy > 0 && static_cast<std::size_t>(size) > m_texts.capacity())
+        m_texts.reserve(static_cast<std::size_t>(size) + static_cast<std::size_t>(growBy));
+    m_texts.resize(static_cast<std::size_t>(size));
+}
+
+void CStringArray::RemoveAll() { std::vector<CString>().swap(m_texts); }
+
+CString CStringArray::GetAt(int index) const
+{
+    checkIndex(index);
+    return m_texts[static_cast<std::size_t>(index)];
+}
+
+void CStringArray::SetAt(int index, CString const &text)
+{
+    checkIndex(index);
+    m_texts[static_cast<std::size_t>(index)] = text;
+}
+
+CString &CStringArray::operator[](int index)
+{
+    checkIndex(index);
+    return m_texts[static_cast<std::size_t>(index)];
+}
+
+CString const &CStringArray::operator[](int index) const
+{
+    checkIndex(index);
+    return m_texts[static_cast<std::size_t>(index)];
+}
+
+int CStringArray::Add(CString const &text)
+{
+    m_texts.push_back(text);
+    return GetSize() - 1;
+}
+
+int CStringArray::Append(CStringArray const &other)
+{
+    int const before = GetSize();
+    std::vector<CString> added(other.m_texts);
+    m_texts.insert(m_texts.end(), std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));
+    return before;
+}
+
+void CStringArray::Copy(CStringArray const &other)
+{
+    if (this != &other)
+        m_texts = std::vector<CString>(other.m_texts);
+}
+
+void CStringArray::InsertAt(int index, CString const &text, int count)
+{
+    if (index < 0)
+        throw std::out_of_range("CStringArray::InsertAt");
+    if (count < 0)
+        throw std::length_error("CStringArray::InsertAt");
+    CString const copy(text); // the text may be one of this array
+    auto const place = static_cast<std::size_t>(index);
+    m_texts.reserve(std::max(place, m_texts.size()) + static_cast<std::size_t>(count));
+    if (place > m_texts.size())
+        m_texts.resize(place);
+    m_texts.insert(m_texts.begin() + index, static_cast<std::size_t>(count), copy);
+}
+
+void CStringArray::RemoveAt(int index, int count)
+{
+    if (index < 0 || count < 0 || index > GetSize() || count > GetSize() - index)
+        throw std::out_of_range("CStringArray::RemoveAt");
+    auto const first = m_texts.begin() + index;
+    m_texts.erase(first, first + count);
+}

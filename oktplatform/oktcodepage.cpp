@@ -1,0 +1,218 @@
+#include <oktplatform/oktcodepage.h>
+
+#include <oktplatform/oktsystem.h>
+#include <oktplatform/okttext_internal.h>
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace
+{
+constexpr UINT kAcp = 0;
+constexpr UINT kWindows1252 = 1252;
+
+struct ThreadPage
+{
+    UINT number = kWindows1252;
+    bool keepsAscii = true;
+};
+
+thread_local ThreadPage threadPage;
+
+/// The characters of the bytes 0x80 to 0x9F in windows-1252; its other bytes are the characters of the same number.
+constexpr WCHAR kHigh1252[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+                                 0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+                                 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+/// A target of limited size, or none: counts all that is put, stores what fits.
+template <typename U> class Sink
+{
+public:
+    Sink(U *target, std::size_t size) : m_target(target), m_size(target == nullptr ? 0 : size) {}
+
+    void put(U unit)
+    {
+        if (m_count < m_size)
+            m_target[m_count] = unit;
+        ++m_count;
+    }
+    U *place() { return m_count < m_size ? m_target + m_count : nullptr; }
+    std::size_t room() const { return m_count < m_size ? m_size - m_count : 0; }
+    void skip(std::size_t count) { m_count += count; }
+
+    /// The count; 0 when there is a target and it is too small, or when an int cannot tell the count.
+    int result() const
+    {
+        bool const fits = m_target == nullptr || m_count <= m_size;
+        return fits && m_count <= static_cast<std::size_t>(std::numeric_limits<int>::max()) ? static_cast<int>(m_count) : 0;
+    }
+
+private:
+    U *m_target;
+    std::size_t m_size;
+    std::size_t m_count = 0;
+};
+
+template <typename To, typename From> From const *putAscii(From const *place, From const *end, Sink<To> &sink)
+{
+    while (place != end && static_cast<std::make_unsigned_t<From>>(*place) < 0x80)
+        sink.put(static_cast<To>(*place++));
+    return place;
+}
+
+bool keepsAscii(UINT page)
+{
+    if (page == kWindows1252 || page == CP_UTF8)
+        return true;
+    for (int i = 0; i < 0x80; ++i)
+    {
+        auto const unit = static_cast<WCHAR>(i);
+        auto const byte = static_cast<char>(i);
+        char bytes[8];
+        WCHAR units[8];
+        std::size_t needed = 0;
+        bool substituted = false;
+        if (!OktSystem::toCodePage(page, &unit, 1, '?', substituted, bytes, sizeof bytes, needed) || substituted ||
+            needed != 1 || bytes[0] != byte)
+            return false;
+        if (!OktSystem::fromCodePage(page, &byte, 1, units, 8, needed) || needed != 1 || units[0] != unit)
+            return false;
+    }
+    return true;
+}
+
+/// The byte of a character in windows-1252, -1 if it has none.
+int byteIn1252(WCHAR unit)
+{
+    if (unit < 0x80 || (unit >= 0xA0 && unit <= 0xFF))
+        return unit;
+    auto const *const place = std::find(std::begin(kHigh1252), std::end(kHigh1252), unit);
+    return place == std::end(kHigh1252) ? -1 : static_cast<int>(0x80 + (place - kHigh1252));
+}
+
+void to1252(WCHAR const *place, WCHAR const *end, char substitute, bool &substituted, Sink<char> &sink)
+{
+    for (; place != end; ++place)
+    {
+        int const byte = byteIn1252(*place);
+        substituted |= byte < 0;
+        sink.put(byte < 0 ? substitute : static_cast<char>(byte));
+    }
+}
+
+void toUtf8(WCHAR const *place, WCHAR const *end, char substitute, bool &substituted, Sink<char> &sink)
+{
+    while (place != end)
+    {
+        char32_t const character = OktText::nextCharacter(place, end);
+        if (OktText::isSurrogate(character))
+        {
+            substituted = true;
+            sink.put(substitute);
+            continue;
+        }
+        char bytes[4];
+        int const count = OktText::putUtf8(character, bytes);
+        for (int i = 0; i < count; ++i)
+            sink.put(bytes[i]);
+    }
+}
+
+UINT resolve(UINT codePage) { return codePage == kAcp || codePage == CP_THREAD_ACP ? threadPage.number : codePage; }
+} // namespace
+
+void OktSetThreadCodePage(unsigned int codePage)
+{
+    UINT const page = resolve(codePage);
+    if (page == threadPage.number)
+        return;
+    if (page != kWindows1252 && page != CP_UTF8 && !OktSystem::knowsCodePage(page))
+        return;
+    threadPage = {page, keepsAscii(page)};
+}
+
+unsigned int OktThreadCodePage() { return threadPage.number; }
+
+bool OktThreadCodePageKeepsAscii() { return threadPage.keepsAscii; }
+
+int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, char *target, int size, char const *defaultChar,
+                        BOOL *usedDefault)
+{
+    if (usedDefault != nullptr)
+        *usedDefault = FALSE;
+    if (text == nullptr || length == 0 || length < -1 || size < 0 || (size > 0 && target == nullptr))
+        return 0;
+    WCHAR const *const end = text + (length > 0 ? static_cast<std::size_t>(length) : std::char_traits<WCHAR>::length(text) + 1);
+    UINT const page = resolve(codePage);
+    char const substitute = defaultChar == nullptr ? '?' : *defaultChar;
+    bool substituted = false;
+    Sink<char> sink(size == 0 ? nullptr : target, static_cast<std::size_t>(size));
+
+    WCHAR const *place = text;
+    if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage.number && threadPage.keepsAscii))
+        place = putAscii(place, end, sink);
+    if (page == kWindows1252)
+        to1252(place, end, substitute, substituted, sink);
+    else if (page == CP_UTF8)
+        toUtf8(place, end, substitute, substituted, sink);
+    else if (place != end)
+    {
+        std::size_t needed = 0;
+        if (!OktSystem::toCodePage(page, place, static_cast<std::size_t>(end - place), substitute, substituted, sink.place(),
+                                   sink.room(), needed))
+            return 0;
+        sink.skip(needed);
+    }
+    if (usedDefault != nullptr)
+        *usedDefault = substituted ? TRUE : FALSE;
+    return sink.result();
+}
+
+int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHAR *target, int size)
+{
+    if (text == nullptr || length == 0 || length < -1 || size < 0 || (size > 0 && target == nullptr))
+        return 0;
+    char const *const end = text + (length > 0 ? static_cast<std::size_t>(length) : std::char_traits<char>::length(text) + 1);
+    UINT const page = resolve(codePage);
+    Sink<WCHAR> sink(size == 0 ? nullptr : target, static_cast<std::size_t>(size));
+
+    char const *place = text;
+    if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage.number && threadPage.keepsAscii))
+        place = putAscii(place, end, sink);
+    if (page == kWindows1252)
+    {
+        for (; place != end; ++place)
+        {
+            auto const byte = static_cast<unsigned char>(*place);
+            sink.put(byte >= 0x80 && byte < 0xA0 ? kHigh1252[byte - 0x80] : static_cast<WCHAR>(byte));
+        }
+    }
+    else if (page == CP_UTF8)
+    {
+        while (place != end)
+        {
+            WCHAR units[2];
+            int const count = OktText::putCharacter(OktText::nextUtf8(place, end), units);
+            for (int i = 0; i < count; ++i)
+                sink.put(units[i]);
+        }
+    }
+    else if (place != end)
+    {
+        std::size_t needed = 0;
+        if (!OktSystem::fromCodePage(page, place, static_cast<std::size_t>(end - place), sink.place(), sink.room(), needed))
+            return 0;
+        sink.skip(needed);
+    }
+    return sink.result();
+}
+
+int lstrlenW(WCHAR const *text)
+{
+    if (text == nullptr)
+        return 0;
+    std::size_t const length = std::char_traits<WCHAR>::length(text);
+    return length > static_cast<std::size_t>(std::numeric_limits<int>::max()) ? std::numeric_limits<int>::max()
+                                                                              : static_cast<int>(length);
+}

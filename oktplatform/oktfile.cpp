@@ -1,0 +1,79 @@
+#include <oktplatform/oktfile.h>
+
+#include <oktplatform/oktsystem.h>
+
+namespace
+{
+constexpr std::intptr_t kClosed = -1;
+constexpr UINT kAccessMask = 0x0003;
+
+void check(int error)
+{
+    if (error != 0)
+        throw CFileException(error);
+}
+
+OktSystem::FileRequest requestOf(UINT flags)
+{
+    OktSystem::FileRequest request;
+    if ((flags & kAccessMask) == CFile::modeWrite)
+        request.access = OktSystem::FileAccess::Write;
+    else if ((flags & kAccessMask) != CFile::modeRead)
+        request.access = OktSystem::FileAccess::ReadWrite;
+    request.create = (flags & CFile::modeCreate) != 0;
+    request.truncate = request.create && (flags & CFile::modeNoTruncate) == 0;
+    return request;
+}
+} // namespace
+
+CFile::~CFile()
+{
+    if (m_handle != kClosed)
+        OktSystem::closeFile(m_handle);
+}
+
+bool CFile::Open(CString const &path, UINT flags, CFileException *error)
+{
+    std::intptr_t handle = kClosed;
+    int const result = m_handle != kClosed ? OktSystem::alreadyOpenError()
+                                           : OktSystem::openFile(path.GetString(), static_cast<std::size_t>(path.GetLength()),
+                                                                 requestOf(flags), handle);
+    if (error != nullptr)
+        error->m_lOsError = result;
+    if (result != 0)
+        return false;
+    m_handle = handle;
+    return true;
+}
+
+void CFile::Close()
+{
+    if (m_handle == kClosed)
+        return;
+    std::intptr_t const handle = m_handle;
+    m_handle = kClosed;
+    check(OktSystem::closeFile(handle));
+}
+
+UINT CFile::Read(void *target, UINT count)
+{
+    std::size_t done = 0;
+    check(OktSystem::readFile(m_handle, target, count, done));
+    return static_cast<UINT>(done);
+}
+
+void CFile::Write(void const *source, UINT count) { check(OktSystem::writeFile(m_handle, source, count)); }
+
+ULONGLONG CFile::Seek(LONGLONG offset, UINT from)
+{
+    ULONGLONG position = 0;
+    check(OktSystem::seekFile(m_handle, offset, from, position));
+    return position;
+}
+
+ULONGLONG CFile::GetLength() const
+{
+    ULONGLONG length = 0;
+    check(OktSystem::fileLength(m_handle, length));
+    return length;
+}

@@ -1,0 +1,33 @@
+#include <oktplatform/oktwarning.h>
+
+namespace
+{
+/// A wrapped literal, so that a prompt costs no memory; empty for an id that is not held.
+CString catalogueText(unsigned int id)
+{
+    switch (id)
+    {
+#define OKT_PROMPT(number, text)                                                                                               \
+    case number:                                                                                                               \
+        return CString(u"" text);
+#define OKT_SUPPORT_PROMPT(number, text) OKT_PROMPT(number, text)
+#include <oktdatabase/res/oktprompts.inc>
+#undef OKT_SUPPORT_PROMPT
+#undef OKT_PROMPT
+    default: return CString();
+    }
+}
+} // namespace
+
+CString ZnPrompts::getPrompt(unsigned int id, wchar_t const *project, unsigned int)
+{
+    if (CString(u"OKTDATABASE") != project)
+        return CString();
+    return catalogueText(id);
+}
+
+int ZnPrompts::getPrompt(CString &text, unsigned int id, wchar_t const *project, unsigned int flags)
+{
+    text = getPrompt(id, project, flags);
+    return text.IsEmpty() ? 0 : 1;
+}

@@ -1,0 +1,276 @@
+#pragma once
+
+#include <oktplatform/oktexport.h>
+#include <oktplatform/okttypes.h>
+
+#if defined(_WIN32)
+#include <oktplatform/win32/oktimage.h>
+#else
+#include <oktplatform/posix/oktimage.h>
+#endif
+
+#include <atomic>
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+class CString;
+
+/// A run of UTF-16 code units that somebody else owns.
+using OktTextView = std::basic_string_view<WCHAR>;
+
+/// The head of a text buffer; the units and a closing zero unit follow it in memory.
+struct OktTextBuffer
+{
+    static constexpr int kBorrowed = -1; ///< in place of a count: the buffer belongs to a frame of the stack
+
+    std::atomic<int> references;
+    int length;   ///< in units, without the closing zero
+    int capacity; ///< in units, without the closing zero
+
+    WCHAR *units() { return reinterpret_cast<WCHAR *>(this + 1); }
+};
+
+/// One argument of CString::Format: a number, a character or a text. Made by implicit conversion, used at once.
+class OktFormatArgument
+{
+public:
+    template <std::integral T> OktFormatArgument(T value) // NOLINT(google-explicit-constructor)
+        : m_kind(std::is_signed_v<T> ? Kind::Signed : Kind::Unsigned), m_integer(static_cast<std::int64_t>(value))
+    {
+    }
+    template <typename T>
+        requires std::is_enum_v<T>
+    OktFormatArgument(T value) : OktFormatArgument(static_cast<std::underlying_type_t<T>>(value)) // NOLINT
+    {
+    }
+    OktFormatArgument(double value) : m_kind(Kind::Real), m_real(value) {}                       // NOLINT
+    OktFormatArgument(char const *text) : m_kind(Kind::Narrow), m_pointer(text) {}               // NOLINT
+    OktFormatArgument(wchar_t const *text) : m_kind(Kind::Wide), m_pointer(text) {}              // NOLINT
+    OktFormatArgument(char16_t const *text) : m_kind(Kind::Units), m_pointer(text) {}            // NOLINT
+    OktFormatArgument(CString const &text) : m_kind(Kind::Text), m_pointer(&text) {}             // NOLINT
+
+private:
+    friend class CString;
+    enum class Kind { Signed, Unsigned, Real, Narrow, Wide, Units, Text };
+    Kind m_kind;
+    union
+    {
+        std::int64_t m_integer;
+        double m_real;
+        void const *m_pointer;
+    };
+};
+
+/// A text of UTF-16 code units, lone surrogates and zero units included. Lengths, indexes, comparisons and order count units.
+///
+/// One pointer wide. A copy shares the buffer and allocates nothing; the first change of a shared text makes a buffer of its
+/// own. A literal is wrapped: neither copied nor measured nor converted until somebody looks at it, so that a member can be
+/// named in every call at no cost. Memory that cannot be had throws std::bad_alloc and leaves the text as it was.
+class OKT_API CString
+{
+    template <typename P, typename C> static constexpr bool isPointerTo = std::same_as<P, C const *> || std::same_as<P, C *>;
+
+public:
+    constexpr CString() noexcept = default;
+    CString(CString const &other) : m_word(other.word())
+    {
+        if (isBuffer())
+            share();
+    }
+    CString(CString &&other) noexcept : m_word(other.word())
+    {
+        if (isBuffer())
+            take(other);
+    }
+    ~CString()
+    {
+        if (isBuffer())
+            release();
+    }
+    CString &operator=(CString const &other);
+    CString &operator=(CString &&other) noexcept;
+
+    /// A zero-terminated text, copied. Null gives the empty text. A wchar_t of 32 bits above U+FFFF becomes a surrogate pair.
+    /// The 8-bit form is converted from the code page of the thread.
+    template <typename P>
+        requires isPointerTo<P, char16_t>
+    CString(P const &text) // NOLINT(google-explicit-constructor)
+    {
+        assignUnits(text);
+    }
+    template <typename P>
+        requires isPointerTo<P, wchar_t>
+    CString(P const &text) // NOLINT(google-explicit-constructor)
+    {
+        assignWide(text);
+    }
+    CString(char const *text) { assignNarrow(text); } // NOLINT(google-explicit-constructor)
+    CString(std::nullptr_t) {}                        // NOLINT(google-explicit-constructor)
+
+    /// A literal, wrapped. An array that is no constant of the calling program or library is copied.
+    template <std::size_t N> __attribute__((always_inline)) CString(char16_t const (&text)[N]) // NOLINT
+    {
+        if (OktIsImageConstant(text))
+            m_word.store(reinterpret_cast<std::uintptr_t>(text) | kUnits, std::memory_order_relaxed);
+        else
+            assignUnits(text);
+    }
+    template <std::size_t N> __attribute__((always_inline)) CString(wchar_t const (&text)[N]) // NOLINT
+    {
+        if (OktIsImageConstant(text))
+            m_word.store(reinterpret_cast<std::uintptr_t>(text) | (sizeof(wchar_t) == 2 ? kUnits : kWide),
+                         std::memory_order_relaxed);
+        else
+            assignWide(text);
+    }
+    template <std::size_t N> CString(char16_t (&text)[N]) { assignUnits(text); } // NOLINT
+    template <std::size_t N> CString(wchar_t (&text)[N]) { assignWide(text); }   // NOLINT
+
+    /// The first `length` units at `units`, zero units included. A length below 1 gives the empty text.
+    CString(WCHAR const *units, int length);
+    explicit CString(OktTextView units);
+    /// A text in a buffer that belongs to a frame of the stack (its count is kBorrowed). A copy of it gets a buffer of its own.
+    explicit CString(OktTextBuffer &borrowed) noexcept : m_word(reinterpret_cast<std::uintptr_t>(&borrowed)) {}
+
+    /// Malformed UTF-8 becomes U+FFFD, one for each maximal bad run; a lone surrogate leaves as U+FFFD.
+    static CString FromUtf8(std::string_view text);
+    std::string ToUtf8() const;
+
+    int GetLength() const { return static_cast<int>(View().size()); }
+    bool IsEmpty() const { return View().empty(); }
+    void Empty();
+    /// Cuts the text to its first `length` units and keeps the memory of a buffer that is not shared.
+    void Truncate(int length);
+
+    /// An index below 0, or beyond the length, throws std::out_of_range; the length itself gives the closing zero.
+    WCHAR GetAt(int index) const;
+    WCHAR operator[](int index) const { return GetAt(index); }
+    void SetAt(int index, WCHAR unit);
+
+    /// The units; good until the text changes or goes. GetString is zero-terminated.
+    WCHAR const *GetString() const;
+    OktTextView View() const
+    {
+        std::uintptr_t const w = word();
+        if (w == 0)
+            return {};
+        if ((w & kTagMask) == 0)
+        {
+            auto *const buffer = reinterpret_cast<OktTextBuffer *>(w);
+            return {buffer->units(), static_cast<std::size_t>(buffer->length)};
+        }
+        return wrappedView();
+    }
+
+    /// Makes the text `length` units long and lets `fill(units, length)` set all of them. A length below 1 gives the empty text.
+    template <typename F> void SetUnits(int length, F fill)
+    {
+        if (length > 0)
+            fill(ownUnits(length), length);
+        else
+            Empty();
+    }
+
+    /// Negative counts and indexes count as 0, too large ones as the end.
+    CString Left(int count) const;
+    CString Right(int count) const;
+    CString Mid(int first) const;
+    CString Mid(int first, int count) const;
+
+    /// The index of the first (last) place from `start` on, or -1. A start below 0 or beyond the end finds nothing.
+    int Find(CString const &part, int start = 0) const;
+    int Find(WCHAR unit, int start = 0) const;
+    int ReverseFind(WCHAR unit) const;
+
+    /// Takes away white space, one unit, or every unit of a set, at one end; gives the text itself.
+    CString &TrimLeft();
+    CString &TrimLeft(WCHAR unit);
+    CString &TrimLeft(CString const &set);
+    CString &TrimRight();
+    CString &TrimRight(WCHAR unit);
+    CString &TrimRight(CString const &set);
+
+    /// The number of places replaced. An empty `from` replaces nothing.
+    int Replace(CString const &from, CString const &to);
+    int Replace(WCHAR from, WCHAR to);
+
+    /// Below, at or above 0. NoCase folds ASCII and, beyond it, by the simple case mapping of the characters.
+    int Compare(CString const &other) const;
+    int CompareNoCase(CString const &other) const;
+
+    /// printf's conversions d i u x X o c s S p e E f g G a and %, flags, width, precision and '*'. Texts of every kind fit both
+    /// s and S; numbers follow the numeric locale, decimals are rounded exactly, half to even.
+    template <typename... A> void Format(CString const &format, A const &...arguments)
+    {
+        formatList(format, {OktFormatArgument(arguments)...});
+    }
+
+    /// A new system string with this text, owned by the caller (SysFreeString). Zero units are kept.
+    OLECHAR *AllocSysString() const;
+
+    CString &operator+=(CString const &text);
+    CString &operator+=(WCHAR unit);
+#if !defined(_WIN32)
+    int Find(wchar_t unit, int start = 0) const { return Find(CString(&unit, 1, Wide()), start); }
+    int ReverseFind(wchar_t unit) const { return ReverseFind(static_cast<WCHAR>(unit)); }
+    CString &TrimLeft(wchar_t unit) { return TrimLeft(static_cast<WCHAR>(unit)); }
+    CString &TrimRight(wchar_t unit) { return TrimRight(static_cast<WCHAR>(unit)); }
+    int Replace(wchar_t from, wchar_t to) { return Replace(CString(&from, 1, Wide()), CString(&to, 1, Wide())); }
+    CString &operator+=(wchar_t unit) { return *this += CString(&unit, 1, Wide()); }
+#endif
+
+    friend CString operator+(CString const &left, CString const &right) { return joined(left, right); }
+
+    friend bool operator==(CString const &left, CString const &right) { return left.View() == right.View(); }
+    friend bool operator==(CString const &left, wchar_t const *right) { return left.compareWide(right) == 0; }
+    friend bool operator==(CString const &left, char16_t const *right) { return left.compareUnits(right) == 0; }
+    friend std::strong_ordering operator<=>(CString const &left, CString const &right) { return left.Compare(right) <=> 0; }
+    friend std::strong_ordering operator<=>(CString const &left, wchar_t const *right) { return left.compareWide(right) <=> 0; }
+    friend std::strong_ordering operator<=>(CString const &left, char16_t const *right)
+    {
+        return left.compareUnits(right) <=> 0;
+    }
+
+private:
+    // What the word holds is told by its low bits: a buffer (0 is the empty text), a literal of 16-bit units, a literal of
+    // 32-bit wchar_t. Units lie on even addresses, wide characters on multiples of 4.
+    static constexpr std::uintptr_t kUnits = 1;
+    static constexpr std::uintptr_t kWide = 2;
+    static constexpr std::uintptr_t kTagMask = 3;
+
+    struct Wide
+    {
+    };
+    CString(wchar_t const *text, int length, Wide);
+
+    std::uintptr_t word() const { return m_word.load(std::memory_order_acquire); }
+    bool isBuffer() const
+    {
+        std::uintptr_t const w = word();
+        return w != 0 && (w & kTagMask) == 0;
+    }
+    OktTextBuffer *buffer() const { return reinterpret_cast<OktTextBuffer *>(word()); }
+
+    WCHAR *ownUnits(int length);
+    void share();
+    void take(CString &other);
+    void release();
+    OktTextView wrappedView() const;
+    void assignUnits(char16_t const *text);
+    void assignWide(wchar_t const *text);
+    void assignNarrow(char const *text);
+    void formatList(CString const &format, std::initializer_list<OktFormatArgument> arguments);
+    int compareWide(wchar_t const *text) const;
+    int compareUnits(char16_t const *text) const;
+    static CString joined(CString const &left, CString const &right);
+
+    mutable std::atomic<std::uintptr_t> m_word{0};
+};
+
+static_assert(sizeof(CString) == sizeof(void *));

@@ -1,0 +1,217 @@
+#include <oktplatform/oktsystem.h>
+#include <oktplatform/okttext_internal.h>
+
+#include <algorithm>
+#include <bit>
+#include <cerrno>
+#include <cstdio>
+#include <iconv.h>
+#include <utility>
+
+namespace
+{
+using OktSystem::Unit;
+
+constexpr char const *kUnits = std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
+
+/// Pages whose number does not stand in the converter's name for them.
+struct NamedPage
+{
+    unsigned int page;
+    char const *name;
+};
+
+constexpr NamedPage kNamedPages[] = {
+    {936, "GBK"},          {949, "UHC"},          {950, "BIG5"},          {1361, "JOHAB"},        {20127, "US-ASCII"},
+    {20866, "KOI8-R"},     {20932, "EUC-JP"},     {21866, "KOI8-U"},      {28591, "ISO-8859-1"},  {28592, "ISO-8859-2"},
+    {28593, "ISO-8859-3"}, {28594, "ISO-8859-4"}, {28595, "ISO-8859-5"},  {28596, "ISO-8859-6"},  {28597, "ISO-8859-7"},
+    {28598, "ISO-8859-8"}, {28599, "ISO-8859-9"}, {28603, "ISO-8859-13"}, {28605, "ISO-8859-15"}, {50220, "ISO-2022-JP"},
+    {51932, "EUC-JP"},     {51936, "GB2312"},     {51949, "EUC-KR"},      {54936, "GB18030"},     {65000, "UTF-7"},
+};
+
+/// Pages made of 16- or 32-bit units: no pages of 8-bit text.
+constexpr bool isWidePage(unsigned int page) { return page == 1200 || page == 1201 || page == 12000 || page == 12001; }
+
+iconv_t const kNoConverter = reinterpret_cast<iconv_t>(-1); // NOLINT: the published value
+
+/// Calls `open` with one name after the other that the converter may know the page by.
+template <typename Open> iconv_t openByName(unsigned int page, Open open)
+{
+    char name[32];
+    for (char const *const form : {"CP%u", "WINDOWS-%u", "IBM%u"})
+    {
+        std::snprintf(name, sizeof name, form, page);
+        iconv_t const converter = open(name);
+        if (converter != kNoConverter)
+            return converter;
+    }
+    for (NamedPage const &named : kNamedPages)
+    {
+        if (named.page == page)
+            return open(named.name);
+    }
+    return kNoConverter;
+}
+
+/// The two directions of one code page.
+class Converters
+{
+public:
+    Converters() = default;
+    Converters(Converters const &) = delete;
+    Converters &operator=(Converters const &) = delete;
+    ~Converters() { close(); }
+
+    /// False: the page is unknown; the page before stays.
+    bool open(unsigned int page)
+    {
+        if (page == m_page)
+            return true;
+        if (isWidePage(page))
+            return false;
+        iconv_t const toPage = openByName(page, [](char const *name) { return iconv_open(name, kUnits); });
+        if (toPage == kNoConverter)
+            return false;
+        iconv_t const fromPage = openByName(page, [](char const *name) { return iconv_open(kUnits, name); });
+        if (fromPage == kNoConverter)
+        {
+            iconv_close(toPage);
+            return false;
+        }
+        close();
+        m_page = page;
+        m_toPage = toPage;
+        m_fromPage = fromPage;
+        return true;
+    }
+
+    iconv_t toPage() const { return m_toPage; }
+    iconv_t fromPage() const { return m_fromPage; }
+
+private:
+    void close()
+    {
+        if (m_page == 0)
+            return;
+        iconv_close(m_toPage);
+        iconv_close(m_fromPage);
+        m_page = 0;
+    }
+
+    unsigned int m_page = 0;
+    iconv_t m_toPage = kNoConverter;
+    iconv_t m_fromPage = kNoConverter;
+};
+
+/// Opening a converter is slow, and a thread stays with its page.
+Converters &threadConverters()
+{
+    thread_local Converters converters;
+    return converters;
+}
+
+/// Runs a converter over text piece by piece and counts and stores what comes out.
+template <typename To> class Run
+{
+public:
+    Run(iconv_t converter, To *target, std::size_t size)
+        : m_converter(converter), m_target(target), m_size(target == nullptr ? 0 : size)
+    {
+        iconv(m_converter, nullptr, nullptr, nullptr, nullptr);
+    }
+
+    /// Converts up to the end or to the first place that makes no character, where `bytes` then points. 0 or the error number.
+    int convert(char *&bytes, std::size_t &left)
+    {
+        for (;;)
+        {
+            int const error = step(&bytes, &left);
+            if (error != E2BIG)
+                return error;
+        }
+    }
+
+    /// What the converter still holds back, and the return to its first state.
+    void finish() { step(nullptr, nullptr); }
+
+    void put(To unit)
+    {
+        if (m_count < m_size)
+            m_target[m_count] = unit;
+        ++m_count;
+    }
+
+    std::size_t count() const { return m_count; }
+
+private:
+    int step(char **bytes, std::size_t *left)
+    {
+        To piece[256];
+        auto *out = reinterpret_cast<char *>(piece);
+        std::size_t room = sizeof piece;
+        int const error = iconv(m_converter, bytes, left, &out, &room) == static_cast<std::size_t>(-1) ? errno : 0;
+        std::size_t const made = (sizeof piece - room) / sizeof(To);
+        std::for_each(piece, piece + made, [this](To unit) { put(unit); });
+        return error;
+    }
+
+    iconv_t m_converter;
+    To *m_target;
+    std::size_t m_size;
+    std::size_t m_count = 0;
+};
+} // namespace
+
+bool OktSystem::knowsCodePage(unsigned int page) { return threadConverters().open(page); }
+
+bool OktSystem::toCodePage(unsigned int page, Unit const *text, std::size_t length, char substitute, bool &substituted,
+                           char *target, std::size_t size, std::size_t &needed)
+{
+    Converters &converters = threadConverters();
+    if (!converters.open(page))
+        return false;
+    Run<char> run(converters.toPage(), target, size);
+    auto *place = const_cast<char *>(reinterpret_cast<char const *>(text));
+    std::size_t left = length * sizeof(Unit);
+    while (run.convert(place, left) != 0)
+    {
+        // One substitute for each unit of the character that has no bytes, a lone surrogate included.
+        auto const *unit = reinterpret_cast<Unit const *>(place);
+        OktText::nextCharacter(unit, unit + left / sizeof(Unit));
+        std::size_t const units = static_cast<std::size_t>(unit - reinterpret_cast<Unit const *>(place));
+        substituted = true;
+        run.finish();
+        for (std::size_t i = 0; i < units; ++i)
+            run.put(substitute);
+        place += units * sizeof(Unit);
+        left -= units * sizeof(Unit);
+    }
+    run.finish();
+    needed = run.count();
+    return true;
+}
+
+bool OktSystem::fromCodePage(unsigned int page, char const *text, std::size_t length, Unit *target, std::size_t size,
+                             std::size_t &needed)
+{
+    Converters &converters = threadConverters();
+    if (!converters.open(page))
+        return false;
+    Run<Unit> run(converters.fromPage(), target, size);
+    auto *place = const_cast<char *>(text);
+    std::size_t left = length;
+    for (;;)
+    {
+        int const error = run.convert(place, left);
+        if (error == 0)
+            break;
+        run.put(static_cast<Unit>(OktText::kReplacement));
+        if (error == EINVAL)
+            break; // the text ends inside a character
+        ++place;
+        --left;
+    }
+    run.finish();
+    needed = run.count();
+    return true;
+}

@@ -1,0 +1,173 @@
+#include <oktplatform/oktsystem.h>
+#include <oktplatform/okttext_internal.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <limits>
+#include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+constexpr mode_t kNewFileMode = 0666;
+constexpr int kOpenTries = 8;
+
+template <typename Call> auto untilDone(Call call)
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+int descriptor(std::intptr_t handle) { return static_cast<int>(handle); }
+
+/// Neither a zero unit nor a lone surrogate can stand in a path: the file opened would be another one.
+bool pathOf(OktSystem::Unit const *text, std::size_t length, std::string &path)
+{
+    OktSystem::Unit const *const end = text + length;
+    while (text != end)
+    {
+        char32_t const character = OktText::nextCharacter(text, end);
+        if (character == 0 || OktText::isSurrogate(character))
+            return false;
+        char bytes[4];
+        path.append(bytes, static_cast<std::size_t>(OktText::putUtf8(character, bytes)));
+    }
+    return true;
+}
+
+/// Opens without waiting for anybody and without cutting. `created` tells whether the file is new.
+int openPath(char const *path, OktSystem::FileRequest request, bool &created)
+{
+    bool const reads = request.access == OktSystem::FileAccess::Read && !request.truncate;
+    int const access = reads ? O_RDONLY : request.access == OktSystem::FileAccess::Write ? O_WRONLY : O_RDWR;
+    int const flags = access | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    created = false;
+    for (int i = 0; i < kOpenTries; ++i)
+    {
+        int const existing = untilDone([&] { return open(path, flags); });
+        if (existing >= 0 || errno != ENOENT || !request.create)
+            return existing;
+        int const fresh = untilDone([&] { return open(path, flags | O_CREAT | O_EXCL, kNewFileMode); });
+        if (fresh >= 0)
+        {
+            created = true;
+            return fresh;
+        }
+        if (errno != EEXIST)
+            return -1;
+        // Somebody else made the file meanwhile, or it is a link that leads nowhere.
+    }
+    return untilDone([&] { return open(path, flags | O_CREAT, kNewFileMode); });
+}
+
+/// Makes an open descriptor ready for use: what it is, lock, length. Gives the system's error number.
+int prepare(int file, OktSystem::FileRequest request)
+{
+    struct stat status = {};
+    if (fstat(file, &status) != 0)
+        return errno;
+    if (S_ISDIR(status.st_mode))
+        return EISDIR;
+    bool const writes = request.access != OktSystem::FileAccess::Read || request.truncate;
+    if (!S_ISREG(status.st_mode))
+    {
+        // A device or pipe may be written; it is neither locked nor cut. Reading one could wait for ever.
+        if (request.access != OktSystem::FileAccess::Write)
+            return EINVAL;
+        int const flags = fcntl(file, F_GETFL);
+        return flags < 0 || fcntl(file, F_SETFL, flags & ~O_NONBLOCK) < 0 ? errno : 0;
+    }
+    if (untilDone([&] { return flock(file, (writes ? LOCK_EX : LOCK_SH) | LOCK_NB); }) != 0)
+        return errno;
+    if (request.truncate && untilDone([&] { return ftruncate(file, 0); }) != 0)
+        return errno;
+    return 0;
+}
+} // namespace
+
+int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest request, std::intptr_t &handle)
+{
+    std::string name;
+    if (!pathOf(path, length, name))
+        return EINVAL;
+    bool created = false;
+    int const file = openPath(name.c_str(), request, created);
+    if (file < 0)
+        return errno;
+    int const error = prepare(file, request);
+    if (error == 0)
+    {
+        handle = file;
+        return 0;
+    }
+    // A new file goes again, unless somebody else has taken hold of it by now.
+    if (created && error != EWOULDBLOCK)
+        unlink(name.c_str());
+    close(file);
+    return error;
+}
+
+int OktSystem::closeFile(std::intptr_t handle)
+{
+    // An interrupted close has closed all the same.
+    return close(descriptor(handle)) == 0 || errno == EINTR ? 0 : errno;
+}
+
+int OktSystem::readFile(std::intptr_t handle, void *target, std::size_t count, std::size_t &done)
+{
+    done = 0;
+    while (done < count)
+    {
+        ssize_t const step =
+            untilDone([&] { return read(descriptor(handle), static_cast<char *>(target) + done, count - done); });
+        if (step < 0)
+            return errno;
+        if (step == 0)
+            return 0;
+        done += static_cast<std::size_t>(step);
+    }
+    return 0;
+}
+
+int OktSystem::writeFile(std::intptr_t handle, void const *source, std::size_t count)
+{
+    std::size_t done = 0;
+    while (done < count)
+    {
+        ssize_t const step =
+            untilDone([&] { return write(descriptor(handle), static_cast<char const *>(source) + done, count - done); });
+        if (step < 0)
+            return errno;
+        if (step == 0)
+            return EIO; // a device that takes nothing would be asked for ever
+        done += static_cast<std::size_t>(step);
+    }
+    return 0;
+}
+
+int OktSystem::seekFile(std::intptr_t handle, std::int64_t offset, unsigned int from, std::uint64_t &position)
+{
+    constexpr int kOrigins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    if (from >= std::size(kOrigins))
+        return EINVAL;
+    off_t const place = lseek(descriptor(handle), offset, kOrigins[from]);
+    if (place < 0)
+        return errno;
+    position = static_cast<std::uint64_t>(place);
+    return 0;
+}
+
+int OktSystem::fileLength(std::intptr_t handle, std::uint64_t &length)
+{
+    struct stat status = {};
+    if (fstat(descriptor(handle), &status) != 0)
+        return errno;
+    length = static_cast<std::uint64_t>(status.st_size);
+    return 0;
+}
+
+int OktSystem::alreadyOpenError() { return EBUSY; }

@@ -1,0 +1,123 @@
+#include <oktplatform/oktsystem.h>
+
+#include <oktplatform/okttext_internal.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <clocale>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+#include <langinfo.h>
+#include <locale.h>
+#include <mutex>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+namespace
+{
+std::atomic<unsigned int> generation{0};
+
+locale_t foldingLocale()
+{
+    static locale_t const locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return locale;
+}
+
+constexpr char kWarningPrefix[] = "OKTDatabase10: ";
+constexpr std::size_t kWarningSize = 1024; // a write of so little to a pipe is one piece
+} // namespace
+
+// --- Random bytes ------------------------------------------------------------------------------------------------------------
+
+bool OktSystem::randomBytes(void *target, std::size_t size)
+{
+    auto *place = static_cast<char *>(target);
+    while (size > 0)
+    {
+        ssize_t const count = getrandom(place, size, 0);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        place += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+unsigned int OktSystem::processGeneration()
+{
+    static std::once_flag arranged;
+    std::call_once(arranged,
+                   [] { pthread_atfork(nullptr, nullptr, [] { generation.fetch_add(1, std::memory_order_relaxed); }); });
+    return generation.load(std::memory_order_relaxed);
+}
+
+// --- Locale ------------------------------------------------------------------------------------------------------------------
+
+char32_t OktSystem::foldCase(char32_t character)
+{
+    if (character < 0x80)
+        return character >= U'A' && character <= U'Z' ? character + (U'a' - U'A') : character;
+    locale_t const locale = foldingLocale();
+    if (locale == nullptr)
+        return character;
+    return static_cast<char32_t>(towlower_l(static_cast<wint_t>(character), locale));
+}
+
+OktSystem::DecimalPoint OktSystem::decimalPoint()
+{
+    char const *const bytes = nl_langinfo(RADIXCHAR);
+    std::size_t const length = std::strlen(bytes);
+    if (length == 0)
+        return {".", 1, u'.'};
+    if (length == 1 && static_cast<unsigned char>(*bytes) < 0x80)
+        return {bytes, 1, static_cast<Unit>(*bytes)};
+#if defined(__GLIBC__)
+    // The point as a wide character, whatever encoding its bytes are in.
+    auto const wide = reinterpret_cast<std::uintptr_t>(nl_langinfo(_NL_NUMERIC_DECIMAL_POINT_WC));
+    return {bytes, length, static_cast<Unit>(wide)};
+#else
+    char const *place = bytes;
+    return {bytes, length, static_cast<Unit>(OktText::nextUtf8(place, bytes + length))};
+#endif
+}
+
+// --- Warnings ----------------------------------------------------------------------------------------------------------------
+
+void OktSystem::showWarning(Unit const *text, std::size_t length)
+{
+    int const savedError = errno;
+    char line[kWarningSize];
+    std::size_t size = sizeof kWarningPrefix - 1;
+    std::memcpy(line, kWarningPrefix, size);
+
+    // One line: breaks and other control characters become blanks, those at the start are dropped.
+    Unit const *const end = text + length;
+    bool atStart = true;
+    while (text != end && size + 5 <= sizeof line)
+    {
+        char32_t character = OktText::nextCharacter(text, end);
+        if (character < 0x20 || character == 0x7F)
+            character = ' ';
+        if (atStart && character == ' ')
+            continue;
+        atStart = false;
+        size += static_cast<std::size_t>(
+            OktText::putUtf8(OktText::isSurrogate(character) ? OktText::kReplacement : character, line + size));
+    }
+    line[size++] = '\n';
+
+    // A reader that went away or does not read must neither stop nor end this process.
+    pollfd target{STDERR_FILENO, POLLOUT, 0};
+    if (poll(&target, 1, 0) == 1 && (target.revents & POLLOUT) != 0 && (target.revents & (POLLERR | POLLHUP | POLLNVAL)) == 0)
+    {
+        ssize_t const written = write(STDERR_FILENO, line, size);
+        static_cast<void>(written);
+    }
+    errno = savedError;
+}
