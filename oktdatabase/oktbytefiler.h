@@ -1,0 +1,105 @@
+#pragma once
+
+#include <oktdatabase/oktcontainers.h>
+#include <oktplatform/oktarrays.h>
+#include <oktplatform/oktstring.h>
+
+/// The type byte of a record. These numbers stand in files and never change; 11 and above are no records.
+enum _VariableType : int
+{
+    VarBool = 0,         ///< 1 byte
+    VarShort = 1,        ///< 2 bytes, little-endian
+    VarLong = 2,         ///< 4 bytes, little-endian
+    VarDouble = 3,       ///< 8 bytes, IEEE 754, little-endian
+    VarWideString = 4,   ///< unsigned 16-bit count of UTF-16 units, then the units, little-endian
+    VarAnsiString = 5,   ///< unsigned 16-bit count of bytes, then the bytes in the thread's code page
+    VarClassBegin = 6,   ///< followed by a VarAnsiString (class name) and a VarLong (version)
+    VarClassEnd = 7,     ///< alone
+    VarMembersBegin = 8, ///< followed by a VarLong (section number)
+    VarMembersEnd = 9,   ///< alone
+    VarByteArray = 10    ///< signed 32-bit count, then the bytes
+};
+
+/// A growing buffer of self-describing records, the byte layer of the memory filer. Knows records, not ids, classes or pools.
+///
+/// Made in write mode with position 0. Writing appends and leaves the position alone; reading works in read mode only. Every read
+/// first sets its target to a failure value. A false with the position on the type byte means that another record stands there;
+/// a payload that runs past the end leaves the position behind the type byte, or behind the count of a string. A short, long,
+/// double or string that ends on the very last byte of the buffer cannot be read (quirk 27).
+class OKT_API OKTByteFiler
+{
+public:
+    /// `growBy` is the least step, in bytes, by which the buffer grows.
+    explicit OKTByteFiler(int const &growBy);
+    OKTByteFiler(OKTByteFiler const &) = default;
+    OKTByteFiler &operator=(OKTByteFiler const &) = default;
+    virtual ~OKTByteFiler();
+
+    int getLength() const { return bytes().GetSize(); }
+    int getPosition() const { return m_position; }
+    void setPosition(int const &position) { m_position = position; }
+    /// Non-zero: writing.
+    void setWriteMode(int const &mode) { m_mode = mode; }
+
+    /// Empties `target`, then appends the buffer to it; false in read mode.
+    bool saveBytes(CByteArray &target);
+    /// Empties the buffer, then appends `source` to it; false in write mode.
+    bool loadBytes(CByteArray const &source);
+    /// Reads `source` where it lies, from position 0 and in read mode; it must outlive the reading and stay unchanged.
+    void readInPlace(CByteArray const &source);
+    /// Hands the buffer over without a copy and is empty then.
+    CByteArray takeBytes();
+
+    /// False, and nothing appended, when the buffer would pass 2^31 - 1 bytes. The mode is not looked at.
+    bool appendBytes(void const *data, int const &count);
+    bool writeType(_VariableType const &type);
+    bool writeBool(bool const &value);
+    bool writeShort(unsigned short const &value);
+    bool writeLong(std::uint32_t const &value);
+    bool writeDouble(double const &value);
+    /// A text of 65,536 units or more is cut to its length modulo 65,536 (quirk 28).
+    bool writeWideString(CString const &text);
+    /// The count is that of the UTF-16 units, also where the conversion is longer: the text then loses its tail (quirk 29).
+    bool writeAnsiString(CString const &text);
+    bool writeByteArray(CByteArray const &value);
+
+    /// The type byte, or -1. False in write mode, at the end, and for a byte of 11 or more; the position then stays.
+    bool readType(int &type);
+    /// Consumes the type byte when it is the expected one, else leaves the position.
+    bool checkType(int const &expected);
+    bool readBool(unsigned char &value);           ///< failure value 255
+    bool readShort(unsigned short &value);         ///< failure value 65535
+    bool readLong(std::uint32_t &value);           ///< failure value 0x80000001
+    bool readDouble(double &value);                ///< failure value -1.7976931348623157e308
+    bool readWideString(CString &text);            ///< ends at the first zero unit, the rest is passed over
+    bool readAnsiString(CString &text);            ///< likewise at the first zero byte
+    bool readByteArray(CByteArray &value);         ///< a negative count is reported and false
+    bool checkLong(int const &expected);           ///< the position has moved in both cases
+    bool checkAnsiString(CString const &expected); ///< ignores case; the position has moved in both cases
+
+    /// Enters the section if it stands next, else leaves the position.
+    bool enterMembers(int const &section);
+    /// Passes over the sections left in a frame and over its end. A failed walk leaves the position where it gave up.
+    bool skipMembers();
+    /// Scans from the position for the bytes 6, 5 at the start of the buffer or behind a byte 7; no record is parsed, so a payload
+    /// that reads 7, 6, 5 is taken for an object (quirk 32). The position stays.
+    bool findNextObject(int &where);
+
+private:
+    using TypeStack = OKTArray<_VariableType, _VariableType const &>;
+
+    CByteArray const &bytes() const { return m_borrowed != nullptr ? *m_borrowed : m_buffer; }
+    BYTE *extend(int count);
+    bool isBeforeEnd(int offset) const;
+    BYTE const *payload() const { return bytes().GetData() + m_position; }
+    bool readCount(int &count, int bytesPerElement);
+    bool readStructure(int &type);
+    static bool trackStructure(TypeStack &stack, int type);
+    bool skipText(int type, int bytesPerElement);
+    bool skipValue();
+
+    CByteArray m_buffer;
+    int m_mode = 1;
+    int m_position = 0;
+    CByteArray const *m_borrowed = nullptr;
+};

@@ -1,0 +1,223 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+class OKTDbObject;
+class OKTDbObjectId;
+
+/// A list by index, a thin layer on the standard vector. ARG is how an element is passed, as a rule T const &. Indexes count
+/// from 0; `at` with an index outside the list throws std::out_of_range. Search begins at index `start`.
+template <typename T, typename ARG> class OKTArray
+{
+public:
+    OKTArray() = default;
+    OKTArray(OKTArray const &) = default;
+    OKTArray(OKTArray &&) noexcept = default;
+    OKTArray &operator=(OKTArray const &) = default;
+    OKTArray &operator=(OKTArray &&) noexcept = default;
+    virtual ~OKTArray() = default;
+
+    int getSize() const { return static_cast<int>(m_elements.size()); }
+    T &at(int index) { return m_elements.at(static_cast<std::size_t>(index)); }
+    T const &at(int index) const { return m_elements.at(static_cast<std::size_t>(index)); }
+
+    /// Adds `n` copies at the end and gives the size before.
+    int append(ARG element, int n = 1)
+    {
+        int const before = getSize();
+        if (n == 1)
+            m_elements.push_back(element);
+        else if (n > 1)
+            m_elements.insert(m_elements.end(), static_cast<std::size_t>(n), element);
+        return before;
+    }
+    /// Adds all elements of the other list, which may be this one, and gives the size before.
+    int appendArray(OKTArray const &other)
+    {
+        int const before = getSize();
+        std::size_t const count = other.m_elements.size();
+        m_elements.reserve(m_elements.size() + count);
+        for (std::size_t i = 0; i < count; ++i)
+            m_elements.push_back(other.m_elements[i]);
+        return before;
+    }
+
+    bool contains(ARG element, int start = 0) const { return findIndex(element, start) >= 0; }
+    /// The first index that holds an equal element, or -1.
+    int findIndex(ARG element, int start = 0) const
+    {
+        auto const found = std::find(from(start), m_elements.end(), element);
+        return found == m_elements.end() ? -1 : static_cast<int>(found - m_elements.begin());
+    }
+    /// Removes every equal element from `start` on; true if there was one.
+    bool remove(ARG element, int start = 0)
+    {
+        T const wanted = element; // the argument may be an element of this list
+        auto const kept = std::remove(m_elements.begin() + (from(start) - m_elements.cbegin()), m_elements.end(), wanted);
+        bool const any = kept != m_elements.end();
+        m_elements.erase(kept, m_elements.end());
+        return any;
+    }
+    void removeAll() { m_elements.clear(); }
+
+    /// Both throw std::out_of_range outside the list; inserting at its end is allowed.
+    void insertAt(int index, ARG element)
+    {
+        if (index != getSize())
+            at(index);
+        m_elements.insert(m_elements.begin() + index, element);
+    }
+    void removeAt(int index)
+    {
+        at(index);
+        m_elements.erase(m_elements.begin() + index);
+    }
+
+    auto begin() const { return m_elements.begin(); }
+    auto end() const { return m_elements.end(); }
+
+private:
+    auto from(int start) const
+    {
+        return m_elements.cbegin() + std::clamp<std::ptrdiff_t>(start, 0, static_cast<std::ptrdiff_t>(m_elements.size()));
+    }
+
+    std::vector<T> m_elements;
+};
+
+/// A map in ascending key order that is also read by position, a thin layer on the standard ordered map. KA and VA are how keys
+/// and values are passed. Positional access keeps a cursor, so that a loop over neighbouring positions costs a step each; any
+/// other position costs a walk from the start. The cursor makes reading by position a write: one thread at a time.
+/// A position past the end throws std::out_of_range.
+template <typename K, typename V, typename KA, typename VA> class OKTMap
+{
+    using Map = std::map<K, V>;
+
+public:
+    OKTMap() = default;
+    OKTMap(OKTMap const &other) : m_map(other.m_map) {}
+    OKTMap(OKTMap &&other) noexcept : m_map(std::move(other.m_map)) { other.resetCursor(); }
+    OKTMap &operator=(OKTMap const &other)
+    {
+        resetCursor();
+        m_map = other.m_map;
+        return *this;
+    }
+    OKTMap &operator=(OKTMap &&other) noexcept
+    {
+        resetCursor();
+        other.resetCursor();
+        m_map = std::move(other.m_map);
+        return *this;
+    }
+    virtual ~OKTMap() = default;
+
+    int getSize() const { return static_cast<int>(m_map.size()); }
+    bool isEmpty() const { return m_map.empty(); }
+    bool contains(KA key) const { return m_map.find(key) != m_map.end(); }
+    /// The value of the key, or null. Leaves the cursor alone.
+    V const *find(KA key) const
+    {
+        auto const found = m_map.find(key);
+        return found == m_map.end() ? nullptr : &found->second;
+    }
+    /// Finds the key or inserts it with a zero value.
+    V &operator[](KA key)
+    {
+        // Maps are mostly filled in ascending order, as a file holds its objects.
+        if (!m_map.empty() && m_map.rbegin()->first < key)
+        {
+            resetCursor();
+            return m_map.emplace_hint(m_map.end(), key, V())->second;
+        }
+        auto const place = m_map.lower_bound(key);
+        if (place != m_map.end() && !(key < place->first))
+            return place->second;
+        resetCursor();
+        return m_map.emplace_hint(place, key, V())->second;
+    }
+
+    K const &keyAt(unsigned int position) const { return walkTo(position)->first; }
+    V const &valueAt(unsigned int position) const { return walkTo(position)->second; }
+    V &valueAt(unsigned int position) { return walkTo(position)->second; }
+    /// The position of the key, or -1; a linear walk.
+    int findKey(KA key) const
+    {
+        int position = 0;
+        for (auto const &entry : m_map)
+        {
+            if (entry.first == key)
+                return position;
+            ++position;
+        }
+        return -1;
+    }
+
+    void erase(KA key)
+    {
+        resetCursor();
+        m_map.erase(key);
+    }
+    void removeAll()
+    {
+        resetCursor();
+        m_map.clear();
+    }
+
+    OKTArray<K, KA> keys() const
+    {
+        OKTArray<K, KA> all;
+        for (auto const &entry : m_map)
+            all.append(entry.first);
+        return all;
+    }
+    OKTArray<V, VA> values() const
+    {
+        OKTArray<V, VA> all;
+        for (auto const &entry : m_map)
+            all.append(entry.second);
+        return all;
+    }
+
+    auto begin() { return m_map.begin(); }
+    auto end() { return m_map.end(); }
+    auto begin() const { return m_map.begin(); }
+    auto end() const { return m_map.end(); }
+
+private:
+    using Iterator = typename Map::iterator;
+
+    static constexpr unsigned int kNoCursor = 0xFFFFFFFFu;
+
+    void resetCursor() const { m_cursorIndex = kNoCursor; }
+
+    Iterator walkTo(unsigned int position) const
+    {
+        if (position >= m_map.size())
+            throw std::out_of_range("OKTMap: position past the end");
+        if (m_cursorIndex != kNoCursor && position == m_cursorIndex + 1)
+            ++m_cursor;
+        else if (m_cursorIndex != kNoCursor && position + 1 == m_cursorIndex)
+            --m_cursor;
+        else if (m_cursorIndex == kNoCursor || position != m_cursorIndex)
+            m_cursor = std::next(m_map.begin(), static_cast<std::ptrdiff_t>(position));
+        m_cursorIndex = position;
+        return m_cursor;
+    }
+
+    mutable Map m_map; // mutable for the cursor, which must be able to hand out values to write
+    mutable Iterator m_cursor;
+    mutable unsigned int m_cursorIndex = kNoCursor;
+};
+
+/// Ids, in the order of appending.
+using IdArray = OKTArray<OKTDbObjectId, OKTDbObjectId const &>;
+/// Old id to new id.
+using IdMap = OKTMap<OKTDbObjectId, OKTDbObjectId, OKTDbObjectId const &, OKTDbObjectId const &>;
+/// The objects of a pool by id.
+using ObjectMap = OKTMap<OKTDbObjectId, OKTDbObject *, OKTDbObjectId const &, OKTDbObject *const &>;

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <oktdatabase/oktdbobject.h>
+
+/// A named list of parameters, kept as ids, and the group of categories it lies in. The links are not kept in step: appending a
+/// parameter here does not touch its category. Appending refuses an id that is in the list; reading a stream does not.
+class OKT_API OKTDbCategory : public OKTDbObject
+{
+    OKT_STORED_CLASS(OKTDbCategory)
+
+    OKTDbCategory();
+    OKTDbCategory(OKTDbCategory const &) = default;
+    OKTDbCategory &operator=(OKTDbCategory const &) = default;
+    ~OKTDbCategory() override;
+
+    FilerStatusDb xmlIn(OKTFiler *filer) override;
+    FilerStatusDb xmlOut(OKTFiler *filer) const override;
+
+    int parameterCount() const;
+    /// A default id outside the list.
+    OKTDbObjectId parameterAt(int index) const;
+    /// The first index of the id, or -1.
+    int findParameterIndex(OKTDbObjectId const &id) const;
+    void appendParameter(OKTDbObjectId const &id);
+    /// Removes every entry of the id.
+    void removeParameter(OKTDbObjectId const &id);
+    void removeAllParameters();
+    void getAllParameters(IdArray &ids) const;
+
+    void setCategoryName(CString const &name);
+    CString CategoryName() const;
+    void setGroupCategory(OKTDbObjectId const &id);
+    OKTDbObjectId GroupCategory() const;
+
+private:
+    OKTDbObjectId m_idGroupCategory;
+    IdArray m_tabParameters;
+    CString m_strCategoryName;
+};

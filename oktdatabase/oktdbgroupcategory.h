@@ -1,0 +1,32 @@
+#pragma once
+
+#include <oktdatabase/oktdbobject.h>
+
+/// A list of categories, kept as ids. Appending a category here does not touch its group. Appending refuses an id that is in the
+/// list; reading a stream does not.
+class OKT_API OKTDbGroupCategory : public OKTDbObject
+{
+    OKT_STORED_CLASS(OKTDbGroupCategory)
+
+    OKTDbGroupCategory();
+    OKTDbGroupCategory(OKTDbGroupCategory const &) = default;
+    OKTDbGroupCategory &operator=(OKTDbGroupCategory const &) = default;
+    ~OKTDbGroupCategory() override;
+
+    FilerStatusDb xmlIn(OKTFiler *filer) override;
+    FilerStatusDb xmlOut(OKTFiler *filer) const override;
+
+    int categoryCount() const;
+    /// A default id outside the list.
+    OKTDbObjectId categoryAt(int const &index) const;
+    /// The first index of the id, or -1.
+    int findCategoryIndex(OKTDbObjectId const &id) const;
+    void appendCategory(OKTDbObjectId const &id);
+    /// Removes every entry of the id.
+    void removeCagegory(OKTDbObjectId const &id);
+    void removeAllCategories();
+    void getAllCategories(IdArray &ids) const;
+
+private:
+    IdArray m_tabCategory;
+};

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <oktdatabase/oktcontainers.h>
+#include <oktdatabase/oktfilerstatus.h>
+#include <oktplatform/oktguid.h>
+#include <oktplatform/oktstring.h>
+
+#include <cstring>
+
+class OKTDbObject;
+class OKTDbPool;
+class OKTFiler;
+
+/// The name of a stored object: a GUID. Beside it the id carries the pool in which it resolves and a cached pointer to the
+/// object, neither owned and neither ever stored. Identity, comparison and order concern the 16 bytes of the GUID as they lie in
+/// memory, which is not the order of its text. That order is the order of the objects in a pool and its file.
+/// One thread at a time: getObject writes the cache.
+class OKT_API OKTDbObjectId
+{
+public:
+    /// The all-zero id.
+    static OKTDbObjectId const kNull;
+
+    OKTDbObjectId() = default;
+    OKTDbObjectId(OKTDbObjectId const &) = default;
+    OKTDbObjectId &operator=(OKTDbObjectId const &) = default;
+    virtual ~OKTDbObjectId() {}
+
+    /// A new id of that pool, which may be null. When the system can make no GUID, the id is null and nothing is reported.
+    static OKTDbObjectId createObjectId(OKTDbPool *pool);
+
+    bool operator==(OKTDbObjectId const &other) const { return order(other) == 0; }
+    bool operator!=(OKTDbObjectId const &other) const { return order(other) != 0; }
+    bool operator<(OKTDbObjectId const &other) const { return order(other) < 0; }
+    bool operator>(OKTDbObjectId const &other) const { return order(other) > 0; }
+    bool isEqual(OKTDbObjectId const &other) const { return order(other) == 0; }
+    /// The GUID is all zero; the pointers are not looked at.
+    bool isNull() const
+    {
+        static constexpr _GUID kZero = {};
+        return std::memcmp(&m_Guid, &kZero, sizeof m_Guid) == 0;
+    }
+    /// Clears the GUID and both pointers.
+    void setNull() { *this = OKTDbObjectId(); }
+
+    void setObject(OKTDbObject *object) { m_object = object; }
+    /// Always true.
+    bool fixPoolPointer(OKTDbPool *pool)
+    {
+        m_pool = pool;
+        return true;
+    }
+    OKTDbPool *getPool() const { return m_pool; }
+    void setGuid(_GUID const &guid) { m_Guid = guid; }
+    _GUID getGuid() const { return m_Guid; }
+
+    /// The registry form, upper case, with braces unless `withoutBraces`.
+    CString getGuidAsString(bool withoutBraces) const;
+    /// A malformed text gives the null GUID. The pointers stay.
+    void setGuidFromString(CString const &text);
+
+    /// The object, or null. Resolved through the pool once, then cached: an id that has cached an object keeps answering with that
+    /// pointer after the object has left the pool (quirk 1).
+    OKTDbObject *getObject() const;
+    /// The pool holds an object under this id now. The cache is neither used nor changed.
+    bool isValid() const;
+    /// Takes the object out of its pool, deletes it and makes this id null. False, and nothing changed: no object, no pool, or the
+    /// pool does not hold it.
+    bool eraseObject();
+
+private:
+    friend class OKTMemoryFiler;
+    friend class OKTXmlFiler;
+
+    int order(OKTDbObjectId const &other) const { return std::memcmp(&m_Guid, &other.m_Guid, sizeof m_Guid); }
+    FilerStatusDb xmlOut(CString const &name, OKTFiler *filer) const;
+    FilerStatusDb xmlIn(CString const &name, OKTFiler *filer);
+
+    _GUID m_Guid = {};
+    mutable OKTDbObject *m_object = nullptr;
+    OKTDbPool *m_pool = nullptr;
+};

@@ -1,0 +1,220 @@
+#include <oktdatabase/oktdbpicture.h>
+
+#include <oktdatabase/oktfiler.h>
+#include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktsmartansistring.h>
+#include <oktdatabase/okttools.h>
+#include <oktplatform/oktcodepage.h>
+
+#include <algorithm>
+#include <string>
+
+namespace
+{
+constexpr int kChunk = 65535; // characters of base64 text in one string record
+constexpr unsigned int kTextForm = kBase64NoPadding | kBase64NoLineBreaks;
+
+// The base64 text of a picture, cut into chunks. Each is made when it is wanted, so that the whole text never stands in memory.
+class PictureText
+{
+public:
+    explicit PictureText(CByteArray const &data) : m_data(data)
+    {
+        base64EncodedLength(data.GetSize(), kTextForm); // raises for data whose text would be too long
+        std::int64_t const size = data.GetSize();
+        m_length = size / 3 * 4 + (size % 3 == 0 ? 0 : size % 3 + 1);
+    }
+
+    int chunkCount() const { return static_cast<int>((m_length + kChunk - 1) / kChunk); }
+
+    // Good until the next call.
+    CString const &chunk(int index)
+    {
+        // A chunk may begin within a group of four characters, so the groups that cover it are encoded.
+        std::int64_t const first = static_cast<std::int64_t>(index) * kChunk;
+        std::int64_t const beyond = std::min(first + kChunk, m_length);
+        std::int64_t const firstByte = first / 4 * 3;
+        std::int64_t const bytes = std::min<std::int64_t>((beyond + 3) / 4 * 3, m_data.GetSize()) - firstByte;
+        int size = base64EncodedLength(static_cast<int>(bytes), kTextForm);
+        m_encoded.resize(static_cast<std::size_t>(size));
+        base64Encode(m_data.GetData() + firstByte, static_cast<int>(bytes), m_encoded.data(), &size, kTextForm);
+        char const *const text = m_encoded.data() + first % 4;
+        m_chunk.SetUnits(static_cast<int>(beyond - first),
+                         [text](WCHAR *units, int length) { std::copy_n(text, length, units); });
+        return m_chunk;
+    }
+
+private:
+    CByteArray const &m_data;
+    std::int64_t m_length;
+    std::string m_encoded;
+    CString m_chunk;
+};
+
+// Appends the text in the thread's code page, from which the decoder takes what belongs to its alphabet.
+void appendNarrow(std::string &target, CString const &text)
+{
+    OktTextView const units = text.View();
+    bool const isAscii = std::all_of(units.begin(), units.end(), [](WCHAR unit) { return unit < 0x80; });
+    if (isAscii && OktThreadCodePageKeepsAscii())
+    {
+        target.append(units.begin(), units.end());
+        return;
+    }
+    auto const length = static_cast<int>(units.size());
+    int const size = WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, nullptr, 0, nullptr, nullptr);
+    std::size_t const before = target.size();
+    target.resize(before + static_cast<std::size_t>(size));
+    WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, target.data() + before, size, nullptr, nullptr);
+}
+} // namespace
+
+OKTDbPicture::OKTDbPicture() = default;
+
+OKTDbPicture::~OKTDbPicture() = default;
+
+void OKTDbPicture::getCameraData(OKTGeXYZ &camera, OKTGeXYZ &target, OKTGeXYZ &up) const
+{
+    camera = m_pntCamera;
+    target = m_pntTarget;
+    up = m_vecUp;
+}
+
+void OKTDbPicture::setCameraData(OKTGeXYZ const &camera, OKTGeXYZ const &target, OKTGeXYZ const &up)
+{
+    m_pntCamera = camera;
+    m_pntTarget = target;
+    m_vecUp = up;
+}
+
+void OKTDbPicture::getPictureData(CByteArray &data)
+try
+{
+    data.Copy(m_pictureData);
+}
+OKT_ANSWER_NOTHING
+
+void OKTDbPicture::setPictureData(CByteArray const &data)
+try
+{
+    m_pictureData.Copy(data);
+}
+OKT_ANSWER_NOTHING
+
+void OKTDbPicture::decodeData(std::string const &text)
+{
+    auto const length = static_cast<int>(text.size());
+    int size = 0;
+    base64Decode(text.data(), length, nullptr, &size);
+    m_pictureData.RemoveAll();
+    m_pictureData.SetSize(size);
+    base64Decode(text.data(), length, m_pictureData.GetData(), &size);
+}
+
+// The names of reading differ from those of writing (quirk 62).
+
+FilerStatusDb OKTDbPicture::xmlOut(OKTFiler *filer) const
+try
+{
+    if (filer == nullptr)
+        return eFilerNoFiler;
+    if (!filer->beginWriteClass(u"Object", u"OKTDbPicture", 3))
+        return eFilerClassFailed;
+    if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)
+        return status;
+    OKTFrame frame;
+    PictureText text(m_pictureData);
+    int chunkCount = 0;
+    if (filer->beginWriteMembers(1))
+    {
+        frame.enterSection();
+        {
+            OKTSmartAnsiString const ansi(filer, true);
+            chunkCount = text.chunkCount();
+            if (chunkCount > 0)
+                frame.fold(filer->writeString(u"arrStrBase64[0]", text.chunk(0)));
+            else
+                frame.fold(filer->writeString(u"strBase64", CString()));
+        }
+        filer->endWriteMembers();
+    }
+    if (filer->beginWriteMembers(2))
+    {
+        frame.enterSection();
+        {
+            OKTSmartAnsiString const ansi(filer, true);
+            frame.fold(filer->writeInt(u"(int)arrStrBase64.GetSize() - 1", chunkCount - 1)); // -1 for no data (quirk 63)
+            for (int i = 1; i < chunkCount; ++i)
+                frame.fold(filer->writeString(u"arrStrBase64[ (int)nIter ]", text.chunk(i)));
+        }
+        filer->endWriteMembers();
+    }
+    if (filer->beginWriteMembers(3))
+    {
+        frame.enterSection();
+        frame.fold(filer->writePoint3d(u"m_pntCamera", m_pntCamera));
+        frame.fold(filer->writePoint3d(u"m_pntTarget", m_pntTarget));
+        frame.fold(filer->writePoint3d(u"m_vecUp", m_vecUp));
+        filer->endWriteMembers();
+    }
+    filer->endWriteClass();
+    return frame.status();
+}
+OKT_ANSWER_ZERO
+
+FilerStatusDb OKTDbPicture::xmlIn(OKTFiler *filer)
+try
+{
+    if (filer == nullptr)
+        return eFilerNoFiler;
+    if (!filer->beginReadClass(u"Object", u"OKTDbPicture"))
+        return eFilerClassFailed;
+    if (FilerStatusDb const status = OKTDbObject::xmlIn(filer); status != eFilerOk)
+        return status;
+    OKTFrame frame;
+    std::string text;
+    if (filer->beginReadMembers(1))
+    {
+        frame.enterSection();
+        {
+            OKTSmartAnsiString const ansi(filer, true);
+            CString chunk;
+            frame.fold(filer->readString(u"strBase64", chunk));
+            appendNarrow(text, chunk);
+        }
+        filer->endReadMembers();
+    }
+    if (filer->beginReadMembers(2))
+    {
+        frame.enterSection();
+        {
+            OKTSmartAnsiString const ansi(filer, true);
+            int count = 0;
+            frame.fold(filer->readInt(u"nChunckNumber", count));
+            for (int i = 0; i < count; ++i)
+            {
+                CString chunk;
+                bool const done = filer->readString(u"strChunk", chunk);
+                frame.fold(done);
+                appendNarrow(text, chunk);
+                if (!done && filer->isReadingStalled())
+                    break; // the count is believed only as far as the stream goes
+            }
+        }
+        filer->endReadMembers();
+    }
+    decodeData(text); // also without the sections of the data (quirk 64)
+    if (filer->beginReadMembers(3))
+    {
+        frame.enterSection();
+        frame.fold(filer->readPoint3d(u"m_pntCamera", m_pntCamera));
+        frame.fold(filer->readPoint3d(u"m_pntTarget", m_pntTarget));
+        frame.fold(filer->readPoint3d(u"m_vecUp", m_vecUp));
+        filer->endReadMembers();
+    }
+    filer->endReadClass();
+    return frame.status();
+}
+OKT_ANSWER_ZERO
+
+OKT_STORED_CLASS_SOURCE(OKTDbPicture)

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktgexyz.h>
+#include <oktplatform/oktarrays.h>
+
+#include <string>
+
+/// One picture of a template: the bytes of an image in whatever format the client uses, and the camera it was taken from.
+/// Stored as base64 text in chunks of 65535 characters.
+class OKT_API OKTDbPicture : public OKTDbObject
+{
+    OKT_STORED_CLASS(OKTDbPicture)
+
+    OKTDbPicture();
+    OKTDbPicture(OKTDbPicture const &) = default;
+    OKTDbPicture &operator=(OKTDbPicture const &) = default;
+    ~OKTDbPicture() override;
+
+    FilerStatusDb xmlIn(OKTFiler *filer) override;
+    FilerStatusDb xmlOut(OKTFiler *filer) const override;
+
+    /// Camera position, target point, up vector.
+    void getCameraData(OKTGeXYZ &camera, OKTGeXYZ &target, OKTGeXYZ &up) const;
+    void setCameraData(OKTGeXYZ const &camera, OKTGeXYZ const &target, OKTGeXYZ const &up);
+    /// Copies the bytes; the target is emptied first.
+    void getPictureData(CByteArray &data);
+    void setPictureData(CByteArray const &data);
+
+private:
+    void decodeData(std::string const &text);
+
+    CByteArray m_pictureData;
+    OKTGeXYZ m_pntCamera;
+    OKTGeXYZ m_pntTarget;
+    OKTGeXYZ m_vecUp;
+};

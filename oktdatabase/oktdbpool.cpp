@@ -1,0 +1,661 @@
+#include <oktdatabase/oktdbpool.h>
+
+#include <oktdatabase/oktcrashhandler.h>
+#include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktmemoryfiler.h>
+#include <oktdatabase/okttools.h>
+
+#include <limits>
+#include <memory>
+#include <set>
+#include <utility>
+
+namespace
+{
+// The special roles go to objects of exactly these classes. The first two belong to client modules.
+constexpr char16_t kConstructClass[] = u"OKTDbConstruct";
+constexpr char16_t kIndexClass[] = u"OKTDbIndexData";
+constexpr char16_t kPictureClass[] = u"OKTDbPicture";
+
+constexpr OKTDbPool::_ObjectInfo kNoPlace = {-1, -1};
+constexpr long kHeaderProbe = 1024; // bytes that a partial reader asks for first; a shorter file is refused (quirk 23)
+} // namespace
+
+OKTDbPool::OKTDbPool() : m_objectId(OKTDbObjectId::createObjectId(this)) {}
+
+OKTDbPool::~OKTDbPool()
+{
+    eraseAllObjects();
+}
+
+double OKTDbPool::metricsFactor() const
+{
+    return metricsFactorOf(this);
+}
+
+double OKTDbPool::metricsFactorOf(OKTDbPool const *pool)
+{
+    return pool == nullptr ? 1.0 : pool->m_dfMetricsFactor;
+}
+
+// --- Well-known ids ---
+
+OKTDbObjectId OKTDbPool::translatedId(OKTDbObjectId const &id) const
+{
+    OKTDbObjectId const *const translated = m_bTranslatedIds ? m_mapTranslatedIds.find(id) : nullptr;
+    return translated == nullptr ? id : *translated;
+}
+
+OKTDbObjectId OKTDbPool::constructId() const
+try
+{
+    return translatedId(m_constructId);
+}
+OKT_ANSWER_ZERO
+
+OKTDbObjectId OKTDbPool::sketchId() const
+try
+{
+    return translatedId(m_sketchId);
+}
+OKT_ANSWER_ZERO
+
+OKTDbObjectId OKTDbPool::indexId() const
+try
+{
+    return translatedId(m_indexId);
+}
+OKT_ANSWER_ZERO
+
+OKTDbObjectId OKTDbPool::ppActionsId() const
+try
+{
+    return translatedId(m_ppActionsId);
+}
+OKT_ANSWER_ZERO
+
+IdArray OKTDbPool::picturesId() const
+try
+{
+    IdArray ids;
+    for (OKTDbObjectId const &id : m_tabPictures)
+        ids.append(translatedId(id));
+    return ids;
+}
+OKT_ANSWER_ZERO
+
+void OKTDbPool::noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id)
+{
+    if (object->isA(kConstructClass))
+        m_constructId = id;
+    if (object->isA(kPictureClass) && !m_tabPictures.contains(id))
+        m_tabPictures.append(id);
+    if (object->isA(kIndexClass))
+        m_indexId = id;
+}
+
+void OKTDbPool::forgetSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id)
+{
+    if (object->isA(kConstructClass))
+        m_constructId.setNull();
+    if (object->isA(kPictureClass))
+        m_tabPictures.remove(id);
+    if (object->isA(kIndexClass))
+        m_indexId.setNull();
+}
+
+// --- Objects ---
+
+bool OKTDbPool::appendObject(OKTDbObject *object)
+try
+{
+    if (object == nullptr || m_mapObjects.contains(object->m_objectId))
+        return false;
+    OKTDbObjectId id = OKTDbObjectId::createObjectId(this);
+    id.setObject(object);
+    object->setObjectId(id);
+    noteSpecialObject(object, id);
+    m_mapObjects[id] = object;
+    return true;
+}
+OKT_ANSWER_ZERO
+
+// Takes an object over under the id that it brought from a stream.
+bool OKTDbPool::appendReadObject(OKTDbObject *object)
+try
+{
+    if (object == nullptr)
+        return false;
+    OKTDbObjectId id = object->m_objectId;
+    if (m_mapObjects.contains(id))
+        return false;
+    id.setObject(object);
+    object->setObjectId(id);
+    m_mapObjects[id] = object;
+    noteSpecialObject(object, id);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::removeObject(OKTDbObjectId const &id)
+try
+{
+    OKTDbObject *const *const entry = m_mapObjects.find(id);
+    if (entry == nullptr || *entry == nullptr)
+        return false;
+    OKTDbObject *const object = *entry;
+    OKTDbObjectId const key = id; // the argument may be the object's own id
+    forgetSpecialObject(object, key);
+    object->setObjectId(OKTDbObjectId::kNull);
+    m_mapObjects.erase(key);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::removeObject(OKTDbObject *object)
+try
+{
+    if (object == nullptr)
+        return false;
+    OKTDbObjectId const id = object->objectId();
+    if (!m_mapObjects.contains(id))
+        return false;
+    m_mapObjects.erase(id);
+    forgetSpecialObject(object, id);
+    object->setObjectId(OKTDbObjectId::kNull);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::removeAllObjects()
+try
+{
+    while (!m_mapObjects.isEmpty())
+    {
+        auto const &[id, object] = *m_mapObjects.begin();
+        if (object == nullptr)
+            return false;
+        object->setObjectId(OKTDbObjectId::kNull);
+        m_mapObjects.erase(OKTDbObjectId(id));
+    }
+    m_constructId.setNull();
+    m_indexId.setNull();
+    m_tabPictures.removeAll();
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::eraseAllObjects()
+try
+{
+    if (m_mapObjects.isEmpty())
+        return true;
+    // The map is emptied first, so that no destructor finds objects in it that are gone.
+    ObjectMap const objects = std::move(m_mapObjects);
+    m_mapObjects.removeAll();
+    for (auto const &[id, object] : objects)
+        delete object;
+    m_constructId.setNull();
+    m_tabPictures.removeAll();
+    m_indexId.setNull();
+    m_mapTranslatedIds.removeAll();
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::replaceObject(OKTDbObjectId const &id, OKTDbObject *object)
+try
+{
+    if (!m_mapObjects.contains(id))
+        return false;
+    m_mapObjects[id] = object;
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::findObject(OKTDbObjectId const &id, OKTDbObject *&object)
+try
+{
+    OKTDbObject *const *const entry = m_mapObjects.find(id);
+    if (entry == nullptr)
+        return false;
+    object = *entry;
+    return true;
+}
+OKT_ANSWER_ZERO
+
+OKTDbObjectId OKTDbPool::objectAt(int position) const
+try
+{
+    if (position < 0 || position >= m_mapObjects.getSize())
+        return OKTDbObjectId();
+    return m_mapObjects.keyAt(static_cast<unsigned int>(position));
+}
+OKT_ANSWER_ZERO
+
+void OKTDbPool::getAllObjects(IdArray &ids) const
+try
+{
+    ids = m_mapObjects.keys();
+}
+OKT_ANSWER_NOTHING
+
+bool OKTDbPool::collectEntities(OKTRuntimeClass *descriptor, IdArray &ids) const
+try
+{
+    ids.removeAll();
+    for (auto const &[id, object] : m_mapObjects)
+        if (descriptor == nullptr || (object != nullptr && object->isKindOf(descriptor)))
+            ids.append(id);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::CreateObjectFromClassName(CString className, OKTDbObject *&object)
+try
+{
+    return OKTTools::getObjectFromClassName(className, object);
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::resetObject(OKTDbObjectId const &id)
+try
+{
+    OKTDbObject *object = nullptr;
+    if (!findObject(id, object) || object == nullptr)
+        return false;
+    OKTDbObjectId const kept = object->objectId();
+    OKTDbObject *const fresh = object->createObject();
+    if (fresh == nullptr)
+        return false;
+    OKTMemoryFiler filer;
+    filer.setTranslatedIds(false);
+    filer.setInternalIsWriteEnabled(true);
+    if (fresh->xmlOut(&filer) != eFilerOk)
+        return false; // and the new object is lost (quirk 22), here and below
+    filer.setInternalIsWriteEnabled(false);
+    if (object->xmlIn(&filer) != eFilerOk)
+        return false;
+    delete fresh;
+    object->setObjectId(kept);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+// --- The binary file: length record, header block, objects block ---
+
+bool OKTDbPool::saveFiler(CByteArray &image, IdMap &translated) const
+try
+{
+    image.RemoveAll();
+
+    // Only the places of these objects stand in the header. Both the set and the objects are in id order.
+    std::set<OKTDbObjectId> special(m_tabPictures.begin(), m_tabPictures.end());
+    special.insert(m_constructId);
+    special.insert(m_indexId);
+    auto next = special.begin();
+
+    InfoMap info;
+    OKTMemoryFiler objects;
+    objects.setTranslatedIds(m_bTranslatedIds);
+    for (auto const &[id, object] : m_mapObjects)
+    {
+        if (object == nullptr)
+            continue;
+        long const position = objects.GetFilerLength();
+        if (object->xmlOut(&objects) != eFilerOk)
+            return false;
+        while (next != special.end() && *next < id)
+            ++next;
+        if (next != special.end() && *next == id)
+            info[id] = {static_cast<std::int32_t>(position), static_cast<std::int32_t>(objects.GetFilerLength() - position)};
+    }
+    objects.saveMapTranslatedIds(translated);
+
+    OKTMemoryFiler header;
+    header.setTranslatedIds(m_bTranslatedIds);
+    if (xmlOut(&header, info) != eFilerOk)
+        return false;
+    header.saveMapTranslatedIds(translated);
+
+    OKTMemoryFiler length;
+    if (!length.writeInt(CString(), static_cast<int>(header.GetFilerLength())))
+        return false;
+
+    if (objects.GetFilerLength() > std::numeric_limits<std::int32_t>::max() - header.GetFilerLength() - length.GetFilerLength())
+        return false;
+    CByteArray joined = length.takeBytes();
+    joined.Append(header.takeBytes());
+    joined.Append(objects.takeBytes());
+    image = std::move(joined);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::loadFiler(CByteArray const &image)
+try
+{
+    OKTMemoryFiler filer(this);
+    filer.readInPlace(image);
+    int headerLength;
+    InfoMap info;
+    if (!filer.readInt(CString(), headerLength) || xmlIn(&filer, info) != eFilerOk)
+        return false;
+    CString className;
+    while (filer.readNextObjectClass(className))
+    {
+        OKTDbObject *object = nullptr;
+        if (!readNextObject(filer, className, object))
+            return false;
+        if (skipObjectByReadFilter(object))
+            delete object;
+        else if (!appendReadObject(object))
+            return false; // and the object is lost (quirk 18)
+    }
+    return true;
+}
+OKT_ANSWER_ZERO
+
+// Makes an object of the class and lets it read itself. An object that fails is lost (quirk 18).
+bool OKTDbPool::readNextObject(OKTMemoryFiler &filer, CString const &className, OKTDbObject *&object)
+{
+    if (!CreateObjectFromClassName(className, object) || object == nullptr)
+        return false;
+    filer.setIsReadingObjectFromRoot(true);
+    return object->xmlIn(&filer) == eFilerOk;
+}
+
+bool OKTDbPool::writeFile(CString const &path)
+try
+{
+    if (path.IsEmpty())
+        return false;
+    CByteArray image;
+    IdMap translated;
+    m_bFileScope = true;
+    bool const saved = saveFiler(image, translated);
+    m_bFileScope = false;
+    return saved && OKTMemoryFiler::saveFiler(path, image);
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::readFile(CString const &path)
+try
+{
+    CByteArray image;
+    if (path.IsEmpty() || !OKTMemoryFiler::loadFiler(path, image, -1, -1))
+        return false;
+    m_bFileScope = true;
+    bool const loaded = loadFiler(image);
+    m_bFileScope = false;
+    return loaded;
+}
+OKT_ANSWER_ZERO
+
+FilerStatusDb OKTDbPool::xmlOut(OKTFiler *filer, InfoMap const &info) const
+try
+{
+    if (filer == nullptr)
+        return eFilerNoFiler;
+    if (!filer->beginWriteClass(u"Pool", u"OKTDbPool", 6))
+        return eFilerClassFailed;
+    OKTFrame frame;
+    auto const writePlace = [&](_ObjectInfo const *place) {
+        _ObjectInfo const &known = place == nullptr ? kNoPlace : *place;
+        frame.fold(filer->writeInt(u"nObjectPosition", static_cast<int>(known.nObjectPosition)));
+        frame.fold(filer->writeInt(u"nObjectSize", static_cast<int>(known.nObjectSize)));
+    };
+
+    if (filer->beginWriteMembers(1))
+    {
+        frame.enterSection();
+        frame.fold(filer->writeObjectId(u"m_objectId", m_objectId));
+        frame.fold(filer->writeObjectId(u"m_constructId", m_constructId));
+        writePlace(info.find(m_constructId));
+        // Here the one picture of old files stood (quirk 15).
+        frame.fold(filer->writeObjectId(u"idDummy", OKTDbObjectId::kNull));
+        writePlace(nullptr);
+        frame.fold(filer->writeObjectId(u"m_indexId", m_indexId));
+        writePlace(info.find(m_indexId));
+        frame.fold(filer->writeString(u"m_strPoolName", m_strPoolName));
+        filer->endWriteMembers();
+    }
+    if (filer->beginWriteMembers(2))
+    {
+        frame.enterSection();
+        // A file is independent of the factor: parameters divide by it when they write (quirk 17).
+        frame.fold(filer->writeDouble(u"dfMetricsFactor", m_bFileScope ? 1.0 : m_dfMetricsFactor));
+        filer->endWriteMembers();
+    }
+    if (filer->beginWriteMembers(3))
+    {
+        frame.enterSection();
+        frame.fold(filer->writeObjectId(u"m_ppActionsId", m_ppActionsId));
+        filer->endWriteMembers();
+    }
+    if (filer->beginWriteMembers(4))
+    {
+        frame.enterSection();
+        frame.fold(filer->writeObjectId(u"m_sketchId", m_sketchId));
+        filer->endWriteMembers();
+    }
+    if (filer->beginWriteMembers(5))
+    {
+        frame.enterSection();
+        OKTListNames names(u"m_tabPictures");
+        int const count = m_tabPictures.getSize();
+        frame.fold(filer->writeInt(names.length(), count));
+        for (int i = 0; i < count && frame.isOk(); ++i)
+        {
+            frame.fold(filer->writeObjectId(names.at(i), m_tabPictures.at(i)));
+            writePlace(info.find(m_tabPictures.at(i)));
+        }
+        filer->endWriteMembers();
+    }
+    if (filer->beginWriteMembers(6))
+    {
+        frame.enterSection();
+        frame.fold(filer->writeObjectId(u"m_radialReinfId", m_radialReinfId));
+        filer->endWriteMembers();
+    }
+    filer->endWriteClass();
+    return frame.status();
+}
+OKT_ANSWER_ZERO
+
+FilerStatusDb OKTDbPool::xmlIn(OKTFiler *filer, InfoMap &info)
+try
+{
+    info.removeAll();
+    if (filer == nullptr)
+        return eFilerNoFiler;
+    if (!filer->beginReadClass(u"Pool", u"OKTDbPool"))
+        return eFilerClassFailed;
+    OKTFrame frame;
+    auto const readPlace = [&](OKTDbObjectId const &id) {
+        int position = -1;
+        int size = -1;
+        frame.fold(filer->readInt(u"nObjectPosition", position));
+        frame.fold(filer->readInt(u"nObjectSize", size));
+        info[id] = {position, size};
+    };
+
+    OKTDbObjectId oldPicture;
+    if (filer->beginReadMembers(1))
+    {
+        frame.enterSection();
+        frame.fold(filer->readObjectId(u"m_objectId", m_objectId));
+        frame.fold(filer->readObjectId(u"m_constructId", m_constructId));
+        readPlace(m_constructId);
+        frame.fold(filer->readObjectId(u"idOldPicture", oldPicture));
+        readPlace(oldPicture);
+        frame.fold(filer->readObjectId(u"m_indexId", m_indexId));
+        readPlace(m_indexId);
+        frame.fold(filer->readString(u"m_strPoolName", m_strPoolName));
+        filer->endReadMembers();
+    }
+    if (filer->beginReadMembers(2))
+    {
+        frame.enterSection();
+        double const kept = m_dfMetricsFactor;
+        frame.fold(filer->readDouble(u"m_dfMetricsFactor", m_dfMetricsFactor));
+        if (m_bFileScope)
+            m_dfMetricsFactor = kept;
+        filer->endReadMembers();
+    }
+    if (filer->beginReadMembers(3))
+    {
+        frame.enterSection();
+        frame.fold(filer->readObjectId(u"m_ppActionsId", m_ppActionsId));
+        filer->endReadMembers();
+    }
+    if (filer->beginReadMembers(4))
+    {
+        frame.enterSection();
+        frame.fold(filer->readObjectId(u"m_sketchId", m_sketchId));
+        filer->endReadMembers();
+    }
+    m_tabPictures.removeAll(); // also where the section is missing (quirk 20)
+    if (filer->beginReadMembers(5))
+    {
+        frame.enterSection();
+        OKTListNames names(u"m_tabPictures");
+        int count = 0;
+        frame.fold(filer->readInt(names.length(), count));
+        for (int i = 0; i < count && frame.isOk(); ++i)
+        {
+            OKTDbObjectId id;
+            frame.fold(filer->readObjectId(names.at(i), id));
+            readPlace(id);
+            m_tabPictures.append(id);
+        }
+        filer->endReadMembers();
+    }
+    if (!oldPicture.isNull())
+        m_tabPictures.append(oldPicture);
+    if (filer->beginReadMembers(6))
+    {
+        frame.enterSection();
+        frame.fold(filer->readObjectId(u"m_radialReinfId", m_radialReinfId));
+        filer->endReadMembers();
+    }
+    filer->endReadClass();
+    return frame.status();
+}
+OKT_ANSWER_ZERO
+
+// --- Partial reading ---
+
+bool OKTDbPool::readFileHeader(CString const &path, InfoMap &info)
+try
+{
+    info.removeAll();
+    CByteArray bytes;
+    if (!OKTMemoryFiler::loadFiler(path, bytes, 0, kHeaderProbe))
+        return false;
+    OKTMemoryFiler probe(this);
+    probe.readInPlace(bytes);
+    int headerLength = 0;
+    if (!probe.readInt(CString(), headerLength))
+        return false;
+    long const headerStart = probe.GetFilerPosition();
+
+    CByteArray header;
+    if (!OKTMemoryFiler::loadFiler(path, header, headerStart, headerLength))
+        return false;
+    OKTMemoryFiler filer(this);
+    filer.readInPlace(header);
+    if (xmlIn(&filer, info) != eFilerOk)
+        return false;
+    // From the start of the objects block to the start of the file, the places of -1 too (quirk 26). The sum wraps like any
+    // 32-bit number, since a header may lie.
+    auto const shift = static_cast<std::uint32_t>(headerStart) + static_cast<std::uint32_t>(headerLength);
+    for (auto &[id, place] : info)
+        place.nObjectPosition = static_cast<std::int32_t>(static_cast<std::uint32_t>(place.nObjectPosition) + shift);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::readIndex(CString const &path)
+try
+{
+    InfoMap info;
+    return readFileHeader(path, info) && readObjectAlone(path, indexId(), info);
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::readFilePicture(CString const &path)
+try
+{
+    InfoMap info;
+    if (!readFileHeader(path, info))
+        return false;
+    for (OKTDbObjectId const &id : picturesId())
+        if (!readObjectAlone(path, id, info))
+            return false;
+    return true;
+}
+OKT_ANSWER_ZERO
+
+// Reads the stretch of one object and adds the first object found in it.
+bool OKTDbPool::readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info)
+{
+    _ObjectInfo const *const place = info.find(id);
+    CByteArray bytes;
+    if (place == nullptr || !OKTMemoryFiler::loadFiler(path, bytes, place->nObjectPosition, place->nObjectSize))
+        return false;
+    OKTMemoryFiler filer(this);
+    filer.readInPlace(bytes);
+    CString className;
+    OKTDbObject *object = nullptr;
+    return filer.readNextObjectClass(className) && readNextObject(filer, className, object) && appendReadObject(object);
+}
+
+bool OKTDbPool::skipObjectByReadFilter(OKTDbObject *object) const
+try
+{
+    if (object == nullptr || m_readFilter.getSize() == 0)
+        return false;
+    for (OKTRuntimeClass const *descriptor : m_readFilter)
+        if (descriptor != nullptr && object->isKindOf(descriptor))
+            return false;
+    return true;
+}
+OKT_ANSWER_ZERO
+
+// --- Copying and id translation ---
+
+bool OKTDbPool::copyFrom(OKTDbPool const *other)
+try
+{
+    CByteArray image;
+    IdMap translated;
+    return other != nullptr && other->saveFiler(image, translated) && loadFiler(image);
+}
+OKT_ANSWER_ZERO
+
+OKTDbPool *OKTDbPool::clone() const
+try
+{
+    CByteArray image;
+    IdMap translated;
+    if (!saveFiler(image, translated))
+        return nullptr;
+    auto copy = std::make_unique<OKTDbPool>();
+    copy->setBoolTranslatedIds(m_bTranslatedIds);
+    copy->setMapTranslatedIds(std::move(translated));
+    copy->RearangeMapTranslatedIds();
+    bool const loaded = copy->loadFiler(image);
+    copy->setBoolTranslatedIds(false);
+    return loaded ? copy.release() : nullptr;
+}
+OKT_ANSWER_ZERO
+
+void OKTDbPool::RearangeMapTranslatedIds()
+try
+{
+    for (auto &[id, translated] : m_mapTranslatedIds)
+        translated = OKTDbObjectId::createObjectId(this);
+}
+OKT_ANSWER_NOTHING

@@ -1,0 +1,168 @@
+#pragma once
+
+#include <oktdatabase/oktcontainers.h>
+#include <oktdatabase/oktdbobjectid.h>
+#include <oktdatabase/oktfilerstatus.h>
+#include <oktplatform/oktarrays.h>
+#include <oktplatform/oktstring.h>
+
+#include <cstdint>
+
+class OKTDbObject;
+class OKTFiler;
+class OKTMemoryFiler;
+class OKTRuntimeClass;
+
+/// The database: one set of objects keyed by id, a few well-known ids that name objects of special role, and the settings of its
+/// filing.
+///
+///     OKTDbPool pool;
+///     pool.setMetricsFactor(1000.0); // drawing unit millimetre, files hold metres
+///     pool.appendObject(new OKTDbParameter(6, pool.objectId()));
+///     bool const saved = pool.writeFile(L"template.okt");
+///
+/// The pool owns its objects from appendObject, or a load, on. eraseAllObjects and the destructor delete them; removeObject and
+/// removeAllObjects hand them back undeleted. One thread at a time. Every operation answers false, and says nothing, when it fails;
+/// an exception inside is reported and gives false.
+///
+/// A copy of a pool shares the objects, and the first pool destroyed deletes them: clone and copyFrom are the ways to copy.
+class OKT_API OKTDbPool
+{
+public:
+    /// Where an object lies in a pool file, in bytes: the position from the start of the objects block, or from the start of the
+    /// file after readFileHeader. -1, -1 stands for an id without object.
+    struct _ObjectInfo
+    {
+        std::int32_t nObjectPosition;
+        std::int32_t nObjectSize;
+    };
+    using InfoMap = OKTMap<OKTDbObjectId, _ObjectInfo, OKTDbObjectId const &, _ObjectInfo const &>;
+    using ReadFilter = OKTArray<OKTRuntimeClass *, OKTRuntimeClass *const &>;
+
+    OKTDbPool();
+    OKTDbPool(OKTDbPool const &) = default;
+    OKTDbPool &operator=(OKTDbPool const &) = default;
+    virtual ~OKTDbPool();
+
+    void setObjectId(OKTDbObjectId const &id) { m_objectId = id; }
+    OKTDbObjectId objectId() const { return m_objectId; }
+    void setPoolName(CString const &name) { m_strPoolName = name; }
+    CString poolName() const { return m_strPoolName; }
+    /// Drawing units per metre: 1000 for the millimetre, 39.3700787... for the inch. A file holds metres.
+    void setMetricsFactor(double factor) { m_dfMetricsFactor = factor; }
+    /// 1.0 for a null pool pointer, which parameters outside a pool have.
+    double metricsFactor() const;
+    /// The same for a pointer that may be null.
+    static double metricsFactorOf(OKTDbPool const *pool);
+
+    /// The well-known ids. constructId, indexId and picturesId follow the objects of the classes "OKTDbConstruct", "OKTDbIndexData"
+    /// and "OKTDbPicture"; the others are set by the caller or by a file. While id translation is on, all getters but
+    /// RadialReinfId give the translated id; one that the map does not hold comes back as it is.
+    void setConstructId(OKTDbObjectId const &id) { m_constructId = id; }
+    void setSketchId(OKTDbObjectId const &id) { m_sketchId = id; }
+    void setIndexId(OKTDbObjectId const &id) { m_indexId = id; }
+    void setPPActionsId(OKTDbObjectId const &id) { m_ppActionsId = id; }
+    void setRadialReinfId(OKTDbObjectId const &id) { m_radialReinfId = id; }
+    void setPicturesIds(IdArray const &ids) { m_tabPictures = ids; }
+    OKTDbObjectId constructId() const;
+    OKTDbObjectId sketchId() const;
+    OKTDbObjectId indexId() const;
+    OKTDbObjectId ppActionsId() const;
+    OKTDbObjectId RadialReinfId() const { return m_radialReinfId; }
+    IdArray picturesId() const;
+
+    /// Whether ids are translated through the map of old to new ids while objects are written and read.
+    void setBoolTranslatedIds(bool on) { m_bTranslatedIds = on; }
+    bool BoolTranslatedIds() const { return m_bTranslatedIds; }
+    void setMapTranslatedIds(IdMap map) { m_mapTranslatedIds = std::move(map); }
+    IdMap MapTranslatedIds() const { return m_mapTranslatedIds; }
+    /// Gives every key of the map a fresh id of this pool.
+    void RearangeMapTranslatedIds();
+
+    int objectCount() const { return m_mapObjects.getSize(); }
+    /// Takes the object over under a fresh id, whatever id it carried. False, and the object stays the caller's: null, or its id is
+    /// in this pool.
+    bool appendObject(OKTDbObject *object);
+    /// Hands the object back, undeleted and with a null id. Removing any construct or index object clears constructId or indexId,
+    /// even when that names another one (quirk 9).
+    bool removeObject(OKTDbObjectId const &id);
+    bool removeObject(OKTDbObject *object);
+    /// Hands all objects back. False at the first null entry, with the rest still in the pool.
+    bool removeAllObjects();
+    /// Deletes all objects and clears the ids that follow them. On an empty pool nothing is cleared (quirk 12).
+    bool eraseAllObjects();
+    /// Puts another object under an id of the pool. The caller owns the old one and must have set the id of the new one.
+    bool replaceObject(OKTDbObjectId const &id, OKTDbObject *object);
+    /// False, and `object` untouched, for an id that the pool does not hold.
+    bool findObject(OKTDbObjectId const &id, OKTDbObject *&object);
+    /// The id at that position in id order; a null id outside 0 to objectCount() - 1.
+    OKTDbObjectId objectAt(int position) const;
+    void getAllObjects(IdArray &ids) const;
+    /// The ids of all objects of the class or of a class derived from it; of all objects for a null descriptor.
+    bool collectEntities(OKTRuntimeClass *descriptor, IdArray &ids) const;
+    bool CreateObjectFromClassName(CString className, OKTDbObject *&object);
+    /// Sets the object back to what a new object of its class holds. It keeps its address and its id.
+    bool resetObject(OKTDbObjectId const &id);
+
+    /// The image in memory, with the pool's real metrics factor. `translated` receives the ids translated on the way. False: an object
+    /// or the header cannot be written, or the image would pass 2^31 - 1 bytes; `image` is empty then.
+    bool saveFiler(CByteArray &image, IdMap &translated) const;
+    /// Adds the objects of an image to this pool, which is not emptied first; the header's fields replace its own. False: no length
+    /// record, a broken header, an unknown class, a broken object, or an id that is here already. What was read before stays; the
+    /// object at fault is lost (quirk 18). An object that the read filter drops is deleted.
+    bool loadFiler(CByteArray const &image);
+    /// The image as a file, which says factor 1.0: files hold metres. False: an empty path, no image, or the file cannot be written;
+    /// the file is not touched before the image is complete.
+    bool writeFile(CString const &path);
+    /// loadFiler from a file, save that the pool keeps its metrics factor.
+    bool readFile(CString const &path);
+
+    /// The class names whose objects a load keeps, derived classes included, as descriptors that are not owned; empty keeps all. A
+    /// filter of nulls keeps nothing.
+    void setReadFilter(ReadFilter filter) { m_readFilter = std::move(filter); }
+    ReadFilter readFilter() const { return m_readFilter; }
+    /// Reads only the header of a file: 1024 bytes, then the header itself. `info` receives the places of the construct, the index and
+    /// the pictures. A file below 1024 bytes is refused (quirk 23). The factor of the file replaces the pool's.
+    bool readFileHeader(CString const &path, InfoMap &info);
+    /// Header and index object. In a file that names none, the first object of the file is read in its place (quirk 24).
+    bool readIndex(CString const &path);
+    /// Header and pictures.
+    bool readFilePicture(CString const &path);
+
+    /// Adds a copy of the other pool's objects, with their ids; takes its id and factor over.
+    bool copyFrom(OKTDbPool const *other);
+    /// A new pool, owned by the caller, or null. With translation on, every object gets a new id, references between objects of the
+    /// pool follow, and MapTranslatedIds of the clone tells old to new.
+    OKTDbPool *clone() const;
+
+    /// The header block alone.
+    FilerStatusDb xmlOut(OKTFiler *filer, InfoMap const &info) const;
+    FilerStatusDb xmlIn(OKTFiler *filer, InfoMap &info);
+
+private:
+    bool appendReadObject(OKTDbObject *object);
+    bool readNextObject(OKTMemoryFiler &filer, CString const &className, OKTDbObject *&object);
+    bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
+    bool skipObjectByReadFilter(OKTDbObject *object) const;
+    bool loadInPlace(CByteArray const &image);
+    void noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id);
+    void forgetSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id);
+    OKTDbObjectId translatedId(OKTDbObjectId const &id) const;
+
+    OKTDbObjectId m_objectId;
+    ObjectMap m_mapObjects;
+    CString m_strPoolName;
+    OKTDbObjectId m_constructId;
+    OKTDbObjectId m_sketchId;
+    OKTDbObjectId m_indexId;
+    OKTDbObjectId m_ppActionsId;
+    OKTDbObjectId m_radialReinfId;
+    IdArray m_tabPictures;
+    double m_dfMetricsFactor = 1.0;
+    bool m_bFileScope = false;
+    IdMap m_mapTranslatedIds;
+    bool m_bTranslatedIds = false;
+    ReadFilter m_readFilter;
+};
+
+using InfoMap = OKTDbPool::InfoMap;

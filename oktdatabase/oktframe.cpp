@@ -1,0 +1,75 @@
+#include <oktdatabase/oktframe.h>
+
+#include <oktdatabase/oktfiler.h>
+
+#include <utility>
+
+namespace
+{
+CString &spareName()
+{
+    thread_local CString spare;
+    return spare;
+}
+} // namespace
+
+OKTListNames::OKTListNames(CString const &list) : m_name(std::move(spareName())), m_stemLength(list.GetLength() + 1)
+{
+    m_name.Truncate(0);
+    m_name += list;
+    m_name += u'.';
+}
+
+OKTListNames::~OKTListNames()
+{
+    spareName() = std::move(m_name);
+}
+
+CString const &OKTListNames::length()
+{
+    m_name.Truncate(m_stemLength);
+    m_name += u"Length";
+    return m_name;
+}
+
+CString const &OKTListNames::at(int index)
+{
+    char16_t digits[10];
+    int count = 0;
+    for (auto rest = static_cast<unsigned int>(index); count == 0 || rest != 0; rest /= 10)
+        digits[count++] = static_cast<char16_t>(u'0' + rest % 10);
+    m_name.Truncate(m_stemLength);
+    while (count > 0)
+        m_name += digits[--count];
+    return m_name;
+}
+
+OKTDbObjectId idForList(OKTDbObjectId id)
+{
+    if (id.getPool() != nullptr)
+        id.setObject(nullptr);
+    return id;
+}
+
+void writeIdList(OKTFiler &filer, CString const &list, IdArray const &ids, OKTFrame &frame)
+{
+    OKTListNames names(list);
+    int const count = ids.getSize();
+    frame.fold(filer.writeInt(names.length(), count));
+    for (int i = 0; i < count && frame.isOk(); ++i)
+        frame.fold(filer.writeObjectId(names.at(i), ids.at(i)));
+}
+
+void readIdList(OKTFiler &filer, CString const &list, IdArray &ids, OKTFrame &frame)
+{
+    OKTListNames names(list);
+    ids.removeAll();
+    int count = 0;
+    frame.fold(filer.readInt(names.length(), count));
+    for (int i = 0; i < count && frame.isOk(); ++i)
+    {
+        OKTDbObjectId id;
+        frame.fold(filer.readObjectId(names.at(i), id));
+        ids.append(id);
+    }
+}

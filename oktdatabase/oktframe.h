@@ -1,0 +1,59 @@
+#pragma once
+
+#include <oktdatabase/oktdbobjectid.h>
+#include <oktdatabase/oktfilerstatus.h>
+#include <oktplatform/oktstring.h>
+
+class OKTFiler;
+
+/// What comes of a class frame while its sections are written or read. Not installed.
+class OKTFrame
+{
+public:
+    void enterSection() { ++m_sections; }
+    /// Folds the result of one member in; gives whether all of them succeeded so far.
+    bool fold(bool done)
+    {
+        m_ok = done && m_ok;
+        return m_ok;
+    }
+    bool isOk() const { return m_ok; }
+    FilerStatusDb status() const
+    {
+        if (m_sections < 1)
+            return eFilerNoMembers;
+        return m_ok ? eFilerOk : eFilerMemberFailed;
+    }
+
+private:
+    bool m_ok = true;
+    int m_sections = 0;
+};
+
+/// The names of a list's members: "list.Length", "list.0", "list.1". They are made in one buffer, which each thread keeps, so that
+/// naming the entries of a list allocates nothing. Not installed.
+class OKTListNames
+{
+public:
+    explicit OKTListNames(CString const &list);
+    OKTListNames(OKTListNames const &) = delete;
+    OKTListNames &operator=(OKTListNames const &) = delete;
+    ~OKTListNames();
+
+    /// Both are good until the next call.
+    CString const &length();
+    CString const &at(int index);
+
+private:
+    CString m_name;
+    int m_stemLength;
+};
+
+/// An id as lists keep it: without the cached object where it has a pool to ask, so that an erased object is not reached through
+/// the list.
+OKTDbObjectId idForList(OKTDbObjectId id);
+
+/// A list of ids as members of a section: the length, then each id, ending early once a member of the frame has failed. Reading empties
+/// the list first and appends an id also where its read failed, which then ends the list.
+void writeIdList(OKTFiler &filer, CString const &list, IdArray const &ids, OKTFrame &frame);
+void readIdList(OKTFiler &filer, CString const &list, IdArray &ids, OKTFrame &frame);

@@ -1,0 +1,449 @@
+#include <oktdatabase/oktmemoryfiler.h>
+
+#include <oktdatabase/oktcrashhandler.h>
+#include <oktdatabase/oktdbpool.h>
+#include <oktdatabase/oktgexyz.h>
+#include <oktplatform/oktfile.h>
+
+#include <limits>
+#include <utility>
+
+namespace
+{
+constexpr int kGrowBy = 1024;
+
+// The stream holds 32 bits, a long may have more.
+bool fitsSigned(long value)
+{
+    return value >= std::numeric_limits<std::int32_t>::min() && value <= std::numeric_limits<std::int32_t>::max();
+}
+
+bool fitsUnsigned(unsigned long value)
+{
+    return value <= std::numeric_limits<std::uint32_t>::max();
+}
+} // namespace
+
+OKTMemoryFiler::OKTMemoryFiler(OKTDbPool *pool) : OKTFiler(pool), m_bytes(kGrowBy)
+{
+    try
+    {
+        if (pool == nullptr)
+            return;
+        setTranslatedIds(pool->BoolTranslatedIds());
+        m_mapTranslatedIds = pool->MapTranslatedIds();
+    }
+    OKT_ANSWER_NOTHING
+}
+
+OKTMemoryFiler::~OKTMemoryFiler() = default;
+
+// --- Writing ---
+
+bool OKTMemoryFiler::beginWriteClass(CString, CString className, int version)
+try
+{
+    return m_bytes.writeType(VarClassBegin) && m_bytes.writeAnsiString(className) &&
+           m_bytes.writeLong(static_cast<std::uint32_t>(version));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::endWriteClass()
+try
+{
+    return m_bytes.writeType(VarClassEnd);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::beginWriteMembers(int section)
+try
+{
+    return m_bytes.writeType(VarMembersBegin) && m_bytes.writeLong(static_cast<std::uint32_t>(section));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::endWriteMembers()
+try
+{
+    return m_bytes.writeType(VarMembersEnd);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeDouble(CString const &, double const &value)
+try
+{
+    return m_bytes.writeDouble(value);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeLong(CString const &, unsigned long const &value)
+try
+{
+    return fitsUnsigned(value) && m_bytes.writeLong(static_cast<std::uint32_t>(value));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeLong(CString const &, long const &value)
+try
+{
+    return fitsSigned(value) && m_bytes.writeLong(static_cast<std::uint32_t>(value));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeString(CString const &, CString const &value)
+try
+{
+    return getIsAnsiString() ? m_bytes.writeAnsiString(value) : m_bytes.writeWideString(value);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeObjectId(CString const &name, OKTDbObjectId const &value)
+try
+{
+    if (value.xmlOut(name, this) != eFilerOk)
+        return false;
+    // The old id is in the stream; the new one is only noted, and replaces it on reading.
+    if (getTranslatedIds() && value.isValid() && !m_mapTranslatedIds.contains(value))
+    {
+        value.getObject();
+        m_mapTranslatedIds[value] = OKTDbObjectId::createObjectId(m_pool);
+    }
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writePoint3d(CString const &name, OKTGeXYZ const &value)
+try
+{
+    return value.xmlOut(name, this) == eFilerOk;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeBool(CString const &, bool const &value)
+try
+{
+    return m_bytes.writeBool(value);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeBool(CString const &name, int const &value)
+try
+{
+    return writeLong(name, static_cast<long>(value));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeInt(CString const &name, unsigned int const &value)
+try
+{
+    return writeLong(name, static_cast<long>(static_cast<int>(value)));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeInt(CString const &name, int const &value)
+try
+{
+    return writeLong(name, static_cast<long>(value));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeShort(CString const &, unsigned short const &value)
+try
+{
+    return m_bytes.writeShort(value);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeShort(CString const &, short const &value)
+try
+{
+    return m_bytes.writeShort(static_cast<unsigned short>(value));
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeVariant(CString const &name, tagVARIANT const &value)
+try
+{
+    return xmlOutVariant(name, value, this) == eFilerOk;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::writeByteArray(CString const &, CByteArray const &value)
+try
+{
+    return m_bytes.writeByteArray(value);
+}
+OKT_ANSWER_ZERO
+
+// --- Reading ---
+
+bool OKTMemoryFiler::beginReadClass(CString, CString className)
+try
+{
+    // All three are tried, also where no frame stands (quirk 34).
+    std::uint32_t version;
+    bool const begun = m_bytes.checkType(VarClassBegin);
+    bool const named = m_bytes.checkAnsiString(className);
+    bool const versioned = m_bytes.readLong(version);
+    return begun && named && versioned;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::endReadClass()
+try
+{
+    return m_bytes.checkType(VarClassEnd) || m_bytes.skipMembers();
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::beginReadMembers(int section)
+try
+{
+    return m_bytes.enterMembers(section);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::endReadMembers()
+try
+{
+    return m_bytes.checkType(VarMembersEnd);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readString(CString const &, CString &value)
+try
+{
+    int const before = m_bytes.getPosition();
+    bool const done = getIsAnsiString() ? m_bytes.readAnsiString(value) : m_bytes.readWideString(value);
+    setReadingStalled(!done && m_bytes.getPosition() == before);
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readLong(CString const &, unsigned long &value)
+try
+{
+    std::uint32_t bits;
+    bool const done = m_bytes.readLong(bits);
+    value = bits;
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readLong(CString const &, long &value)
+try
+{
+    std::uint32_t bits;
+    bool const done = m_bytes.readLong(bits);
+    value = static_cast<std::int32_t>(bits);
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readDouble(CString const &, double &value)
+try
+{
+    return m_bytes.readDouble(value);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readObjectId(CString const &name, OKTDbObjectId &value)
+try
+{
+    value.setNull();
+    if (value.xmlIn(name, this) != eFilerOk)
+        return false;
+    if (getTranslatedIds())
+        if (OKTDbObjectId const *const translated = m_mapTranslatedIds.find(value))
+            value = OKTDbObjectId(*translated);
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readPoint3d(CString const &name, OKTGeXYZ &value)
+try
+{
+    return value.xmlIn(name, this) == eFilerOk;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readBool(CString const &, bool &value)
+try
+{
+    unsigned char byte;
+    bool const done = m_bytes.readBool(byte);
+    value = byte != 0; // the failure value 255 gives true (quirk 33)
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readBool(CString const &name, int &value)
+try
+{
+    long number;
+    bool const done = readLong(name, number);
+    value = static_cast<int>(number);
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readInt(CString const &name, unsigned int &value)
+try
+{
+    long number;
+    bool const done = readLong(name, number);
+    value = static_cast<unsigned int>(number);
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readInt(CString const &name, int &value)
+try
+{
+    long number;
+    bool const done = readLong(name, number);
+    value = static_cast<int>(number);
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readShort(CString const &, unsigned short &value)
+try
+{
+    return m_bytes.readShort(value);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readShort(CString const &, short &value)
+try
+{
+    unsigned short bits;
+    bool const done = m_bytes.readShort(bits);
+    value = static_cast<short>(bits);
+    return done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readVariant(CString const &name, tagVARIANT &value)
+try
+{
+    return xmlInVariant(name, value, this) == eFilerOk;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readByteArray(CString const &, CByteArray &value)
+try
+{
+    return m_bytes.readByteArray(value);
+}
+OKT_ANSWER_ZERO
+
+// --- Buffers and files ---
+
+bool OKTMemoryFiler::loadFiler(CByteArray const &bytes)
+try
+{
+    m_bytes.setPosition(0);
+    m_bytes.setWriteMode(0);
+    return m_bytes.loadBytes(bytes);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::saveFiler(CByteArray &bytes)
+try
+{
+    return m_bytes.saveBytes(bytes);
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readNextObjectClass(CString &className)
+try
+{
+    int where;
+    if (!m_bytes.findNextObject(where))
+        return false;
+    m_bytes.setPosition(where);
+    bool const begun = m_bytes.checkType(VarClassBegin);
+    bool const named = m_bytes.readAnsiString(className);
+    m_bytes.setPosition(where);
+    return begun && named;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::skipToNextObject()
+{
+    return false;
+}
+
+long OKTMemoryFiler::GetFilerLength() const
+{
+    return m_bytes.getLength();
+}
+
+long OKTMemoryFiler::GetFilerPosition() const
+{
+    return m_bytes.getPosition();
+}
+
+bool OKTMemoryFiler::saveFiler(CString const &path, CByteArray const &bytes)
+try
+{
+    CFile file;
+    if (!file.Open(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite))
+        return false;
+    try
+    {
+        file.Write(bytes.GetData(), static_cast<UINT>(bytes.GetSize()));
+        file.Close(); // here, where a late failure of the system can still be told
+    }
+    catch (...)
+    {
+        return false;
+    }
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::loadFiler(CString const &path, CByteArray &bytes, long const &position, long const &size)
+try
+{
+    bytes.RemoveAll();
+    CFile file;
+    if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
+        return false;
+    try
+    {
+        auto const length = static_cast<std::int64_t>(file.GetLength());
+        std::int64_t const start = position < 0 ? 0 : position;
+        std::int64_t const count = size < 0 ? length - start : size;
+        // Sizes are signed 32-bit: a file beyond that is no pool file.
+        if (start >= length || count > length - start || length > std::numeric_limits<std::int32_t>::max())
+            return false;
+        bytes.SetSize(static_cast<int>(count));
+        bool const placed = file.Seek(start, CFile::begin) == static_cast<ULONGLONG>(start);
+        if (placed && file.Read(bytes.GetData(), static_cast<UINT>(count)) == static_cast<UINT>(count))
+            return true;
+    }
+    catch (CFileException const &)
+    {
+    }
+    bytes.RemoveAll();
+    return false;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::setInternalIsWriteEnabled(bool on)
+{
+    m_bytes.setWriteMode(on ? 1 : 0);
+    return true;
+}
+
+void OKTMemoryFiler::readInPlace(CByteArray const &bytes)
+{
+    m_bytes.readInPlace(bytes);
+}
+
+CByteArray OKTMemoryFiler::takeBytes()
+{
+    return m_bytes.takeBytes();
+}

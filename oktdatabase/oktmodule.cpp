@@ -1,0 +1,6 @@
+#include <oktdatabase/oktmodule.h>
+
+wchar_t const *getModulePromptsProjectName()
+{
+    return L"OKTDATABASE";
+}

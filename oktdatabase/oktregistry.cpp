@@ -1,0 +1,22 @@
+// The static objects of the object kernel. One source holds them, because their order counts: the registry, then the descriptors
+// in the order of their class numbers, with the null id among them. A further stored class adds its header and its line.
+
+#include <oktdatabase/oktdbcategory.h>
+#include <oktdatabase/oktdbgroupcategory.h>
+#include <oktdatabase/oktdbgroupparameter.h>
+#include <oktdatabase/oktdbparameter.h>
+#include <oktdatabase/oktdbparamrelation.h>
+#include <oktdatabase/oktdbpicture.h>
+#include <oktdatabase/oktdbrelation.h>
+
+OKTMap<CString, OKTRuntimeClass *, CString const &, OKTRuntimeClass *const &> g_RuntimeClass;
+
+OKT_STORED_CLASS_REGISTRATION(OKTDbCategory, OKTDbObject)
+OKT_STORED_CLASS_REGISTRATION(OKTDbGroupCategory, OKTDbObject)
+OKT_STORED_CLASS_REGISTRATION(OKTDbGroupParameter, OKTDbParameter)
+OKTRuntimeClass const OKTDbObject::classOKTDbObject(u"OKTDbObject", CString(), new OKTDbObject, nullptr);
+OKTDbObjectId const OKTDbObjectId::kNull;
+OKT_STORED_CLASS_REGISTRATION(OKTDbParameter, OKTDbObject)
+OKT_STORED_CLASS_REGISTRATION(OKTDbParamRelation, OKTDbRelation)
+OKT_STORED_CLASS_REGISTRATION(OKTDbPicture, OKTDbObject)
+OKT_STORED_CLASS_REGISTRATION(OKTDbRelation, OKTDbObject)

@@ -1,0 +1,63 @@
+#include <oktdatabase/oktruntimeclass.h>
+
+#include <oktdatabase/oktcrashhandler.h>
+#include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/okttools.h>
+
+namespace
+{
+int s_nextClassCounter = 0;
+}
+
+OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDbObject *prototype, OKTRuntimeClass *baseClassDesc)
+{
+    try
+    {
+        if (className.IsEmpty() || prototype == nullptr || g_RuntimeClass.contains(className))
+            return;
+        g_RuntimeClass[className] = this;
+        m_className = className;
+        m_baseClassName = baseClassName;
+        m_prototype = prototype;
+        m_baseClassDesc = baseClassDesc;
+        m_classCounter = s_nextClassCounter++;
+    }
+    OKT_ANSWER_NOTHING
+}
+
+OKTRuntimeClass::~OKTRuntimeClass()
+{
+    try
+    {
+        delete m_prototype;
+        m_prototype = nullptr;
+    }
+    OKT_ANSWER_NOTHING
+}
+
+OKTDbObject *OKTRuntimeClass::CreateObject() const
+try
+{
+    return m_prototype == nullptr ? nullptr : m_prototype->createObject();
+}
+OKT_ANSWER_ZERO
+
+bool OKTRuntimeClass::isA(OKTRuntimeClass const *other) const
+{
+    return other != nullptr && m_classCounter == other->m_classCounter;
+}
+
+bool OKTRuntimeClass::IsDerivedFrom(OKTRuntimeClass const *other) const
+{
+    if (other == nullptr || other->m_classCounter < 0 || m_classCounter < 0)
+        return false;
+    for (OKTRuntimeClass const *desc = this; desc != nullptr; desc = desc->m_baseClassDesc)
+        if (desc->m_classCounter == other->m_classCounter)
+            return true;
+    return false;
+}
+
+bool OKTRuntimeClass::getObjectFromClassName(CString className, OKTDbObject *&object)
+{
+    return OKTTools::getObjectFromClassName(className, object);
+}

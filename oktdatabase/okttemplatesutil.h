@@ -1,0 +1,10 @@
+#pragma once
+
+#include <oktplatform/oktexport.h>
+
+/// Kept for the modules that name it; it has no members.
+class OKT_API OKTTemplatesUtil
+{
+public:
+    OKTTemplatesUtil &operator=(OKTTemplatesUtil const &) = default;
+};
