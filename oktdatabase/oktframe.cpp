@@ -6,30 +6,34 @@
 
 namespace
 {
-CString &spareName()
+CString &spareText()
 {
     thread_local CString spare;
     return spare;
 }
 } // namespace
 
-OKTListNames::OKTListNames(CString const &list) : m_name(std::move(spareName())), m_stemLength(list.GetLength() + 1)
+OKTScratchText::OKTScratchText() : m_text(std::move(spareText()))
 {
-    m_name.Truncate(0);
-    m_name += list;
-    m_name += u'.';
+    m_text.Truncate(0);
 }
 
-OKTListNames::~OKTListNames()
+OKTScratchText::~OKTScratchText()
 {
-    spareName() = std::move(m_name);
+    spareText() = std::move(m_text);
+}
+
+OKTListNames::OKTListNames(CString const &list) : m_stemLength(list.GetLength() + 1)
+{
+    m_name.text() += list;
+    m_name.text() += u'.';
 }
 
 CString const &OKTListNames::length()
 {
-    m_name.Truncate(m_stemLength);
-    m_name += u"Length";
-    return m_name;
+    m_name.text().Truncate(m_stemLength);
+    m_name.text() += u"Length";
+    return m_name.text();
 }
 
 CString const &OKTListNames::at(int index)
@@ -38,10 +42,10 @@ CString const &OKTListNames::at(int index)
     int count = 0;
     for (auto rest = static_cast<unsigned int>(index); count == 0 || rest != 0; rest /= 10)
         digits[count++] = static_cast<char16_t>(u'0' + rest % 10);
-    m_name.Truncate(m_stemLength);
+    m_name.text().Truncate(m_stemLength);
     while (count > 0)
-        m_name += digits[--count];
-    return m_name;
+        m_name.text() += digits[--count];
+    return m_name.text();
 }
 
 OKTDbObjectId idForList(OKTDbObjectId id)

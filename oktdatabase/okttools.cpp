@@ -114,7 +114,7 @@ int base64EncodedLength(int size, unsigned int flagWord)
 {
     if (static_cast<std::int64_t>(size) * 4 > std::numeric_limits<std::int32_t>::max())
         throw COleException(E_FAIL);
-    if (size <= 0)
+    if (size < 0)
         return 0;
     std::int64_t length = static_cast<std::int64_t>(size) * 4 / 3;
     if ((flagWord & kBase64NoPadding) == 0)

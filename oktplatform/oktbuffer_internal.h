@@ -42,18 +42,11 @@ inline OktTextBuffer *makeBuffer(OktTextView units)
     return buffer;
 }
 
-inline bool isBorrowed(OktTextBuffer const *buffer)
-{
-    return buffer->references.load(std::memory_order_relaxed) == OktTextBuffer::kBorrowed;
-}
-
 /// True when nobody else can see the buffer, so that it may be written.
 inline bool isOwn(OktTextBuffer const *buffer) { return buffer->references.load(std::memory_order_acquire) == 1; }
 
 inline void releaseBuffer(OktTextBuffer *buffer)
 {
-    if (isBorrowed(buffer))
-        return;
     if (isOwn(buffer) || buffer->references.fetch_sub(1, std::memory_order_acq_rel) == 1)
         freeBuffer(buffer);
 }
@@ -69,7 +62,7 @@ inline std::size_t grown(std::size_t needed, std::size_t length)
 inline CString adopt(OktTextBuffer *buffer)
 {
     if (buffer->length != 0)
-        return CString(*buffer);
+        return CString(buffer);
     freeBuffer(buffer);
     return CString();
 }
@@ -83,7 +76,7 @@ public:
 private:
     alignas(OktTextBuffer) std::byte m_storage[sizeof(OktTextBuffer) + (N + 1) * sizeof(WCHAR)];
     OktTextBuffer *m_buffer =
-        ::new (static_cast<void *>(m_storage)) OktTextBuffer{OktTextBuffer::kBorrowed, 0, static_cast<int>(N)};
+        ::new (static_cast<void *>(m_storage)) OktTextBuffer{1, 0, static_cast<int>(N)};
 };
 
 /// Text under construction: on the stack while it is short.

@@ -37,6 +37,16 @@ public:
             m_target[m_count] = unit;
         ++m_count;
     }
+    /// Puts the ASCII characters that a text begins with, and gives the place behind them.
+    template <typename From> From const *putAscii(From const *text, From const *end)
+    {
+        std::size_t const count = OktText::countAscii(text, static_cast<std::size_t>(end - text));
+        std::size_t const stored = std::min(count, room());
+        for (std::size_t i = 0; i < stored; ++i)
+            m_target[m_count + i] = static_cast<U>(text[i]);
+        m_count += count;
+        return text + count;
+    }
     U *place() { return m_count < m_size ? m_target + m_count : nullptr; }
     std::size_t room() const { return m_count < m_size ? m_size - m_count : 0; }
     void skip(std::size_t count) { m_count += count; }
@@ -53,13 +63,6 @@ private:
     std::size_t m_size;
     std::size_t m_count = 0;
 };
-
-template <typename To, typename From> From const *putAscii(From const *place, From const *end, Sink<To> &sink)
-{
-    while (place != end && static_cast<std::make_unsigned_t<From>>(*place) < 0x80)
-        sink.put(static_cast<To>(*place++));
-    return place;
-}
 
 bool keepsAscii(UINT page)
 {
@@ -151,7 +154,7 @@ int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, cha
 
     WCHAR const *place = text;
     if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage.number && threadPage.keepsAscii))
-        place = putAscii(place, end, sink);
+        place = sink.putAscii(place, end);
     if (page == kWindows1252)
         to1252(place, end, substitute, substituted, sink);
     else if (page == CP_UTF8)
@@ -179,7 +182,7 @@ int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHA
 
     char const *place = text;
     if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage.number && threadPage.keepsAscii))
-        place = putAscii(place, end, sink);
+        place = sink.putAscii(place, end);
     if (page == kWindows1252)
     {
         for (; place != end; ++place)

@@ -2,7 +2,6 @@
 
 #include <oktplatform/oktbuffer_internal.h>
 #include <oktplatform/oktcodepage.h>
-#include <oktplatform/oktsystem.h>
 #include <oktplatform/okttext_internal.h>
 #include <oktplatform/oktvariant.h>
 
@@ -71,7 +70,7 @@ public:
             return foldAscii(*m_place++);
         WCHAR units[2];
         char32_t const character = OktText::nextCharacter(m_place, m_end);
-        if (OktText::putCharacter(OktText::isSurrogate(character) ? character : OktSystem::foldCase(character), units) == 2)
+        if (OktText::putCharacter(OktText::isSurrogate(character) ? character : OktText::foldCase(character), units) == 2)
             m_pending = units[1];
         return units[0];
     }
@@ -132,6 +131,14 @@ void CString::assignNarrow(char const *text)
         return;
     if (length > kMaxLength)
         throw std::bad_alloc();
+    if (OktThreadCodePageKeepsAscii() && countAscii(text, length) == length)
+    {
+        OktTextBuffer *const plain = allocateBuffer(length);
+        std::copy_n(text, length, plain->units());
+        setLength(plain, length);
+        m_word.store(reinterpret_cast<std::uintptr_t>(plain), std::memory_order_relaxed);
+        return;
+    }
     auto const bytes = static_cast<int>(length);
     int const count = MultiByteToWideChar(CP_THREAD_ACP, 0, text, bytes, nullptr, 0);
     if (count <= 0)
@@ -142,26 +149,9 @@ void CString::assignNarrow(char const *text)
     m_word.store(reinterpret_cast<std::uintptr_t>(made), std::memory_order_relaxed);
 }
 
-void CString::share()
-{
-    OktTextBuffer *const shared = buffer();
-    if (isBorrowed(shared))
-        m_word.store(shared->length == 0 ? 0 : reinterpret_cast<std::uintptr_t>(makeBuffer(View())), std::memory_order_relaxed);
-    else
-        shared->references.fetch_add(1, std::memory_order_relaxed);
-}
-
-void CString::take(CString &other)
-{
-    if (isBorrowed(buffer()))
-        share();
-    else
-        other.m_word.store(0, std::memory_order_relaxed);
-}
-
 void CString::release() { releaseBuffer(buffer()); }
 
-CString &CString::operator=(CString const &other)
+CString &CString::operator=(CString const &other) noexcept
 {
     if (this != &other)
         *this = CString(other);
@@ -462,16 +452,22 @@ int CString::Replace(WCHAR from, WCHAR to)
 
 CString &CString::operator+=(CString const &text)
 {
-    OktTextView const added = text.View();
+    if (word() == 0)
+        return *this = text;
+    return append(text.View());
+}
+
+CString &CString::operator+=(WCHAR unit) { return append({&unit, 1}); }
+
+// The units may be those of this text.
+CString &CString::append(OktTextView added)
+{
     if (added.empty())
         return *this;
     OktTextView const view = View();
-    if (view.empty() && !isBuffer())
-        return *this = text;
     std::size_t const length = view.size() + added.size();
     if (isBuffer() && isOwn(buffer()) && length <= static_cast<std::size_t>(buffer()->capacity))
     {
-        // A text added to itself: the source ends where the target begins.
         std::copy(added.begin(), added.end(), buffer()->units() + view.size());
         setLength(buffer(), length);
         return *this;
@@ -480,14 +476,6 @@ CString &CString::operator+=(CString const &text)
     std::copy(added.begin(), added.end(), std::copy(view.begin(), view.end(), made->units()));
     setLength(made, length);
     return *this = adopt(made);
-}
-
-CString &CString::operator+=(WCHAR unit)
-{
-    StackBuffer<1> one;
-    one.buffer()->units()[0] = unit;
-    setLength(one.buffer(), 1);
-    return *this += CString(*one.buffer());
 }
 
 CString CString::joined(CString const &left, CString const &right)
@@ -514,8 +502,14 @@ int CString::Compare(CString const &other) const
 
 int CString::CompareNoCase(CString const &other) const
 {
-    FoldedUnits left(View());
-    FoldedUnits right(other.View());
+    OktTextView const first = View();
+    OktTextView const second = other.View();
+    std::size_t same = 0;
+    std::size_t const most = std::min(first.size(), second.size());
+    while (same < most && first[same] < 0x80 && foldAscii(first[same]) == foldAscii(second[same]))
+        ++same;
+    FoldedUnits left(first.substr(same));
+    FoldedUnits right(second.substr(same));
     for (;;)
     {
         int const a = left.next();

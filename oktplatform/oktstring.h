@@ -27,8 +27,6 @@ using OktTextView = std::basic_string_view<WCHAR>;
 /// The head of a text buffer; the units and a closing zero unit follow it in memory.
 struct OktTextBuffer
 {
-    static constexpr int kBorrowed = -1; ///< in place of a count: the buffer belongs to a frame of the stack
-
     std::atomic<int> references;
     int length;   ///< in units, without the closing zero
     int capacity; ///< in units, without the closing zero
@@ -78,22 +76,18 @@ class OKT_API CString
 
 public:
     constexpr CString() noexcept = default;
-    CString(CString const &other) : m_word(other.word())
+    CString(CString const &other) noexcept : m_word(other.word())
     {
         if (isBuffer())
-            share();
+            buffer()->references.fetch_add(1, std::memory_order_relaxed);
     }
-    CString(CString &&other) noexcept : m_word(other.word())
-    {
-        if (isBuffer())
-            take(other);
-    }
+    CString(CString &&other) noexcept : m_word(other.word()) { other.m_word.store(0, std::memory_order_relaxed); }
     ~CString()
     {
         if (isBuffer())
             release();
     }
-    CString &operator=(CString const &other);
+    CString &operator=(CString const &other) noexcept;
     CString &operator=(CString &&other) noexcept;
 
     /// A zero-terminated text, copied. Null gives the empty text. A wchar_t of 32 bits above U+FFFF becomes a surrogate pair.
@@ -135,10 +129,10 @@ public:
     /// The first `length` units at `units`, zero units included. A length below 1 gives the empty text.
     CString(WCHAR const *units, int length);
     explicit CString(OktTextView units);
-    /// A text in a buffer that belongs to a frame of the stack (its count is kBorrowed). A copy of it gets a buffer of its own.
-    explicit CString(OktTextBuffer &borrowed) noexcept : m_word(reinterpret_cast<std::uintptr_t>(&borrowed)) {}
+    /// Takes over one reference to a buffer. Null gives the empty text.
+    explicit CString(OktTextBuffer *owned) noexcept : m_word(reinterpret_cast<std::uintptr_t>(owned)) {}
 
-    /// Malformed UTF-8 becomes U+FFFD, one for each maximal bad run; a lone surrogate leaves as U+FFFD.
+    /// Malformed UTF-8 becomes U+FFFD, one for each maximal ill-formed subpart; a lone surrogate leaves as U+FFFD.
     static CString FromUtf8(std::string_view text);
     std::string ToUtf8() const;
 
@@ -174,7 +168,7 @@ public:
         if (length > 0)
             fill(ownUnits(length), length);
         else
-            Empty();
+            Truncate(0);
     }
 
     /// Negative counts and indexes count as 0, too large ones as the end.
@@ -258,8 +252,7 @@ private:
     OktTextBuffer *buffer() const { return reinterpret_cast<OktTextBuffer *>(word()); }
 
     WCHAR *ownUnits(int length);
-    void share();
-    void take(CString &other);
+    CString &append(OktTextView added);
     void release();
     OktTextView wrappedView() const;
     void assignUnits(char16_t const *text);

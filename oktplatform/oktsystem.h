@@ -19,9 +19,6 @@ bool randomBytes(void *target, std::size_t size);
 /// A number that is another one in a process forked since the last call. The first call arranges that.
 unsigned int processGeneration();
 
-/// The simple lower-case mapping of one character, whatever locale the host has set.
-char32_t foldCase(char32_t character);
-
 /// The decimal point of the current numeric locale: as the runtime library prints it, and as one unit.
 struct DecimalPoint
 {

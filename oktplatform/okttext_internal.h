@@ -2,7 +2,10 @@
 
 #include <oktplatform/okttypes.h>
 
-#include <string_view>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 // Walks over text by characters, for the sources of this layer. Not installed.
 
@@ -16,12 +19,36 @@ template <typename U> constexpr bool isLowSurrogate(U unit) { return unit >= 0xD
 
 constexpr bool isSurrogate(char32_t character) { return character >= 0xD800 && character <= 0xDFFF; }
 
+/// The simple lower-case mapping of one character, the same in every locale.
+char32_t foldCase(char32_t character);
+
 /// White space of the runtime library's classification, the same in every locale.
 constexpr bool isSpace(WCHAR unit)
 {
     return (unit >= 0x09 && unit <= 0x0D) || unit == 0x20 || unit == 0x85 || unit == 0xA0 || unit == 0x1680 ||
            (unit >= 0x2000 && unit <= 0x200A) || unit == 0x2028 || unit == 0x2029 || unit == 0x202F || unit == 0x205F ||
            unit == 0x3000;
+}
+
+/// The number of ASCII units, or bytes, that a text begins with.
+template <typename U> std::size_t countAscii(U const *text, std::size_t length)
+{
+    // Eight bytes at a time: each unit may have its low seven bits only.
+    constexpr std::size_t kStep = sizeof(std::uint64_t) / sizeof(U);
+    constexpr std::uint64_t kOthers = sizeof(U) == 1 ? 0x8080808080808080u : 0xFF80FF80FF80FF80u;
+    static_assert(sizeof(U) <= 2);
+    std::size_t count = 0;
+    while (length - count >= kStep)
+    {
+        std::uint64_t units = 0;
+        std::memcpy(&units, text + count, sizeof units);
+        if ((units & kOthers) != 0)
+            break;
+        count += kStep;
+    }
+    while (count < length && static_cast<std::make_unsigned_t<U>>(text[count]) < 0x80)
+        ++count;
+    return count;
 }
 
 /// The character at `place`, which moves behind it; a lone surrogate stands for itself.

@@ -4,8 +4,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <memory>
-#include <new>
 
 namespace
 {
@@ -136,7 +134,7 @@ void destroyArray(SAFEARRAY *array)
     std::free(prefixOf(array));
 }
 
-/// An array of zeroed elements with these bounds, which stand as they are stored. Null: too large, or no memory.
+/// An array of zeroed elements with these bounds, stored as they stand. Null: too large, or no memory.
 SAFEARRAY *allocateArray(VARTYPE type, USHORT dimensions, SAFEARRAYBOUND const *stored)
 {
     ULONG const size = elementSize(type);
@@ -341,11 +339,10 @@ SAFEARRAY *SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND *bounds
     if (elementSize(type) == 0 || dimensions == 0 || dimensions > std::numeric_limits<USHORT>::max() || bounds == nullptr ||
         !std::all_of(bounds, bounds + dimensions, isSoundBound))
         return nullptr;
-    std::unique_ptr<SAFEARRAYBOUND[]> const stored(new (std::nothrow) SAFEARRAYBOUND[dimensions]);
-    if (stored == nullptr)
-        return nullptr;
-    std::reverse_copy(bounds, bounds + dimensions, stored.get());
-    return allocateArray(type, static_cast<USHORT>(dimensions), stored.get());
+    SAFEARRAY *const array = allocateArray(type, static_cast<USHORT>(dimensions), bounds);
+    if (array != nullptr)
+        std::reverse(boundsOf(array), boundsOf(array) + dimensions);
+    return array;
 }
 
 SAFEARRAY *SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elements)

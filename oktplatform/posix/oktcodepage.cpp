@@ -38,7 +38,7 @@ iconv_t const kNoConverter = reinterpret_cast<iconv_t>(-1); // NOLINT: the publi
 template <typename Open> iconv_t openByName(unsigned int page, Open open)
 {
     char name[32];
-    for (char const *const form : {"CP%u", "WINDOWS-%u", "IBM%u"})
+    for (char const *const form : {"CP%u", "WINDOWS-%u", "IBM%u", "CP%03u"})
     {
         std::snprintf(name, sizeof name, form, page);
         iconv_t const converter = open(name);

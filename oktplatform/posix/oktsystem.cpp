@@ -2,16 +2,10 @@
 
 #include <oktplatform/okttext_internal.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <clocale>
 #include <cstring>
-#include <cwchar>
-#include <cwctype>
 #include <langinfo.h>
-#include <locale.h>
-#include <mutex>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/random.h>
@@ -20,12 +14,6 @@
 namespace
 {
 std::atomic<unsigned int> generation{0};
-
-locale_t foldingLocale()
-{
-    static locale_t const locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return locale;
-}
 
 constexpr char kWarningPrefix[] = "OKTDatabase10: ";
 constexpr std::size_t kWarningSize = 1024; // a write of so little to a pipe is one piece
@@ -51,23 +39,14 @@ bool OktSystem::randomBytes(void *target, std::size_t size)
 
 unsigned int OktSystem::processGeneration()
 {
-    static std::once_flag arranged;
-    std::call_once(arranged,
-                   [] { pthread_atfork(nullptr, nullptr, [] { generation.fetch_add(1, std::memory_order_relaxed); }); });
+    static bool const arranged =
+        pthread_atfork(nullptr, nullptr, [] { generation.fetch_add(1, std::memory_order_relaxed); }) == 0;
+    if (!arranged)
+        return generation.fetch_add(1, std::memory_order_relaxed); // forks go unseen, so that nothing may be kept
     return generation.load(std::memory_order_relaxed);
 }
 
 // --- Locale ------------------------------------------------------------------------------------------------------------------
-
-char32_t OktSystem::foldCase(char32_t character)
-{
-    if (character < 0x80)
-        return character >= U'A' && character <= U'Z' ? character + (U'a' - U'A') : character;
-    locale_t const locale = foldingLocale();
-    if (locale == nullptr)
-        return character;
-    return static_cast<char32_t>(towlower_l(static_cast<wint_t>(character), locale));
-}
 
 OktSystem::DecimalPoint OktSystem::decimalPoint()
 {

@@ -1,0 +1,117 @@
+#include "support/alloccount.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define OKT_TEST_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+#define OKT_TEST_SANITIZED 1
+#endif
+#endif
+
+namespace
+{
+constexpr std::size_t kNever = static_cast<std::size_t>(-1);
+
+thread_local std::size_t s_allocations = 0;
+thread_local std::size_t s_left = kNever;
+thread_local bool s_struck = false;
+
+/// False when this allocation has to fail.
+bool passes()
+{
+    if (s_left == kNever)
+        return true;
+    if (s_left-- != 0)
+        return true;
+    s_left = kNever;
+    s_struck = true;
+    return false;
+}
+} // namespace
+
+#if defined(OKT_TEST_SANITIZED)
+
+// The sanitizer owns the C allocator and tells of its calls.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(void const volatile *, std::size_t),
+                                                         void (*freed)(void const volatile *));
+
+namespace
+{
+int const s_hooks = __sanitizer_install_malloc_and_free_hooks([](void const volatile *, std::size_t) { ++s_allocations; },
+                                                              [](void const volatile *) {});
+
+void *allocate(std::size_t size)
+{
+    static_cast<void>(s_hooks);
+    void *const memory = passes() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+} // namespace
+
+void *operator new(std::size_t size) { return allocate(size); }
+
+void *operator new[](std::size_t size) { return allocate(size); }
+
+void operator delete(void *memory) noexcept { std::free(memory); }
+
+void operator delete[](void *memory) noexcept { std::free(memory); }
+
+void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
+
+void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); }
+
+#elif defined(__GLIBC__)
+
+// Operator new ends here too, from inside the shared libraries: the three must be seen by them.
+extern "C" void *__libc_malloc(std::size_t size);
+extern "C" void *__libc_calloc(std::size_t count, std::size_t size);
+extern "C" void *__libc_realloc(void *memory, std::size_t size);
+
+namespace
+{
+template <typename Call> void *allocate(Call call)
+{
+    ++s_allocations;
+    if (passes())
+        return call();
+    errno = ENOMEM;
+    return nullptr;
+}
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) void *malloc(std::size_t size)
+{
+    return allocate([=] { return __libc_malloc(size); });
+}
+
+extern "C" __attribute__((visibility("default"))) void *calloc(std::size_t count, std::size_t size)
+{
+    return allocate([=] { return __libc_calloc(count, size); });
+}
+
+extern "C" __attribute__((visibility("default"))) void *realloc(void *memory, std::size_t size)
+{
+    return allocate([=] { return __libc_realloc(memory, size); });
+}
+
+#endif
+
+AllocationCount::AllocationCount() : m_before(s_allocations) {}
+
+std::size_t AllocationCount::count() const { return s_allocations - m_before; }
+
+AllocationFault::AllocationFault(std::size_t passed)
+{
+    s_struck = false;
+    s_left = passed;
+}
+
+AllocationFault::~AllocationFault() { s_left = kNever; }
+
+bool AllocationFault::struck() const { return s_struck; }

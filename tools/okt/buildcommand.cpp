@@ -1,0 +1,101 @@
+#include "commands.h"
+
+#include "console.h"
+#include "failure.h"
+#include "files.h"
+#include "poolbuilder.h"
+#include "templateplan.h"
+#include "text.h"
+
+#include <oktdatabase/oktdbpool.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <system_error>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+bool isBarTable(fs::path const &path)
+{
+    std::string const name = path.filename().string();
+    return name.starts_with("bars-") && name.ends_with(".csv");
+}
+
+std::vector<fs::path> barTablesIn(fs::path const &data)
+{
+    std::error_code error;
+    fs::file_status const status = fs::status(data, error);
+    if (status.type() == fs::file_type::not_found)
+        throw Failure(pathName(data), "", "there is no such file or folder");
+    if (!fs::is_directory(status))
+        return {data};
+    std::vector<fs::path> tables;
+    fs::directory_iterator entries(data, error);
+    for (; !error && entries != fs::directory_iterator(); entries.increment(error))
+        if (isBarTable(entries->path()))
+            tables.push_back(entries->path());
+    if (error)
+        throw Failure(pathName(data), "", "the folder cannot be read: " + systemReason(error.value()));
+    if (tables.empty())
+        throw Failure(pathName(data), "", "the folder has no bar table (bars-*.csv)");
+    std::sort(tables.begin(), tables.end());
+    return tables;
+}
+
+Plans plansFrom(fs::path const &table)
+{
+    BarTable const bars = BarTable::load(table);
+    fs::path const folder = table.parent_path();
+    BendRules const rules = BendRules::load(folder / "bend-rules.csv");
+    if (bars.units == Units::Inch)
+        return inchPlans(bars, rules);
+    SchedulingBends const bends = SchedulingBends::load(folder / "bends-bs8666.csv");
+    ShapeLengths const shapes = ShapeLengths::load(folder / "shape-lengths-bs8666.csv");
+    return metricPlans(bars, bends, rules, shapes);
+}
+
+/// Two tables of one folder may hold the same size.
+void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string const &data)
+{
+    std::map<std::string, TemplatePlan const *> seen;
+    for (TemplatePlan const &plan : templates)
+        if (!seen.emplace(plan.fileName, &plan).second)
+            throw Failure(data, "", "two bar tables hold the same size: " + plan.fileName + " would be made twice");
+}
+
+} // namespace
+
+void build(fs::path const &data, fs::path const &outputFolder)
+{
+    Plans plans;
+    for (fs::path const &table : barTablesIn(data))
+    {
+        Plans more = plansFrom(table);
+        std::move(more.templates.begin(), more.templates.end(), std::back_inserter(plans.templates));
+        std::move(more.skipped.begin(), more.skipped.end(), std::back_inserter(plans.skipped));
+    }
+    refuseSameFiles(plans.templates, pathName(data));
+
+    makeFolder(outputFolder);
+    for (TemplatePlan const &plan : plans.templates)
+        checkReplaceable(outputFolder / plan.fileName);
+    for (TemplatePlan const &plan : plans.templates)
+    {
+        fs::path const path = outputFolder / plan.fileName;
+        int const size = writePool(*buildPool(plan), path);
+        print(printable(pathName(path)) + ": " + plan.poolName + ", " + std::to_string(size) + " bytes\n");
+    }
+    for (SkippedTemplate const &skipped : plans.skipped)
+        print("no " + skipped.stem + ": " + printable(skipped.reason) + "\n");
+    print(std::to_string(plans.templates.size()) + " templates in " + printable(pathName(outputFolder)) + ", " +
+          std::to_string(plans.skipped.size()) + " not made\n");
+}
+
+} // namespace okt

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace okt
+{
+
+/// What stops a command. `what()` is the one line that the user gets: file, place in it, reason.
+/// The place is "line:column" in a table and "byte N" in a pool file; it may be empty.
+class Failure : public std::runtime_error
+{
+public:
+    Failure(std::string const &file, std::string const &place, std::string const &reason);
+};
+
+} // namespace okt

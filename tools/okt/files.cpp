@@ -1,0 +1,147 @@
+#include "files.h"
+
+#include "failure.h"
+#include "text.h"
+
+#include <random>
+#include <system_error>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+// Positions in a pool file are signed 32-bit numbers.
+constexpr std::uintmax_t kLargestFile = 0x7FFFFFFF;
+
+bool isInUse(int error)
+{
+    std::error_code const code(error, std::system_category());
+    return code == std::errc::operation_would_block || code == std::errc::resource_unavailable_try_again ||
+           code == std::errc::text_file_busy;
+}
+
+std::string openFailure(int error)
+{
+    return isInUse(error) ? "the file is locked by another program" : "the file cannot be opened: " + systemReason(error);
+}
+
+} // namespace
+
+CString pathText(fs::path const &path)
+{
+    std::u8string const utf8 = path.u8string();
+    return CString::FromUtf8({reinterpret_cast<char const *>(utf8.data()), utf8.size()});
+}
+
+std::string pathName(fs::path const &path)
+{
+    std::u8string const utf8 = path.u8string();
+    return {reinterpret_cast<char const *>(utf8.data()), utf8.size()};
+}
+
+std::string systemReason(int error)
+{
+    return error == 0 ? "the system gives no reason" : std::system_category().message(error);
+}
+
+CByteArray readBytes(fs::path const &path)
+{
+    std::string const name = pathName(path);
+    std::error_code error;
+    fs::file_status const status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found)
+        throw Failure(name, "", "there is no such file");
+    if (error)
+        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
+    if (fs::is_directory(status))
+        throw Failure(name, "", "this is a folder, not a file");
+    // A pipe or a device may have no end and no length.
+    if (!fs::is_regular_file(status))
+        throw Failure(name, "", "this is no plain file");
+
+    CByteArray bytes;
+    try
+    {
+        CFile file;
+        CFileException refused;
+        if (!file.Open(pathText(path), CFile::modeRead | CFile::shareDenyWrite, &refused))
+            throw Failure(name, "", openFailure(refused.m_lOsError));
+        ULONGLONG const length = file.GetLength();
+        if (length > kLargestFile)
+            throw Failure(name, "", "the file is larger than 2147483647 bytes");
+        bytes.SetSize(static_cast<int>(length));
+        UINT const count = length == 0 ? 0 : file.Read(bytes.GetData(), static_cast<UINT>(length));
+        if (count != length)
+            throw Failure(name, "byte " + std::to_string(count), "the file became shorter while it was read");
+    }
+    catch (CFileException const &exception)
+    {
+        throw Failure(name, "", "the file cannot be read: " + systemReason(exception.m_lOsError));
+    }
+    return bytes;
+}
+
+std::string readText(fs::path const &path)
+{
+    CByteArray const bytes = readBytes(path);
+    return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
+}
+
+PendingFile::PendingFile(fs::path target) : m_target(std::move(target)), m_path(m_target)
+{
+    // Drawn anew, so that two runs into one folder do not meet.
+    m_path.replace_filename("." + m_target.filename().string() + "." + std::to_string(std::random_device()()) + ".part");
+}
+
+PendingFile::~PendingFile()
+{
+    std::error_code ignored;
+    fs::remove(m_path, ignored);
+}
+
+void PendingFile::commit()
+{
+    std::error_code error;
+    fs::rename(m_path, m_target, error);
+    if (error)
+        throw Failure(pathName(m_target), "", "the file cannot be put in place: " + systemReason(error.value()));
+}
+
+void checkReplaceable(fs::path const &path)
+{
+    std::string const name = pathName(path);
+    std::error_code error;
+    fs::file_status const status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found)
+        return;
+    if (error)
+        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
+    if (fs::is_directory(status))
+        throw Failure(name, "", "the file cannot be written: a folder has this name");
+    if (!fs::is_regular_file(status))
+        throw Failure(name, "", "the file cannot be written: this is no plain file");
+    if ((status.permissions() & fs::perms::owner_write) == fs::perms::none)
+        throw Failure(name, "", "the file is write-protected");
+    CFile file;
+    CFileException refused;
+    if (!file.Open(pathText(path), CFile::modeRead | CFile::shareDenyWrite, &refused) && isInUse(refused.m_lOsError))
+        throw Failure(name, "", openFailure(refused.m_lOsError));
+}
+
+void makeFolder(fs::path const &path)
+{
+    std::error_code error;
+    if (fs::is_directory(path, error))
+        return;
+    if (fs::exists(path, error))
+        throw Failure(pathName(path), "", "the output folder cannot be made: a file has this name");
+    fs::create_directories(path, error);
+    if (error)
+        throw Failure(pathName(path), "", "the output folder cannot be made: " + systemReason(error.value()));
+}
+
+} // namespace okt

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <oktplatform/oktplatform.h>
+
+#include <filesystem>
+#include <string>
+
+namespace okt
+{
+
+/// The path of a file system path in the library's text form.
+CString pathText(std::filesystem::path const &path);
+/// The path as the user sees it in messages.
+std::string pathName(std::filesystem::path const &path);
+
+/// The words for a system's error number, without its number.
+std::string systemReason(int error);
+
+/// All bytes of a file. Throws Failure that names the reason: missing, a folder, not a plain file, not allowed, in use by
+/// another program, too large, unreadable. An empty file gives no bytes.
+CByteArray readBytes(std::filesystem::path const &path);
+/// The same as text.
+std::string readText(std::filesystem::path const &path);
+
+/// A name beside the final file under which its contents are written first. The destructor removes what still has the name.
+class PendingFile
+{
+public:
+    explicit PendingFile(std::filesystem::path target);
+    PendingFile(PendingFile const &) = delete;
+    PendingFile &operator=(PendingFile const &) = delete;
+    ~PendingFile();
+
+    std::filesystem::path const &path() const { return m_path; }
+    /// Gives the file its final name; what had that name before is replaced in one step. Throws Failure.
+    void commit();
+
+private:
+    std::filesystem::path m_target;
+    std::filesystem::path m_path;
+};
+
+/// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, or in use.
+void checkReplaceable(std::filesystem::path const &path);
+/// Makes the folder where it is missing, with those above it. Throws Failure.
+void makeFolder(std::filesystem::path const &path);
+
+} // namespace okt

@@ -1,0 +1,108 @@
+#include "commands.h"
+#include "console.h"
+#include "failure.h"
+#include "text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <new>
+#include <sstream>
+
+namespace
+{
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+std::filesystem::path pathOf(std::string const &argument)
+{
+    return std::filesystem::path(std::u8string(argument.begin(), argument.end()));
+}
+
+/// Help and version go to standard output; wrong usage is one line.
+int answerParser(CLI::App const &app, CLI::ParseError const &error)
+{
+    if (error.get_exit_code() == 0)
+    {
+        std::ostringstream text;
+        app.exit(error, text, text);
+        okt::print(text.str());
+        return kDone;
+    }
+    std::string line = error.what();
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    okt::printError(okt::printable(line) + " (see okt --help)");
+    return kWrongUsage;
+}
+
+int run(int argc, char **argv)
+{
+    CLI::App app("Makes and shows template pools of reinforcement.\n"
+                 "Exit code: 0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage.",
+                 "okt");
+    app.set_version_flag("--version", "okt " OKT_VERSION);
+    app.require_subcommand(1);
+
+    std::string data;
+    std::string folder;
+    CLI::App *const build = app.add_subcommand("build", "Makes one template per bar size and kind from published figures.\n"
+                                                        "  okt build examples/data -o templates");
+    build->add_option("DATA", data, "a bar table (CSV), or a folder with bar tables (bars-*.csv); the rule tables lie beside")
+        ->required();
+    build->add_option("-o,--output", folder, "the folder for the templates; made where it is missing")->required();
+
+    std::vector<std::string> files;
+    std::string unit = "mm";
+    bool withIds = false;
+    CLI::App *const show = app.add_subcommand("show", "Prints pool files: header, categories, parameters, relations, sizes.\n"
+                                                      "  okt show templates/link-no4.okt --unit in");
+    show->add_option("FILE", files, "pool files")->required();
+    show->add_option("-u,--unit", unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+    show->add_flag("--ids", withIds, "also print the ids of parameters, their categories and owners");
+
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (CLI::ParseError const &error)
+    {
+        return answerParser(app, error);
+    }
+    if (build->parsed())
+    {
+        okt::build(pathOf(data), pathOf(folder));
+        return kDone;
+    }
+    std::vector<std::filesystem::path> paths;
+    std::transform(files.begin(), files.end(), std::back_inserter(paths), pathOf);
+    return okt::show(paths, unit, withIds) ? kDone : kFailed;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    okt::guardStandardStreams();
+    try
+    {
+        return run(argc, argv);
+    }
+    catch (okt::Failure const &failure)
+    {
+        okt::printError(failure.what());
+    }
+    catch (std::bad_alloc const &)
+    {
+        okt::printError("there is not enough memory");
+    }
+    catch (std::exception const &exception)
+    {
+        okt::printError(okt::printable(std::string_view(exception.what())));
+    }
+    return kFailed;
+}

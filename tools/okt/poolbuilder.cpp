@@ -1,0 +1,142 @@
+#include "poolbuilder.h"
+
+#include "failure.h"
+#include "files.h"
+
+#include <oktdatabase/oktdatabase.h>
+
+#include <vector>
+
+namespace okt
+{
+
+namespace
+{
+
+CString text(std::string const &utf8) { return CString::FromUtf8(utf8); }
+
+/// Puts a new object into the pool, which owns it from then on.
+template <typename T, typename... A> T &added(OKTDbPool &pool, A const &...arguments)
+{
+    auto object = std::make_unique<T>(arguments...);
+    if (!pool.appendObject(object.get()))
+        throw Failure(pool.poolName().ToUtf8(), "", "an object of the template cannot be made");
+    return *object.release();
+}
+
+struct MadeParameter
+{
+    ParameterPlan const *plan;
+    OKTDbParameter *parameter;
+};
+
+void setValue(OKTDbParameter &parameter, ParameterPlan const &plan)
+{
+    int const listIndex = plan.key.listIndex;
+    if (auto const *const real = std::get_if<double>(&plan.value))
+        parameter.setValue(*real, listIndex);
+    else if (auto const *const whole = std::get_if<int>(&plan.value))
+        parameter.setValue(*whole, listIndex);
+    else if (auto const *const flag = std::get_if<bool>(&plan.value))
+        parameter.setValue(*flag, listIndex);
+    else
+        parameter.setValue(text(std::get<std::string>(plan.value)), listIndex);
+}
+
+OKTDbParameter &addParameter(OKTDbPool &pool, ParameterPlan const &plan, OKTDbObjectId const &owner, OKTDbCategory &category)
+{
+    OKTDbParameter &parameter = added<OKTDbParameter>(pool, plan.key.type, owner);
+    setValue(parameter, plan);
+    // Behind the value, which brings the list index that the name may end with.
+    parameter.setUserName(plan.name.empty() ? parameter.getTypeName() : text(plan.name), true);
+    parameter.setExpression(text(plan.expression));
+    parameter.setDescription(text(plan.description));
+    parameter.setCategory(category.objectId());
+    category.appendParameter(parameter.objectId());
+    return parameter;
+}
+
+OKTDbObjectId idOf(std::vector<MadeParameter> const &made, ParameterKey const &key)
+{
+    for (MadeParameter const &entry : made)
+        if (entry.plan->key == key)
+            return entry.parameter->objectId();
+    return {};
+}
+
+/// Why a file could not be written, which the pool does not tell: by writing the same amount once more.
+std::string writeRefusal(OKTDbPool const &pool, std::filesystem::path const &path)
+{
+    CByteArray image;
+    IdMap translated;
+    if (!pool.saveFiler(image, translated))
+        return "the template makes no image";
+    try
+    {
+        CFile file;
+        CFileException refused;
+        if (!file.Open(pathText(path), CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite, &refused))
+            return systemReason(refused.m_lOsError);
+        file.Write(image.GetData(), static_cast<UINT>(image.GetSize()));
+        file.Close();
+    }
+    catch (CFileException const &exception)
+    {
+        return systemReason(exception.m_lOsError);
+    }
+    return systemReason(0);
+}
+
+} // namespace
+
+std::unique_ptr<OKTDbPool> buildPool(TemplatePlan const &plan)
+{
+    auto pool = std::make_unique<OKTDbPool>();
+    pool->setPoolName(text(plan.poolName));
+    pool->setMetricsFactor(metricsFactor(plan.units));
+
+    auto &relation = added<OKTDbParamRelation>(*pool);
+    auto &group = added<OKTDbGroupCategory>(*pool);
+    std::vector<MadeParameter> made;
+    for (CategoryPlan const &categoryPlan : plan.categories)
+    {
+        auto &category = added<OKTDbCategory>(*pool);
+        category.setCategoryName(text(categoryPlan.name));
+        category.setGroupCategory(group.objectId());
+        group.appendCategory(category.objectId());
+        for (ParameterPlan const &parameterPlan : categoryPlan.parameters)
+        {
+            OKTDbParameter &parameter = addParameter(*pool, parameterPlan, relation.objectId(), category);
+            if (parameterPlan.inBend)
+                relation.appendParameter(parameter.objectId());
+            made.push_back({&parameterPlan, &parameter});
+        }
+    }
+    for (MadeParameter const &entry : made)
+    {
+        IdArray used;
+        for (ParameterKey const &key : entry.plan->uses)
+            used.append(idOf(made, key));
+        entry.parameter->setTabParams(used);
+    }
+    return pool;
+}
+
+int writePool(OKTDbPool &pool, std::filesystem::path const &path)
+{
+    std::string const name = pathName(path);
+    checkReplaceable(path);
+    PendingFile pending(path);
+    if (!pool.writeFile(pathText(pending.path())))
+        throw Failure(name, "", "the file cannot be written: " + writeRefusal(pool, pending.path()));
+    // A late failure of the medium shows when the file is read back.
+    OKTDbPool back;
+    back.setMetricsFactor(pool.metricsFactor());
+    if (!back.readFile(pathText(pending.path())) || back.objectCount() != pool.objectCount())
+        throw Failure(name, "", "the file cannot be written: it does not read back whole");
+    int const size = static_cast<int>(std::filesystem::file_size(pending.path()));
+    pending.commit();
+    return size;
+}
+
+} // namespace okt

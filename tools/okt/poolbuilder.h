@@ -1,0 +1,20 @@
+#pragma once
+
+#include "templateplan.h"
+
+#include <memory>
+
+class OKTDbPool;
+
+namespace okt
+{
+
+/// A pool with the objects of the template: parameters, their categories in one group category, and the relation over the bend,
+/// which is also the owner of every parameter, so that lengths are converted on their way into a file.
+std::unique_ptr<OKTDbPool> buildPool(TemplatePlan const &plan);
+
+/// Writes the pool as a file under its final name, in one step: a failure leaves what stood there before. The file is read back
+/// before it takes the name. Gives its size in bytes. Throws Failure.
+int writePool(OKTDbPool &pool, std::filesystem::path const &path);
+
+} // namespace okt

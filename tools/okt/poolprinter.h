@@ -1,0 +1,27 @@
+#pragma once
+
+#include "poolreader.h"
+
+#include <string>
+
+namespace okt
+{
+
+/// A unit that lengths are shown in.
+struct DisplayUnit
+{
+    std::string name;
+    double factor; ///< units per metre
+};
+
+/// "mm", "cm", "m", "in" and "ft"; null for every other name.
+DisplayUnit const *findUnit(std::string const &name);
+
+/// The contents of a pool file as text: header, tree of categories and parameters, relations, pictures, what stands in no
+/// category, sizes, and what could not be read. `withIds` adds the ids of parameters and what they name by id.
+std::string describe(PoolFile const &file, DisplayUnit const &unit, bool withIds);
+
+/// The name of a variant kind, such as "VT_R8".
+std::string kindName(VARTYPE kind);
+
+} // namespace okt

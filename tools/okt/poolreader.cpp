@@ -1,0 +1,231 @@
+#include "poolreader.h"
+
+#include "failure.h"
+#include "files.h"
+#include "standin.h"
+#include "text.h"
+
+#include <oktdatabase/oktdatabase.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <set>
+
+namespace okt
+{
+
+namespace
+{
+
+// What the library reported while a file was read: an exception inside it, which its answers hide.
+std::string g_reports;
+
+void noteReport(CString const &text) { g_reports += (g_reports.empty() ? "" : " ") + printable(text); }
+
+/// Collects the library's warnings for a scope, so that the user gets one line instead.
+class ReportCollector
+{
+public:
+    ReportCollector()
+    {
+        g_reports.clear();
+        OktSetWarningPresenter(noteReport);
+    }
+    ~ReportCollector() { OktSetWarningPresenter(nullptr); }
+    ReportCollector(ReportCollector const &) = delete;
+    ReportCollector &operator=(ReportCollector const &) = delete;
+
+    std::string const &reports() const { return g_reports; }
+};
+
+std::string byteAt(int position) { return "byte " + std::to_string(position); }
+
+std::string withArticle(CString const &className)
+{
+    if (className.IsEmpty())
+        return "an object";
+    std::string const name = printable(className);
+    bool const vowel = std::string_view("AEIOUaeiou").find(name.front()) != std::string_view::npos;
+    return (vowel ? "an " : "a ") + name;
+}
+
+/// The header into a pool of its own.
+void readHeader(PoolFile &file, CByteArray const &bytes, OKTDbPool &header)
+{
+    header.setMetricsFactor(std::numeric_limits<double>::quiet_NaN());
+    OKTMemoryFiler filer(&header);
+    filer.loadFiler(bytes);
+    if (!filer.readInt(CString(), file.headerSize))
+        throw Failure(file.name, byteAt(0), "this is no pool file: it does not begin with the size of a header");
+    int const start = static_cast<int>(filer.GetFilerPosition());
+    Frame const frame = readFrame(bytes, start);
+    if (frame.className.CompareNoCase(u"OKTDbPool") != 0)
+        throw Failure(file.name, byteAt(start), "this is no pool file: the header of a pool is missing");
+    if (frame.state == Frame::State::Cut)
+        throw Failure(file.name, byteAt(bytes.GetSize()), "the file ends inside the header");
+    if (frame.state == Frame::State::Damaged)
+        throw Failure(file.name, byteAt(frame.offset + frame.size), "the header is damaged here");
+    if (header.xmlIn(&filer, file.places) != eFilerOk)
+        throw Failure(file.name, byteAt(start), "the header is damaged: its members are not those of a pool");
+    if (!std::isnan(header.metricsFactor()))
+        file.factor = header.metricsFactor();
+    file.objectsStart = static_cast<int>(filer.GetFilerPosition());
+}
+
+CByteArray stretch(CByteArray const &bytes, Frame const &frame)
+{
+    CByteArray part;
+    part.SetSize(frame.size);
+    std::copy_n(bytes.GetData() + frame.offset, frame.size, part.GetData());
+    return part;
+}
+
+/// Tries every object of a file on its own, and remembers those that a pool will take.
+class ObjectSieve
+{
+public:
+    ObjectSieve(PoolFile &file, CByteArray const &bytes) : m_file(file), m_bytes(bytes) {}
+
+    void run()
+    {
+        for (Frame const &frame : m_file.frames)
+            if (take(frame))
+                m_good.push_back(&frame);
+    }
+
+    std::vector<Frame const *> const &good() const { return m_good; }
+
+private:
+    void note(int position, std::string const &reason)
+    {
+        if (m_file.fault.empty())
+            m_file.fault = Failure(m_file.name, byteAt(position), reason).what();
+    }
+
+    bool refuse(Frame const &frame, int position, std::string const &reason, std::string const &listed)
+    {
+        note(position, reason);
+        m_file.unread.push_back({frame, listed});
+        return false;
+    }
+
+    bool take(Frame const &frame)
+    {
+        std::string const object = withArticle(frame.className) + " that begins at byte " + std::to_string(frame.offset);
+        if (frame.state == Frame::State::Cut)
+            return refuse(frame, m_bytes.GetSize(), "the file ends inside " + object, "cut off");
+        if (frame.state == Frame::State::Damaged)
+            return refuse(frame, frame.offset + frame.size, "damaged inside " + object, "damaged");
+        return isKnown(frame) && isReadable(frame);
+    }
+
+    bool isKnown(Frame const &frame)
+    {
+        if (g_RuntimeClass.contains(frame.className) && !StandIn::isRegistered(frame.className))
+            return true;
+        std::string const reason = "an object of the class " + quoted(frame.className) + ", which is not known here";
+        if (!StandIn::registerClass(frame.className, frame.bases))
+            return refuse(frame, frame.offset, reason, "a class that is not known here");
+        note(frame.offset, reason);
+        return true;
+    }
+
+    bool isReadable(Frame const &frame)
+    {
+        OKTDbPool pool;
+        OKTMemoryFiler filer(&pool);
+        filer.loadFiler(stretch(m_bytes, frame));
+        OKTDbObject *made = nullptr;
+        bool const canBeMade = pool.CreateObjectFromClassName(frame.className, made);
+        std::unique_ptr<OKTDbObject> const object(made);
+        if (!canBeMade || object == nullptr || object->xmlIn(&filer) != eFilerOk)
+            return refuse(frame, frame.offset,
+                          "damaged: the members of this " + printable(frame.className) + " are not those of its class",
+                          "members that are not those of its class");
+        // A load goes on behind the members that the class knows, and must not meet an object before this one ends.
+        CString inner;
+        if (filer.readNextObjectClass(inner))
+            return refuse(frame, frame.offset,
+                          "damaged: behind the members of this " + printable(frame.className) + " stands " +
+                              withArticle(inner) + ", which is still inside of it",
+                          "an object inside it");
+        if (!m_ids.insert(object->objectId()).second)
+            return refuse(frame, frame.offset,
+                          "the id " + printable(object->objectId().getGuidAsString(false)) +
+                              " of this object is in the file already",
+                          "an id that is in the file already");
+        return true;
+    }
+
+    PoolFile &m_file;
+    CByteArray const &m_bytes;
+    std::set<OKTDbObjectId> m_ids;
+    std::vector<Frame const *> m_good;
+};
+
+/// An image of the header, which states the factor that lengths are to be read under, and of the objects that can be read.
+CByteArray imageOf(OKTDbPool const &header, PoolFile const &file, CByteArray const &bytes,
+                   std::vector<Frame const *> const &objects)
+{
+    OKTMemoryFiler headerFiler;
+    header.xmlOut(&headerFiler, file.places);
+    CByteArray headerBytes;
+    headerFiler.saveFiler(headerBytes);
+    OKTMemoryFiler lengthFiler;
+    lengthFiler.writeInt(CString(), headerBytes.GetSize());
+    CByteArray image;
+    lengthFiler.saveFiler(image);
+    image.Append(headerBytes);
+    for (Frame const *const object : objects)
+        std::copy_n(bytes.GetData() + object->offset, object->size, image.Extend(object->size));
+    return image;
+}
+
+/// A load stopped although every object can be read on its own: the one behind the last object read leads it astray.
+void noteStop(PoolFile &file)
+{
+    std::size_t const stop = static_cast<std::size_t>(file.pool->objectCount());
+    for (std::size_t i = stop; i < file.frames.size(); ++i)
+        file.unread.push_back({file.frames[i], "reading stopped"});
+    std::string const place = stop < file.frames.size() ? byteAt(file.frames[stop].offset) : byteAt(file.size);
+    file.fault = Failure(file.name, place, "damaged: reading stops here").what();
+}
+
+} // namespace
+
+PoolFile readPool(std::filesystem::path const &path, double metricsFactor)
+{
+    ReportCollector const collector;
+    CByteArray const bytes = readBytes(path);
+    PoolFile file;
+    file.name = pathName(path);
+    file.size = bytes.GetSize();
+    if (file.size == 0)
+        throw Failure(file.name, "", "the file is empty");
+    OKTDbPool header;
+    readHeader(file, bytes, header);
+    file.frames = readFrames(bytes, file.objectsStart);
+    ObjectSieve sieve(file, bytes);
+    sieve.run();
+
+    file.pool = std::make_unique<OKTDbPool>();
+    file.pool->setMetricsFactor(metricsFactor);
+    if (file.fault.empty())
+    {
+        if (!file.pool->readFile(pathText(path)))
+            noteStop(file);
+    }
+    else
+    {
+        // A load of the file itself would stop at the fault, and lose the object there.
+        header.setMetricsFactor(metricsFactor);
+        if (!file.pool->loadFiler(imageOf(header, file, bytes, sieve.good())))
+            file.fault += "; what is whole in it cannot be read either";
+    }
+    if (file.fault.empty() && !collector.reports().empty())
+        file.fault = Failure(file.name, "", "an object could not be read whole: " + collector.reports()).what();
+    return file;
+}
+
+} // namespace okt

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "frames.h"
+
+#include <oktdatabase/oktdbpool.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace okt
+{
+
+/// An object of a file that is not in the pool, and why.
+struct UnreadObject
+{
+    Frame frame;
+    std::string reason;
+};
+
+/// All that can be had of a pool file.
+struct PoolFile
+{
+    std::string name;
+    int size = 0;
+    int headerSize = 0;              ///< bytes of the header block
+    int objectsStart = 0;            ///< where the objects block begins
+    std::optional<double> factor;    ///< the metrics factor that the file states
+    InfoMap places;                  ///< the header's entries; positions from the start of the objects block
+    std::vector<Frame> frames;       ///< every object frame of the file, in its order
+    std::unique_ptr<OKTDbPool> pool; ///< the objects that could be read
+    std::vector<UnreadObject> unread;
+    std::string fault; ///< the line for the user about the first fault; empty when all is well
+};
+
+/// Reads a pool file under a metrics factor (drawing units per metre). A load of the library stops at the first object at
+/// fault; here the whole objects behind it are read too, and those of classes that are not known here as stand-ins. Throws
+/// Failure when not even a header can be read.
+PoolFile readPool(std::filesystem::path const &path, double metricsFactor);
+
+} // namespace okt

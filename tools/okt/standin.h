@@ -1,0 +1,43 @@
+#pragma once
+
+#include <oktdatabase/oktdbobject.h>
+
+#include <memory>
+#include <vector>
+
+namespace okt
+{
+
+/// An object of a class that no loaded module knows: its id, and nothing of its members. It lets a reader pass over such
+/// objects to the ones behind them. It refuses to be written.
+class StandIn : public OKTDbObject
+{
+public:
+    /// Registers the class under its name, for the rest of the process, unless the name is taken. `bases` are the class names
+    /// of the frames nested in its frame, the nearest first; the last must be that of OKTDbObject. False: it is not, or there
+    /// is no name.
+    static bool registerClass(CString const &className, std::vector<CString> const &bases);
+
+    /// The class is one that was registered here.
+    static bool isRegistered(CString const &className);
+
+    CString className() const;
+
+    OKTDbObject *createObject() override;
+    bool isKindOf(OKTRuntimeClass const *other) const override;
+    OKTRuntimeClass *isA() const override;
+    bool isA(CString const &className) const override;
+    bool isA(OKTRuntimeClass const *other) const override;
+    FilerStatusDb xmlIn(OKTFiler *filer) override;
+    FilerStatusDb xmlOut(OKTFiler *filer) const override;
+
+private:
+    struct Class;
+    static std::vector<std::unique_ptr<Class>> &classes();
+
+    explicit StandIn(Class const &description) : m_class(&description) {}
+
+    Class const *m_class;
+};
+
+} // namespace okt
