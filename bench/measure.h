@@ -11,8 +11,8 @@
 
 #include <support/alloccount.h>
 
-/// Seconds of processor time of this thread, the system's share included: what else runs on the machine disturbs them least. Where
-/// the system has no such clock, seconds of a clock on the wall.
+/// Seconds of processor time of this thread, the system's share included: what else runs on the machine disturbs them least.
+/// Where the system has no such clock, seconds of a clock on the wall.
 inline double secondsNow()
 {
 #if defined(CLOCK_THREAD_CPUTIME_ID)

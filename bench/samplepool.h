@@ -3,16 +3,17 @@
 #include <oktdatabase/oktdbpool.h>
 #include <oktplatform/oktarrays.h>
 
-/// Where the objects of a sample lie in memory: in the order in which a host made them, which has nothing to do with the order of
-/// their ids, or in the order of a load, which is that of their ids.
+/// Where the objects of a sample lie in memory: in the order in which a host made them, which has nothing to do with the
+/// order of their ids, or in the order of a load, which is that of their ids.
 enum class SampleOrigin
 {
     Built,
     Loaded
 };
 
-/// A pool of parameters as a template holds them: display name with a list code, type, a real value, list index, ids of category
-/// and owner, expression and description. The pool is in millimetres; half of the types are lengths, which are converted.
+/// A pool of parameters as a template holds them: display name with a list code, type, a real value, list index, ids of
+/// category and owner, expression and description. The pool is in millimetres; half of the types are lengths, which are
+/// converted.
 void fillWithParameters(OKTDbPool &pool, int count);
 
 /// The same pool of parameters for every caller that asks for that size and origin. Only the last one asked for is kept.

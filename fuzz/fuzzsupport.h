@@ -61,7 +61,8 @@ bool load(OKTDbPool &pool, CByteArray const &image);
 /// Demands of a pool that it saves, that loading the image is true and gives as many objects, and that from then on saving and
 /// loading give the same image again and again: save(load(save(load(x)))) == save(load(x)), where x is what the pool saves.
 ///
-/// Left out is the last for pools that lose something each time: a float is narrowed (quirk 39), a conversion of lengths rounds.
+/// Left out is the last for pools that lose something each time: a float is narrowed (quirk 39), a conversion of lengths
+/// rounds.
 void demandRoundTrip(OKTDbPool const &pool);
 
 /// For a pool that came from one load: already x is what a load of x saves.

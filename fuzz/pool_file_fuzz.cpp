@@ -1,5 +1,5 @@
-// A pool file of any bytes: the header alone, the partial readers, and reading and writing of whole files, which keep the factor of
-// the pool.
+// A pool file of any bytes: the header alone, the partial readers, and reading and writing of whole files, which keep the
+// factor of the pool.
 
 #include "fuzzsupport.h"
 

@@ -1,5 +1,5 @@
-// A quantity expression of any text, in UTF-8: what comes out has the one form that the operation writes, and stays as it is when it
-// goes through again.
+// A quantity expression of any text, in UTF-8: what comes out has the one form that the operation writes, and stays as it is
+// when it goes through again.
 
 #include "fuzzsupport.h"
 

@@ -1,4 +1,5 @@
-// Variants, system strings and safe arrays of any shape: copies, the stored form, the conversion to bytes, the values of groups.
+// Variants, system strings and safe arrays of any shape: copies, the stored form, the conversion to bytes, the values of
+// groups.
 
 #include "fuzzsupport.h"
 

@@ -100,7 +100,7 @@ CByteArray OKTByteFiler::takeBytes()
 // The place of `count` new bytes at the end, or null when the buffer would pass what a signed 32-bit size can tell.
 BYTE *OKTByteFiler::extend(int count)
 {
-    if (count < 0 || count > std::numeric_limits<int>::max() - m_buffer.GetSize())
+    if (m_borrowed != nullptr || count < 0 || count > std::numeric_limits<int>::max() - m_buffer.GetSize())
         return nullptr;
     return m_buffer.Extend(count);
 }
@@ -330,7 +330,7 @@ bool OKTByteFiler::readCount(int &count, int bytesPerElement)
 bool OKTByteFiler::readWideString(CString &text)
 try
 {
-    text.Empty();
+    text.Truncate(0);
     int count;
     if (!checkType(VarWideString) || !readCount(count, 2))
         return false;
@@ -350,7 +350,7 @@ OKT_ANSWER_ZERO
 bool OKTByteFiler::readAnsiString(CString &text)
 try
 {
-    text.Empty();
+    text.Truncate(0);
     int count;
     if (!checkType(VarAnsiString) || !readCount(count, 1))
         return false;

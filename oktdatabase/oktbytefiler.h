@@ -23,14 +23,14 @@ enum _VariableType : int
 /// A growing buffer of self-describing records, the byte layer of the memory filer. Knows records, not ids, classes or pools.
 ///
 /// Made in write mode with position 0. Writing appends and leaves the position alone; reading works in read mode only. Every read
-/// first sets its target to a failure value. A false with the position on the type byte means that another record stands there;
+/// first sets its target to a failure value. A false with the position unmoved means that another record, or none, stands there;
 /// a payload that runs past the end leaves the position behind the type byte, or behind the count of a string. A short, long,
-/// double or string that ends on the very last byte of the buffer cannot be read (quirk 27).
+/// double, string or byte array that ends on the very last byte of the buffer cannot be read (quirk 27).
 class OKT_API OKTByteFiler
 {
 public:
     /// `growBy` is the least step, in bytes, by which the buffer grows.
-    explicit OKTByteFiler(int const &growBy);
+    OKTByteFiler(int const &growBy);
     OKTByteFiler(OKTByteFiler const &) = default;
     OKTByteFiler &operator=(OKTByteFiler const &) = default;
     virtual ~OKTByteFiler();
@@ -45,7 +45,8 @@ public:
     bool saveBytes(CByteArray &target);
     /// Empties the buffer, then appends `source` to it; false in write mode.
     bool loadBytes(CByteArray const &source);
-    /// Reads `source` where it lies, from position 0 and in read mode; it must outlive the reading and stay unchanged.
+    /// Reads `source` where it lies, from position 0 and in read mode; it must outlive the reading and stay unchanged. Writing
+    /// is false from then on, until bytes are loaded.
     void readInPlace(CByteArray const &source);
     /// Hands the buffer over without a copy and is empty then.
     CByteArray takeBytes();

@@ -40,10 +40,9 @@ public:
     int appendArray(OKTArray const &other)
     {
         int const before = getSize();
-        std::size_t const count = other.m_elements.size();
-        m_elements.reserve(m_elements.size() + count);
-        for (std::size_t i = 0; i < count; ++i)
-            m_elements.push_back(other.m_elements[i]);
+        std::vector<T> const own = this == &other ? m_elements : std::vector<T>();
+        std::vector<T> const &added = this == &other ? own : other.m_elements;
+        m_elements.insert(m_elements.end(), added.begin(), added.end());
         return before;
     }
 
@@ -122,6 +121,11 @@ public:
     bool contains(KA key) const { return m_map.find(key) != m_map.end(); }
     /// The value of the key, or null. Leaves the cursor alone.
     V const *find(KA key) const
+    {
+        auto const found = m_map.find(key);
+        return found == m_map.end() ? nullptr : &found->second;
+    }
+    V *find(KA key)
     {
         auto const found = m_map.find(key);
         return found == m_map.end() ? nullptr : &found->second;

@@ -48,9 +48,11 @@ try
 OKT_ANSWER_NOTHING
 
 void OKTDbCategory::setCategoryName(CString const &name)
+try
 {
-    m_strCategoryName = name;
+    m_strCategoryName = name.Owned();
 }
+OKT_ANSWER_NOTHING
 
 CString OKTDbCategory::CategoryName() const
 {

@@ -39,7 +39,7 @@ try
     std::int64_t const room = entries * SafeArrayGetElemsize(array.parray);
     for (int k = 0; k < entries && k < m_tabElements.getSize(); ++k)
     {
-        tagVARIANT entry = {};
+        tagVARIANT entry;
         VariantInit(&entry);
         entry.vt = VT_R8;
         std::int64_t const offset = std::int64_t{8} * k;
@@ -69,8 +69,16 @@ try
         if (length < lengthThere || (length == lengthThere && name.CompareNoCase(there) < 0))
             break;
     }
-    m_tabElementNames.InsertAt(place, name);
     m_tabElements.insertAt(place, idForList(id));
+    try
+    {
+        m_tabElementNames.InsertAt(place, name);
+    }
+    catch (...)
+    {
+        m_tabElements.removeAt(place); // the two lists stay in step
+        throw;
+    }
 }
 OKT_ANSWER_NOTHING
 

@@ -84,7 +84,5 @@ protected:
     OKTDbObject() = default;
 
 private:
-    friend class OKTDbPool;
-
     OKTDbObjectId m_objectId;
 };

@@ -68,8 +68,8 @@ try
         return false;
     if (!m_pool->removeObject(object))
         return false;
+    setNull(); // before the object goes, which may hold this id
     delete object;
-    setNull();
     return true;
 }
 OKT_ANSWER_ZERO

@@ -64,8 +64,8 @@ public:
     OKTDbObject *getObject() const;
     /// The pool holds an object under this id now. The cache is neither used nor changed.
     bool isValid() const;
-    /// Takes the object out of its pool, deletes it and makes this id null. False, and nothing changed: no object, no pool, or the
-    /// pool does not hold it.
+    /// Takes the object out of its pool, deletes it and makes this id null. False, and the object untouched: no object, no pool, or
+    /// the pool does not hold it.
     bool eraseObject();
 
 private:

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <new>
 #include <utility>
 
 namespace
@@ -53,15 +52,22 @@ static_assert(std::size(kConstantNames) == 82 - kFirstConstantType + 1);
 
 tagVARIANT emptyVariant()
 {
-    tagVARIANT variant = {};
+    tagVARIANT variant;
     VariantInit(&variant);
     return variant;
+}
+
+// Raises for an array that somebody has locked, which stays.
+void clearVariant(tagVARIANT &variant)
+{
+    if (HRESULT const result = VariantClear(&variant); FAILED(result))
+        throw COleException(result);
 }
 
 // Kinds whose data bytes are a pointer to something that the variant owns. They are no numbers: no factor applies to them.
 bool ownsMemory(VARTYPE kind)
 {
-    return kind == VT_BSTR || kind == VT_DISPATCH || kind == VT_UNKNOWN || kind == VT_RECORD || (kind & (VT_ARRAY | VT_BYREF)) != 0;
+    return kind == VT_BSTR || kind == VT_DISPATCH || kind == VT_UNKNOWN || kind == VT_RECORD || (kind & (VT_ARRAY | VT_VECTOR | VT_BYREF)) != 0;
 }
 
 CString textOf(tagVARIANT const &variant)
@@ -69,13 +75,13 @@ CString textOf(tagVARIANT const &variant)
     return variant.vt == VT_BSTR ? CString(variant.bstrVal) : CString();
 }
 
-// A text as a variant that is freed at the end of a scope.
+// A system string as a variant that is freed at the end of a scope.
 struct OwnedText
 {
-    explicit OwnedText(CString const &text) : variant(emptyVariant())
+    explicit OwnedText(BSTR text) : variant(emptyVariant())
     {
-        variant.bstrVal = text.AllocSysString();
         variant.vt = VT_BSTR;
+        variant.bstrVal = text;
     }
     OwnedText(OwnedText const &) = delete;
     OwnedText &operator=(OwnedText const &) = delete;
@@ -87,14 +93,18 @@ struct OwnedText
 // A deep copy of a variant that may share its string with the target. A failed one leaves the target of kind VT_ERROR and raises.
 void copyVariant(tagVARIANT &target, tagVARIANT const &source)
 {
-    tagVARIANT copy = emptyVariant();
-    bool const done = SUCCEEDED(VariantCopy(&copy, &source));
-    VariantClear(&target);
-    target = copy;
-    if (done)
+    struct Copy
+    {
+        ~Copy() { VariantClear(&variant); }
+        tagVARIANT variant = emptyVariant();
+    } copy;
+    HRESULT const result = VariantCopy(&copy.variant, &source);
+    clearVariant(target);
+    target = std::exchange(copy.variant, emptyVariant());
+    if (SUCCEEDED(result))
         return;
     target.vt = VT_ERROR;
-    throw std::bad_alloc();
+    throw COleException(result);
 }
 } // namespace
 
@@ -148,12 +158,26 @@ try
 }
 OKT_ANSWER_NOTHING
 
-// Stores a variant that this function comes to own.
+// Stores a variant that the parameter comes to own.
 void OKTDbParameter::takeValue(tagVARIANT &value, int listIndex)
 {
-    VariantClear(&m_varValue);
+    clearVariant(m_varValue);
     m_varValue = std::exchange(value, emptyVariant());
     m_nListIndex = listIndex;
+}
+
+void OKTDbParameter::takeNumber(std::int32_t value, int listIndex)
+{
+    tagVARIANT variant = emptyVariant();
+    variant.vt = VT_I4;
+    variant.lVal = value;
+    takeValue(variant, listIndex);
+}
+
+template <typename C> void OKTDbParameter::takeTerminated(C const *text, int listIndex)
+{
+    OwnedText value(text == nullptr ? nullptr : CString(text).AllocSysString());
+    takeValue(value.variant, listIndex);
 }
 
 void OKTDbParameter::setValue(double const &value, int const &listIndex)
@@ -167,17 +191,16 @@ try
 OKT_ANSWER_NOTHING
 
 void OKTDbParameter::setValue(long const &value, int const &listIndex)
+try
 {
-    setValue(static_cast<int>(value), listIndex);
+    takeNumber(static_cast<std::int32_t>(value), listIndex);
 }
+OKT_ANSWER_NOTHING
 
 void OKTDbParameter::setValue(int const &value, int const &listIndex)
 try
 {
-    tagVARIANT variant = emptyVariant();
-    variant.vt = VT_I4;
-    variant.lVal = value;
-    takeValue(variant, listIndex);
+    takeNumber(value, listIndex);
 }
 OKT_ANSWER_NOTHING
 
@@ -194,17 +217,14 @@ OKT_ANSWER_NOTHING
 void OKTDbParameter::setValue(wchar_t const *value, int const &listIndex)
 try
 {
-    tagVARIANT variant = emptyVariant();
-    variant.vt = VT_BSTR;
-    variant.bstrVal = value == nullptr ? nullptr : CString(value).AllocSysString();
-    takeValue(variant, listIndex);
+    takeTerminated(value, listIndex);
 }
 OKT_ANSWER_NOTHING
 
 void OKTDbParameter::setValue(CString const &value, int const &listIndex)
 try
 {
-    OwnedText text(value);
+    OwnedText text(value.AllocSysString());
     takeValue(text.variant, listIndex);
 }
 OKT_ANSWER_NOTHING
@@ -212,12 +232,21 @@ OKT_ANSWER_NOTHING
 void OKTDbParameter::setValue(char16_t const *value, int const &listIndex)
 try
 {
-    tagVARIANT variant = emptyVariant();
-    variant.vt = VT_BSTR;
-    variant.bstrVal = value == nullptr ? nullptr : CString(value).AllocSysString();
-    takeValue(variant, listIndex);
+    takeTerminated(value, listIndex);
 }
 OKT_ANSWER_NOTHING
+
+void OKTDbParameter::setValue(char const *value, int const &listIndex)
+try
+{
+    takeTerminated(value, listIndex);
+}
+OKT_ANSWER_NOTHING
+
+void OKTDbParameter::setValue(std::nullptr_t, int const &listIndex)
+{
+    setValue(static_cast<wchar_t const *>(nullptr), listIndex);
+}
 
 tagVARIANT OKTDbParameter::Value() const
 {
@@ -234,7 +263,7 @@ CString OKTDbParameter::UserName() const
 void OKTDbParameter::setUserName(CString const &name, bool append)
 try
 {
-    m_strUserName = name;
+    m_strUserName = name.Owned();
     if (!append)
         return;
     CString const code = getListIndex();
@@ -291,9 +320,11 @@ CString OKTDbParameter::Expression() const
 }
 
 void OKTDbParameter::setExpression(CString const &expression)
+try
 {
-    m_strExpression = expression;
+    m_strExpression = expression.Owned();
 }
+OKT_ANSWER_NOTHING
 
 bool OKTDbParameter::isValidExpression()
 {
@@ -306,9 +337,11 @@ CString OKTDbParameter::Description() const
 }
 
 void OKTDbParameter::setDescription(CString const &description)
+try
 {
-    m_strDescription = description;
+    m_strDescription = description.Owned();
 }
+OKT_ANSWER_NOTHING
 
 IdArray OKTDbParameter::TabParams() const
 try
@@ -402,7 +435,7 @@ bool OKTDbParameter::writeValue(OKTFiler &filer) const
         converted.dblVal /= factor;
         return filer.writeVariant(name, converted);
     }
-    OwnedText const converted(OKTDatabaseUtil::convertExpresion(textOf(m_varValue), 1.0 / factor));
+    OwnedText const converted(OKTDatabaseUtil::convertExpresion(textOf(m_varValue), 1.0 / factor).AllocSysString());
     return filer.writeVariant(name, converted.variant);
 }
 
@@ -428,7 +461,8 @@ void OKTDbParameter::convertAfterReading()
     {
         // Another kind than a text becomes an empty text (quirk 48).
         bool const isText = m_varValue.vt == VT_BSTR;
-        OwnedText converted(isText ? OKTDatabaseUtil::convertExpresion(textOf(m_varValue), factor) : CString());
+        CString const text = isText ? OKTDatabaseUtil::convertExpresion(textOf(m_varValue), factor) : CString();
+        OwnedText converted(text.AllocSysString());
         takeValue(converted.variant, m_nListIndex);
     }
 }

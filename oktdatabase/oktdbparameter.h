@@ -32,7 +32,7 @@ class OKT_API OKTDbParameter : public OKTDbObject
 
     /// A deep copy; the list index stays.
     virtual void setValue(tagVARIANT const &value);
-    /// VT_R8, VT_I4, VT_I4 (the value cut to 32 bits), VT_BOOL, VT_BSTR, VT_BSTR; a null text gives a null string. All move the
+    /// VT_R8, VT_I4 (a long is cut to 32 bits), VT_I4, VT_BOOL, VT_BSTR, VT_BSTR; a null text gives a null string. All move the
     /// parameter to the list place given in the same call.
     virtual void setValue(double const &value, int const &listIndex);
     virtual void setValue(long const &value, int const &listIndex);
@@ -40,7 +40,10 @@ class OKT_API OKTDbParameter : public OKTDbObject
     virtual void setValue(bool const &value, int const &listIndex);
     virtual void setValue(wchar_t const *value, int const &listIndex);
     virtual void setValue(CString const &value, int const &listIndex);
+    /// The other forms of a text, which would count as a bool without these.
     void setValue(char16_t const *value, int const &listIndex);
+    void setValue(char const *value, int const &listIndex);
+    void setValue(std::nullptr_t, int const &listIndex);
 
     virtual CString UserName() const;
     /// With `append` and a list index other than 0, a blank and the list code of this moment follow the name.
@@ -79,6 +82,8 @@ class OKT_API OKTDbParameter : public OKTDbObject
 
 private:
     void takeValue(tagVARIANT &value, int listIndex);
+    void takeNumber(std::int32_t value, int listIndex);
+    template <typename C> void takeTerminated(C const *text, int listIndex);
     double conversionFactor() const;
     bool writeValue(OKTFiler &filer) const;
     bool readValue(OKTFiler &filer);

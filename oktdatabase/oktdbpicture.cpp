@@ -7,6 +7,7 @@
 #include <oktplatform/oktcodepage.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 namespace
@@ -20,7 +21,7 @@ class PictureText
 public:
     explicit PictureText(CByteArray const &data) : m_data(data)
     {
-        base64EncodedLength(data.GetSize(), kTextForm); // raises for data whose text would be too long
+        base64EncodedLength(data.GetSize(), kTextForm); // raises for data that are too long
         std::int64_t const size = data.GetSize();
         m_length = size / 3 * 4 + (size % 3 == 0 ? 0 : size % 3 + 1);
     }
@@ -123,16 +124,17 @@ try
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)
         return status;
     OKTFrame frame;
-    PictureText text(m_pictureData);
+    std::optional<PictureText> text;
     int chunkCount = 0;
     if (filer->beginWriteMembers(1))
     {
         frame.enterSection();
         {
+            text.emplace(m_pictureData);
+            chunkCount = text->chunkCount();
             OKTSmartAnsiString const ansi(filer, true);
-            chunkCount = text.chunkCount();
             if (chunkCount > 0)
-                frame.fold(filer->writeString(u"arrStrBase64[0]", text.chunk(0)));
+                frame.fold(filer->writeString(u"arrStrBase64[0]", text->chunk(0)));
             else
                 frame.fold(filer->writeString(u"strBase64", CString()));
         }
@@ -145,7 +147,7 @@ try
             OKTSmartAnsiString const ansi(filer, true);
             frame.fold(filer->writeInt(u"(int)arrStrBase64.GetSize() - 1", chunkCount - 1)); // -1 for no data (quirk 63)
             for (int i = 1; i < chunkCount; ++i)
-                frame.fold(filer->writeString(u"arrStrBase64[ (int)nIter ]", text.chunk(i)));
+                frame.fold(filer->writeString(u"arrStrBase64[ (int)nIter ]", text->chunk(i)));
         }
         filer->endWriteMembers();
     }

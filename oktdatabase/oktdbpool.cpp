@@ -7,9 +7,8 @@
 #include <oktdatabase/okttools.h>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
-#include <set>
-#include <utility>
 
 namespace
 {
@@ -20,6 +19,19 @@ constexpr char16_t kPictureClass[] = u"OKTDbPicture";
 
 constexpr OKTDbPool::_ObjectInfo kNoPlace = {-1, -1};
 constexpr long kHeaderProbe = 1024; // bytes that a partial reader asks for first; a shorter file is refused (quirk 23)
+
+// While one lives, the image is a file and not a copy in memory.
+class FileScope
+{
+public:
+    explicit FileScope(bool &flag) : m_flag(flag) { m_flag = true; }
+    FileScope(FileScope const &) = delete;
+    FileScope &operator=(FileScope const &) = delete;
+    ~FileScope() { m_flag = false; }
+
+private:
+    bool &m_flag;
+};
 } // namespace
 
 OKTDbPool::OKTDbPool() : m_objectId(OKTDbObjectId::createObjectId(this)) {}
@@ -40,7 +52,45 @@ double OKTDbPool::metricsFactorOf(OKTDbPool const *pool)
     return pool == nullptr ? 1.0 : pool->m_dfMetricsFactor;
 }
 
+void OKTDbPool::setPoolName(CString const &name)
+try
+{
+    m_strPoolName = name.Owned();
+}
+OKT_ANSWER_NOTHING
+
 // --- Well-known ids ---
+
+void OKTDbPool::PictureList::append(OKTDbObjectId const &id)
+{
+    m_known.insert(id);
+    m_ids.append(id);
+}
+
+void OKTDbPool::PictureList::remove(OKTDbObjectId const &id)
+{
+    if (m_known.erase(id) > 0)
+        m_ids.remove(id);
+}
+
+void OKTDbPool::PictureList::removeAll()
+{
+    m_known.clear();
+    m_ids.removeAll();
+}
+
+void OKTDbPool::PictureList::assign(IdArray const &ids)
+{
+    m_known = std::set<OKTDbObjectId>(ids.begin(), ids.end());
+    m_ids = ids;
+}
+
+void OKTDbPool::setPicturesIds(IdArray const &ids)
+try
+{
+    m_tabPictures.assign(ids);
+}
+OKT_ANSWER_NOTHING
 
 OKTDbObjectId OKTDbPool::translatedId(OKTDbObjectId const &id) const
 {
@@ -80,7 +130,7 @@ IdArray OKTDbPool::picturesId() const
 try
 {
     IdArray ids;
-    for (OKTDbObjectId const &id : m_tabPictures)
+    for (OKTDbObjectId const &id : m_tabPictures.ids())
         ids.append(translatedId(id));
     return ids;
 }
@@ -108,17 +158,33 @@ void OKTDbPool::forgetSpecialObject(OKTDbObject const *object, OKTDbObjectId con
 
 // --- Objects ---
 
+// Puts the object under that id, which it gets with its cache set. A failure leaves object and pool as they were.
+bool OKTDbPool::insertObject(OKTDbObject *object, OKTDbObjectId id)
+{
+    OKTDbObjectId const before = object->objectId();
+    id.setObject(object);
+    object->setObjectId(id);
+    try
+    {
+        m_mapObjects[id] = object;
+        noteSpecialObject(object, id);
+    }
+    catch (...)
+    {
+        m_mapObjects.erase(id);
+        m_tabPictures.remove(id);
+        object->setObjectId(before);
+        throw;
+    }
+    return true;
+}
+
 bool OKTDbPool::appendObject(OKTDbObject *object)
 try
 {
-    if (object == nullptr || m_mapObjects.contains(object->m_objectId))
+    if (object == nullptr || m_mapObjects.contains(object->objectId()))
         return false;
-    OKTDbObjectId id = OKTDbObjectId::createObjectId(this);
-    id.setObject(object);
-    object->setObjectId(id);
-    noteSpecialObject(object, id);
-    m_mapObjects[id] = object;
-    return true;
+    return insertObject(object, OKTDbObjectId::createObjectId(this));
 }
 OKT_ANSWER_ZERO
 
@@ -126,16 +192,9 @@ OKT_ANSWER_ZERO
 bool OKTDbPool::appendReadObject(OKTDbObject *object)
 try
 {
-    if (object == nullptr)
+    if (object == nullptr || m_mapObjects.contains(object->objectId()))
         return false;
-    OKTDbObjectId id = object->m_objectId;
-    if (m_mapObjects.contains(id))
-        return false;
-    id.setObject(object);
-    object->setObjectId(id);
-    m_mapObjects[id] = object;
-    noteSpecialObject(object, id);
-    return true;
+    return insertObject(object, object->objectId());
 }
 OKT_ANSWER_ZERO
 
@@ -197,6 +256,7 @@ try
     m_mapObjects.removeAll();
     for (auto const &[id, object] : objects)
         delete object;
+    m_mapObjects.removeAll();
     m_constructId.setNull();
     m_tabPictures.removeAll();
     m_indexId.setNull();
@@ -208,9 +268,10 @@ OKT_ANSWER_ZERO
 bool OKTDbPool::replaceObject(OKTDbObjectId const &id, OKTDbObject *object)
 try
 {
-    if (!m_mapObjects.contains(id))
+    OKTDbObject **const entry = m_mapObjects.find(id);
+    if (entry == nullptr)
         return false;
-    m_mapObjects[id] = object;
+    *entry = object;
     return true;
 }
 OKT_ANSWER_ZERO
@@ -292,7 +353,7 @@ try
     image.RemoveAll();
 
     // Only the places of these objects stand in the header. Both the set and the objects are in id order.
-    std::set<OKTDbObjectId> special(m_tabPictures.begin(), m_tabPictures.end());
+    std::set<OKTDbObjectId> special(m_tabPictures.ids().begin(), m_tabPictures.ids().end());
     special.insert(m_constructId);
     special.insert(m_indexId);
     auto next = special.begin();
@@ -304,7 +365,6 @@ try
     filer.setTranslatedIds(m_bTranslatedIds);
     if (!filer.writeInt(CString(), 0))
         return false;
-    long const headerStart = filer.GetFilerLength();
     if (xmlOut(&filer, info) != eFilerOk)
         return false;
     long const objectsStart = filer.GetFilerLength();
@@ -322,15 +382,29 @@ try
     }
     filer.saveMapTranslatedIds(translated);
 
-    OKTMemoryFiler head;
-    head.setTranslatedIds(m_bTranslatedIds);
-    if (!head.writeInt(CString(), static_cast<int>(objectsStart - headerStart)) || xmlOut(&head, info) != eFilerOk)
+    OKTMemoryFiler header;
+    header.setTranslatedIds(m_bTranslatedIds);
+    if (xmlOut(&header, info) != eFilerOk)
         return false;
-    head.saveMapTranslatedIds(translated);
+    header.saveMapTranslatedIds(translated);
 
-    CByteArray const headBytes = head.takeBytes();
+    OKTMemoryFiler length;
+    if (!length.writeInt(CString(), static_cast<int>(header.GetFilerLength())))
+        return false;
+    CByteArray head = length.takeBytes();
+    head.Append(header.takeBytes());
     CByteArray bytes = filer.takeBytes();
-    std::copy_n(headBytes.GetData(), headBytes.GetSize(), bytes.GetData());
+    if (head.GetSize() == objectsStart)
+        std::copy_n(head.GetData(), head.GetSize(), bytes.GetData());
+    else
+    {
+        // An object has changed the pool while it was written, so that the head has another length.
+        int const objectsSize = bytes.GetSize() - static_cast<int>(objectsStart);
+        if (objectsSize > std::numeric_limits<int>::max() - head.GetSize())
+            return false;
+        std::copy_n(bytes.GetData() + objectsStart, objectsSize, head.Extend(objectsSize));
+        bytes = std::move(head);
+    }
     bytes.FreeExtra();
     image = std::move(bytes);
     return true;
@@ -377,10 +451,12 @@ try
         return false;
     CByteArray image;
     IdMap translated;
-    m_bFileScope = true;
-    bool const saved = saveFiler(image, translated);
-    m_bFileScope = false;
-    return saved && OKTMemoryFiler::saveFiler(path, image);
+    {
+        FileScope const scope(m_bFileScope);
+        if (!saveFiler(image, translated))
+            return false;
+    }
+    return OKTMemoryFiler::saveFiler(path, image);
 }
 OKT_ANSWER_ZERO
 
@@ -390,10 +466,8 @@ try
     CByteArray image;
     if (path.IsEmpty() || !OKTMemoryFiler::loadFiler(path, image, -1, -1))
         return false;
-    m_bFileScope = true;
-    bool const loaded = loadFiler(image);
-    m_bFileScope = false;
-    return loaded;
+    FileScope const scope(m_bFileScope);
+    return loadFiler(image);
 }
 OKT_ANSWER_ZERO
 
@@ -448,12 +522,13 @@ try
     {
         frame.enterSection();
         OKTListNames names(u"m_tabPictures");
-        int const count = m_tabPictures.getSize();
+        IdArray const &pictures = m_tabPictures.ids();
+        int const count = pictures.getSize();
         frame.fold(filer->writeInt(names.length(), count));
         for (int i = 0; i < count && frame.isOk(); ++i)
         {
-            frame.fold(filer->writeObjectId(names.at(i), m_tabPictures.at(i)));
-            writePlace(info.find(m_tabPictures.at(i)));
+            frame.fold(filer->writeObjectId(names.at(i), pictures.at(i)));
+            writePlace(info.find(pictures.at(i)));
         }
         filer->endWriteMembers();
     }
@@ -628,7 +703,21 @@ try
 }
 OKT_ANSWER_ZERO
 
+OKTDbPool::ReadFilter OKTDbPool::readFilter() const
+try
+{
+    return m_readFilter;
+}
+OKT_ANSWER_ZERO
+
 // --- Copying and id translation ---
+
+IdMap OKTDbPool::MapTranslatedIds() const
+try
+{
+    return m_mapTranslatedIds;
+}
+OKT_ANSWER_ZERO
 
 bool OKTDbPool::copyFrom(OKTDbPool const *other)
 try

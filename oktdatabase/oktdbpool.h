@@ -7,6 +7,8 @@
 #include <oktplatform/oktstring.h>
 
 #include <cstdint>
+#include <set>
+#include <utility>
 
 class OKTDbObject;
 class OKTFiler;
@@ -46,13 +48,13 @@ public:
 
     void setObjectId(OKTDbObjectId const &id) { m_objectId = id; }
     OKTDbObjectId objectId() const { return m_objectId; }
-    void setPoolName(CString const &name) { m_strPoolName = name; }
+    void setPoolName(CString const &name);
     CString poolName() const { return m_strPoolName; }
     /// Drawing units per metre: 1000 for the millimetre, 39.3700787... for the inch. A file holds metres.
     void setMetricsFactor(double factor) { m_dfMetricsFactor = factor; }
-    /// 1.0 for a null pool pointer, which parameters outside a pool have.
+    /// 1.0 for a null pool pointer, which parameters outside a pool have. A caller that is built with a check for null pointers asks
+    /// metricsFactorOf.
     double metricsFactor() const;
-    /// The same for a pointer that may be null.
     static double metricsFactorOf(OKTDbPool const *pool);
 
     /// The well-known ids. constructId, indexId and picturesId follow the objects of the classes "OKTDbConstruct", "OKTDbIndexData"
@@ -63,7 +65,7 @@ public:
     void setIndexId(OKTDbObjectId const &id) { m_indexId = id; }
     void setPPActionsId(OKTDbObjectId const &id) { m_ppActionsId = id; }
     void setRadialReinfId(OKTDbObjectId const &id) { m_radialReinfId = id; }
-    void setPicturesIds(IdArray const &ids) { m_tabPictures = ids; }
+    void setPicturesIds(IdArray const &ids);
     OKTDbObjectId constructId() const;
     OKTDbObjectId sketchId() const;
     OKTDbObjectId indexId() const;
@@ -75,7 +77,7 @@ public:
     void setBoolTranslatedIds(bool on) { m_bTranslatedIds = on; }
     bool BoolTranslatedIds() const { return m_bTranslatedIds; }
     void setMapTranslatedIds(IdMap map) { m_mapTranslatedIds = std::move(map); }
-    IdMap MapTranslatedIds() const { return m_mapTranslatedIds; }
+    IdMap MapTranslatedIds() const;
     /// Gives every key of the map a fresh id of this pool.
     void RearangeMapTranslatedIds();
 
@@ -91,7 +93,8 @@ public:
     bool removeAllObjects();
     /// Deletes all objects and clears the ids that follow them. On an empty pool nothing is cleared (quirk 12).
     bool eraseAllObjects();
-    /// Puts another object under an id of the pool. The caller owns the old one and must have set the id of the new one.
+    /// Puts another object under an id of the pool. The caller owns the old one, whose id stays, and must have set the id of the new
+    /// one (quirk 13).
     bool replaceObject(OKTDbObjectId const &id, OKTDbObject *object);
     /// False, and `object` untouched, for an id that the pool does not hold.
     bool findObject(OKTDbObjectId const &id, OKTDbObject *&object);
@@ -109,7 +112,8 @@ public:
     bool saveFiler(CByteArray &image, IdMap &translated) const;
     /// Adds the objects of an image to this pool, which is not emptied first; the header's fields replace its own. False: no length
     /// record, a broken header, an unknown class, a broken object, or an id that is here already. What was read before stays; the
-    /// object at fault is lost (quirk 18). An object that the read filter drops is deleted.
+    /// object at fault is lost (quirk 18). An object that the read filter drops is deleted. The image is read where it lies: no object
+    /// may change it while it reads itself.
     bool loadFiler(CByteArray const &image);
     /// The image as a file, which says factor 1.0: files hold metres. False: an empty path, no image, or the file cannot be written;
     /// the file is not touched before the image is complete.
@@ -117,10 +121,10 @@ public:
     /// loadFiler from a file, save that the pool keeps its metrics factor.
     bool readFile(CString const &path);
 
-    /// The class names whose objects a load keeps, derived classes included, as descriptors that are not owned; empty keeps all. A
+    /// The classes whose objects a load keeps, derived classes included, as descriptors that are not owned; empty keeps all. A
     /// filter of nulls keeps nothing.
     void setReadFilter(ReadFilter filter) { m_readFilter = std::move(filter); }
-    ReadFilter readFilter() const { return m_readFilter; }
+    ReadFilter readFilter() const;
     /// Reads only the header of a file: 1024 bytes, then the header itself. `info` receives the places of the construct, the index and
     /// the pictures. A file below 1024 bytes is refused (quirk 23). The factor of the file replaces the pool's.
     bool readFileHeader(CString const &path, InfoMap &info);
@@ -140,11 +144,27 @@ public:
     FilerStatusDb xmlIn(OKTFiler *filer, InfoMap &info);
 
 private:
+    /// The pictures in their order, with a set beside the list, so that asking for one of many is cheap.
+    class PictureList
+    {
+    public:
+        IdArray const &ids() const { return m_ids; }
+        bool contains(OKTDbObjectId const &id) const { return m_known.contains(id); }
+        void append(OKTDbObjectId const &id);
+        void remove(OKTDbObjectId const &id);
+        void removeAll();
+        void assign(IdArray const &ids);
+
+    private:
+        IdArray m_ids;
+        std::set<OKTDbObjectId> m_known;
+    };
+
+    bool insertObject(OKTDbObject *object, OKTDbObjectId id);
     bool appendReadObject(OKTDbObject *object);
     bool readNextObject(OKTMemoryFiler &filer, CString const &className, OKTDbObject *&object);
     bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
     bool skipObjectByReadFilter(OKTDbObject *object) const;
-    bool loadInPlace(CByteArray const &image);
     void noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id);
     void forgetSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id);
     OKTDbObjectId translatedId(OKTDbObjectId const &id) const;
@@ -157,7 +177,7 @@ private:
     OKTDbObjectId m_indexId;
     OKTDbObjectId m_ppActionsId;
     OKTDbObjectId m_radialReinfId;
-    IdArray m_tabPictures;
+    PictureList m_tabPictures;
     double m_dfMetricsFactor = 1.0;
     bool m_bFileScope = false;
     IdMap m_mapTranslatedIds;

@@ -163,7 +163,7 @@ try
             break;
         }
         default:
-            value.llVal = 0; // no pointer where the kind, which the stream chose, says that one is owned
+            value.record = {}; // no pointer where the kind, which the stream chose, says that one is owned
             frame.fold(false);
             break;
         }

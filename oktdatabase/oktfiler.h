@@ -25,7 +25,7 @@ class OKTGeXYZ;
 class OKT_API OKTFiler
 {
 public:
-    explicit OKTFiler(OKTDbPool *pool = nullptr);
+    OKTFiler(OKTDbPool *pool = nullptr);
     OKTFiler(OKTFiler const &) = default;
     OKTFiler &operator=(OKTFiler const &) = default;
     virtual ~OKTFiler();
@@ -92,7 +92,8 @@ public:
     /// Merges into `map` each entry of the filer's map whose key and value are not null and whose key is valid. Always true.
     bool saveMapTranslatedIds(IdMap &map);
 
-    /// True after a read that failed without moving: repeating it changes nothing.
+    /// True after a readString that failed without moving, so that another one would fail the same way. A filer says so by
+    /// setReadingStalled; one that never does is asked for every string that a stream declares.
     bool isReadingStalled() const { return m_bReadingStalled; }
 
 protected:

@@ -6,21 +6,39 @@
 
 namespace
 {
-CString &spareText()
+constexpr int kLongestKept = 1024; // units; a longer text is not worth its memory
+
+// Static objects of a host may save a pool after the thread's own objects have ended.
+thread_local bool t_spareEnded = false;
+
+struct Spare
 {
-    thread_local CString spare;
-    return spare;
+    ~Spare() { t_spareEnded = true; }
+
+    CString text;
+};
+
+CString *spareText()
+{
+    if (t_spareEnded)
+        return nullptr;
+    thread_local Spare spare;
+    return &spare.text;
 }
 } // namespace
 
-OKTScratchText::OKTScratchText() : m_text(std::move(spareText()))
+OKTScratchText::OKTScratchText()
 {
+    if (CString *const spare = spareText())
+        m_text = std::move(*spare);
     m_text.Truncate(0);
 }
 
 OKTScratchText::~OKTScratchText()
 {
-    spareText() = std::move(m_text);
+    CString *const spare = spareText();
+    if (spare != nullptr && m_text.GetLength() <= kLongestKept)
+        *spare = std::move(m_text);
 }
 
 OKTListNames::OKTListNames(CString const &list) : m_stemLength(list.GetLength() + 1)
@@ -74,6 +92,6 @@ void readIdList(OKTFiler &filer, CString const &list, IdArray &ids, OKTFrame &fr
     {
         OKTDbObjectId id;
         frame.fold(filer.readObjectId(names.at(i), id));
-        ids.append(id);
+        ids.append(idForList(id));
     }
 }

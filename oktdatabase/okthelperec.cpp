@@ -16,7 +16,7 @@ try
 {
     m_counts.removeAll();
     for (WCHAR const unit : text.View())
-        addType(static_cast<wchar_t>(unit));
+        ++m_counts[static_cast<wchar_t>(unit)];
 }
 OKT_ANSWER_NOTHING
 

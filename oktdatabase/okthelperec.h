@@ -11,7 +11,7 @@ public:
     using CountMap = OKTMap<wchar_t, int, wchar_t const &, int const &>;
 
     OKTHelperEC() = default;
-    explicit OKTHelperEC(CString const &text);
+    OKTHelperEC(CString const &text); // NOLINT(google-explicit-constructor)
     OKTHelperEC(OKTHelperEC const &) = default;
     OKTHelperEC &operator=(OKTHelperEC const &) = default;
     virtual ~OKTHelperEC();

@@ -30,8 +30,8 @@ OKTMemoryFiler::OKTMemoryFiler(OKTDbPool *pool) : OKTFiler(pool), m_bytes(kGrowB
     {
         if (pool == nullptr)
             return;
-        setTranslatedIds(pool->BoolTranslatedIds());
         m_mapTranslatedIds = pool->MapTranslatedIds();
+        setTranslatedIds(pool->BoolTranslatedIds());
     }
     OKT_ANSWER_NOTHING
 }
@@ -104,10 +104,7 @@ try
         return false;
     // The old id is in the stream; the new one is only noted, and replaces it on reading.
     if (getTranslatedIds() && value.isValid() && !m_mapTranslatedIds.contains(value))
-    {
-        value.getObject();
         m_mapTranslatedIds[value] = OKTDbObjectId::createObjectId(m_pool);
-    }
     return true;
 }
 OKT_ANSWER_ZERO
@@ -280,7 +277,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::readBool(CString const &name, int &value)
 try
 {
-    long number;
+    long number = 0;
     bool const done = readLong(name, number);
     value = static_cast<int>(number);
     return done;
@@ -290,7 +287,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::readInt(CString const &name, unsigned int &value)
 try
 {
-    long number;
+    long number = 0;
     bool const done = readLong(name, number);
     value = static_cast<unsigned int>(number);
     return done;
@@ -300,7 +297,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::readInt(CString const &name, int &value)
 try
 {
-    long number;
+    long number = 0;
     bool const done = readLong(name, number);
     value = static_cast<int>(number);
     return done;

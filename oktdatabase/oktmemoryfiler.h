@@ -11,7 +11,7 @@
 class OKT_API OKTMemoryFiler : public OKTFiler
 {
 public:
-    explicit OKTMemoryFiler(OKTDbPool *pool = nullptr);
+    OKTMemoryFiler(OKTDbPool *pool = nullptr);
     ~OKTMemoryFiler() override;
 
     bool beginWriteClass(CString name, CString className, int version) override;

@@ -15,9 +15,11 @@ OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDb
     {
         if (className.IsEmpty() || prototype == nullptr || g_RuntimeClass.contains(className))
             return;
-        g_RuntimeClass[className] = this;
-        m_className = className;
-        m_baseClassName = baseClassName;
+        // The entry outlives the module of the descriptor, so it must not wrap a literal there.
+        m_baseClassName = baseClassName.Owned();
+        CString const name = className.Owned();
+        g_RuntimeClass[name] = this;
+        m_className = name;
         m_prototype = prototype;
         m_baseClassDesc = baseClassDesc;
         m_classCounter = s_nextClassCounter++;

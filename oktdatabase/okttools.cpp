@@ -45,7 +45,10 @@ try
 {
     if (value == nullptr || (value->vt & VT_ARRAY) == 0)
         return false;
-    SAFEARRAY *const array = value->parray;
+    bool const isReference = (value->vt & VT_BYREF) != 0;
+    if (isReference && value->byref == nullptr)
+        return false;
+    SAFEARRAY *const array = isReference ? *static_cast<SAFEARRAY **>(value->byref) : value->parray;
     if (array == nullptr || SafeArrayGetDim(array) != 1)
         return false;
     LONG lower = 0;
@@ -54,8 +57,9 @@ try
     if (FAILED(SafeArrayGetUBound(array, 1, &upper)) || FAILED(SafeArrayGetLBound(array, 1, &lower)) ||
         FAILED(SafeArrayAccessData(array, &data)))
         return false;
-    size = upper - lower + 1;
-    if (size < 1)
+    std::int64_t const count = static_cast<std::int64_t>(upper) - lower + 1;
+    size = static_cast<int>(std::min<std::int64_t>(count, std::numeric_limits<int>::max()));
+    if (size < 1 || size < count)
         throw std::bad_array_new_length(); // with the array left locked (quirk 70)
     bytes = new unsigned char[static_cast<std::size_t>(size)];
     // The source is indexed by the array's own index (quirk 69); what lies outside its data gives 0.

@@ -239,9 +239,11 @@ void CStringArray::InsertAt(int index, CString const &text, int count)
         throw std::length_error("CStringArray::InsertAt");
     CString const copy(text); // the text may be one of this array
     auto const place = static_cast<std::size_t>(index);
-    m_texts.reserve(std::max(place, m_texts.size()) + static_cast<std::size_t>(count));
     if (place > m_texts.size())
+    {
+        m_texts.reserve(place + static_cast<std::size_t>(count)); // so that nothing fails after the first change
         m_texts.resize(place);
+    }
     m_texts.insert(m_texts.begin() + index, static_cast<std::size_t>(count), copy);
 }
 

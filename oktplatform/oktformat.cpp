@@ -269,7 +269,7 @@ void CString::formatList(CString const &format, std::initializer_list<OktFormatA
         else if (value.m_kind == Kind::Wide)
         {
             auto const *const wide = static_cast<wchar_t const *>(value.m_pointer);
-            appendText(result, conversion, CString(wide, static_cast<int>(boundedLength(wide, most)), Wide()).View());
+            appendText(result, conversion, CString(wide, static_cast<int>(boundedLength(wide, most))).View());
         }
         else
         {

@@ -99,11 +99,25 @@ CString::CString(OktTextView units)
         m_word.store(reinterpret_cast<std::uintptr_t>(makeBuffer(units)), std::memory_order_relaxed);
 }
 
-CString::CString(wchar_t const *text, int length, Wide)
+#if !defined(_WIN32)
+CString::CString(wchar_t const *text, int length)
 {
-    if (length > 0)
-        m_word.store(reinterpret_cast<std::uintptr_t>(bufferOfWide(text, static_cast<std::size_t>(length))),
-                     std::memory_order_relaxed);
+    if (text == nullptr || length < 1)
+        return;
+    m_word.store(reinterpret_cast<std::uintptr_t>(bufferOfWide(text, static_cast<std::size_t>(length))),
+                 std::memory_order_relaxed);
+}
+#endif
+
+CString CString::of(wchar_t character)
+{
+    return CString(bufferOfWide(&character, 1));
+}
+
+CString CString::of(char character)
+{
+    char const text[] = {character, '\0'};
+    return CString(static_cast<char const *>(text));
 }
 
 void CString::assignUnits(char16_t const *text)
@@ -321,6 +335,12 @@ int CString::Find(WCHAR unit, int start) const
 int CString::ReverseFind(WCHAR unit) const
 {
     std::size_t const place = View().rfind(unit);
+    return place == OktTextView::npos ? -1 : static_cast<int>(place);
+}
+
+int CString::ReverseFind(CString const &part) const
+{
+    std::size_t const place = View().rfind(part.View());
     return place == OktTextView::npos ? -1 : static_cast<int>(place);
 }
 

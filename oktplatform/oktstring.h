@@ -21,6 +21,10 @@
 
 class CString;
 
+/// A character type that is not the unit of texts.
+template <typename C>
+concept OktOtherCharacter = (std::same_as<C, char> || std::same_as<C, wchar_t>) && !std::same_as<C, WCHAR>;
+
 /// A run of UTF-16 code units that somebody else owns.
 using OktTextView = std::basic_string_view<WCHAR>;
 
@@ -47,6 +51,7 @@ public:
     OktFormatArgument(T value) : OktFormatArgument(static_cast<std::underlying_type_t<T>>(value)) // NOLINT
     {
     }
+    OktFormatArgument(void const *pointer) : OktFormatArgument(reinterpret_cast<std::uintptr_t>(pointer)) {} // NOLINT
     OktFormatArgument(double value) : m_kind(Kind::Real), m_real(value) {}                       // NOLINT
     OktFormatArgument(char const *text) : m_kind(Kind::Narrow), m_pointer(text) {}               // NOLINT
     OktFormatArgument(wchar_t const *text) : m_kind(Kind::Wide), m_pointer(text) {}              // NOLINT
@@ -92,22 +97,12 @@ public:
 
     /// A zero-terminated text, copied. Null gives the empty text. A wchar_t of 32 bits above U+FFFF becomes a surrogate pair.
     /// The 8-bit form is converted from the code page of the thread.
-    template <typename P>
-        requires isPointerTo<P, char16_t>
-    CString(P const &text) // NOLINT(google-explicit-constructor)
-    {
-        assignUnits(text);
-    }
-    template <typename P>
-        requires isPointerTo<P, wchar_t>
-    CString(P const &text) // NOLINT(google-explicit-constructor)
-    {
-        assignWide(text);
-    }
+    template <typename P> CString(P const &text) requires isPointerTo<P, char16_t> { assignUnits(text); } // NOLINT
+    template <typename P> CString(P const &text) requires isPointerTo<P, wchar_t> { assignWide(text); }   // NOLINT
     CString(char const *text) { assignNarrow(text); } // NOLINT(google-explicit-constructor)
     CString(std::nullptr_t) {}                        // NOLINT(google-explicit-constructor)
 
-    /// A literal, wrapped. An array that is no constant of the calling program or library is copied.
+    /// A literal, wrapped, and so is every constant array of the calling program or library. Any other array is copied.
     template <std::size_t N> __attribute__((always_inline)) CString(char16_t const (&text)[N]) // NOLINT
     {
         if (OktIsImageConstant(text))
@@ -128,6 +123,9 @@ public:
 
     /// The first `length` units at `units`, zero units included. A length below 1 gives the empty text.
     CString(WCHAR const *units, int length);
+#if !defined(_WIN32)
+    CString(wchar_t const *text, int length);
+#endif
     explicit CString(OktTextView units);
     /// Takes over one reference to a buffer. Null gives the empty text.
     explicit CString(OktTextBuffer *owned) noexcept : m_word(reinterpret_cast<std::uintptr_t>(owned)) {}
@@ -181,6 +179,7 @@ public:
     int Find(CString const &part, int start = 0) const;
     int Find(WCHAR unit, int start = 0) const;
     int ReverseFind(WCHAR unit) const;
+    int ReverseFind(CString const &part) const;
 
     /// Takes away white space, one unit, or every unit of a set, at one end; gives the text itself.
     CString &TrimLeft();
@@ -198,27 +197,34 @@ public:
     int Compare(CString const &other) const;
     int CompareNoCase(CString const &other) const;
 
-    /// printf's conversions d i u x X o c s S p e E f g G a and %, flags, width, precision and '*'. Texts of every kind fit both
+    /// printf's conversions d i u x X o c s S p e E f F g G a A and %, flags, width, precision and '*'. Texts of every kind fit both
     /// s and S; numbers follow the numeric locale, decimals are rounded exactly, half to even.
     template <typename... A> void Format(CString const &format, A const &...arguments)
     {
         formatList(format, {OktFormatArgument(arguments)...});
     }
 
+    /// The same text in a buffer: what a literal wraps is copied, a buffer is shared. For a text that is to outlive the module in
+    /// which its literal stands.
+    CString Owned() const { return isBuffer() ? *this : CString(View()); }
+
     /// A new system string with this text, owned by the caller (SysFreeString). Zero units are kept.
     OLECHAR *AllocSysString() const;
 
     CString &operator+=(CString const &text);
     CString &operator+=(WCHAR unit);
-#if !defined(_WIN32)
-    int Find(wchar_t unit, int start = 0) const { return Find(CString(&unit, 1, Wide()), start); }
-    int ReverseFind(wchar_t unit) const { return ReverseFind(static_cast<WCHAR>(unit)); }
-    CString &TrimLeft(wchar_t unit) { return TrimLeft(static_cast<WCHAR>(unit)); }
-    CString &TrimRight(wchar_t unit) { return TrimRight(static_cast<WCHAR>(unit)); }
-    int Replace(wchar_t from, wchar_t to) { return Replace(CString(&from, 1, Wide()), CString(&to, 1, Wide())); }
-    CString &operator+=(wchar_t unit) { return *this += CString(&unit, 1, Wide()); }
-#endif
+    // The same with a character of another width, as in Find(L'x') and Find('x').
+    template <OktOtherCharacter C> int Find(C character, int start = 0) const { return Find(of(character), start); }
+    template <OktOtherCharacter C> int ReverseFind(C character) const { return ReverseFind(of(character)); }
+    template <OktOtherCharacter C> CString &TrimLeft(C character) { return TrimLeft(of(character)); }
+    template <OktOtherCharacter C> CString &TrimRight(C character) { return TrimRight(of(character)); }
+    template <OktOtherCharacter C> int Replace(C from, C to) { return Replace(of(from), of(to)); }
+    template <OktOtherCharacter C> CString &operator+=(C character) { return *this += of(character); }
+    template <OktOtherCharacter C> friend CString operator+(CString const &left, C right) { return joined(left, of(right)); }
+    template <OktOtherCharacter C> friend CString operator+(C left, CString const &right) { return joined(of(left), right); }
 
+    friend CString operator+(CString const &left, WCHAR right) { return joined(left, CString(&right, 1)); }
+    friend CString operator+(WCHAR left, CString const &right) { return joined(CString(&left, 1), right); }
     friend CString operator+(CString const &left, CString const &right) { return joined(left, right); }
 
     friend bool operator==(CString const &left, CString const &right) { return left.View() == right.View(); }
@@ -238,10 +244,8 @@ private:
     static constexpr std::uintptr_t kWide = 2;
     static constexpr std::uintptr_t kTagMask = 3;
 
-    struct Wide
-    {
-    };
-    CString(wchar_t const *text, int length, Wide);
+    static CString of(wchar_t character);
+    static CString of(char character);
 
     std::uintptr_t word() const { return m_word.load(std::memory_order_acquire); }
     bool isBuffer() const

@@ -25,8 +25,12 @@ using PVOID = void *;
 using ULONGLONG = std::uint64_t;
 using LONGLONG = std::int64_t;
 
+#if !defined(TRUE)
 inline constexpr BOOL TRUE = 1;
+#endif
+#if !defined(FALSE)
 inline constexpr BOOL FALSE = 0;
+#endif
 
 // Result codes: a negative HRESULT is a failure.
 inline constexpr HRESULT S_OK = 0;

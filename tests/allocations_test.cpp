@@ -1,4 +1,5 @@
-// How often memory is asked for where a template has many objects: literal numbers, so that a further allocation shows in review.
+// How often memory is asked for where a template has many objects: literal numbers, so that a further allocation shows in
+// review.
 
 #include "support/alloccount.h"
 

@@ -23,10 +23,7 @@ OKTByteFiler reader(CByteArray const &bytes)
     return filer;
 }
 
-OKTByteFiler reader(std::string_view spelled)
-{
-    return reader(hex(spelled));
-}
+OKTByteFiler reader(std::string_view spelled) { return reader(hex(spelled)); }
 
 CByteArray contents(OKTByteFiler &filer)
 {
@@ -875,7 +872,8 @@ TEST(OKTByteFiler, SkipMembers_WellFormedRest_TrueBehindTheFramesOwnEnd)
         {"payloads that look like structure", "08 02 01 00 00 00 01 07 09 0A 03 00 00 00 07 06 05 05 02 00 09 07 09 07 07", 24},
         {"a nested frame", "08 02 01 00 00 00 06 05 01 00 41 02 01 00 00 00 08 02 01 00 00 00 00 01 09 07 09 07 07", 28},
         {"a nested frame of a base ahead of its sections",
-         "08 02 01 00 00 00 06 05 01 00 41 02 01 00 00 00 06 05 01 00 42 02 01 00 00 00 07 08 02 01 00 00 00 09 07 09 07 07", 37},
+         "08 02 01 00 00 00 06 05 01 00 41 02 01 00 00 00 06 05 01 00 42 02 01 00 00 00 07 08 02 01 00 00 00 09 07 09 07 07",
+         37},
         {"a section in a section", "08 02 01 00 00 00 08 02 05 00 00 00 09 09 07 07", 15},
         {"a negative section number", "08 02 FF FF FF FF 09 07 07", 8},
         {"a section begin without a number ahead of the end", "08 07 07", 2},

@@ -1,3 +1,4 @@
+#include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
@@ -339,6 +340,47 @@ TEST_F(ParameterTest, SetValue_ImageOfItsOwnValue_KeepsIt)
     parameter.setValue(parameter.Value());
     EXPECT_TRUE(textIn(parameter.Value()) == u"text");
     EXPECT_EQ(parameter.ListIndex(), 2);
+}
+
+TEST_F(ParameterTest, SetValue_CopyThatFindsNoMemory_ErrorKindAReportAndTheListIndexKept)
+{
+    tagVARIANT value = {};
+    value.vt = VT_BSTR;
+    value.bstrVal = SysAllocString(u"text");
+    OKTDbParameter parameter;
+    parameter.setValue(u"before", 5);
+    bool struck = false;
+    {
+        AllocationFault const fault(0);
+        parameter.setValue(value);
+        struck = fault.struck();
+    }
+    VariantClear(&value);
+    // A sanitizer's allocator cannot be made to fail.
+    EXPECT_EQ(parameter.Value().vt, struck ? VT_ERROR : VT_BSTR);
+    EXPECT_EQ(parameter.ListIndex(), 5);
+    EXPECT_EQ(m_reports.count(), struck ? 1u : 0u);
+    m_reports.clear();
+    parameter.setValue(2.5, 6); // and it can be used on
+    EXPECT_EQ(parameter.Value().dblVal, 2.5);
+}
+
+TEST_F(ParameterTest, SetValue_TextThatFindsNoMemory_AReportAndTheListIndexKept)
+{
+    CString const text(u"a text that the parameter is to keep");
+    OKTDbParameter parameter;
+    parameter.setValue(2.5, 5);
+    bool struck = false;
+    {
+        AllocationFault const fault(0);
+        parameter.setValue(text, 6);
+        struck = fault.struck();
+    }
+    EXPECT_EQ(parameter.ListIndex(), struck ? 5 : 6);
+    EXPECT_EQ(m_reports.count(), struck ? 1u : 0u);
+    m_reports.clear();
+    parameter.setValue(text, 7);
+    EXPECT_EQ(textIn(parameter.Value()), text);
 }
 
 TEST_F(ParameterTest, Value_OfAText_IsTheParametersOwnString_Quirk50)

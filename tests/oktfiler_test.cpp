@@ -15,8 +15,8 @@
 
 #include <climits>
 
-// The protocol itself: the flags of every filer, the statuses of a walk over a class, sections as versions, and what the operations
-// of the binary filer call on the filer again.
+// The protocol itself: the flags of every filer, the statuses of a walk over a class, sections as versions, and what the
+// operations of the binary filer call on the filer again.
 
 namespace
 {
@@ -26,11 +26,11 @@ using ::testing::ElementsAre;
 class OpenFiler : public OKTMemoryFiler
 {
 public:
-    using OKTMemoryFiler::OKTMemoryFiler;
     using OKTFiler::getIsWriteEnabled;
     using OKTFiler::setIsWriteEnabled;
     using OKTFiler::xmlInVariant;
     using OKTFiler::xmlOutVariant;
+    using OKTMemoryFiler::OKTMemoryFiler;
     IdMap const &map() const { return m_mapTranslatedIds; }
     OKTDbPool *pool() const { return m_pool; }
 };
@@ -325,8 +325,7 @@ TEST(OKTFiler, Walk_BaseWithoutSectionOnWriting_ItsStatusAtOnceAndTheDerivedFram
     filer.failAt("beginWriteMembers", 1);
     OKTDbParameter const parameter;
     EXPECT_EQ(parameter.xmlOut(&filer), eFilerNoMembers);
-    EXPECT_EQ(written(filer),
-              hex("06 05 0E 00 'OKTDbParameter' 02 02 00 00 00 06 05 0B 00 'OKTDbObject' 02 01 00 00 00 07"));
+    EXPECT_EQ(written(filer), hex("06 05 0E 00 'OKTDbParameter' 02 02 00 00 00 06 05 0B 00 'OKTDbObject' 02 01 00 00 00 07"));
 }
 
 TEST(OKTFiler, Walk_BaseMemberFailsOnReading_Status1AtOnceAndTheDerivedFrameStaysOpen_Quirk7)
@@ -335,9 +334,8 @@ TEST(OKTFiler, Walk_BaseMemberFailsOnReading_Status1AtOnceAndTheDerivedFrameStay
     filer.failAt("readObjectId", 1);
     OKTDbParameter parameter;
     EXPECT_EQ(parameter.xmlIn(&filer), eFilerMemberFailed);
-    EXPECT_THAT(filer.calls(),
-                ElementsAre("beginReadClass Object OKTDbParameter", "beginReadClass Object OKTDbObject", "beginReadMembers 1",
-                            "readObjectId m_objectId", "endReadMembers", "endReadClass"));
+    EXPECT_THAT(filer.calls(), ElementsAre("beginReadClass Object OKTDbParameter", "beginReadClass Object OKTDbObject",
+                                           "beginReadMembers 1", "readObjectId m_objectId", "endReadMembers", "endReadClass"));
 }
 
 TEST(OKTFiler, Walk_BaseFrameOfAnotherClassInTheStream_Status4BehindTheBasesVersion_Quirk7)
@@ -433,9 +431,8 @@ TEST(OKTFiler, WriteInt_EitherForm_GoesThroughTheSignedWriteLong)
     EXPECT_TRUE(filer.writeInt(u"a", 4294967295u));
     EXPECT_TRUE(filer.writeInt(u"b", -5));
     EXPECT_TRUE(filer.writeBool(u"c", 7));
-    EXPECT_THAT(filer.allCalls(),
-                ElementsAre("writeUnsignedInt a 4294967295", "  writeLong a -1", "writeInt b -5", "  writeLong b -5",
-                            "writeBoolInt c 7", "  writeLong c 7"));
+    EXPECT_THAT(filer.allCalls(), ElementsAre("writeUnsignedInt a 4294967295", "  writeLong a -1", "writeInt b -5",
+                                              "  writeLong b -5", "writeBoolInt c 7", "  writeLong c 7"));
 }
 
 TEST(OKTFiler, ReadInt_EitherForm_GoesThroughTheSignedReadLong)
@@ -451,8 +448,8 @@ TEST(OKTFiler, ReadInt_EitherForm_GoesThroughTheSignedReadLong)
     int third = 0;
     EXPECT_TRUE(filer.readBool(u"c", third));
     EXPECT_EQ(third, -1);
-    EXPECT_THAT(filer.allCalls(), ElementsAre("readUnsignedInt a", "  readLong a", "readInt b", "  readLong b", "readBoolInt c",
-                                              "  readLong c"));
+    EXPECT_THAT(filer.allCalls(),
+                ElementsAre("readUnsignedInt a", "  readLong a", "readInt b", "  readLong b", "readBoolInt c", "  readLong c"));
 }
 
 TEST(OKTFiler, WritePoint3d_WordRefusedInside_FalseAndTheOthersWritten)

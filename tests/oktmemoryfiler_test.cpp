@@ -13,8 +13,8 @@
 #include <climits>
 #include <limits>
 
-// The binary filer: the protocol as records, and what reading does with every record that may stand where another is expected. The
-// bytes of frames stand in format/records_test.cpp, ids and variants in format/idsandvariants_test.cpp, files in
+// The binary filer: the protocol as records, and what reading does with every record that may stand where another is expected.
+// The bytes of frames stand in format/records_test.cpp, ids and variants in format/idsandvariants_test.cpp, files in
 // oktmemoryfilerfiles_test.cpp.
 
 namespace
@@ -22,10 +22,7 @@ namespace
 char const *const kPointAt123 = "06 05 08 00 'OKTGeXYZ' 02 01 00 00 00 08 02 01 00 00 00"
                                 "03 00 00 00 00 00 00 F0 3F 03 00 00 00 00 00 00 00 40 03 00 00 00 00 00 00 08 40 09 07";
 
-void load(OKTMemoryFiler &filer, std::string_view spelled)
-{
-    ASSERT_TRUE(filer.loadFiler(hex(spelled)));
-}
+void load(OKTMemoryFiler &filer, std::string_view spelled) { ASSERT_TRUE(filer.loadFiler(hex(spelled))); }
 
 /// A filer that reads the bytes, and what it says about its place.
 struct Reader

@@ -103,15 +103,9 @@ TEST_F(MemoryFilerFiles, Save_MissingFolder_False)
     EXPECT_FALSE(fileExists(m_folder.path("missing")));
 }
 
-TEST_F(MemoryFilerFiles, Save_PathIsAFolder_False)
-{
-    EXPECT_FALSE(save(m_folder.path(""), m_ten));
-}
+TEST_F(MemoryFilerFiles, Save_PathIsAFolder_False) { EXPECT_FALSE(save(m_folder.path(""), m_ten)); }
 
-TEST_F(MemoryFilerFiles, Save_EmptyPath_False)
-{
-    EXPECT_FALSE(save(CString(), m_ten));
-}
+TEST_F(MemoryFilerFiles, Save_EmptyPath_False) { EXPECT_FALSE(save(CString(), m_ten)); }
 
 TEST_F(MemoryFilerFiles, Save_ReaderHoldsTheFile_FalseAndTheFileIsWhole)
 {
@@ -145,10 +139,7 @@ TEST_F(MemoryFilerFiles, Save_Done_LeavesTheFileOpenToOthers)
 }
 
 #if defined(__linux__)
-TEST_F(MemoryFilerFiles, Save_FullDisk_False)
-{
-    EXPECT_FALSE(save(u"/dev/full", m_ten));
-}
+TEST_F(MemoryFilerFiles, Save_FullDisk_False) { EXPECT_FALSE(save(u"/dev/full", m_ten)); }
 
 TEST_F(MemoryFilerFiles, Save_DiskFullInTheMiddle_FalseAndThePartStays)
 {

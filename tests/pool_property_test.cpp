@@ -1,5 +1,5 @@
-// Random pools through the binary form: saved, loaded and saved again, in memory and as files. The images are equal, and so are the
-// fields, as far as the form promises them.
+// Random pools through the binary form: saved, loaded and saved again, in memory and as files. The images are equal, and so are
+// the fields, as far as the form promises them.
 
 #include "support/clientclasses.h"
 #include "support/pooljson.h"
@@ -92,7 +92,7 @@ private:
         return list;
     }
 
-    /// Units other than zero: words, any units with lone surrogates among them, and now and then a text around the limit of 65,535.
+    /// Units other than zero: words, any units with lone surrogates among them, and now and then a text around the limit.
     CString text()
     {
         int const shape = below(60);

@@ -15,7 +15,7 @@ struct Vector
     char const *digest;
 };
 
-// The lengths are those where the padding turns: nothing, within a block, its last fitting length, one more, a whole block, two.
+// The lengths are those where the padding turns: nothing, within a block, its last fitting length, one more, a whole block.
 TEST(Sha256Test, Digest_OfKnownTexts_IsThePublishedOne)
 {
     Vector const vectors[] = {

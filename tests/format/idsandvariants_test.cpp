@@ -15,8 +15,8 @@
 #include <climits>
 #include <limits>
 
-// The forms that ids, lists of ids and variants have in every filer: their bytes, their member names, and what becomes of broken
-// ones. Then the translation of ids on its way through the binary filer.
+// The forms that ids, lists of ids and variants have in every filer: their bytes, their member names, and what becomes of
+// broken ones. Then the translation of ids on its way through the binary filer.
 
 namespace
 {
@@ -27,13 +27,10 @@ char const *const kSomeFrame = "06 05 0B 00 'OKTObjectId' 02 01 00 00 00 08 02 0
                                "02 33 22 11 00 02 55 44 77 66 02 88 99 AA BB 02 CC DD EE FF 09 07";
 char const *const kNullFrame = "06 05 0B 00 'OKTObjectId' 02 01 00 00 00 08 02 01 00 00 00"
                                "02 00 00 00 00 02 00 00 00 00 02 00 00 00 00 02 00 00 00 00 09 07";
-char const *const kIdHead = "06 05 0B 00 'OKTObjectId' 02 01 00 00 00 08 02 01 00 00 00"; // 26 bytes
+char const *const kIdHead = "06 05 0B 00 'OKTObjectId' 02 01 00 00 00 08 02 01 00 00 00";     // 26 bytes
 char const *const kVariantHead = "06 05 0A 00 'OKTVariant' 02 01 00 00 00 08 02 01 00 00 00"; // 25 bytes
 
-std::string frameOf(std::string const &values)
-{
-    return std::string(kVariantHead) + values + "09 07";
-}
+std::string frameOf(std::string const &values) { return std::string(kVariantHead) + values + "09 07"; }
 
 tagVARIANT emptyVariant()
 {
@@ -135,7 +132,8 @@ TEST(IdForm, WriteObjectId_Words_HaveExpressionsForNames_Quirk38)
                             "  writeInt (int) m_Guid.Data1 1122867", "    writeLong (int) m_Guid.Data1 1122867",
                             "  writeInt ( (int) m_Guid.Data2 ) | ( ( (int) m_Guid.Data3 ) << 16 ) 1719092309",
                             "    writeLong ( (int) m_Guid.Data2 ) | ( ( (int) m_Guid.Data3 ) << 16 ) 1719092309",
-                            "  writeInt *( (int*) m_Guid.Data4 ) -1146447480", "    writeLong *( (int*) m_Guid.Data4 ) -1146447480",
+                            "  writeInt *( (int*) m_Guid.Data4 ) -1146447480",
+                            "    writeLong *( (int*) m_Guid.Data4 ) -1146447480",
                             "  writeInt *( (int*) ( m_Guid.Data4 + 4 ) ) -1122868",
                             "    writeLong *( (int*) ( m_Guid.Data4 + 4 ) ) -1122868", "  endWriteMembers", "  endWriteClass"));
 }
@@ -374,7 +372,8 @@ TEST(IdList, ReadObjectIdArray_WrittenBefore_ReplacesTheList)
 TEST(IdList, ReadObjectIdArray_ThirdIdDamaged_FalseWithTwoIds)
 {
     OKTMemoryFiler filer;
-    filer.loadFiler(hex(std::string("02 03 00 00 00") + kSomeFrame + kNullFrame + "06 05 0B 00 'OKTObjectIe' 02 01 00 00 00 07"));
+    filer.loadFiler(
+        hex(std::string("02 03 00 00 00") + kSomeFrame + kNullFrame + "06 05 0B 00 'OKTObjectIe' 02 01 00 00 00 07"));
     IdArray ids;
     EXPECT_FALSE(filer.readObjectIdArray(u"m_tabIds", ids));
     ASSERT_EQ(ids.getSize(), 2);
@@ -433,20 +432,32 @@ TEST(VariantForm, WriteVariant_EachStoredKind_TheseBytes)
         set(value);
         rows.push_back({what, value, values});
     };
-    add("VT_I2 -2", VT_I2, [](tagVARIANT &v) { v.iVal = -2; }, "02 02 00 00 00 01 FE FF");
-    add("VT_I2 32767", VT_I2, [](tagVARIANT &v) { v.iVal = 32767; }, "02 02 00 00 00 01 FF 7F");
-    add("VT_I2 with other data above", VT_I2, [](tagVARIANT &v) { v.llVal = 0x7777777777770001; }, "02 02 00 00 00 01 01 00");
-    add("VT_I4 -2", VT_I4, [](tagVARIANT &v) { v.lVal = -2; }, "02 03 00 00 00 02 FE FF FF FF");
-    add("VT_I4 smallest", VT_I4, [](tagVARIANT &v) { v.lVal = INT_MIN; }, "02 03 00 00 00 02 00 00 00 80");
-    add("VT_I4 with other data above", VT_I4, [](tagVARIANT &v) { v.llVal = 0x7777777700000001; },
+    add(
+        "VT_I2 -2", VT_I2, [](tagVARIANT &v) { v.iVal = -2; }, "02 02 00 00 00 01 FE FF");
+    add(
+        "VT_I2 32767", VT_I2, [](tagVARIANT &v) { v.iVal = 32767; }, "02 02 00 00 00 01 FF 7F");
+    add(
+        "VT_I2 with other data above", VT_I2, [](tagVARIANT &v) { v.llVal = 0x7777777777770001; }, "02 02 00 00 00 01 01 00");
+    add(
+        "VT_I4 -2", VT_I4, [](tagVARIANT &v) { v.lVal = -2; }, "02 03 00 00 00 02 FE FF FF FF");
+    add(
+        "VT_I4 smallest", VT_I4, [](tagVARIANT &v) { v.lVal = INT_MIN; }, "02 03 00 00 00 02 00 00 00 80");
+    add(
+        "VT_I4 with other data above", VT_I4, [](tagVARIANT &v) { v.llVal = 0x7777777700000001; },
         "02 03 00 00 00 02 01 00 00 00");
-    add("VT_R8 2500.0", VT_R8, [](tagVARIANT &v) { v.dblVal = 2500.0; }, "02 05 00 00 00 03 00 00 00 00 00 88 A3 40");
-    add("VT_BOOL true", VT_BOOL, [](tagVARIANT &v) { v.boolVal = VARIANT_TRUE; }, "02 0B 00 00 00 02 FF FF FF FF");
-    add("VT_BOOL false", VT_BOOL, [](tagVARIANT &v) { v.boolVal = VARIANT_FALSE; }, "02 0B 00 00 00 02 00 00 00 00");
-    add("VT_BOOL 1", VT_BOOL, [](tagVARIANT &v) { v.boolVal = 1; }, "02 0B 00 00 00 02 01 00 00 00");
-    add("VT_BOOL with other data above", VT_BOOL, [](tagVARIANT &v) { v.llVal = 0x777777777777FFFF; },
+    add(
+        "VT_R8 2500.0", VT_R8, [](tagVARIANT &v) { v.dblVal = 2500.0; }, "02 05 00 00 00 03 00 00 00 00 00 88 A3 40");
+    add(
+        "VT_BOOL true", VT_BOOL, [](tagVARIANT &v) { v.boolVal = VARIANT_TRUE; }, "02 0B 00 00 00 02 FF FF FF FF");
+    add(
+        "VT_BOOL false", VT_BOOL, [](tagVARIANT &v) { v.boolVal = VARIANT_FALSE; }, "02 0B 00 00 00 02 00 00 00 00");
+    add(
+        "VT_BOOL 1", VT_BOOL, [](tagVARIANT &v) { v.boolVal = 1; }, "02 0B 00 00 00 02 01 00 00 00");
+    add(
+        "VT_BOOL with other data above", VT_BOOL, [](tagVARIANT &v) { v.llVal = 0x777777777777FFFF; },
         "02 0B 00 00 00 02 FF FF FF FF");
-    add("VT_BSTR null", VT_BSTR, [](tagVARIANT &v) { v.bstrVal = nullptr; }, "02 08 00 00 00 04 00 00");
+    add(
+        "VT_BSTR null", VT_BSTR, [](tagVARIANT &v) { v.bstrVal = nullptr; }, "02 08 00 00 00 04 00 00");
     for (Row const &row : rows)
     {
         OKTMemoryFiler filer;
@@ -464,8 +475,8 @@ TEST(VariantForm, WriteVariant_AFloat_WidenedToADouble_Quirk39)
     EXPECT_TRUE(filer.writeVariant(u"v", value));
     value.fltVal = 0.1f;
     EXPECT_TRUE(filer.writeVariant(u"v", value));
-    EXPECT_EQ(written(filer), hex(frameOf("02 04 00 00 00 03 00 00 00 00 00 00 F8 3F") +
-                                  frameOf("02 04 00 00 00 03 00 00 00 A0 99 99 B9 3F")));
+    EXPECT_EQ(written(filer),
+              hex(frameOf("02 04 00 00 00 03 00 00 00 00 00 00 F8 3F") + frameOf("02 04 00 00 00 03 00 00 00 A0 99 99 B9 3F")));
 }
 
 TEST(VariantForm, ReadVariant_AFloat_ADoubleThatSaysFloat_Quirk39)
@@ -527,9 +538,9 @@ TEST(VariantForm, WriteVariant_Names_VartypeAndVarvalue)
         tagVARIANT value = emptyVariant();
         value.vt = row.kind;
         EXPECT_EQ(ScriptedFiler::xmlOutVariant(u"m_varValue", value, &filer), eFilerOk);
-        EXPECT_THAT(filer.calls(),
-                    ElementsAre("beginWriteClass m_varValue OKTVariant 1", "beginWriteMembers 1",
-                                "writeLong vartype " + std::to_string(row.kind), row.value, "endWriteMembers", "endWriteClass"));
+        EXPECT_THAT(filer.calls(), ElementsAre("beginWriteClass m_varValue OKTVariant 1", "beginWriteMembers 1",
+                                               "writeLong vartype " + std::to_string(row.kind), row.value, "endWriteMembers",
+                                               "endWriteClass"));
     }
 }
 
@@ -540,9 +551,9 @@ TEST(VariantForm, ReadVariant_Names_VartypeAndVarvalue)
         VARTYPE kind;
         char const *value;
     };
-    for (Row const row : {Row{VT_I2, "readShort varvalue"}, Row{VT_I4, "readLong varvalue"}, Row{VT_R4, "readDouble varvalue"},
-                          Row{VT_R8, "readDouble varvalue"}, Row{VT_BSTR, "readString varvalue"},
-                          Row{VT_BOOL, "readLong varvalue"}})
+    for (Row const row :
+         {Row{VT_I2, "readShort varvalue"}, Row{VT_I4, "readLong varvalue"}, Row{VT_R4, "readDouble varvalue"},
+          Row{VT_R8, "readDouble varvalue"}, Row{VT_BSTR, "readString varvalue"}, Row{VT_BOOL, "readLong varvalue"}})
     {
         ScriptedFiler filer;
         filer.giveLong(row.kind);
@@ -785,8 +796,9 @@ TEST(VariantForm, WriteVariant_RefusedFrameSectionOrMember_Status4Or5Or1)
         ScriptedFiler noMember;
         noMember.failAt("writeLong", member);
         EXPECT_EQ(ScriptedFiler::xmlOutVariant(u"v", value, &noMember), eFilerMemberFailed);
-        EXPECT_THAT(noMember.calls(), ElementsAre("beginWriteClass v OKTVariant 1", "beginWriteMembers 1", "writeLong vartype 3",
-                                                  "writeLong varvalue 5", "endWriteMembers", "endWriteClass"));
+        EXPECT_THAT(noMember.calls(),
+                    ElementsAre("beginWriteClass v OKTVariant 1", "beginWriteMembers 1", "writeLong vartype 3",
+                                "writeLong varvalue 5", "endWriteMembers", "endWriteClass"));
     }
 }
 
@@ -1032,9 +1044,9 @@ TEST(TranslatedIds, SaveMap_MixedEntries_OnlyThoseWithValidKeyAndAValue)
     OKTMemoryFiler filer;
     IdMap entries;
     entries[good] = idOf(kSome);
-    entries[toNull] = OKTDbObjectId::kNull;                        // no value
-    entries[OKTDbObjectId::kNull] = idOf(kSome);                   // no key
-    entries[idOf(kSome, &objects.pool)] = idOf(kSome);             // no object of the pool
+    entries[toNull] = OKTDbObjectId::kNull;                         // no value
+    entries[OKTDbObjectId::kNull] = idOf(kSome);                    // no key
+    entries[idOf(kSome, &objects.pool)] = idOf(kSome);              // no object of the pool
     entries[idOf("{11111111-2222-3333-4444-555555555555}")] = good; // no pool
     entries[already] = idOf(kSome);
     EXPECT_TRUE(filer.loadMapTranslatedIds(entries));

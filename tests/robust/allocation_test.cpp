@@ -18,9 +18,9 @@
 #include <optional>
 #include <vector>
 
-// Memory that runs out: each operation is run again and again, and every time a later one of its allocations fails, until none is
-// left to fail. What escapes an operation is caught there, reported, and answered with a zero; nothing crashes, nothing half-made is
-// handed out, and what a pool owns is freed with it. Under a sanitizer fewer allocations can fail, and leaks show.
+// Memory that runs out: each operation is run again and again, and every time a later one of its allocations fails, until none
+// is left to fail. What escapes an operation is caught there, reported, and answered with a zero; nothing crashes, nothing
+// half-made is handed out, and what a pool owns is freed with it. Under a sanitizer fewer allocations can fail, and leaks show.
 
 namespace
 {

@@ -32,10 +32,7 @@ struct Kind
     std::string (*read)(OKTByteFiler &filer);
 };
 
-std::string sizeOf(CByteArray const &bytes)
-{
-    return std::to_string(bytes.GetSize()) + " bytes";
-}
+std::string sizeOf(CByteArray const &bytes) { return std::to_string(bytes.GetSize()) + " bytes"; }
 
 std::string readBool(OKTByteFiler &filer)
 {
@@ -189,8 +186,8 @@ TEST(RecordsRobust, Prefixes_Double_FalseUntilAByteStandsBehind_Quirk27)
 {
     char const *const failed = "false -1.7976931348623157e+308 at 1";
     expectPrefixes("double", hex("03 00 00 00 00 00 00 F8 3F 07"), readDouble,
-                   {"false -1.7976931348623157e+308 at 0", failed, failed, failed, failed, failed, failed, failed, failed, failed,
-                    "true 1.5 at 9"});
+                   {"false -1.7976931348623157e+308 at 0", failed, failed, failed, failed, failed, failed, failed, failed,
+                    failed, "true 1.5 at 9"});
 }
 
 TEST(RecordsRobust, Prefixes_WideString_BehindTypeThenBehindCount_Quirk27)
@@ -210,8 +207,9 @@ TEST(RecordsRobust, Prefixes_AnsiString_BehindTypeThenBehindCount_Quirk27)
 TEST(RecordsRobust, Prefixes_ByteArray_BehindTypeThenBehindCount)
 {
     expectPrefixes("bytes", hex("0A 02 00 00 00 63 64 07"), readBytes,
-                   {"false 0 bytes at 0", "false 0 bytes at 1", "false 0 bytes at 1", "false 0 bytes at 1", "false 0 bytes at 1",
-                    "false 0 bytes at 1", "false 0 bytes at 5", "false 0 bytes at 5", "true 2 bytes at 7"});
+                   {"false 0 bytes at 0", "false 0 bytes at 1", "false 0 bytes at 1", "false 0 bytes at 1",
+                    "false 0 bytes at 1", "false 0 bytes at 1", "false 0 bytes at 5", "false 0 bytes at 5",
+                    "true 2 bytes at 7"});
 }
 
 // --- Lying counts ------------------------------------------------------------------------------------------------------------
@@ -345,6 +343,7 @@ TEST(RecordsRobust, Prefixes_ObjectsWords_FieldsTakeWhatCouldBeRead)
         long position;
     };
     // The type byte of the word that cannot be read is consumed; those behind it find no type.
+    // clang-format off
     Row const rows[] = {
         {52, "{00000000-0000-0000-0000-000000000000}", 48}, // the section number ends the stream
         {53, "{80000001-0001-8000-0100-008001000080}", 53},
@@ -354,6 +353,7 @@ TEST(RecordsRobust, Prefixes_ObjectsWords_FieldsTakeWhatCouldBeRead)
         {73, "{00112233-4455-6677-8899-AABBCCDDEEFF}", 73},
         {76, "{00112233-4455-6677-8899-AABBCCDDEEFF}", 76},
     };
+    // clang-format on
     for (Row const &row : rows)
     {
         ObjectRead const read = readObjectPrefix(hex(kObject), row.length);
@@ -456,6 +456,7 @@ TEST(RecordsRobust, Flips_EndsOfAnObject_PositionByTheWalkOverTheRest)
         int value;
         long position;
     };
+    // clang-format off
     Row const rows[] = {
         {72, 0x00, 72}, // neither end of the id is reached, nor any of the object
         {72, 0x07, 74}, // taken for the end of the id's frame, and the next for that of the object's
@@ -469,6 +470,7 @@ TEST(RecordsRobust, Flips_EndsOfAnObject_PositionByTheWalkOverTheRest)
         {75, 0x08, 76},
         {75, 0x00, 75},
     };
+    // clang-format on
     for (Row const &row : rows)
     {
         CByteArray flipped = firstBytes(hex(kObject), 76);
@@ -629,19 +631,17 @@ TEST(RecordsRobust, Random_BytesOfAnyKind_EveryReadStaysInTheBuffer)
 
         OKTByteFiler filer(1024);
         filer.readInPlace(stream);
-        std::string (*const reads[])(OKTByteFiler &) = {readBool, readShort, readLong, readDouble, readWide, readAnsi, readBytes};
+        std::string (*const reads[])(OKTByteFiler &) = {readBool, readShort, readLong, readDouble,
+                                                        readWide, readAnsi,  readBytes};
         for (int step = 0; step < 40; ++step)
         {
             int const before = filer.getPosition();
             switch (next() % 10)
             {
-            case 7:
-                filer.skipMembers();
-                break;
-            case 8:
-                filer.enterMembers(1);
-                break;
-            case 9: {
+            case 7: filer.skipMembers(); break;
+            case 8: filer.enterMembers(1); break;
+            case 9:
+            {
                 int where = -1;
                 if (filer.findNextObject(where))
                 {
@@ -650,9 +650,7 @@ TEST(RecordsRobust, Random_BytesOfAnyKind_EveryReadStaysInTheBuffer)
                 }
                 break;
             }
-            default:
-                reads[next() % 7](filer);
-                break;
+            default: reads[next() % 7](filer); break;
             }
             ASSERT_GE(filer.getPosition(), before);
             ASSERT_LE(filer.getPosition(), stream.GetSize());

@@ -2,9 +2,9 @@
 
 #include <oktdatabase/oktdbobject.h>
 
-/// The two classes that a pool knows by name, as client modules bring them: a frame of class version 1 with one section of a signed
-/// integer and a text. Their objects are in the registry, under the names "OKTDbConstruct" and "OKTDbIndexData", while a
-/// ClientClasses lives; whatever else holds the names then comes back at its end.
+/// The two classes that a pool knows by name, as client modules bring them: a frame of class version 1 with one section of a
+/// signed integer and a text. They are in the registry, under the names "OKTDbConstruct" and "OKTDbIndexData", while a
+/// ClientClasses lives; whatever else holds the names comes back at its end.
 class ClientConstruct : public OKTDbObject
 {
     OKT_STORED_CLASS(ClientConstruct)
@@ -40,8 +40,8 @@ private:
     OKTRuntimeClass *m_index;
 };
 
-/// A stored class that fails on demand: it gives a status of its own after its frame, or throws in the middle of it. The settings
-/// hold for all its objects and are put back by a ClientFaults.
+/// A stored class that fails on demand: it gives a status of its own after its frame, or throws in the middle of it. The
+/// settings hold for all its objects and are put back by a ClientFaults.
 class ClientFaulty : public OKTDbObject
 {
     OKT_STORED_CLASS(ClientFaulty)

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-/// Bytes as the tests spell them: pairs of hexadecimal digits with blanks at will, and ASCII text in quotes: "05 03 00 'OKT' 07".
+/// Bytes as the tests spell them: pairs of hexadecimal digits, blanks at will, and ASCII text in quotes: "05 03 00 'OKT' 07".
 inline CByteArray hex(std::string_view spelled)
 {
     CByteArray bytes;
