@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -20,6 +21,21 @@ constexpr unsigned char kNoBool = 255;
 constexpr unsigned short kNoShort = 65535;
 constexpr std::uint32_t kNoLong = 0x80000001u;
 constexpr double kNoDouble = -std::numeric_limits<double>::max();
+
+// The frame of an id. Nearly half the bytes of a template are such frames, so they are written and compared as a whole. The four
+// longs hold the bytes of the GUID as they lie in memory.
+constexpr BYTE kIdFrame[] = {
+    VarClassBegin,   VarAnsiString, 11, 0, 'O', 'K', 'T', 'O', 'b', 'j', 'e', 'c', 't', 'I', 'd', VarLong, 1, 0, 0, 0, // head
+    VarMembersBegin, VarLong,       1,  0, 0,   0,                                                                      // section 1
+    VarLong,         0,             0,  0, 0,                                                                           // at 26
+    VarLong,         0,             0,  0, 0,                                                                           // at 31
+    VarLong,         0,             0,  0, 0,                                                                           // at 36
+    VarLong,         0,             0,  0, 0,                                                                           // at 41
+    VarMembersEnd,   VarClassEnd};
+constexpr int kIdFrameSize = static_cast<int>(sizeof kIdFrame);
+constexpr int kIdWords = 26; // where the first of the four longs stands
+constexpr int kIdWordStep = 5;
+static_assert(kIdFrameSize == 48 && std::endian::native == std::endian::little);
 
 template <int Bytes, typename T> void store(BYTE *place, T value)
 {
@@ -232,6 +248,19 @@ try
 }
 OKT_ANSWER_ZERO
 
+bool OKTByteFiler::writeIdFrame(unsigned char const *guid)
+try
+{
+    BYTE *const place = extend(kIdFrameSize);
+    if (place == nullptr)
+        return false;
+    std::memcpy(place, kIdFrame, sizeof kIdFrame);
+    for (int i = 0; i < 4; ++i)
+        std::memcpy(place + kIdWords + 1 + i * kIdWordStep, guid + 4 * i, 4);
+    return true;
+}
+OKT_ANSWER_ZERO
+
 // --- Reading ---
 
 // True when the byte `offset` behind the position lies within the buffer.
@@ -385,6 +414,25 @@ try
     value.SetSize(count); // throws for a negative count, which passes the test above (quirk 31)
     std::copy_n(payload(), count, value.GetData());
     m_position += count;
+    return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTByteFiler::readIdFrame(unsigned char *guid)
+try
+{
+    if (m_mode != 0 || !isBeforeEnd(kIdFrameSize - 1))
+        return false;
+    BYTE const *const frame = payload();
+    bool fits = std::memcmp(frame, kIdFrame, kIdWords) == 0;
+    for (int i = 0; i < 4; ++i)
+        fits = fits && frame[kIdWords + i * kIdWordStep] == VarLong;
+    constexpr int kTail = kIdFrameSize - 2;
+    if (!fits || frame[kTail] != VarMembersEnd || frame[kTail + 1] != VarClassEnd)
+        return false;
+    for (int i = 0; i < 4; ++i)
+        std::memcpy(guid + 4 * i, frame + kIdWords + 1 + i * kIdWordStep, 4);
+    m_position += kIdFrameSize;
     return true;
 }
 OKT_ANSWER_ZERO

@@ -63,6 +63,8 @@ public:
     /// The count is that of the UTF-16 units, also where the conversion is longer: the text then loses its tail (quirk 29).
     bool writeAnsiString(CString const &text);
     bool writeByteArray(CByteArray const &value);
+    /// The frame of an id whose GUID is those 16 bytes: what beginWriteClass to endWriteClass of its stored form would append.
+    bool writeIdFrame(unsigned char const *guid);
 
     /// The type byte, or -1. False in write mode, at the end, and for a byte of 11 or more; the position then stays.
     bool readType(int &type);
@@ -75,6 +77,7 @@ public:
     bool readWideString(CString &text);            ///< ends at the first zero unit, the rest is passed over
     bool readAnsiString(CString &text);            ///< likewise at the first zero byte
     bool readByteArray(CByteArray &value);         ///< a negative count is reported and false
+    bool readIdFrame(unsigned char *guid);         ///< false, and nothing moved, unless exactly such a frame stands here
     bool checkLong(int const &expected);           ///< the position has moved in both cases
     bool checkAnsiString(CString const &expected); ///< ignores case; the position has moved in both cases
 

@@ -3,10 +3,11 @@
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
+#include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
 
 #include <limits>
-#include <utility>
+#include <typeinfo>
 
 namespace
 {
@@ -37,6 +38,13 @@ OKTMemoryFiler::OKTMemoryFiler(OKTDbPool *pool) : OKTFiler(pool), m_bytes(kGrowB
 }
 
 OKTMemoryFiler::~OKTMemoryFiler() = default;
+
+// True where nobody can tell the frame of an id from the calls that make it: a derived filer may override these calls, and a code
+// page may write letters in another way.
+bool OKTMemoryFiler::writesFramesWhole() const
+{
+    return typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
+}
 
 // --- Writing ---
 
@@ -100,7 +108,9 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::writeObjectId(CString const &name, OKTDbObjectId const &value)
 try
 {
-    if (value.xmlOut(name, this) != eFilerOk)
+    bool const written = writesFramesWhole() ? m_bytes.writeIdFrame(reinterpret_cast<unsigned char const *>(&value.m_Guid))
+                                             : value.xmlOut(name, this) == eFilerOk;
+    if (!written)
         return false;
     // The old id is in the stream; the new one is only noted, and replaces it on reading.
     if (getTranslatedIds() && value.isValid() && !m_mapTranslatedIds.contains(value))
@@ -248,7 +258,9 @@ bool OKTMemoryFiler::readObjectId(CString const &name, OKTDbObjectId &value)
 try
 {
     value.setNull();
-    if (value.xmlIn(name, this) != eFilerOk)
+    if (writesFramesWhole() && m_bytes.readIdFrame(reinterpret_cast<unsigned char *>(&value.m_Guid)))
+        value.fixPoolPointer(m_pool);
+    else if (value.xmlIn(name, this) != eFilerOk)
         return false;
     if (getTranslatedIds())
         if (OKTDbObjectId const *const translated = m_mapTranslatedIds.find(value))

@@ -86,5 +86,7 @@ public:
     CByteArray takeBytes();
 
 private:
+    bool writesFramesWhole() const;
+
     OKTByteFiler m_bytes;
 };
