@@ -11,8 +11,8 @@
 #include <numeric>
 #include <vector>
 
-// A stream is a sequence of records: a type byte, then a payload whose length the type tells, numbers little-endian. Nothing else:
-// no alignment, no checksum, no escape. docs/formats/records.md tells it in full.
+// A stream is a sequence of records: a type byte, then a payload whose length the type tells, numbers little-endian. Nothing
+// else: no alignment, no checksum, no escape. docs/formats/records.md tells it in full.
 
 namespace
 {
@@ -22,16 +22,56 @@ constexpr unsigned short kNoShort = 65535;
 constexpr std::uint32_t kNoLong = 0x80000001u;
 constexpr double kNoDouble = -std::numeric_limits<double>::max();
 
-// The frame of an id. Nearly half the bytes of a template are such frames, so they are written and compared as a whole. The four
-// longs hold the bytes of the GUID as they lie in memory.
-constexpr BYTE kIdFrame[] = {
-    VarClassBegin,   VarAnsiString, 11, 0, 'O', 'K', 'T', 'O', 'b', 'j', 'e', 'c', 't', 'I', 'd', VarLong, 1, 0, 0, 0, // head
-    VarMembersBegin, VarLong,       1,  0, 0,   0,                                                                      // section 1
-    VarLong,         0,             0,  0, 0,                                                                           // at 26
-    VarLong,         0,             0,  0, 0,                                                                           // at 31
-    VarLong,         0,             0,  0, 0,                                                                           // at 36
-    VarLong,         0,             0,  0, 0,                                                                           // at 41
-    VarMembersEnd,   VarClassEnd};
+// The frame of an id. Nearly half the bytes of a template are such frames, so they are written and compared as a whole. The
+// four longs hold the bytes of the GUID as they lie in memory.
+constexpr BYTE kIdFrame[] = {VarClassBegin,
+                             VarAnsiString,
+                             11,
+                             0,
+                             'O',
+                             'K',
+                             'T',
+                             'O',
+                             'b',
+                             'j',
+                             'e',
+                             'c',
+                             't',
+                             'I',
+                             'd',
+                             VarLong,
+                             1,
+                             0,
+                             0,
+                             0, // head
+                             VarMembersBegin,
+                             VarLong,
+                             1,
+                             0,
+                             0,
+                             0, // section 1
+                             VarLong,
+                             0,
+                             0,
+                             0,
+                             0, // at 26
+                             VarLong,
+                             0,
+                             0,
+                             0,
+                             0, // at 31
+                             VarLong,
+                             0,
+                             0,
+                             0,
+                             0, // at 36
+                             VarLong,
+                             0,
+                             0,
+                             0,
+                             0, // at 41
+                             VarMembersEnd,
+                             VarClassEnd};
 constexpr int kIdFrameSize = static_cast<int>(sizeof kIdFrame);
 constexpr int kIdWords = 26; // where the first of the four longs stands
 constexpr int kIdWordStep = 5;
@@ -69,10 +109,7 @@ void storeUnits(BYTE *place, OktTextView text)
 }
 } // namespace
 
-OKTByteFiler::OKTByteFiler(int const &growBy)
-{
-    m_buffer.SetSize(0, growBy);
-}
+OKTByteFiler::OKTByteFiler(int const &growBy) { m_buffer.SetSize(0, growBy); }
 
 OKTByteFiler::~OKTByteFiler() = default;
 
@@ -106,10 +143,7 @@ void OKTByteFiler::readInPlace(CByteArray const &source)
     m_borrowed = &source;
 }
 
-CByteArray OKTByteFiler::takeBytes()
-{
-    return std::move(m_buffer);
-}
+CByteArray OKTByteFiler::takeBytes() { return std::move(m_buffer); }
 
 // --- Writing ---
 
@@ -456,9 +490,8 @@ try
         OktTextView const units = expected.View();
         BYTE const *const bytes = payload();
         if (units.size() == static_cast<std::size_t>(count) &&
-            std::equal(units.begin(), units.end(), bytes, [](WCHAR unit, BYTE byte) {
-                return byte < 0x80 && byte != 0 && unit == byte;
-            }))
+            std::equal(units.begin(), units.end(), bytes,
+                       [](WCHAR unit, BYTE byte) { return byte < 0x80 && byte != 0 && unit == byte; }))
         {
             m_position += count;
             return true;
@@ -536,32 +569,34 @@ bool OKTByteFiler::skipValue()
     m_position = saved;
     switch (type)
     {
-    case VarBool: {
+    case VarBool:
+    {
         unsigned char value;
         return readBool(value);
     }
-    case VarShort: {
+    case VarShort:
+    {
         unsigned short value;
         return readShort(value);
     }
-    case VarLong: {
+    case VarLong:
+    {
         std::uint32_t value;
         return readLong(value);
     }
-    case VarDouble: {
+    case VarDouble:
+    {
         double value;
         return readDouble(value);
     }
-    case VarWideString:
-        return skipText(type, 2);
-    case VarAnsiString:
-        return skipText(type, 1);
-    case VarByteArray: {
+    case VarWideString: return skipText(type, 2);
+    case VarAnsiString: return skipText(type, 1);
+    case VarByteArray:
+    {
         CByteArray value;
         return readByteArray(value);
     }
-    default:
-        return false;
+    default: return false;
     }
 }
 

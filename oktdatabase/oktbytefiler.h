@@ -22,10 +22,10 @@ enum _VariableType : int
 
 /// A growing buffer of self-describing records, the byte layer of the memory filer. Knows records, not ids, classes or pools.
 ///
-/// Made in write mode with position 0. Writing appends and leaves the position alone; reading works in read mode only. Every read
-/// first sets its target to a failure value. A false with the position unmoved means that another record, or none, stands there;
-/// a payload that runs past the end leaves the position behind the type byte, or behind the count of a string. A short, long,
-/// double, string or byte array that ends on the very last byte of the buffer cannot be read (quirk 27).
+/// Made in write mode with position 0. Writing appends and leaves the position alone; reading works in read mode only. Every
+/// read first sets its target to a failure value. A false with the position unmoved means that another record, or none, stands
+/// there; a payload that runs past the end leaves the position behind the type byte, or behind the count of a string. A short,
+/// long, double, string or byte array that ends on the very last byte of the buffer cannot be read (quirk 27).
 class OKT_API OKTByteFiler
 {
 public:
@@ -85,8 +85,8 @@ public:
     bool enterMembers(int const &section);
     /// Passes over the sections left in a frame and over its end. A failed walk leaves the position where it gave up.
     bool skipMembers();
-    /// Scans from the position for the bytes 6, 5 at the start of the buffer or behind a byte 7; no record is parsed, so a payload
-    /// that reads 7, 6, 5 is taken for an object (quirk 32). The position stays.
+    /// Scans from the position for the bytes 6, 5 at the start of the buffer or behind a byte 7; no record is parsed, so a
+    /// payload that reads 7, 6, 5 is taken for an object (quirk 32). The position stays.
     bool findNextObject(int &where);
 
 private:

@@ -28,7 +28,4 @@ OKTCrashHandler::OKTCrashHandler(wchar_t const *file, int line)
 
 OKTCrashHandler::~OKTCrashHandler() = default;
 
-std::int64_t OKTCrashHandler::mov_rax_0()
-{
-    return 0;
-}
+std::int64_t OKTCrashHandler::mov_rax_0() { return 0; }

@@ -58,7 +58,4 @@ template <std::size_t N> struct OKTSourceStem
     }
 /// The same for an operation without a result, and for the body of a constructor or destructor.
 #define OKT_ANSWER_NOTHING                                                                                                     \
-    catch (...)                                                                                                                \
-    {                                                                                                                          \
-        OKT_SHOW_REPORT                                                                                                        \
-    }
+    catch (...) { OKT_SHOW_REPORT }

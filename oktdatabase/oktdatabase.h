@@ -25,4 +25,5 @@
 #include <oktdatabase/oktsmartansistring.h>
 #include <oktdatabase/okttemplatesutil.h>
 #include <oktdatabase/okttools.h>
+#include <oktdatabase/oktxmlfiler.h>
 #include <oktplatform/oktplatform.h>

@@ -8,10 +8,7 @@
 
 namespace
 {
-bool isOperand(WCHAR unit)
-{
-    return (unit >= u'0' && unit <= u'9') || unit == u'.' || unit == u'?';
-}
+bool isOperand(WCHAR unit) { return (unit >= u'0' && unit <= u'9') || unit == u'.' || unit == u'?'; }
 
 // Towards zero; what does not fit becomes the smallest integer (quirk 66).
 std::int32_t truncated(double number)

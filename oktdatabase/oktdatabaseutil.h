@@ -6,7 +6,7 @@
 class OKT_API OKTDatabaseUtil
 {
 public:
-    /// The expression with every length multiplied by `scale`, rounded to three decimals, and brought into one form: "2x100 ", a blank
-    /// behind every term. Nothing is refused: what is no term is dropped (quirk 65). Numbers follow the numeric locale.
+    /// The expression with every length multiplied by `scale`, rounded to three decimals, and brought into one form: "2x100 ",
+    /// a blank behind every term. Nothing is refused: what is no term is dropped (quirk 65). Numbers follow the numeric locale.
     static CString convertExpresion(CString expression, double scale);
 };

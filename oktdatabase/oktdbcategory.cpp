@@ -7,20 +7,14 @@ OKTDbCategory::OKTDbCategory() = default;
 
 OKTDbCategory::~OKTDbCategory() = default;
 
-int OKTDbCategory::parameterCount() const
-{
-    return m_tabParameters.getSize();
-}
+int OKTDbCategory::parameterCount() const { return m_tabParameters.getSize(); }
 
 OKTDbObjectId OKTDbCategory::parameterAt(int index) const
 {
     return index < 0 || index >= m_tabParameters.getSize() ? OKTDbObjectId() : m_tabParameters.at(index);
 }
 
-int OKTDbCategory::findParameterIndex(OKTDbObjectId const &id) const
-{
-    return m_tabParameters.findIndex(id);
-}
+int OKTDbCategory::findParameterIndex(OKTDbObjectId const &id) const { return m_tabParameters.findIndex(id); }
 
 void OKTDbCategory::appendParameter(OKTDbObjectId const &id)
 try
@@ -30,15 +24,9 @@ try
 }
 OKT_ANSWER_NOTHING
 
-void OKTDbCategory::removeParameter(OKTDbObjectId const &id)
-{
-    m_tabParameters.remove(id);
-}
+void OKTDbCategory::removeParameter(OKTDbObjectId const &id) { m_tabParameters.remove(id); }
 
-void OKTDbCategory::removeAllParameters()
-{
-    m_tabParameters.removeAll();
-}
+void OKTDbCategory::removeAllParameters() { m_tabParameters.removeAll(); }
 
 void OKTDbCategory::getAllParameters(IdArray &ids) const
 try
@@ -54,20 +42,11 @@ try
 }
 OKT_ANSWER_NOTHING
 
-CString OKTDbCategory::CategoryName() const
-{
-    return m_strCategoryName;
-}
+CString OKTDbCategory::CategoryName() const { return m_strCategoryName; }
 
-void OKTDbCategory::setGroupCategory(OKTDbObjectId const &id)
-{
-    m_idGroupCategory = id;
-}
+void OKTDbCategory::setGroupCategory(OKTDbObjectId const &id) { m_idGroupCategory = id; }
 
-OKTDbObjectId OKTDbCategory::GroupCategory() const
-{
-    return m_idGroupCategory;
-}
+OKTDbObjectId OKTDbCategory::GroupCategory() const { return m_idGroupCategory; }
 
 FilerStatusDb OKTDbCategory::xmlOut(OKTFiler *filer) const
 try

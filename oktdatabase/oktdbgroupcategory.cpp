@@ -7,20 +7,14 @@ OKTDbGroupCategory::OKTDbGroupCategory() = default;
 
 OKTDbGroupCategory::~OKTDbGroupCategory() = default;
 
-int OKTDbGroupCategory::categoryCount() const
-{
-    return m_tabCategory.getSize();
-}
+int OKTDbGroupCategory::categoryCount() const { return m_tabCategory.getSize(); }
 
 OKTDbObjectId OKTDbGroupCategory::categoryAt(int const &index) const
 {
     return index < 0 || index >= m_tabCategory.getSize() ? OKTDbObjectId() : m_tabCategory.at(index);
 }
 
-int OKTDbGroupCategory::findCategoryIndex(OKTDbObjectId const &id) const
-{
-    return m_tabCategory.findIndex(id);
-}
+int OKTDbGroupCategory::findCategoryIndex(OKTDbObjectId const &id) const { return m_tabCategory.findIndex(id); }
 
 void OKTDbGroupCategory::appendCategory(OKTDbObjectId const &id)
 try
@@ -30,15 +24,9 @@ try
 }
 OKT_ANSWER_NOTHING
 
-void OKTDbGroupCategory::removeCagegory(OKTDbObjectId const &id)
-{
-    m_tabCategory.remove(id);
-}
+void OKTDbGroupCategory::removeCagegory(OKTDbObjectId const &id) { m_tabCategory.remove(id); }
 
-void OKTDbGroupCategory::removeAllCategories()
-{
-    m_tabCategory.removeAll();
-}
+void OKTDbGroupCategory::removeAllCategories() { m_tabCategory.removeAll(); }
 
 void OKTDbGroupCategory::getAllCategories(IdArray &ids) const
 try

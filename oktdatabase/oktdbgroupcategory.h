@@ -2,8 +2,8 @@
 
 #include <oktdatabase/oktdbobject.h>
 
-/// A list of categories, kept as ids. Appending a category here does not touch its group. Appending refuses an id that is in the
-/// list; reading a stream does not.
+/// A list of categories, kept as ids. Appending a category here does not touch its group. Appending refuses an id that is in
+/// the list; reading a stream does not.
 class OKT_API OKTDbGroupCategory : public OKTDbObject
 {
     OKT_STORED_CLASS(OKTDbGroupCategory)

@@ -8,10 +8,7 @@
 namespace
 {
 // The element of that id, or null. The copy takes the cache of the look-up, so that the list keeps none.
-OKTDbParameter *elementOf(OKTDbObjectId id)
-{
-    return OKTDbParameter::cast(id);
-}
+OKTDbParameter *elementOf(OKTDbObjectId id) { return OKTDbParameter::cast(id); }
 } // namespace
 
 OKTDbGroupParameter::OKTDbGroupParameter() = default;

@@ -4,8 +4,8 @@
 #include <oktplatform/oktarrays.h>
 
 /// Several parameters of a pool under one, so that their values are read and set as one array. The element list lives in memory
-/// only: in a stream a group is an ordinary OKTDbParameter (quirk 55). Elements are kept by id, resolved at every use, and never
-/// made or erased here.
+/// only: in a stream a group is an ordinary OKTDbParameter (quirk 55). Elements are kept by id, resolved at every use, and
+/// never made or erased here.
 ///
 /// Elements are ordered by user name as it was when they were added: shorter names first, names of one length without case.
 class OKT_API OKTDbGroupParameter : public OKTDbParameter
@@ -18,9 +18,9 @@ class OKT_API OKTDbGroupParameter : public OKTDbParameter
     ~OKTDbGroupParameter() override;
 
     using OKTDbParameter::setValue;
-    /// Hands a one-dimensional array out to the elements, entry by entry from its lower bound, each read as eight bytes of a double
-    /// whatever its kind. A variant without an array is reported. An array of another rank is destroyed: the caller must not use
-    /// it again (quirk 56).
+    /// Hands a one-dimensional array out to the elements, entry by entry from its lower bound, each read as eight bytes of a
+    /// double whatever its kind. A variant without an array is reported. An array of another rank is destroyed: the caller must
+    /// not use it again (quirk 56).
     void setValue(tagVARIANT const &value) override;
 
     /// Ignored: an id that is no parameter, or is an element already.

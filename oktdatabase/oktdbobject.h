@@ -7,8 +7,8 @@
 
 class OKTFiler;
 
-/// The members that every stored class repeats. `slot` is `virtual` in the root and empty below it, `tail` is empty in the root and
-/// `override` below it.
+/// The members that every stored class repeats. `slot` is `virtual` in the root and empty below it, `tail` is empty in the root
+/// and `override` below it.
 #define OKT_STORED_CLASS_MEMBERS(X, slot, tail)                                                                                \
 public:                                                                                                                        \
     slot OKTDbObject *createObject() tail;                                                                                     \
@@ -62,8 +62,9 @@ public:
 /// OKTDbPool::appendObject and hands it back with removeObject.
 ///
 /// `isA` tells the exact class, `isKindOf` the class or a base of it. `cast` gives null for null and for an object of another
-/// class, else the same object. A derived class begins with OKT_STORED_CLASS(X), ends its source with OKT_STORED_CLASS_SOURCE(X),
-/// needs a default constructor that relies on no other static object, and is registered by one OKT_STORED_CLASS_REGISTRATION line.
+/// class, else the same object. A derived class begins with OKT_STORED_CLASS(X), ends its source with
+/// OKT_STORED_CLASS_SOURCE(X), needs a default constructor that relies on no other static object, and is registered by one
+/// OKT_STORED_CLASS_REGISTRATION line.
 class OKT_API OKTDbObject
 {
     OKT_STORED_CLASS_MEMBERS(OKTDbObject, virtual, )

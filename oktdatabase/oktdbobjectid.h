@@ -12,9 +12,9 @@ class OKTDbPool;
 class OKTFiler;
 
 /// The name of a stored object: a GUID. Beside it the id carries the pool in which it resolves and a cached pointer to the
-/// object, neither owned and neither ever stored. Identity, comparison and order concern the 16 bytes of the GUID as they lie in
-/// memory, which is not the order of its text. That order is the order of the objects in a pool and its file.
-/// One thread at a time: getObject writes the cache.
+/// object, neither owned and neither ever stored. Identity, comparison and order concern the 16 bytes of the GUID as they lie
+/// in memory, which is not the order of its text. That order is the order of the objects in a pool and its file. One thread at
+/// a time: getObject writes the cache.
 class OKT_API OKTDbObjectId
 {
 public:
@@ -59,13 +59,13 @@ public:
     /// A malformed text gives the null GUID. The pointers stay.
     void setGuidFromString(CString const &text);
 
-    /// The object, or null. Resolved through the pool once, then cached: an id that has cached an object keeps answering with that
-    /// pointer after the object has left the pool (quirk 1).
+    /// The object, or null. Resolved through the pool once, then cached: an id that has cached an object keeps answering with
+    /// that pointer after the object has left the pool (quirk 1).
     OKTDbObject *getObject() const;
     /// The pool holds an object under this id now. The cache is neither used nor changed.
     bool isValid() const;
-    /// Takes the object out of its pool, deletes it and makes this id null. False, and the object untouched: no object, no pool, or
-    /// the pool does not hold it.
+    /// Takes the object out of its pool, deletes it and makes this id null. False, and the object untouched: no object, no
+    /// pool, or the pool does not hold it.
     bool eraseObject();
 
 private:

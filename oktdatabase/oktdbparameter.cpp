@@ -23,31 +23,27 @@ static_assert(std::size(kLengthTypes) == 37);
 // The prompts of the types 3 to 75. 0 stands for a type without a prompt of its own.
 constexpr unsigned int kFirstPromptType = 3;
 constexpr unsigned int kTypePrompts[] = {
-    1000, 1001, 1002, 1003,                                                       //  3 material and diameter
-    1004, 1005, 1006, 1007, 1008, 1009, 1010, 1011, 1012, 1013, 1014,             //  7 hooks
-    1015, 1016, 1017, 1018, 1019, 1020,                                           // 18 anchors
-    1021, 1022, 1023,                                                             // 24 bends
-    1025, 1026, 1068, 1069, 1070, 1071,                                           // 27 shape and view
-    1027, 1028, 1029,                                                             // 33 extensions
-    1030, 1031, 1032, 1033, 1034, 1035,                                           // 36 quantity and distribution
-    1037, 1038, 1039, 1040, 1041, 1042,                                           // 42 alternate bars to rotation
-    0,    1043, 1044, 1045,                                                       // 48 no row; offsets
-    1046, 1047, 1048, 1049, 1050, 1051, 1052, 1053, 1054,                         // 52 mesh sheets
-    1055, 1056, 1057, 1058, 1059, 1060,                                           // 61 repartition and overlap
-    1061, 1062, 1063, 1064, 1065, 1066, 1067,                                     // 67 second covers, overlap and bend
-    1072, 1073,                                                                   // 74 further settings
+    1000, 1001, 1002, 1003,                                           //  3 material and diameter
+    1004, 1005, 1006, 1007, 1008, 1009, 1010, 1011, 1012, 1013, 1014, //  7 hooks
+    1015, 1016, 1017, 1018, 1019, 1020,                               // 18 anchors
+    1021, 1022, 1023,                                                 // 24 bends
+    1025, 1026, 1068, 1069, 1070, 1071,                               // 27 shape and view
+    1027, 1028, 1029,                                                 // 33 extensions
+    1030, 1031, 1032, 1033, 1034, 1035,                               // 36 quantity and distribution
+    1037, 1038, 1039, 1040, 1041, 1042,                               // 42 alternate bars to rotation
+    0,    1043, 1044, 1045,                                           // 48 no row; offsets
+    1046, 1047, 1048, 1049, 1050, 1051, 1052, 1053, 1054,             // 52 mesh sheets
+    1055, 1056, 1057, 1058, 1059, 1060,                               // 61 repartition and overlap
+    1061, 1062, 1063, 1064, 1065, 1066, 1067,                         // 67 second covers, overlap and bend
+    1072, 1073,                                                       // 74 further settings
 };
 static_assert(std::size(kTypePrompts) == 75 - kFirstPromptType + 1);
 
 // The types 76 to 82 have constant texts, which are not looked up.
 constexpr unsigned int kFirstConstantType = 76;
-constexpr char16_t const *kConstantNames[] = {u"Hook position",
-                                              u"Index",
-                                              u"Multiplication Factor",
-                                              u"Repartition offset top",
-                                              u"Repartition offset Bottom",
-                                              u"Hidden length unit",
-                                              u"Prefix"};
+constexpr char16_t const *kConstantNames[] = {
+    u"Hook position",      u"Index", u"Multiplication Factor", u"Repartition offset top", u"Repartition offset Bottom",
+    u"Hidden length unit", u"Prefix"};
 static_assert(std::size(kConstantNames) == 82 - kFirstConstantType + 1);
 
 tagVARIANT emptyVariant()
@@ -67,13 +63,11 @@ void clearVariant(tagVARIANT &variant)
 // Kinds whose data bytes are a pointer to something that the variant owns. They are no numbers: no factor applies to them.
 bool ownsMemory(VARTYPE kind)
 {
-    return kind == VT_BSTR || kind == VT_DISPATCH || kind == VT_UNKNOWN || kind == VT_RECORD || (kind & (VT_ARRAY | VT_VECTOR | VT_BYREF)) != 0;
+    return kind == VT_BSTR || kind == VT_DISPATCH || kind == VT_UNKNOWN || kind == VT_RECORD ||
+           (kind & (VT_ARRAY | VT_VECTOR | VT_BYREF)) != 0;
 }
 
-CString textOf(tagVARIANT const &variant)
-{
-    return variant.vt == VT_BSTR ? CString(variant.bstrVal) : CString();
-}
+CString textOf(tagVARIANT const &variant) { return variant.vt == VT_BSTR ? CString(variant.bstrVal) : CString(); }
 
 // A system string as a variant that is freed at the end of a scope.
 struct OwnedText
@@ -90,7 +84,8 @@ struct OwnedText
     tagVARIANT variant;
 };
 
-// A deep copy of a variant that may share its string with the target. A failed one leaves the target of kind VT_ERROR and raises.
+// A deep copy of a variant that may share its string with the target. A failed one leaves the target of kind VT_ERROR and
+// raises.
 void copyVariant(tagVARIANT &target, tagVARIANT const &source)
 {
     struct Copy
@@ -108,10 +103,7 @@ void copyVariant(tagVARIANT &target, tagVARIANT const &source)
 }
 } // namespace
 
-OKTDbParameter::OKTDbParameter() : m_varValue(emptyVariant())
-{
-    m_varValue.vt = VT_I4;
-}
+OKTDbParameter::OKTDbParameter() : m_varValue(emptyVariant()) { m_varValue.vt = VT_I4; }
 
 OKTDbParameter::OKTDbParameter(ParamType const &type, OKTDbObjectId const &owner)
     : m_strUserName(getNameFromType(type)), m_nParamType(type), m_varValue(emptyVariant()), m_idOwner(owner)
@@ -143,10 +135,7 @@ OKTDbParameter &OKTDbParameter::operator=(OKTDbParameter const &other)
     return *this;
 }
 
-OKTDbParameter::~OKTDbParameter()
-{
-    VariantClear(&m_varValue);
-}
+OKTDbParameter::~OKTDbParameter() { VariantClear(&m_varValue); }
 
 // --- Value ---
 
@@ -248,17 +237,11 @@ void OKTDbParameter::setValue(std::nullptr_t, int const &listIndex)
     setValue(static_cast<wchar_t const *>(nullptr), listIndex);
 }
 
-tagVARIANT OKTDbParameter::Value() const
-{
-    return m_varValue;
-}
+tagVARIANT OKTDbParameter::Value() const { return m_varValue; }
 
 // --- Plain members ---
 
-CString OKTDbParameter::UserName() const
-{
-    return m_strUserName;
-}
+CString OKTDbParameter::UserName() const { return m_strUserName; }
 
 void OKTDbParameter::setUserName(CString const &name, bool append)
 try
@@ -274,50 +257,23 @@ try
 }
 OKT_ANSWER_NOTHING
 
-ParamType OKTDbParameter::Type() const
-{
-    return m_nParamType;
-}
+ParamType OKTDbParameter::Type() const { return m_nParamType; }
 
-void OKTDbParameter::setType(ParamType const &type)
-{
-    m_nParamType = type;
-}
+void OKTDbParameter::setType(ParamType const &type) { m_nParamType = type; }
 
-int OKTDbParameter::ListIndex() const
-{
-    return m_nListIndex;
-}
+int OKTDbParameter::ListIndex() const { return m_nListIndex; }
 
-void OKTDbParameter::setListIndex(int const &listIndex)
-{
-    m_nListIndex = listIndex;
-}
+void OKTDbParameter::setListIndex(int const &listIndex) { m_nListIndex = listIndex; }
 
-OKTDbObjectId OKTDbParameter::Category() const
-{
-    return m_idCategory;
-}
+OKTDbObjectId OKTDbParameter::Category() const { return m_idCategory; }
 
-void OKTDbParameter::setCategory(OKTDbObjectId const &id)
-{
-    m_idCategory = id;
-}
+void OKTDbParameter::setCategory(OKTDbObjectId const &id) { m_idCategory = id; }
 
-OKTDbObjectId OKTDbParameter::OwnerId() const
-{
-    return m_idOwner;
-}
+OKTDbObjectId OKTDbParameter::OwnerId() const { return m_idOwner; }
 
-void OKTDbParameter::setOwnerId(OKTDbObjectId const &id)
-{
-    m_idOwner = id;
-}
+void OKTDbParameter::setOwnerId(OKTDbObjectId const &id) { m_idOwner = id; }
 
-CString OKTDbParameter::Expression() const
-{
-    return m_strExpression;
-}
+CString OKTDbParameter::Expression() const { return m_strExpression; }
 
 void OKTDbParameter::setExpression(CString const &expression)
 try
@@ -326,15 +282,9 @@ try
 }
 OKT_ANSWER_NOTHING
 
-bool OKTDbParameter::isValidExpression()
-{
-    return true;
-}
+bool OKTDbParameter::isValidExpression() { return true; }
 
-CString OKTDbParameter::Description() const
-{
-    return m_strDescription;
-}
+CString OKTDbParameter::Description() const { return m_strDescription; }
 
 void OKTDbParameter::setDescription(CString const &description)
 try
@@ -367,15 +317,9 @@ bool OKTDbParameter::isInDrawingUnits() const
     return std::binary_search(std::begin(kLengthTypes), std::end(kLengthTypes), m_nParamType);
 }
 
-CString OKTDbParameter::getTypeName() const
-{
-    return getNameFromType(m_nParamType);
-}
+CString OKTDbParameter::getTypeName() const { return getNameFromType(m_nParamType); }
 
-CString OKTDbParameter::getListIndex() const
-{
-    return encodeListIndex(m_nListIndex);
-}
+CString OKTDbParameter::getListIndex() const { return encodeListIndex(m_nListIndex); }
 
 CString OKTDbParameter::getNameFromType(ParamType const &type)
 try

@@ -11,8 +11,8 @@ using ParamType = int;
 /// The type number alone decides the default display name, whether the value is a length (isInDrawingUnits) and whether it is a
 /// quantity expression (39). Any kind of value can be put into any type. A length is held in drawing units and divided by the
 /// metrics factor of the pool on its way into a stream, multiplied on its way out; so are the lengths in a quantity expression.
-/// The pool is the one that the owner id names: without one nothing is converted on writing, while a reading filer gives its pool
-/// even to a null owner (quirk 44).
+/// The pool is the one that the owner id names: without one nothing is converted on writing, while a reading filer gives its
+/// pool even to a null owner (quirk 44).
 ///
 /// The parameter owns its value; setters copy. Ids keep no object alive.
 class OKT_API OKTDbParameter : public OKTDbObject
@@ -51,7 +51,8 @@ class OKT_API OKTDbParameter : public OKTDbObject
     virtual ParamType Type() const;
     /// The display name does not change; neither does it in setListIndex.
     virtual void setType(ParamType const &type);
-    /// A bitwise image of the value: a string in it belongs to the parameter and is good until the value changes. Not to be cleared.
+    /// A bitwise image of the value: a string in it belongs to the parameter and is good until the value changes. Not to be
+    /// cleared.
     virtual tagVARIANT Value() const;
     virtual int ListIndex() const;
     virtual void setListIndex(int const &listIndex);

@@ -15,15 +15,9 @@ try
 }
 OKT_ANSWER_NOTHING
 
-void OKTDbParamRelation::removeParameter(OKTDbObjectId const &id)
-{
-    m_tabParameters.remove(id);
-}
+void OKTDbParamRelation::removeParameter(OKTDbObjectId const &id) { m_tabParameters.remove(id); }
 
-void OKTDbParamRelation::removeAllParameters()
-{
-    m_tabParameters.removeAll();
-}
+void OKTDbParamRelation::removeAllParameters() { m_tabParameters.removeAll(); }
 
 void OKTDbParamRelation::getAllParameters(IdArray &ids) const
 try
@@ -32,10 +26,7 @@ try
 }
 OKT_ANSWER_NOTHING
 
-int OKTDbParamRelation::parameterCount() const
-{
-    return m_tabParameters.getSize();
-}
+int OKTDbParamRelation::parameterCount() const { return m_tabParameters.getSize(); }
 
 OKTDbObjectId OKTDbParamRelation::parameterAt(int index) const
 {

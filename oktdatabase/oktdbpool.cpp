@@ -5,6 +5,7 @@
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktmemoryfiler.h>
 #include <oktdatabase/okttools.h>
+#include <oktdatabase/oktxmlfiler.h>
 
 #include <algorithm>
 #include <limits>
@@ -36,21 +37,12 @@ private:
 
 OKTDbPool::OKTDbPool() : m_objectId(OKTDbObjectId::createObjectId(this)) {}
 
-OKTDbPool::~OKTDbPool()
-{
-    eraseAllObjects();
-}
+OKTDbPool::~OKTDbPool() { eraseAllObjects(); }
 
 // Parameters outside a pool call this through a null pointer, which is meant.
-__attribute__((no_sanitize("null"))) double OKTDbPool::metricsFactor() const
-{
-    return metricsFactorOf(this);
-}
+__attribute__((no_sanitize("null"))) double OKTDbPool::metricsFactor() const { return metricsFactorOf(this); }
 
-double OKTDbPool::metricsFactorOf(OKTDbPool const *pool)
-{
-    return pool == nullptr ? 1.0 : pool->m_dfMetricsFactor;
-}
+double OKTDbPool::metricsFactorOf(OKTDbPool const *pool) { return pool == nullptr ? 1.0 : pool->m_dfMetricsFactor; }
 
 void OKTDbPool::setPoolName(CString const &name)
 try
@@ -378,7 +370,8 @@ try
         while (next != special.end() && *next < id)
             ++next;
         if (next != special.end() && *next == id)
-            info[id] = {static_cast<std::int32_t>(start - objectsStart), static_cast<std::int32_t>(filer.GetFilerLength() - start)};
+            info[id] = {static_cast<std::int32_t>(start - objectsStart),
+                        static_cast<std::int32_t>(filer.GetFilerLength() - start)};
     }
     filer.saveMapTranslatedIds(translated);
 
@@ -707,6 +700,51 @@ OKTDbPool::ReadFilter OKTDbPool::readFilter() const
 try
 {
     return m_readFilter;
+}
+OKT_ANSWER_ZERO
+
+// --- XML documents ---
+
+bool OKTDbPool::writeXMLFile(CString const &path)
+try
+{
+    OKTXmlFiler filer;
+    if (path.IsEmpty() || !filer.NewFiler(path, true))
+        return false;
+    bool done = true;
+    for (auto const &[id, object] : m_mapObjects)
+        if (object != nullptr && object->xmlOut(&filer) != eFilerOk)
+            done = false;
+    if (xmlOut(&filer, InfoMap()) != eFilerOk)
+        done = false;
+    return filer.CloseFiler() && done;
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::readXMLFile(CString const &path)
+try
+{
+    OKTXmlFiler filer(this);
+    if (path.IsEmpty() || !filer.NewFiler(path, false))
+        return false;
+    bool done = true;
+    for (CString className; filer.getDescriptionForNextReadObject(className);)
+    {
+        OKTDbObject *object = nullptr;
+        if (CreateObjectFromClassName(className, object) && object != nullptr)
+        {
+            filer.setIsReadingObjectFromRoot(true);
+            if (object->xmlIn(&filer) == eFilerOk && appendReadObject(object))
+                continue;
+            done = false; // and the object is lost (quirk 18)
+        }
+        if (!filer.skipNextToReadDocumentObject())
+            break;
+    }
+    InfoMap info;
+    if (xmlIn(&filer, info) != eFilerOk)
+        done = false;
+    return filer.CloseFiler() && done;
 }
 OKT_ANSWER_ZERO
 

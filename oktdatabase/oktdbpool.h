@@ -15,8 +15,8 @@ class OKTFiler;
 class OKTMemoryFiler;
 class OKTRuntimeClass;
 
-/// The database: one set of objects keyed by id, a few well-known ids that name objects of special role, and the settings of its
-/// filing.
+/// The database: one set of objects keyed by id, a few well-known ids that name objects of special role, and the settings of
+/// its filing.
 ///
 ///     OKTDbPool pool;
 ///     pool.setMetricsFactor(1000.0); // drawing unit millimetre, files hold metres
@@ -24,15 +24,15 @@ class OKTRuntimeClass;
 ///     bool const saved = pool.writeFile(L"template.okt");
 ///
 /// The pool owns its objects from appendObject, or a load, on. eraseAllObjects and the destructor delete them; removeObject and
-/// removeAllObjects hand them back undeleted. One thread at a time. Every operation answers false, and says nothing, when it fails;
-/// an exception inside is reported and gives false.
+/// removeAllObjects hand them back undeleted. One thread at a time. Every operation answers false, and says nothing, when it
+/// fails; an exception inside is reported and gives false.
 ///
 /// A copy of a pool shares the objects, and the first pool destroyed deletes them: clone and copyFrom are the ways to copy.
 class OKT_API OKTDbPool
 {
 public:
-    /// Where an object lies in a pool file, in bytes: the position from the start of the objects block, or from the start of the
-    /// file after readFileHeader. -1, -1 stands for an id without object.
+    /// Where an object lies in a pool file, in bytes: the position from the start of the objects block, or from the start of
+    /// the file after readFileHeader. -1, -1 stands for an id without object.
     struct _ObjectInfo
     {
         std::int32_t nObjectPosition;
@@ -52,14 +52,14 @@ public:
     CString poolName() const { return m_strPoolName; }
     /// Drawing units per metre: 1000 for the millimetre, 39.3700787... for the inch. A file holds metres.
     void setMetricsFactor(double factor) { m_dfMetricsFactor = factor; }
-    /// 1.0 for a null pool pointer, which parameters outside a pool have. A caller that is built with a check for null pointers asks
-    /// metricsFactorOf.
+    /// 1.0 for a null pool pointer, which parameters outside a pool have. A caller that is built with a check for null pointers
+    /// asks metricsFactorOf.
     double metricsFactor() const;
     static double metricsFactorOf(OKTDbPool const *pool);
 
-    /// The well-known ids. constructId, indexId and picturesId follow the objects of the classes "OKTDbConstruct", "OKTDbIndexData"
-    /// and "OKTDbPicture"; the others are set by the caller or by a file. While id translation is on, all getters but
-    /// RadialReinfId give the translated id; one that the map does not hold comes back as it is.
+    /// The well-known ids. constructId, indexId and picturesId follow the objects of the classes "OKTDbConstruct",
+    /// "OKTDbIndexData" and "OKTDbPicture"; the others are set by the caller or by a file. While id translation is on, all
+    /// getters but RadialReinfId give the translated id; one that the map does not hold comes back as it is.
     void setConstructId(OKTDbObjectId const &id) { m_constructId = id; }
     void setSketchId(OKTDbObjectId const &id) { m_sketchId = id; }
     void setIndexId(OKTDbObjectId const &id) { m_indexId = id; }
@@ -82,19 +82,19 @@ public:
     void RearangeMapTranslatedIds();
 
     int objectCount() const { return m_mapObjects.getSize(); }
-    /// Takes the object over under a fresh id, whatever id it carried. False, and the object stays the caller's: null, or its id is
-    /// in this pool.
+    /// Takes the object over under a fresh id, whatever id it carried. False, and the object stays the caller's: null, or its
+    /// id is in this pool.
     bool appendObject(OKTDbObject *object);
-    /// Hands the object back, undeleted and with a null id. Removing any construct or index object clears constructId or indexId,
-    /// even when that names another one (quirk 9).
+    /// Hands the object back, undeleted and with a null id. Removing any construct or index object clears constructId or
+    /// indexId, even when that names another one (quirk 9).
     bool removeObject(OKTDbObjectId const &id);
     bool removeObject(OKTDbObject *object);
     /// Hands all objects back. False at the first null entry, with the rest still in the pool.
     bool removeAllObjects();
     /// Deletes all objects and clears the ids that follow them. On an empty pool nothing is cleared (quirk 12).
     bool eraseAllObjects();
-    /// Puts another object under an id of the pool. The caller owns the old one, whose id stays, and must have set the id of the new
-    /// one (quirk 13).
+    /// Puts another object under an id of the pool. The caller owns the old one, whose id stays, and must have set the id of
+    /// the new one (quirk 13).
     bool replaceObject(OKTDbObjectId const &id, OKTDbObject *object);
     /// False, and `object` untouched, for an id that the pool does not hold.
     bool findObject(OKTDbObjectId const &id, OKTDbObject *&object);
@@ -107,16 +107,16 @@ public:
     /// Sets the object back to what a new object of its class holds. It keeps its address and its id.
     bool resetObject(OKTDbObjectId const &id);
 
-    /// The image in memory, with the pool's real metrics factor. `translated` receives the ids translated on the way. False: an object
-    /// or the header cannot be written, or the image would pass 2^31 - 1 bytes; `image` is empty then.
+    /// The image in memory, with the pool's real metrics factor. `translated` receives the ids translated on the way. False: an
+    /// object or the header cannot be written, or the image would pass 2^31 - 1 bytes; `image` is empty then.
     bool saveFiler(CByteArray &image, IdMap &translated) const;
-    /// Adds the objects of an image to this pool, which is not emptied first; the header's fields replace its own. False: no length
-    /// record, a broken header, an unknown class, a broken object, or an id that is here already. What was read before stays; the
-    /// object at fault is lost (quirk 18). An object that the read filter drops is deleted. The image is read where it lies: no object
-    /// may change it while it reads itself.
+    /// Adds the objects of an image to this pool, which is not emptied first; the header's fields replace its own. False: no
+    /// length record, a broken header, an unknown class, a broken object, or an id that is here already. What was read before
+    /// stays; the object at fault is lost (quirk 18). An object that the read filter drops is deleted. The image is read where
+    /// it lies: no object may change it while it reads itself.
     bool loadFiler(CByteArray const &image);
-    /// The image as a file, which says factor 1.0: files hold metres. False: an empty path, no image, or the file cannot be written;
-    /// the file is not touched before the image is complete.
+    /// The image as a file, which says factor 1.0: files hold metres. False: an empty path, no image, or the file cannot be
+    /// written; the file is not touched before the image is complete.
     bool writeFile(CString const &path);
     /// loadFiler from a file, save that the pool keeps its metrics factor.
     bool readFile(CString const &path);
@@ -125,8 +125,8 @@ public:
     /// filter of nulls keeps nothing.
     void setReadFilter(ReadFilter filter) { m_readFilter = std::move(filter); }
     ReadFilter readFilter() const;
-    /// Reads only the header of a file: 1024 bytes, then the header itself. `info` receives the places of the construct, the index and
-    /// the pictures. A file below 1024 bytes is refused (quirk 23). The factor of the file replaces the pool's.
+    /// Reads only the header of a file: 1024 bytes, then the header itself. `info` receives the places of the construct, the
+    /// index and the pictures. A file below 1024 bytes is refused (quirk 23). The factor of the file replaces the pool's.
     bool readFileHeader(CString const &path, InfoMap &info);
     /// Header and index object. In a file that names none, the first object of the file is read in its place (quirk 24).
     bool readIndex(CString const &path);
@@ -135,9 +135,16 @@ public:
 
     /// Adds a copy of the other pool's objects, with their ids; takes its id and factor over.
     bool copyFrom(OKTDbPool const *other);
-    /// A new pool, owned by the caller, or null. With translation on, every object gets a new id, references between objects of the
-    /// pool follow, and MapTranslatedIds of the clone tells old to new.
+    /// A new pool, owned by the caller, or null. With translation on, every object gets a new id, references between objects of
+    /// the pool follow, and MapTranslatedIds of the clone tells old to new.
     OKTDbPool *clone() const;
+
+    /// The pool as an XML document: its objects, then its own fields, with the real factor. Always false, since no id passes
+    /// the XML filer (quirk 72); the document is written all the same.
+    bool writeXMLFile(CString const &path);
+    /// The objects and fields of a document. Goes on behind an object of an unknown class; false as soon as one object fails,
+    /// and so for every document with an object of a known class (quirk 72). The read filter is not asked.
+    bool readXMLFile(CString const &path);
 
     /// The header block alone.
     FilerStatusDb xmlOut(OKTFiler *filer, InfoMap const &info) const;

@@ -91,30 +91,20 @@ try
         CString const member = u"varvalue";
         switch (value.vt)
         {
-        case VT_I2:
-            frame.fold(filer->writeShort(member, value.iVal));
-            break;
-        case VT_I4:
-            frame.fold(filer->writeLong(member, static_cast<long>(value.lVal)));
-            break;
-        case VT_R4:
-            frame.fold(filer->writeDouble(member, static_cast<double>(value.fltVal)));
-            break;
-        case VT_R8:
-            frame.fold(filer->writeDouble(member, value.dblVal));
-            break;
-        case VT_BSTR: {
+        case VT_I2: frame.fold(filer->writeShort(member, value.iVal)); break;
+        case VT_I4: frame.fold(filer->writeLong(member, static_cast<long>(value.lVal))); break;
+        case VT_R4: frame.fold(filer->writeDouble(member, static_cast<double>(value.fltVal))); break;
+        case VT_R8: frame.fold(filer->writeDouble(member, value.dblVal)); break;
+        case VT_BSTR:
+        {
             OKTScratchText text;
-            text.text().SetUnits(lstrlenW(value.bstrVal), [&](WCHAR *units, int length) { std::copy_n(value.bstrVal, length, units); });
+            text.text().SetUnits(lstrlenW(value.bstrVal),
+                                 [&](WCHAR *units, int length) { std::copy_n(value.bstrVal, length, units); });
             frame.fold(filer->writeString(member, text.text()));
             break;
         }
-        case VT_BOOL:
-            frame.fold(filer->writeLong(member, static_cast<long>(value.boolVal)));
-            break;
-        default:
-            frame.fold(false);
-            break;
+        case VT_BOOL: frame.fold(filer->writeLong(member, static_cast<long>(value.boolVal))); break;
+        default: frame.fold(false); break;
         }
         filer->endWriteMembers();
     }
@@ -141,21 +131,19 @@ try
         CString const member = u"varvalue";
         switch (value.vt)
         {
-        case VT_I2:
-            frame.fold(filer->readShort(member, value.iVal));
-            break;
+        case VT_I2: frame.fold(filer->readShort(member, value.iVal)); break;
         case VT_I4:
-        case VT_BOOL: {
+        case VT_BOOL:
+        {
             long number = value.lVal;
             frame.fold(filer->readLong(member, number));
             value.lVal = static_cast<LONG>(number);
             break;
         }
         case VT_R4: // eight bytes, although the kind says float (quirk 39)
-        case VT_R8:
-            frame.fold(filer->readDouble(member, value.dblVal));
-            break;
-        case VT_BSTR: {
+        case VT_R8: frame.fold(filer->readDouble(member, value.dblVal)); break;
+        case VT_BSTR:
+        {
             CString text;
             value.bstrVal = nullptr;
             frame.fold(filer->readString(member, text));

@@ -16,12 +16,13 @@ class OKTGeXYZ;
 ///     frame    beginWriteClass(name, class, version), the frame of the base class, sections, endWriteClass
 ///     section  beginWriteMembers(number), values and frames, endWriteMembers
 ///
-/// Sections are numbered from 1 and are the versioning of all storage. A class that gains members adds a section: an older reader
-/// passes over it in endReadClass, a newer reader takes a false from beginReadMembers as "not in this stream" and keeps its
-/// defaults. Members are written and read in one order and under one name each: a filer may go by either.
+/// Sections are numbered from 1 and are the versioning of all storage. A class that gains members adds a section: an older
+/// reader passes over it in endReadClass, a newer reader takes a false from beginReadMembers as "not in this stream" and keeps
+/// its defaults. Members are written and read in one order and under one name each: a filer may go by either.
 ///
 /// Every operation gives true when it was done. A false from a member does not stop the walk over a class. The two end results
-/// are ignored by the stored classes. One thread uses a filer from its making to its end. The pool is not owned and may be null.
+/// are ignored by the stored classes. One thread uses a filer from its making to its end. The pool is not owned and may be
+/// null.
 class OKT_API OKTFiler
 {
 public:
@@ -101,9 +102,9 @@ protected:
     bool getIsWriteEnabled() const { return m_bWriteEnabled; }
     void setReadingStalled(bool stalled) { m_bReadingStalled = stalled; }
 
-    /// The stored form of a variant of kind VT_I2, VT_I4, VT_R4, VT_R8, VT_BSTR or VT_BOOL; any other kind leaves a frame without a
-    /// value and gives eFilerMemberFailed. A VT_R4 is widened on its way out and comes back as the eight bytes of a double in a
-    /// variant that still says float (quirk 39).
+    /// The stored form of a variant of kind VT_I2, VT_I4, VT_R4, VT_R8, VT_BSTR or VT_BOOL; any other kind leaves a frame
+    /// without a value and gives eFilerMemberFailed. A VT_R4 is widened on its way out and comes back as the eight bytes of a
+    /// double in a variant that still says float (quirk 39).
     static FilerStatusDb xmlOutVariant(CString const &name, tagVARIANT const &value, OKTFiler *filer);
     static FilerStatusDb xmlInVariant(CString const &name, tagVARIANT &value, OKTFiler *filer);
 

@@ -30,8 +30,8 @@ private:
     int m_sections = 0;
 };
 
-/// An empty text whose buffer each thread keeps from one use to the next, so that a text for a filer's eyes allocates nothing as
-/// a rule. Not installed.
+/// An empty text whose buffer each thread keeps from one use to the next, so that a text for a filer's eyes allocates nothing
+/// as a rule. Not installed.
 class OKTScratchText
 {
 public:
@@ -61,11 +61,11 @@ private:
     int m_stemLength;
 };
 
-/// An id as lists keep it: without the cached object where it has a pool to ask, so that an erased object is not reached through
-/// the list.
+/// An id as lists keep it: without the cached object where it has a pool to ask, so that an erased object is not reached
+/// through the list.
 OKTDbObjectId idForList(OKTDbObjectId id);
 
-/// A list of ids as members of a section: the length, then each id, ending early once a member of the frame has failed. Reading empties
-/// the list first and appends an id also where its read failed, which then ends the list.
+/// A list of ids as members of a section: the length, then each id, ending early once a member of the frame has failed. Reading
+/// empties the list first and appends an id also where its read failed, which then ends the list.
 void writeIdList(OKTFiler &filer, CString const &list, IdArray const &ids, OKTFrame &frame);
 void readIdList(OKTFiler &filer, CString const &list, IdArray &ids, OKTFrame &frame);

@@ -11,31 +11,16 @@ namespace
 constexpr double kEqualSquare = 1e-20; // of the difference, per axis
 constexpr double kOrderShare = 1e-10;  // absolute and relative
 
-bool isNear(double left, double right)
-{
-    return (left - right) * (left - right) <= kEqualSquare;
-}
+bool isNear(double left, double right) { return (left - right) * (left - right) <= kEqualSquare; }
 
-double orderTolerance(double right)
-{
-    return kOrderShare + kOrderShare * std::fabs(right);
-}
+double orderTolerance(double right) { return kOrderShare + kOrderShare * std::fabs(right); }
 
-bool isAbove(double left, double right)
-{
-    return left > right + orderTolerance(right);
-}
+bool isAbove(double left, double right) { return left > right + orderTolerance(right); }
 
-bool isBelow(double left, double right)
-{
-    return right - orderTolerance(right) > left;
-}
+bool isBelow(double left, double right) { return right - orderTolerance(right) > left; }
 } // namespace
 
-OKTGeXYZ::OKTGeXYZ(double const &x, double const &y, double const &z)
-{
-    setCoordinates(x, y, z);
-}
+OKTGeXYZ::OKTGeXYZ(double const &x, double const &y, double const &z) { setCoordinates(x, y, z); }
 
 void OKTGeXYZ::setCoordinates(double const &x, double const &y, double const &z)
 {
@@ -56,10 +41,7 @@ bool OKTGeXYZ::operator==(OKTGeXYZ const &other) const
     return isNear(m_dfX, other.m_dfX) && isNear(m_dfY, other.m_dfY) && isNear(m_dfZ, other.m_dfZ);
 }
 
-bool OKTGeXYZ::operator!=(OKTGeXYZ const &other) const
-{
-    return !(*this == other);
-}
+bool OKTGeXYZ::operator!=(OKTGeXYZ const &other) const { return !(*this == other); }
 
 bool OKTGeXYZ::operator>(OKTGeXYZ const &other) const
 {

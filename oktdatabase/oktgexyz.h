@@ -7,9 +7,9 @@ class OKTFiler;
 
 /// A point or vector of three doubles. No unit is attached.
 ///
-/// Equality is absolute and per axis: a difference whose square is at most 1e-20. The order operators are no ordering: each is true
-/// as soon as one axis differs by more than 1e-10 plus 1e-10 of the right operand, so that a > b and a < b can both hold, and two
-/// points can be unequal and yet neither greater nor smaller (quirk 68).
+/// Equality is absolute and per axis: a difference whose square is at most 1e-20. The order operators are no ordering: each is
+/// true as soon as one axis differs by more than 1e-10 plus 1e-10 of the right operand, so that a > b and a < b can both hold,
+/// and two points can be unequal and yet neither greater nor smaller (quirk 68).
 class OKT_API OKTGeXYZ
 {
 public:

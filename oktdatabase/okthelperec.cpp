@@ -4,10 +4,7 @@
 
 #include <algorithm>
 
-OKTHelperEC::OKTHelperEC(CString const &text)
-{
-    makeFromEC(text);
-}
+OKTHelperEC::OKTHelperEC(CString const &text) { makeFromEC(text); }
 
 OKTHelperEC::~OKTHelperEC() = default;
 
@@ -64,7 +61,4 @@ try
 }
 OKT_ANSWER_ZERO
 
-bool OKTHelperEC::operator>=(OKTHelperEC const &other) const
-{
-    return other <= *this;
-}
+bool OKTHelperEC::operator>=(OKTHelperEC const &other) const { return other <= *this; }

@@ -3,8 +3,8 @@
 #include <oktdatabase/oktcontainers.h>
 #include <oktplatform/oktstring.h>
 
-/// A multiset of characters. A key stays in the map when its count falls to 0, and the comparisons, which are of the maps, see it
-/// (quirk 67). Case counts.
+/// A multiset of characters. A key stays in the map when its count falls to 0, and the comparisons, which are of the maps, see
+/// it (quirk 67). Case counts.
 class OKT_API OKTHelperEC
 {
 public:

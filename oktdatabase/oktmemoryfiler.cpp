@@ -19,10 +19,7 @@ bool fitsSigned(long value)
     return value >= std::numeric_limits<std::int32_t>::min() && value <= std::numeric_limits<std::int32_t>::max();
 }
 
-bool fitsUnsigned(unsigned long value)
-{
-    return value <= std::numeric_limits<std::uint32_t>::max();
-}
+bool fitsUnsigned(unsigned long value) { return value <= std::numeric_limits<std::uint32_t>::max(); }
 } // namespace
 
 OKTMemoryFiler::OKTMemoryFiler(OKTDbPool *pool) : OKTFiler(pool), m_bytes(kGrowBy)
@@ -39,8 +36,8 @@ OKTMemoryFiler::OKTMemoryFiler(OKTDbPool *pool) : OKTFiler(pool), m_bytes(kGrowB
 
 OKTMemoryFiler::~OKTMemoryFiler() = default;
 
-// True where nobody can tell the frame of an id from the calls that make it: a derived filer may override these calls, and a code
-// page may write letters in another way.
+// True where nobody can tell the frame of an id from the calls that make it: a derived filer may override these calls, and a
+// code page may write letters in another way.
 bool OKTMemoryFiler::writesFramesWhole() const
 {
     return typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
@@ -379,20 +376,11 @@ try
 }
 OKT_ANSWER_ZERO
 
-bool OKTMemoryFiler::skipToNextObject()
-{
-    return false;
-}
+bool OKTMemoryFiler::skipToNextObject() { return false; }
 
-long OKTMemoryFiler::GetFilerLength() const
-{
-    return m_bytes.getLength();
-}
+long OKTMemoryFiler::GetFilerLength() const { return m_bytes.getLength(); }
 
-long OKTMemoryFiler::GetFilerPosition() const
-{
-    return m_bytes.getPosition();
-}
+long OKTMemoryFiler::GetFilerPosition() const { return m_bytes.getPosition(); }
 
 bool OKTMemoryFiler::saveFiler(CString const &path, CByteArray const &bytes)
 try
@@ -447,12 +435,6 @@ bool OKTMemoryFiler::setInternalIsWriteEnabled(bool on)
     return true;
 }
 
-void OKTMemoryFiler::readInPlace(CByteArray const &bytes)
-{
-    m_bytes.readInPlace(bytes);
-}
+void OKTMemoryFiler::readInPlace(CByteArray const &bytes) { m_bytes.readInPlace(bytes); }
 
-CByteArray OKTMemoryFiler::takeBytes()
-{
-    return m_bytes.takeBytes();
-}
+CByteArray OKTMemoryFiler::takeBytes() { return m_bytes.takeBytes(); }

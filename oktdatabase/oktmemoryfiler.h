@@ -35,8 +35,8 @@ public:
     bool writeVariant(CString const &name, tagVARIANT const &value) override;
     bool writeByteArray(CString const &name, CByteArray const &value) override;
 
-    /// Case of the class name does not count, the version is not looked at. A frame of another class is entered all the same: the
-    /// position then stands behind its version.
+    /// Case of the class name does not count, the version is not looked at. A frame of another class is entered all the same:
+    /// the position then stands behind its version.
     bool beginReadClass(CString name, CString className) override;
     bool endReadClass() override;
     bool beginReadMembers(int section) override;
@@ -62,7 +62,8 @@ public:
     virtual bool loadFiler(CByteArray const &bytes);
     /// A copy of the buffer; false, and `bytes` emptied, while reading.
     virtual bool saveFiler(CByteArray &bytes);
-    /// The class name of the next object frame at or behind the position, which comes to stand on it. False: none, position unmoved.
+    /// The class name of the next object frame at or behind the position, which comes to stand on it. False: none, position
+    /// unmoved.
     virtual bool readNextObjectClass(CString &className);
     /// Always false.
     virtual bool skipToNextObject();
@@ -73,8 +74,9 @@ public:
 
     /// Makes or cuts the file and writes all bytes. False on any failure; a partly written file stays.
     static bool saveFiler(CString const &path, CByteArray const &bytes);
-    /// `size` bytes from byte `position` of the file. A negative position counts as 0, a negative size means up to the end. False,
-    /// and `bytes` empty: the file cannot be opened or read, the position is not below its length, or the stretch runs past its end.
+    /// `size` bytes from byte `position` of the file. A negative position counts as 0, a negative size means up to the end.
+    /// False, and `bytes` empty: the file cannot be opened or read, the position is not below its length, or the stretch runs
+    /// past its end.
     static bool loadFiler(CString const &path, CByteArray &bytes, long const &position, long const &size);
 
     /// Turns to writing or reading without touching buffer or position. Always true.

@@ -1,6 +1,3 @@
 #include <oktdatabase/oktmodule.h>
 
-wchar_t const *getModulePromptsProjectName()
-{
-    return L"OKTDATABASE";
-}
+wchar_t const *getModulePromptsProjectName() { return L"OKTDATABASE"; }

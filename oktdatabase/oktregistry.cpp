@@ -1,5 +1,6 @@
-// The static objects of the object kernel. One source holds them, because their order counts: the registry, then the descriptors
-// in the order of their class numbers, with the null id among them. A further stored class adds its header and its line.
+// The static objects of the object kernel. One source holds them, because their order counts: the registry, then the
+// descriptors in the order of their class numbers, with the null id among them. A further stored class adds its header and its
+// line.
 
 #include <oktdatabase/oktdbcategory.h>
 #include <oktdatabase/oktdbgroupcategory.h>

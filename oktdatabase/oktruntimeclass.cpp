@@ -9,7 +9,8 @@ namespace
 int s_nextClassCounter = 0;
 }
 
-OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDbObject *prototype, OKTRuntimeClass *baseClassDesc)
+OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDbObject *prototype,
+                                 OKTRuntimeClass *baseClassDesc)
 {
     try
     {

@@ -11,7 +11,8 @@ class OKTDbObject;
 class OKT_API OKTRuntimeClass
 {
 public:
-    /// Refused, silently, when the name is empty or taken or the prototype is null: the descriptor then stays empty with the number
+    /// Refused, silently, when the name is empty or taken or the prototype is null: the descriptor then stays empty with the
+    /// number
     /// -1. A descriptor that was not refused owns its prototype. The base descriptor need not be made yet.
     OKTRuntimeClass(CString className, CString baseClassName, OKTDbObject *prototype, OKTRuntimeClass *baseClassDesc);
     OKTRuntimeClass(OKTRuntimeClass const &) = default;

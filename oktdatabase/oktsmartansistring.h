@@ -4,8 +4,8 @@
 
 class OKTFiler;
 
-/// Sets a filer's 8-bit string mode for a scope and puts the earlier mode back at its end. The filer may be null. A copy puts it
-/// back too, so two guards restore twice.
+/// Sets a filer's 8-bit string mode for a scope and puts the earlier mode back at its end. The filer may be null. A copy puts
+/// it back too, so two guards restore twice.
 class OKT_API OKTSmartAnsiString
 {
 public:

@@ -134,8 +134,7 @@ int base64EncodedLength(int size, unsigned int flagWord)
 
 int base64Encode(unsigned char const *bytes, int size, char *out, int *outSize, unsigned int flagWord)
 {
-    if (bytes == nullptr || out == nullptr || outSize == nullptr || size < 0 ||
-        *outSize < base64EncodedLength(size, flagWord))
+    if (bytes == nullptr || out == nullptr || outSize == nullptr || size < 0 || *outSize < base64EncodedLength(size, flagWord))
         return 0;
     bool const withBreaks = (flagWord & kBase64NoLineBreaks) == 0;
     char *const begin = out;
@@ -147,7 +146,8 @@ int base64Encode(unsigned char const *bytes, int size, char *out, int *outSize, 
             *out++ = '\r';
             *out++ = '\n';
         }
-        std::uint32_t const group = static_cast<std::uint32_t>(bytes[0]) << 16 | static_cast<std::uint32_t>(bytes[1]) << 8 | bytes[2];
+        std::uint32_t const group =
+            static_cast<std::uint32_t>(bytes[0]) << 16 | static_cast<std::uint32_t>(bytes[1]) << 8 | bytes[2];
         out = encodeGroup(group, 4, out);
     }
     if (int const rest = size % 3; rest != 0)

@@ -75,8 +75,7 @@ public:
 
 private:
     alignas(OktTextBuffer) std::byte m_storage[sizeof(OktTextBuffer) + (N + 1) * sizeof(WCHAR)];
-    OktTextBuffer *m_buffer =
-        ::new (static_cast<void *>(m_storage)) OktTextBuffer{1, 0, static_cast<int>(N)};
+    OktTextBuffer *m_buffer = ::new (static_cast<void *>(m_storage)) OktTextBuffer{1, 0, static_cast<int>(N)};
 };
 
 /// Text under construction: on the stack while it is short.

@@ -19,5 +19,6 @@ static_assert(sizeof(_GUID) == 16);
 OKT_API HRESULT CoCreateGuid(GUID *guid);
 /// The registry form with braces, in either case. Anything else, null included: the null id and CO_E_CLASSSTRING.
 OKT_API HRESULT CLSIDFromString(OLECHAR const *text, CLSID *guid);
-/// The registry form with braces, upper case: 38 units and a zero. The units written, zero included, or 0 if `size` is below 39.
+/// The registry form with braces, upper case: 38 units and a zero. The units written, zero included, or 0 if `size` is below
+/// 39.
 OKT_API int StringFromGUID2(GUID const &guid, OLECHAR *text, int size);

@@ -2,6 +2,7 @@
 
 /// Everything that the library asks of the platform, under the platform's own names.
 #include <oktplatform/oktarrays.h>
+#include <oktplatform/oktclientmodule.h>
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktexport.h>
 #include <oktplatform/oktfile.h>
@@ -11,3 +12,4 @@
 #include <oktplatform/okttypes.h>
 #include <oktplatform/oktvariant.h>
 #include <oktplatform/oktwarning.h>
+#include <oktplatform/oktxmldom.h>

@@ -109,10 +109,7 @@ CString::CString(wchar_t const *text, int length)
 }
 #endif
 
-CString CString::of(wchar_t character)
-{
-    return CString(bufferOfWide(&character, 1));
-}
+CString CString::of(wchar_t character) { return CString(bufferOfWide(&character, 1)); }
 
 CString CString::of(char character)
 {

@@ -23,7 +23,7 @@ class CString;
 
 /// A character type that is not the unit of texts.
 template <typename C>
-concept OktOtherCharacter = (std::same_as<C, char> || std::same_as<C, wchar_t>) && !std::same_as<C, WCHAR>;
+concept OktOtherCharacter = (std::same_as<C, char> || std::same_as<C, wchar_t>)&&!std::same_as<C, WCHAR>;
 
 /// A run of UTF-16 code units that somebody else owns.
 using OktTextView = std::basic_string_view<WCHAR>;
@@ -47,27 +47,36 @@ public:
     {
     }
     template <typename T>
-        requires std::is_enum_v<T>
-    OktFormatArgument(T value) : OktFormatArgument(static_cast<std::underlying_type_t<T>>(value)) // NOLINT
-    {
-    }
-    OktFormatArgument(void const *pointer) : OktFormatArgument(reinterpret_cast<std::uintptr_t>(pointer)) {} // NOLINT
-    OktFormatArgument(double value) : m_kind(Kind::Real), m_real(value) {}                       // NOLINT
-    OktFormatArgument(char const *text) : m_kind(Kind::Narrow), m_pointer(text) {}               // NOLINT
-    OktFormatArgument(wchar_t const *text) : m_kind(Kind::Wide), m_pointer(text) {}              // NOLINT
-    OktFormatArgument(char16_t const *text) : m_kind(Kind::Units), m_pointer(text) {}            // NOLINT
-    OktFormatArgument(CString const &text) : m_kind(Kind::Text), m_pointer(&text) {}             // NOLINT
+        requires std::is_enum_v<T> OktFormatArgument(T value)
+            : OktFormatArgument(static_cast<std::underlying_type_t<T>>(value)) // NOLINT
+        {
+        }
+        OktFormatArgument(void const *pointer) : OktFormatArgument(reinterpret_cast<std::uintptr_t>(pointer)) {} // NOLINT
+        OktFormatArgument(double value) : m_kind(Kind::Real), m_real(value) {}                                   // NOLINT
+        OktFormatArgument(char const *text) : m_kind(Kind::Narrow), m_pointer(text) {}                           // NOLINT
+        OktFormatArgument(wchar_t const *text) : m_kind(Kind::Wide), m_pointer(text) {}                          // NOLINT
+        OktFormatArgument(char16_t const *text) : m_kind(Kind::Units), m_pointer(text) {}                        // NOLINT
+        OktFormatArgument(CString const &text) : m_kind(Kind::Text), m_pointer(&text) {}                         // NOLINT
 
-private:
-    friend class CString;
-    enum class Kind { Signed, Unsigned, Real, Narrow, Wide, Units, Text };
-    Kind m_kind;
-    union
-    {
-        std::int64_t m_integer;
-        double m_real;
-        void const *m_pointer;
-    };
+    private:
+        friend class CString;
+        enum class Kind
+        {
+            Signed,
+            Unsigned,
+            Real,
+            Narrow,
+            Wide,
+            Units,
+            Text
+        };
+        Kind m_kind;
+        union
+        {
+            std::int64_t m_integer;
+            double m_real;
+            void const *m_pointer;
+        };
 };
 
 /// A text of UTF-16 code units, lone surrogates and zero units included. Lengths, indexes, comparisons and order count units.
@@ -160,7 +169,8 @@ public:
         return wrappedView();
     }
 
-    /// Makes the text `length` units long and lets `fill(units, length)` set all of them. A length below 1 gives the empty text.
+    /// Makes the text `length` units long and lets `fill(units, length)` set all of them. A length below 1 gives the empty
+    /// text.
     template <typename F> void SetUnits(int length, F fill)
     {
         if (length > 0)
@@ -197,15 +207,15 @@ public:
     int Compare(CString const &other) const;
     int CompareNoCase(CString const &other) const;
 
-    /// printf's conversions d i u x X o c s S p e E f F g G a A and %, flags, width, precision and '*'. Texts of every kind fit both
-    /// s and S; numbers follow the numeric locale, decimals are rounded exactly, half to even.
+    /// printf's conversions d i u x X o c s S p e E f F g G a A and %, flags, width, precision and '*'. Texts of every kind fit
+    /// both s and S; numbers follow the numeric locale, decimals are rounded exactly, half to even.
     template <typename... A> void Format(CString const &format, A const &...arguments)
     {
         formatList(format, {OktFormatArgument(arguments)...});
     }
 
-    /// The same text in a buffer: what a literal wraps is copied, a buffer is shared. For a text that is to outlive the module in
-    /// which its literal stands.
+    /// The same text in a buffer: what a literal wraps is copied, a buffer is shared. For a text that is to outlive the module
+    /// in which its literal stands.
     CString Owned() const { return isBuffer() ? *this : CString(View()); }
 
     /// A new system string with this text, owned by the caller (SysFreeString). Zero units are kept.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 /// What the common code of this layer asks of the system's back end, posix/ or win32/. Plain functions over plain types, so
 /// that a back end can include the system's own headers next to it: no name here is one of theirs. Not installed.
@@ -40,6 +41,10 @@ bool fromCodePage(unsigned int page, char const *text, std::size_t length, Unit 
 
 /// Shows a warning to a user, if the process has one. Never blocks a process that has none, never fails.
 void showWarning(Unit const *text, std::size_t length);
+
+/// Loads a shared library for good. `wasThere`: it was part of the process before. False: `reason` is what the system tells, in
+/// UTF-8.
+bool loadModule(Unit const *path, std::size_t length, bool &wasThere, std::string &reason);
 
 // Files. Each gives the system's error number, 0 for success.
 

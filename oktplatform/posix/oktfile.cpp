@@ -1,5 +1,5 @@
 #include <oktplatform/oktsystem.h>
-#include <oktplatform/okttext_internal.h>
+#include <oktplatform/posix/oktpath.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -23,21 +23,6 @@ template <typename Call> auto untilDone(Call call)
 }
 
 int descriptor(std::intptr_t handle) { return static_cast<int>(handle); }
-
-/// Neither a zero unit nor a lone surrogate can stand in a path: the file opened would be another one.
-bool pathOf(OktSystem::Unit const *text, std::size_t length, std::string &path)
-{
-    OktSystem::Unit const *const end = text + length;
-    while (text != end)
-    {
-        char32_t const character = OktText::nextCharacter(text, end);
-        if (character == 0 || OktText::isSurrogate(character))
-            return false;
-        char bytes[4];
-        path.append(bytes, static_cast<std::size_t>(OktText::putUtf8(character, bytes)));
-    }
-    return true;
-}
 
 /// Opens without waiting for anybody and without cutting. `created` tells whether the file is new.
 int openPath(char const *path, OktSystem::FileRequest request, bool &created)
@@ -92,7 +77,7 @@ int prepare(int file, OktSystem::FileRequest request)
 int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest request, std::intptr_t &handle)
 {
     std::string name;
-    if (!pathOf(path, length, name))
+    if (!OktPosix::pathOf(path, length, name))
         return EINVAL;
     bool created = false;
     int const file = openPath(name.c_str(), request, created);

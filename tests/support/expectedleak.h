@@ -12,8 +12,8 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-/// Tells the leak checker not to count what is allocated in a scope. For the operations that lose an object by rule (quirks 18
-/// and 22), and for nothing else.
+/// Tells the leak checker not to count what is allocated in a scope. For operations that lose something by rule (quirks 18 and 22, the
+/// copy of a descriptor), and for nothing else.
 class ExpectedLeak
 {
 public:

@@ -1,0 +1,363 @@
+#include <oktplatform/oktxmldom.h>
+
+#include <oktplatform/oktfile.h>
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlsave.h>
+
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string>
+#include <unordered_set>
+
+// libxml2 behind the names of the platform's parser. Its texts are UTF-8.
+
+struct OktXmlTree
+{
+    xmlDocPtr document = nullptr;
+    std::unordered_set<xmlNodePtr> detached; // made and not attached yet
+
+    OktXmlTree() = default;
+    OktXmlTree(OktXmlTree const &) = delete;
+    OktXmlTree &operator=(OktXmlTree const &) = delete;
+    ~OktXmlTree()
+    {
+        for (xmlNodePtr const node : detached)
+            node->type == XML_ATTRIBUTE_NODE ? xmlFreeProp(reinterpret_cast<xmlAttrPtr>(node)) : xmlFreeNode(node);
+        xmlFreeDoc(document);
+    }
+};
+
+namespace
+{
+constexpr char kSavedEncoding[] = "ISO-8859-1";
+
+xmlNodePtr raw(OktXmlNode *node) { return reinterpret_cast<xmlNodePtr>(node); }
+
+OktXmlNode *wrapped(void *node) { return static_cast<OktXmlNode *>(node); }
+
+xmlChar const *xmlText(std::string const &text) { return reinterpret_cast<xmlChar const *>(text.c_str()); }
+
+std::string_view viewOf(xmlChar const *text)
+{
+    return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<char const *>(text));
+}
+
+template <typename T> T *needed(T *made)
+{
+    if (made == nullptr)
+        throw std::bad_alloc();
+    return made;
+}
+
+bool isXmlName(std::string const &name)
+{
+    return name.find('\0') == std::string::npos && xmlValidateName(xmlText(name), 0) == 0;
+}
+
+// UTF-8 with U+FFFD in place of every character that XML 1.0 cannot hold. A lone surrogate is U+FFFD in UTF-8 already.
+std::string valueText(CString const &text)
+{
+    bool clean = true;
+    for (WCHAR const unit : text.View())
+        clean = clean && (unit >= 0x20 || unit == 0x09 || unit == 0x0A || unit == 0x0D) && unit < 0xFFFE;
+    if (clean)
+        return text.ToUtf8();
+    CString copy = text.Owned();
+    for (int i = 0; i < copy.GetLength(); ++i)
+    {
+        WCHAR const unit = copy.GetAt(i);
+        if ((unit < 0x20 && unit != 0x09 && unit != 0x0A && unit != 0x0D) || unit >= 0xFFFE)
+            copy.SetAt(i, 0xFFFD);
+    }
+    return copy.ToUtf8();
+}
+
+CString decimalText(VARIANT const &value)
+{
+    CString text;
+    switch (value.vt)
+    {
+    case VT_BSTR: return CString(value.bstrVal);
+    case VT_I2: text.Format(u"%d", value.iVal); break;
+    case VT_I4: text.Format(u"%d", value.lVal); break;
+    case VT_UI4: text.Format(u"%u", value.ulVal); break;
+    default: break;
+    }
+    return text;
+}
+
+// The prefix and the local name of a node, as they stand in its tag.
+bool hasName(xmlNodePtr node, std::string_view name)
+{
+    xmlNsPtr const space = node->type == XML_ELEMENT_NODE || node->type == XML_ATTRIBUTE_NODE ? node->ns : nullptr;
+    if (space == nullptr || space->prefix == nullptr)
+        return viewOf(node->name) == name;
+    std::string_view const prefix = viewOf(space->prefix);
+    std::string_view const local = viewOf(node->name);
+    return name.size() == prefix.size() + 1 + local.size() && name.starts_with(prefix) && name[prefix.size()] == ':' &&
+           name.ends_with(local);
+}
+
+std::string contentOf(xmlNodePtr attribute)
+{
+    xmlNodePtr const only = attribute->children;
+    if (only == nullptr)
+        return {};
+    if (only->next == nullptr && only->type == XML_TEXT_NODE)
+        return std::string(viewOf(only->content));
+    xmlChar *const text = xmlNodeListGetString(attribute->doc, only, 1);
+    std::string const copy(viewOf(text));
+    xmlFree(text);
+    return copy;
+}
+
+bool isBlankText(xmlNodePtr node) { return node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1; }
+
+// White space between elements is no part of a document here, whatever surrounds it.
+void dropBlankTexts(xmlDocPtr document)
+{
+    auto *const root = reinterpret_cast<xmlNodePtr>(document);
+    for (xmlNodePtr node = root->children; node != nullptr;)
+    {
+        xmlNodePtr next = node->type == XML_ELEMENT_NODE ? node->children : nullptr;
+        for (xmlNodePtr up = node; next == nullptr && up != nullptr && up != root; up = up->parent)
+            next = up->next;
+        if (isBlankText(node))
+        {
+            xmlUnlinkNode(node);
+            xmlFreeNode(node);
+        }
+        node = next;
+    }
+}
+
+// An external entity is declared as an empty one of our own: a reference to it gives nothing, and nothing is opened.
+void declareEntity(void *context, xmlChar const *name, int type, xmlChar const *publicId, xmlChar const *systemId,
+                   xmlChar *content)
+{
+    xmlChar nothing[] = {0};
+    switch (type)
+    {
+    case XML_EXTERNAL_GENERAL_PARSED_ENTITY:
+    case XML_EXTERNAL_GENERAL_UNPARSED_ENTITY:
+        xmlSAX2EntityDecl(context, name, XML_INTERNAL_GENERAL_ENTITY, nullptr, nullptr, nothing);
+        break;
+    case XML_EXTERNAL_PARAMETER_ENTITY:
+        xmlSAX2EntityDecl(context, name, XML_INTERNAL_PARAMETER_ENTITY, nullptr, nullptr, nothing);
+        break;
+    default: xmlSAX2EntityDecl(context, name, type, publicId, systemId, content); break;
+    }
+}
+
+int readFile(void *file, char *target, int size)
+{
+    try
+    {
+        return static_cast<int>(static_cast<CFile *>(file)->Read(target, static_cast<UINT>(size)));
+    }
+    catch (CFileException const &)
+    {
+        return -1;
+    }
+}
+
+int writeFile(void *file, char const *source, int size)
+{
+    try
+    {
+        static_cast<CFile *>(file)->Write(source, static_cast<UINT>(size));
+        return size;
+    }
+    catch (CFileException const &)
+    {
+        return -1;
+    }
+}
+
+int closeNothing(void *) { return 0; }
+
+IXMLDOMNodePtr nodePtr(std::shared_ptr<OktXmlTree> const &tree, xmlNodePtr node)
+{
+    return node == nullptr ? IXMLDOMNodePtr() : IXMLDOMNodePtr(tree, wrapped(node));
+}
+
+// A document type is part of the prolog and no node of the model.
+xmlNodePtr passDeclarations(xmlNodePtr node)
+{
+    while (node != nullptr && node->type == XML_DTD_NODE)
+        node = node->next;
+    return node;
+}
+} // namespace
+
+// --- Nodes ---
+
+void IXMLDOMNode::appendChild(IXMLDOMNodePtr const &child) const
+{
+    xmlNodePtr const node = raw(child->m_node);
+    m_tree->detached.erase(node);
+    if (m_node == wrapped(m_tree->document))
+        xmlAddChild(reinterpret_cast<xmlNodePtr>(m_tree->document), node);
+    else
+        xmlAddChild(raw(m_node), node);
+}
+
+IXMLDOMNodePtr IXMLDOMNode::firstChild() const
+{
+    return nodePtr(m_tree, raw(m_node)->type == XML_ENTITY_REF_NODE ? nullptr : passDeclarations(raw(m_node)->children));
+}
+
+IXMLDOMNodePtr IXMLDOMNode::nextSibling() const { return nodePtr(m_tree, passDeclarations(raw(m_node)->next)); }
+
+CString IXMLDOMNode::nodeName() const
+{
+    xmlNodePtr const node = raw(m_node);
+    std::string name;
+    if ((node->type == XML_ELEMENT_NODE || node->type == XML_ATTRIBUTE_NODE) && node->ns != nullptr &&
+        node->ns->prefix != nullptr)
+        name = std::string(viewOf(node->ns->prefix)) + ":";
+    return CString::FromUtf8(name.append(viewOf(node->name)));
+}
+
+bool IXMLDOMNode::isNamed(OktXmlName const &name) const { return hasName(raw(m_node), name.text()); }
+
+CString IXMLDOMNode::text() const
+{
+    xmlNodePtr const node = raw(m_node);
+    return node->type == XML_ATTRIBUTE_NODE ? CString::FromUtf8(contentOf(node)) : CString();
+}
+
+VARIANT IXMLDOMNode::nodeValue() const
+{
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_NULL;
+    if (raw(m_node)->type == XML_ATTRIBUTE_NODE)
+    {
+        value.bstrVal = text().AllocSysString();
+        value.vt = VT_BSTR;
+    }
+    return value;
+}
+
+IXMLDOMNamedNodeMapPtr IXMLDOMNode::attributes() const
+{
+    return raw(m_node)->type == XML_ELEMENT_NODE ? IXMLDOMNamedNodeMapPtr(m_tree, m_node) : IXMLDOMNamedNodeMapPtr();
+}
+
+IXMLDOMElementPtr IXMLDOMNode::element() const
+{
+    return raw(m_node)->type == XML_ELEMENT_NODE ? IXMLDOMElementPtr(m_tree, m_node) : IXMLDOMElementPtr();
+}
+
+IXMLDOMNodePtr IXMLDOMElement::node() const { return IXMLDOMNodePtr(m_tree, m_node); }
+
+void IXMLDOMAttribute::setValue(VARIANT const &value) const { setText(decimalText(value)); }
+
+void IXMLDOMAttribute::setText(CString const &text) const
+{
+    xmlNodePtr const attribute = raw(m_node);
+    std::string const value = valueText(text);
+    xmlFreeNodeList(attribute->children);
+    attribute->children = nullptr;
+    attribute->last = nullptr;
+    if (value.empty())
+        return;
+    if (value.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        throw std::bad_alloc();
+    xmlNodePtr const content = needed(xmlNewDocTextLen(attribute->doc, xmlText(value), static_cast<int>(value.size())));
+    content->parent = attribute;
+    attribute->children = content;
+    attribute->last = content;
+}
+
+IXMLDOMAttributePtr IXMLDOMNamedNodeMap::getNamedItem(OktXmlName const &name) const
+{
+    for (xmlAttrPtr attribute = raw(m_node)->properties; attribute != nullptr; attribute = attribute->next)
+        if (hasName(reinterpret_cast<xmlNodePtr>(attribute), name.text()))
+            return IXMLDOMAttributePtr(m_tree, wrapped(attribute));
+    return nullptr;
+}
+
+void IXMLDOMNamedNodeMap::setNamedItem(IXMLDOMAttributePtr const &attribute) const
+{
+    xmlNodePtr const node = raw(attribute->m_node);
+    m_tree->detached.erase(node);
+    xmlAddChild(raw(m_node), node);
+}
+
+// --- Documents ---
+
+std::shared_ptr<IXMLDOMDocument> IXMLDOMDocument::create()
+{
+    [[maybe_unused]] static bool const ready = (xmlInitParser(), true);
+    auto tree = std::make_shared<OktXmlTree>();
+    tree->document = xmlNewDoc(reinterpret_cast<xmlChar const *>("1.0"));
+    return tree->document == nullptr ? nullptr : std::make_shared<IXMLDOMDocument>(tree);
+}
+
+IXMLDOMNodePtr IXMLDOMDocument::node() const { return IXMLDOMNodePtr(m_tree, wrapped(m_tree->document)); }
+
+IXMLDOMNodePtr IXMLDOMDocument::createProcessingInstruction(CString const &target, CString const &data) const
+{
+    std::string const name = target.ToUtf8();
+    if (!isXmlName(name))
+        return nullptr;
+    xmlNodePtr const node = needed(xmlNewDocPI(m_tree->document, xmlText(name), xmlText(valueText(data))));
+    m_tree->detached.insert(node);
+    return nodePtr(m_tree, node);
+}
+
+IXMLDOMElementPtr IXMLDOMDocument::createElement(CString const &name) const
+{
+    std::string const tag = name.ToUtf8();
+    if (!isXmlName(tag))
+        return nullptr;
+    xmlNodePtr const node = needed(xmlNewDocNode(m_tree->document, nullptr, xmlText(tag), nullptr));
+    m_tree->detached.insert(node);
+    return IXMLDOMElementPtr(m_tree, wrapped(node));
+}
+
+IXMLDOMAttributePtr IXMLDOMDocument::createAttribute(CString const &name) const
+{
+    std::string const tag = name.ToUtf8();
+    if (!isXmlName(tag))
+        return nullptr;
+    xmlAttrPtr const attribute = needed(xmlNewDocProp(m_tree->document, xmlText(tag), nullptr));
+    m_tree->detached.insert(reinterpret_cast<xmlNodePtr>(attribute));
+    return IXMLDOMAttributePtr(m_tree, wrapped(attribute));
+}
+
+HRESULT IXMLDOMDocument::load(CString const &path) const
+{
+    CFile file;
+    if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
+        return S_FALSE;
+    xmlParserCtxtPtr const parser = needed(xmlNewParserCtxt());
+    parser->sax->entityDecl = &declareEntity;
+    constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
+    xmlDocPtr const parsed = xmlCtxtReadIO(parser, &readFile, &closeNothing, &file, nullptr, nullptr, kOptions);
+    xmlFreeParserCtxt(parser);
+    if (parsed == nullptr)
+        return S_FALSE;
+    dropBlankTexts(parsed);
+    xmlFreeDoc(m_tree->document);
+    m_tree->document = parsed;
+    return S_OK;
+}
+
+HRESULT IXMLDOMDocument::save(CString const &path) const
+{
+    CFile file;
+    if (!file.Open(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite))
+        return E_FAIL;
+    xmlSaveCtxtPtr const saver =
+        needed(xmlSaveToIO(&writeFile, &closeNothing, &file, kSavedEncoding, XML_SAVE_NO_DECL | XML_SAVE_AS_XML));
+    long const written = xmlSaveDoc(saver, m_tree->document);
+    int const closed = xmlSaveClose(saver);
+    return written < 0 || closed < 0 ? E_FAIL : S_OK;
+}
