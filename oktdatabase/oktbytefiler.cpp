@@ -282,6 +282,43 @@ try
 }
 OKT_ANSWER_ZERO
 
+// The head of frames of a class whose name is a short literal of ASCII letters, or null. It is made once for each literal.
+OKTByteFiler::ClassHead const *OKTByteFiler::classHead(CString const &className)
+{
+    WCHAR const *const literal = className.Literal();
+    if (literal == nullptr || !OktThreadCodePageKeepsAscii())
+        return nullptr;
+    ClassHead &head = m_classHeads[(reinterpret_cast<std::uintptr_t>(literal) >> 3) % kClassHeads];
+    if (head.literal == literal)
+        return &head;
+    OktTextView const name = className.View();
+    if (name.size() > ClassHead::kRoom - 4 || !isAscii(name))
+        return nullptr;
+    head.literal = literal;
+    head.size = static_cast<std::uint16_t>(4 + name.size());
+    head.bytes[0] = VarClassBegin;
+    head.bytes[1] = VarAnsiString;
+    store<2>(head.bytes + 2, static_cast<std::uint16_t>(name.size()));
+    std::transform(name.begin(), name.end(), head.bytes + 4, [](WCHAR unit) { return static_cast<BYTE>(unit); });
+    return &head;
+}
+
+bool OKTByteFiler::writeClassBegin(CString const &className, int const &version)
+try
+{
+    ClassHead const *const head = classHead(className);
+    if (head == nullptr)
+        return writeType(VarClassBegin) && writeAnsiString(className) && writeLong(static_cast<std::uint32_t>(version));
+    BYTE *const place = extend(head->size + 5);
+    if (place == nullptr)
+        return false;
+    std::memcpy(place, head->bytes, head->size);
+    place[head->size] = VarLong;
+    store<4>(place + head->size + 1, static_cast<std::uint32_t>(version));
+    return true;
+}
+OKT_ANSWER_ZERO
+
 bool OKTByteFiler::writeIdFrame(unsigned char const *guid)
 try
 {
@@ -449,6 +486,23 @@ try
     std::copy_n(payload(), count, value.GetData());
     m_position += count;
     return true;
+}
+OKT_ANSWER_ZERO
+
+bool OKTByteFiler::readClassBegin(CString const &className)
+try
+{
+    std::uint32_t version;
+    ClassHead const *const head = m_mode == 0 ? classHead(className) : nullptr;
+    if (head != nullptr && isBeforeEnd(head->size) && std::memcmp(payload(), head->bytes, head->size) == 0)
+    {
+        m_position += head->size;
+        return readLong(version);
+    }
+    bool const begun = checkType(VarClassBegin);
+    bool const named = checkAnsiString(className);
+    bool const versioned = readLong(version);
+    return begun && named && versioned;
 }
 OKT_ANSWER_ZERO
 

@@ -4,6 +4,9 @@
 #include <oktplatform/oktarrays.h>
 #include <oktplatform/oktstring.h>
 
+#include <array>
+#include <cstdint>
+
 /// The type byte of a record. These numbers stand in files and never change; 11 and above are no records.
 enum _VariableType : int
 {
@@ -63,6 +66,8 @@ public:
     /// The count is that of the UTF-16 units, also where the conversion is longer: the text then loses its tail (quirk 29).
     bool writeAnsiString(CString const &text);
     bool writeByteArray(CByteArray const &value);
+    /// The head of a class frame: its begin, the class name, the version.
+    bool writeClassBegin(CString const &className, int const &version);
     /// The frame of an id whose GUID is those 16 bytes: what beginWriteClass to endWriteClass of its stored form would append.
     bool writeIdFrame(unsigned char const *guid);
 
@@ -70,13 +75,16 @@ public:
     bool readType(int &type);
     /// Consumes the type byte when it is the expected one, else leaves the position.
     bool checkType(int const &expected);
-    bool readBool(unsigned char &value);           ///< failure value 255
-    bool readShort(unsigned short &value);         ///< failure value 65535
-    bool readLong(std::uint32_t &value);           ///< failure value 0x80000001
-    bool readDouble(double &value);                ///< failure value -1.7976931348623157e308
-    bool readWideString(CString &text);            ///< ends at the first zero unit, the rest is passed over
-    bool readAnsiString(CString &text);            ///< likewise at the first zero byte
-    bool readByteArray(CByteArray &value);         ///< a negative count is reported and false
+    bool readBool(unsigned char &value);   ///< failure value 255
+    bool readShort(unsigned short &value); ///< failure value 65535
+    bool readLong(std::uint32_t &value);   ///< failure value 0x80000001
+    bool readDouble(double &value);        ///< failure value -1.7976931348623157e308
+    bool readWideString(CString &text);    ///< ends at the first zero unit, the rest is passed over
+    bool readAnsiString(CString &text);    ///< likewise at the first zero byte
+    bool readByteArray(CByteArray &value); ///< a negative count is reported and false
+    /// Reads such a head and gives whether all of it is there under that name, case aside. The name and the version are tried even
+    /// where no frame begins (quirk 34).
+    bool readClassBegin(CString const &className);
     bool readIdFrame(unsigned char *guid);         ///< false, and nothing moved, unless exactly such a frame stands here
     bool checkLong(int const &expected);           ///< the position has moved in both cases
     bool checkAnsiString(CString const &expected); ///< ignores case; the position has moved in both cases
@@ -90,6 +98,19 @@ public:
     bool findNextObject(int &where);
 
 private:
+    /// What begins a frame, for a class name that is a literal: the same few names begin nearly all frames of a stream.
+    struct ClassHead
+    {
+        static constexpr int kRoom = 54;
+
+        WCHAR const *literal;
+        std::uint16_t size;
+        BYTE bytes[kRoom];
+    };
+    static constexpr std::size_t kClassHeads = 16; // a power of two
+
+    ClassHead const *classHead(CString const &className);
+
     using TypeStack = OKTArray<_VariableType, _VariableType const &>;
 
     CByteArray const &bytes() const { return m_borrowed != nullptr ? *m_borrowed : m_buffer; }
@@ -106,4 +127,5 @@ private:
     int m_mode = 1;
     int m_position = 0;
     CByteArray const *m_borrowed = nullptr;
+    std::array<ClassHead, kClassHeads> m_classHeads = {};
 };

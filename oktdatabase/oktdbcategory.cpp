@@ -62,7 +62,7 @@ try
     {
         frame.enterSection();
         frame.fold(filer->writeObjectId(u"m_idGroupCategory", m_idGroupCategory));
-        writeIdList(*filer, u"m_tabParameters", m_tabParameters, frame);
+        writeIdList(*filer, u"m_tabParameters", u"m_tabParameters.Length", m_tabParameters, frame);
         frame.fold(filer->writeString(u"m_strCategoryName", m_strCategoryName));
         filer->endWriteMembers();
     }
@@ -85,7 +85,7 @@ try
     {
         frame.enterSection();
         frame.fold(filer->readObjectId(u"m_idGroupCategory", m_idGroupCategory));
-        readIdList(*filer, u"m_tabParameters", m_tabParameters, frame);
+        readIdList(*filer, u"m_tabParameters", u"m_tabParameters.Length", m_tabParameters, frame);
         frame.fold(filer->readString(u"m_strCategoryName", m_strCategoryName));
         filer->endReadMembers();
     }

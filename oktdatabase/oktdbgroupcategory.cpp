@@ -48,7 +48,7 @@ try
     if (filer->beginWriteMembers(1))
     {
         frame.enterSection();
-        writeIdList(*filer, u"m_tabCategory", m_tabCategory, frame);
+        writeIdList(*filer, u"m_tabCategory", u"m_tabCategory.Length", m_tabCategory, frame);
         filer->endWriteMembers();
     }
     filer->endWriteClass();
@@ -69,7 +69,7 @@ try
     if (filer->beginReadMembers(1))
     {
         frame.enterSection();
-        readIdList(*filer, u"m_tabCategory", m_tabCategory, frame);
+        readIdList(*filer, u"m_tabCategory", u"m_tabCategory.Length", m_tabCategory, frame);
         filer->endReadMembers();
     }
     filer->endReadClass();

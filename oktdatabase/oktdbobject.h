@@ -35,7 +35,7 @@ public:
     bool X::isA(CString const &className) const                                                                                \
     try                                                                                                                        \
     {                                                                                                                          \
-        return !className.IsEmpty() && class##X.ClassName() == className;                                                      \
+        return !className.IsEmpty() && class##X.isNamed(className);                                                      \
     }                                                                                                                          \
     OKT_ANSWER_ZERO                                                                                                            \
     bool X::isA(OKTRuntimeClass const *other) const { return class##X.isA(other); }                                            \

@@ -430,7 +430,7 @@ try
         frame.fold(filer->writeInt(u"m_nListIndex", m_nListIndex));
         frame.fold(filer->writeObjectId(u"m_idCategory", m_idCategory));
         frame.fold(filer->writeObjectId(u"m_idOwner", m_idOwner));
-        writeIdList(*filer, u"m_tabIdsParams", m_tabIdsParams, frame);
+        writeIdList(*filer, u"m_tabIdsParams", u"m_tabIdsParams.Length", m_tabIdsParams, frame);
         frame.fold(filer->writeString(u"m_strExpression", m_strExpression));
         filer->endWriteMembers();
     }
@@ -464,7 +464,7 @@ try
         frame.fold(filer->readInt(u"m_nListIndex", m_nListIndex));
         frame.fold(filer->readObjectId(u"m_idCategory", m_idCategory));
         frame.fold(filer->readObjectId(u"m_idOwner", m_idOwner));
-        readIdList(*filer, u"m_tabIdsParams", m_tabIdsParams, frame);
+        readIdList(*filer, u"m_tabIdsParams", u"m_tabIdsParams.Length", m_tabIdsParams, frame);
         frame.fold(filer->readString(u"m_strExpression", m_strExpression));
         convertAfterReading(); // here, because it needs type and owner
         filer->endReadMembers();

@@ -46,7 +46,7 @@ try
     if (filer->beginWriteMembers(1))
     {
         frame.enterSection();
-        writeIdList(*filer, u"m_tabParameters", m_tabParameters, frame);
+        writeIdList(*filer, u"m_tabParameters", u"m_tabParameters.Length", m_tabParameters, frame);
         filer->endWriteMembers();
     }
     filer->endWriteClass();
@@ -67,7 +67,7 @@ try
     if (filer->beginReadMembers(1))
     {
         frame.enterSection();
-        readIdList(*filer, u"m_tabParameters", m_tabParameters, frame);
+        readIdList(*filer, u"m_tabParameters", u"m_tabParameters.Length", m_tabParameters, frame);
         filer->endReadMembers();
     }
     filer->endReadClass();

@@ -7,7 +7,11 @@
 #include <oktplatform/oktcodepage.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 namespace
@@ -52,22 +56,77 @@ private:
     CString m_chunk;
 };
 
-// Appends the text in the thread's code page, from which the decoder takes what belongs to its alphabet.
-void appendNarrow(std::string &target, CString const &text)
+// Decodes the text of a picture while its chunks come in, so that the whole text never stands in memory.
+class PictureData
 {
-    OktTextView const units = text.View();
-    bool const isAscii = std::all_of(units.begin(), units.end(), [](WCHAR unit) { return unit < 0x80; });
-    if (isAscii && OktThreadCodePageKeepsAscii())
+public:
+    explicit PictureData(CByteArray &data) : m_data(data) { m_data.RemoveAll(); }
+
+    void add(CString const &chunk)
     {
-        target.append(units.begin(), units.end());
-        return;
+        appendNarrow(chunk);
+        if (m_isWhole)
+            decodeGroups();
     }
-    auto const length = static_cast<int>(units.size());
-    int const size = WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, nullptr, 0, nullptr, nullptr);
-    std::size_t const before = target.size();
-    target.resize(before + static_cast<std::size_t>(size));
-    WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, target.data() + before, size, nullptr, nullptr);
-}
+
+    void finish() { decode(m_text.size()); }
+
+private:
+    // In the thread's code page, from which the decoder takes what belongs to its alphabet.
+    void appendNarrow(CString const &chunk)
+    {
+        OktTextView const units = chunk.View();
+        std::size_t const before = m_text.size();
+        if (OktThreadCodePageKeepsAscii())
+        {
+            m_text.resize(before + units.size());
+            char *const target = m_text.data() + before;
+            unsigned int all = 0;
+            for (std::size_t i = 0; i < units.size(); ++i)
+            {
+                all |= units[i];
+                target[i] = static_cast<char>(units[i]);
+            }
+            if (all < 0x80)
+                return;
+        }
+        auto const length = static_cast<int>(units.size());
+        int const size = WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, nullptr, 0, nullptr, nullptr);
+        m_text.resize(before + static_cast<std::size_t>(size));
+        WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, m_text.data() + before, size, nullptr, nullptr);
+    }
+
+    // Groups without a foreign character begin and end where they would in the whole text. Where there is one, what is left of the
+    // text is kept together from there on.
+    void decodeGroups()
+    {
+        std::size_t const whole = m_text.size() / 4 * 4;
+        int const before = m_data.GetSize();
+        m_isWhole = decode(whole) == static_cast<int>(whole / 4 * 3);
+        if (m_isWhole)
+            m_text.erase(0, whole);
+        else
+            m_data.SetSize(before);
+    }
+
+    int decode(std::size_t length)
+    {
+        if (length > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+            throw std::length_error("OKTDbPicture");
+        int size = static_cast<int>(length / 4 * 3 + length % 4 * 3 / 4);
+        if (size == 0)
+            return 0;
+        int const before = m_data.GetSize();
+        BYTE *const place = m_data.Extend(size);
+        base64Decode(m_text.data(), static_cast<int>(length), place, &size);
+        m_data.SetSize(before + size);
+        return size;
+    }
+
+    CByteArray &m_data;
+    std::string m_text; // what is not decoded yet
+    bool m_isWhole = true;
+};
 } // namespace
 
 OKTDbPicture::OKTDbPicture() = default;
@@ -101,16 +160,6 @@ try
     m_pictureData.Copy(data);
 }
 OKT_ANSWER_NOTHING
-
-void OKTDbPicture::decodeData(std::string const &text)
-{
-    auto const length = static_cast<int>(text.size());
-    int size = 0;
-    base64Decode(text.data(), length, nullptr, &size);
-    m_pictureData.RemoveAll();
-    m_pictureData.SetSize(size);
-    base64Decode(text.data(), length, m_pictureData.GetData(), &size);
-}
 
 // The names of reading differ from those of writing (quirk 62).
 
@@ -174,7 +223,7 @@ try
     if (FilerStatusDb const status = OKTDbObject::xmlIn(filer); status != eFilerOk)
         return status;
     OKTFrame frame;
-    std::string text;
+    PictureData data(m_pictureData); // emptied also without the sections of the data (quirk 64)
     if (filer->beginReadMembers(1))
     {
         frame.enterSection();
@@ -182,7 +231,7 @@ try
             OKTSmartAnsiString const ansi(filer, true);
             CString chunk;
             frame.fold(filer->readString(u"strBase64", chunk));
-            appendNarrow(text, chunk);
+            data.add(chunk);
         }
         filer->endReadMembers();
     }
@@ -198,14 +247,14 @@ try
                 CString chunk;
                 bool const done = filer->readString(u"strChunk", chunk);
                 frame.fold(done);
-                appendNarrow(text, chunk);
+                data.add(chunk);
                 if (!done && filer->isReadingStalled())
                     break; // the count is believed only as far as the stream goes
             }
         }
         filer->endReadMembers();
     }
-    decodeData(text); // also without the sections of the data (quirk 64)
+    data.finish();
     if (filer->beginReadMembers(3))
     {
         frame.enterSection();

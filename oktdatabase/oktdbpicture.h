@@ -4,8 +4,6 @@
 #include <oktdatabase/oktgexyz.h>
 #include <oktplatform/oktarrays.h>
 
-#include <string>
-
 /// One picture of a template: the bytes of an image in whatever format the client uses, and the camera it was taken from.
 /// Stored as base64 text in chunks of 65535 characters.
 class OKT_API OKTDbPicture : public OKTDbObject
@@ -28,8 +26,6 @@ class OKT_API OKTDbPicture : public OKTDbObject
     void setPictureData(CByteArray const &data);
 
 private:
-    void decodeData(std::string const &text);
-
     CByteArray m_pictureData;
     OKTGeXYZ m_pntCamera;
     OKTGeXYZ m_pntTarget;

@@ -517,7 +517,7 @@ try
         OKTListNames names(u"m_tabPictures");
         IdArray const &pictures = m_tabPictures.ids();
         int const count = pictures.getSize();
-        frame.fold(filer->writeInt(names.length(), count));
+        frame.fold(filer->writeInt(u"m_tabPictures.Length", count));
         for (int i = 0; i < count && frame.isOk(); ++i)
         {
             frame.fold(filer->writeObjectId(names.at(i), pictures.at(i)));
@@ -594,7 +594,7 @@ try
         frame.enterSection();
         OKTListNames names(u"m_tabPictures");
         int count = 0;
-        frame.fold(filer->readInt(names.length(), count));
+        frame.fold(filer->readInt(u"m_tabPictures.Length", count));
         for (int i = 0; i < count && frame.isOk(); ++i)
         {
             OKTDbObjectId id;

@@ -47,13 +47,6 @@ OKTListNames::OKTListNames(CString const &list) : m_stemLength(list.GetLength() 
     m_name.text() += u'.';
 }
 
-CString const &OKTListNames::length()
-{
-    m_name.text().Truncate(m_stemLength);
-    m_name.text() += u"Length";
-    return m_name.text();
-}
-
 CString const &OKTListNames::at(int index)
 {
     char16_t digits[10];
@@ -73,21 +66,25 @@ OKTDbObjectId idForList(OKTDbObjectId id)
     return id;
 }
 
-void writeIdList(OKTFiler &filer, CString const &list, IdArray const &ids, OKTFrame &frame)
+void writeIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray const &ids, OKTFrame &frame)
 {
-    OKTListNames names(list);
     int const count = ids.getSize();
-    frame.fold(filer.writeInt(names.length(), count));
+    frame.fold(filer.writeInt(length, count));
+    if (count == 0)
+        return;
+    OKTListNames names(list);
     for (int i = 0; i < count && frame.isOk(); ++i)
         frame.fold(filer.writeObjectId(names.at(i), ids.at(i)));
 }
 
-void readIdList(OKTFiler &filer, CString const &list, IdArray &ids, OKTFrame &frame)
+void readIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray &ids, OKTFrame &frame)
 {
-    OKTListNames names(list);
     ids.removeAll();
     int count = 0;
-    frame.fold(filer.readInt(names.length(), count));
+    frame.fold(filer.readInt(length, count));
+    if (count <= 0)
+        return;
+    OKTListNames names(list);
     for (int i = 0; i < count && frame.isOk(); ++i)
     {
         OKTDbObjectId id;

@@ -46,14 +46,13 @@ private:
     CString m_text;
 };
 
-/// The names of a list's members: "list.Length", "list.0", "list.1". Not installed.
+/// The names of a list's entries: "list.0", "list.1". Not installed.
 class OKTListNames
 {
 public:
     explicit OKTListNames(CString const &list);
 
-    /// Both are good until the next call.
-    CString const &length();
+    /// Good until the next call.
     CString const &at(int index);
 
 private:
@@ -65,7 +64,7 @@ private:
 /// through the list.
 OKTDbObjectId idForList(OKTDbObjectId id);
 
-/// A list of ids as members of a section: the length, then each id, ending early once a member of the frame has failed. Reading
+/// A list of ids as members of a section: the length, under the list's name with ".Length" behind it, then each id, ending early once a member of the frame has failed. Reading
 /// empties the list first and appends an id also where its read failed, which then ends the list.
-void writeIdList(OKTFiler &filer, CString const &list, IdArray const &ids, OKTFrame &frame);
-void readIdList(OKTFiler &filer, CString const &list, IdArray &ids, OKTFrame &frame);
+void writeIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray const &ids, OKTFrame &frame);
+void readIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray &ids, OKTFrame &frame);

@@ -48,8 +48,7 @@ bool OKTMemoryFiler::writesFramesWhole() const
 bool OKTMemoryFiler::beginWriteClass(CString, CString className, int version)
 try
 {
-    return m_bytes.writeType(VarClassBegin) && m_bytes.writeAnsiString(className) &&
-           m_bytes.writeLong(static_cast<std::uint32_t>(version));
+    return m_bytes.writeClassBegin(className, version);
 }
 OKT_ANSWER_ZERO
 
@@ -184,12 +183,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::beginReadClass(CString, CString className)
 try
 {
-    // All three are tried, also where no frame stands (quirk 34).
-    std::uint32_t version;
-    bool const begun = m_bytes.checkType(VarClassBegin);
-    bool const named = m_bytes.checkAnsiString(className);
-    bool const versioned = m_bytes.readLong(version);
-    return begun && named && versioned;
+    return m_bytes.readClassBegin(className);
 }
 OKT_ANSWER_ZERO
 

@@ -21,6 +21,7 @@ public:
     virtual ~OKTRuntimeClass();
 
     CString ClassName() const { return m_className; }
+    bool isNamed(CString const &className) const { return m_className == className; }
     CString BaseClass() const { return m_baseClassName; }
     OKTRuntimeClass *BaseClassDesc() const { return m_baseClassDesc; }
     int ClassCounter() const { return m_classCounter; }

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
@@ -106,11 +108,66 @@ constexpr auto kDigits = [] {
     return digits;
 }();
 
-char *encodeGroup(std::uint32_t group, int characters, char *out)
+// Two characters for each 12 bits: two look-ups a group.
+constexpr auto kPairs = [] {
+    std::array<std::array<char, 2>, 4096> pairs{};
+    for (std::size_t bits = 0; bits < pairs.size(); ++bits)
+        pairs[bits] = {kAlphabet[bits >> 6], kAlphabet[bits & 63]};
+    return pairs;
+}();
+
+// The digits at the four places of a group, shifted to where they belong. A sum with the highest bit holds a character
+// that is no digit.
+constexpr std::uint32_t kNoGroup = 0x80000000;
+constexpr auto kShiftedDigits = [] {
+    std::array<std::array<std::uint32_t, 256>, 4> shifted{};
+    for (unsigned int place = 0; place < 4; ++place)
+        for (std::size_t c = 0; c < 256; ++c)
+            shifted[place][c] = kDigits[c] == kNoDigit ? kNoGroup : static_cast<std::uint32_t>(kDigits[c]) << (18 - 6 * place);
+    return shifted;
+}();
+
+char *encodeGroups(unsigned char const *bytes, int groups, char *out)
 {
-    for (int i = 0; i < characters; ++i)
-        *out++ = kAlphabet[group >> (18 - 6 * i) & 63];
+    for (; groups > 0; --groups, bytes += 3, out += 4)
+    {
+        std::memcpy(out, kPairs[static_cast<std::size_t>(bytes[0] << 4 | bytes[1] >> 4)].data(), 2);
+        std::memcpy(out + 2, kPairs[static_cast<std::size_t>((bytes[1] & 15) << 8 | bytes[2])].data(), 2);
+    }
     return out;
+}
+
+std::uint32_t decodedGroup(char const *text)
+{
+    auto const digit = [text](std::size_t place) { return kShiftedDigits[place][static_cast<unsigned char>(text[place])]; };
+    return digit(0) | digit(1) | digit(2) | digit(3);
+}
+
+// Stores whole groups for as long as there are some, and tells how many.
+int decodeGroups(char const *text, int groups, unsigned char *out)
+{
+    int done = 0;
+    for (; done < groups; ++done, text += 4, out += 3)
+    {
+        std::uint32_t const group = decodedGroup(text);
+        if ((group & kNoGroup) != 0)
+            break;
+        out[0] = static_cast<unsigned char>(group >> 16);
+        out[1] = static_cast<unsigned char>(group >> 8);
+        out[2] = static_cast<unsigned char>(group);
+    }
+    return done;
+}
+
+int countGroups(char const *text, int groups)
+{
+    int done = 0;
+    while (done < groups && (decodedGroup(text) & kNoGroup) == 0)
+    {
+        ++done;
+        text += 4;
+    }
+    return done;
 }
 } // namespace
 
@@ -136,26 +193,26 @@ int base64Encode(unsigned char const *bytes, int size, char *out, int *outSize, 
 {
     if (bytes == nullptr || out == nullptr || outSize == nullptr || size < 0 || *outSize < base64EncodedLength(size, flagWord))
         return 0;
-    bool const withBreaks = (flagWord & kBase64NoLineBreaks) == 0;
     char *const begin = out;
-    int const groups = size / 3;
-    for (int i = 0; i < groups; ++i, bytes += 3)
+    int const lineOfGroups = (flagWord & kBase64NoLineBreaks) == 0 ? kGroupsPerLine : std::numeric_limits<int>::max();
+    for (int groups = size / 3; groups > 0;)
     {
-        if (withBreaks && i > 0 && i % kGroupsPerLine == 0)
+        if (out != begin)
         {
             *out++ = '\r';
             *out++ = '\n';
         }
-        std::uint32_t const group =
-            static_cast<std::uint32_t>(bytes[0]) << 16 | static_cast<std::uint32_t>(bytes[1]) << 8 | bytes[2];
-        out = encodeGroup(group, 4, out);
+        int const line = std::min(groups, lineOfGroups);
+        out = encodeGroups(bytes, line, out);
+        bytes += 3 * static_cast<std::ptrdiff_t>(line);
+        groups -= line;
     }
     if (int const rest = size % 3; rest != 0)
     {
-        std::uint32_t group = static_cast<std::uint32_t>(bytes[0]) << 16;
-        if (rest == 2)
-            group |= static_cast<std::uint32_t>(bytes[1]) << 8;
-        out = encodeGroup(group, rest + 1, out);
+        unsigned char const last[3] = {bytes[0], rest == 2 ? bytes[1] : static_cast<unsigned char>(0), 0};
+        char characters[4];
+        encodeGroups(last, 1, characters);
+        out = std::copy_n(characters, rest + 1, out);
         if ((flagWord & kBase64NoPadding) == 0)
             out = std::fill_n(out, 3 - rest, '=');
     }
@@ -173,6 +230,13 @@ int base64Decode(char const *text, int length, unsigned char *out, int *outSize)
     char const *const end = text + std::max(length, 0);
     while (text < end && *text != '\0')
     {
+        // Groups of four characters of the alphabet, as nearly every text has them throughout.
+        int const whole = static_cast<int>((end - text) / 4);
+        int const quick = storing ? decodeGroups(text, std::min(whole, (room - count) / 3), out + count) : countGroups(text, whole);
+        text += 4 * static_cast<std::ptrdiff_t>(quick);
+        count += 3 * quick;
+        if (quick > 0)
+            continue;
         std::uint32_t group = 0;
         int bits = 0;
         while (text < end && bits < 24)

@@ -511,6 +511,26 @@ CString CString::joined(CString const &left, CString const &right)
 
 // --- Comparison --------------------------------------------------------------------------------------------------------------
 
+bool CString::isSame(CString const &other) const
+{
+    WCHAR const *literal = Literal();
+    CString const &text = literal != nullptr ? other : *this;
+    if (literal == nullptr)
+        literal = other.Literal();
+    if (literal == nullptr)
+        return View() == other.View();
+    if (literal == text.Literal())
+        return true;
+    // A literal need not be measured to differ: most texts that are compared do so after a few units.
+    for (WCHAR const unit : text.View())
+    {
+        if (unit == 0 || unit != *literal)
+            return false;
+        ++literal;
+    }
+    return *literal == 0;
+}
+
 int CString::Compare(CString const &other) const
 {
     int const order = View().compare(other.View());

@@ -154,6 +154,13 @@ public:
     WCHAR operator[](int index) const { return GetAt(index); }
     void SetAt(int index, WCHAR unit);
 
+    /// The literal of 16-bit units that the text wraps, or null: two texts that wrap one literal are one text.
+    WCHAR const *Literal() const
+    {
+        std::uintptr_t const w = word();
+        return (w & kUnits) != 0 ? reinterpret_cast<WCHAR const *>(w & ~kUnits) : nullptr;
+    }
+
     /// The units; good until the text changes or goes. GetString is zero-terminated.
     WCHAR const *GetString() const;
     OktTextView View() const
@@ -237,7 +244,7 @@ public:
     friend CString operator+(WCHAR left, CString const &right) { return joined(CString(&left, 1), right); }
     friend CString operator+(CString const &left, CString const &right) { return joined(left, right); }
 
-    friend bool operator==(CString const &left, CString const &right) { return left.View() == right.View(); }
+    friend bool operator==(CString const &left, CString const &right) { return left.isSame(right); }
     friend bool operator==(CString const &left, wchar_t const *right) { return left.compareWide(right) == 0; }
     friend bool operator==(CString const &left, char16_t const *right) { return left.compareUnits(right) == 0; }
     friend std::strong_ordering operator<=>(CString const &left, CString const &right) { return left.Compare(right) <=> 0; }
@@ -273,6 +280,7 @@ private:
     void assignWide(wchar_t const *text);
     void assignNarrow(char const *text);
     void formatList(CString const &format, std::initializer_list<OktFormatArgument> arguments);
+    bool isSame(CString const &other) const;
     int compareWide(wchar_t const *text) const;
     int compareUnits(char16_t const *text) const;
     static CString joined(CString const &left, CString const &right);

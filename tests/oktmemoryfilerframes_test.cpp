@@ -1,5 +1,6 @@
 // The memory filer writes and reads the frame of an id as a whole. A filer derived from it, which adds nothing, goes the long way
-// through the protocol: both must agree in every byte, result and position.
+// through the protocol: both must agree in every byte, result and position. So it is with the head of a class frame, which is
+// made once for each literal: a name that is no literal goes the long way.
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -116,5 +117,58 @@ TEST(MemoryFilerFrames, ReadObjectId_RandomDamage_SameAnswer)
             bytes[random() % bytes.size()] = static_cast<BYTE>(random() % 12);
         bytes.resize(bytes.size() - random() % 4);
         expectSame(bytes);
+    }
+}
+
+// --- Heads of class frames ---
+
+TEST(MemoryFilerFrames, BeginWriteClass_LiteralOrNot_SameBytes)
+{
+    for (int round = 0; round < 3; ++round)
+    {
+        OKTMemoryFiler literal;
+        OKTMemoryFiler text;
+        for (int version : {1, 6, -1})
+        {
+            EXPECT_TRUE(literal.beginWriteClass(u"Object", u"OKTDbParameter", version));
+            EXPECT_TRUE(text.beginWriteClass(u"Object", CString(u"OKTDbParameter").Owned(), version));
+            EXPECT_TRUE(literal.beginWriteClass(u"Object", u"OKTDbCategory", version));
+            EXPECT_TRUE(text.beginWriteClass(u"Object", CString(u"OKTDbCategory").Owned(), version));
+            EXPECT_TRUE(literal.beginWriteClass(u"Object", u"", version));
+            EXPECT_TRUE(text.beginWriteClass(u"Object", CString(), version));
+        }
+        EXPECT_EQ(bytesOf(literal), bytesOf(text));
+    }
+}
+
+namespace
+{
+void expectSameHead(std::vector<BYTE> const &bytes)
+{
+    OKTMemoryFiler literal;
+    OKTMemoryFiler text;
+    literal.loadFiler(arrayOf(bytes));
+    text.loadFiler(arrayOf(bytes));
+    EXPECT_EQ(literal.beginReadClass(u"Object", u"OKTDbObject"), text.beginReadClass(u"Object", CString(u"OKTDbObject").Owned()));
+    EXPECT_EQ(literal.GetFilerPosition(), text.GetFilerPosition());
+}
+} // namespace
+
+TEST(MemoryFilerFrames, BeginReadClass_EveryPrefixAndEveryByteChanged_LiteralOrNotTheSame)
+{
+    OKTMemoryFiler filer;
+    filer.beginWriteClass(u"Object", u"OKTDbObject", 1);
+    filer.endWriteClass();
+    std::vector<BYTE> const frame = bytesOf(filer);
+    for (std::size_t length = 0; length <= frame.size(); ++length)
+        expectSameHead({frame.begin(), frame.begin() + static_cast<std::ptrdiff_t>(length)});
+    for (std::size_t place = 0; place < frame.size(); ++place)
+    {
+        for (int value = 0; value < 256; ++value)
+        {
+            std::vector<BYTE> bytes = frame;
+            bytes[place] = static_cast<BYTE>(value);
+            expectSameHead(bytes);
+        }
     }
 }
