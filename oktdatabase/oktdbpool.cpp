@@ -360,8 +360,11 @@ try
     if (xmlOut(&filer, info) != eFilerOk)
         return false;
     long const objectsStart = filer.GetFilerLength();
-    for (auto const &[id, object] : m_mapObjects)
+    // By position: an object may take itself out of the pool while it is written.
+    for (unsigned int i = 0; i < static_cast<unsigned int>(m_mapObjects.getSize()); ++i)
     {
+        OKTDbObjectId const id = m_mapObjects.keyAt(i);
+        OKTDbObject const *const object = m_mapObjects.valueAt(i);
         if (object == nullptr)
             continue;
         long const start = filer.GetFilerLength();
@@ -712,8 +715,9 @@ try
     if (path.IsEmpty() || !filer.NewFiler(path, true))
         return false;
     bool done = true;
-    for (auto const &[id, object] : m_mapObjects)
-        if (object != nullptr && object->xmlOut(&filer) != eFilerOk)
+    ObjectMap const &objects = m_mapObjects;
+    for (unsigned int i = 0; i < static_cast<unsigned int>(objects.getSize()); ++i)
+        if (OKTDbObject const *const object = objects.valueAt(i); object != nullptr && object->xmlOut(&filer) != eFilerOk)
             done = false;
     if (xmlOut(&filer, InfoMap()) != eFilerOk)
         done = false;

@@ -151,13 +151,16 @@ bool OKTXmlFiler::addAttribute(IXMLDOMElementPtr const &element, CString const &
 }
 
 // Opens an element. It is attached to nothing before its end.
-bool OKTXmlFiler::beginElement(CString const &tag, CString const &attribute, CString const &value)
+bool OKTXmlFiler::beginElement(CString const &tag, std::initializer_list<Attribute> attributes)
 {
     if (!getIsWriteEnabled() || !m_document)
         return false;
     IXMLDOMElementPtr const element = m_document->createElement(tag);
-    if (!element || !addAttribute(element, attribute, value))
+    if (!element)
         return false;
+    for (Attribute const &attribute : attributes)
+        if (!addAttribute(element, attribute.name, attribute.text))
+            return false;
     pushWorkingNode(element);
     return true;
 }
@@ -176,7 +179,7 @@ bool OKTXmlFiler::endElement()
 bool OKTXmlFiler::CreateClass(CString tag, CString className, int version)
 try
 {
-    return beginElement(tag, kClass, className) && addAttribute(getWorkingNode(), kVersion, shortText(version));
+    return beginElement(tag, {{kClass, className}, {kVersion, shortText(version)}});
 }
 OKT_ANSWER_ZERO
 
@@ -197,7 +200,7 @@ OKT_ANSWER_ZERO
 bool OKTXmlFiler::beginWriteMembers(int section)
 try
 {
-    return beginElement(kMembersTag, kVersion, shortText(section));
+    return beginElement(kMembersTag, {{kVersion, shortText(section)}});
 }
 OKT_ANSWER_ZERO
 
@@ -211,7 +214,7 @@ OKT_ANSWER_ZERO
 bool OKTXmlFiler::beginWriteMap(CString name)
 try
 {
-    return beginElement(kMapTag, kName, name);
+    return beginElement(kMapTag, {{kName, name}});
 }
 OKT_ANSWER_ZERO
 
@@ -225,11 +228,12 @@ OKT_ANSWER_ZERO
 // The mode is not looked at: a value written into a document that is read lands in its tree and is never saved.
 bool OKTXmlFiler::writeValue(CString const &name, CString const &attribute, CString const &text)
 {
-    IXMLDOMElementPtr const element = m_document->createElement(name);
-    if (!element || !addAttribute(element, attribute, text))
-        return false;
+    IXMLDOMNodePtr const root = m_document->node(); // raises while the filer is closed
     IXMLDOMElementPtr const parent = getWorkingNode();
     if (!parent)
+        return false;
+    IXMLDOMElementPtr const element = m_document->createElement(name);
+    if (!element || !addAttribute(element, attribute, text))
         return false;
     parent->appendChild(element->node());
     return true;

@@ -3,6 +3,8 @@
 #include <oktdatabase/oktfiler.h>
 #include <oktplatform/oktxmldom.h>
 
+#include <initializer_list>
+
 /// The XML filer: the protocol as a document object model, one tree per open filer. Not a positional stream: every value
 /// becomes an element, and a reader finds it by its name, in any order and any number of times. Only the objects at document
 /// level are taken in sequence. The 8-bit string mode and id translation have no effect here; byte arrays are refused both
@@ -98,7 +100,12 @@ protected:
 
 private:
     bool CreateClass(CString tag, CString className, int version);
-    bool beginElement(CString const &tag, CString const &attribute, CString const &value);
+    struct Attribute
+    {
+        CString name;
+        CString text;
+    };
+    bool beginElement(CString const &tag, std::initializer_list<Attribute> attributes);
     bool endElement();
     bool writeValue(CString const &name, CString const &attribute, CString const &text);
     bool addAttribute(IXMLDOMElementPtr const &element, CString const &name, CString const &text);

@@ -12,7 +12,8 @@
 // Nodes are named by light pointers, which keep the whole document alive. A node that was made and never attached belongs to
 // the document, too, and goes with it. Using a null pointer throws COleException (E_POINTER). Not for two threads at a time.
 //
-// Names are those of XML 1.0: createElement and createAttribute give null for any other text. Characters that XML 1.0 cannot
+// Names are those of XML 1.0 with characters up to U+00FF, since documents are saved in ISO-8859-1: createElement and
+// createAttribute give null for any other text. Characters that XML 1.0 cannot
 // hold (most control characters, U+FFFE, U+FFFF, lone surrogates) become U+FFFD when a value is set.
 
 class IXMLDOMAttribute;
@@ -139,9 +140,9 @@ public:
     IXMLDOMNodePtr createProcessingInstruction(CString const &target, CString const &data) const;
     IXMLDOMElementPtr createElement(CString const &name) const;
     IXMLDOMAttributePtr createAttribute(CString const &name) const;
-    /// Reads a whole file. External entities are taken as empty and nothing outside the file is opened; the expansion of
-    /// entities, the depth of elements (256) and the length of a text (10 million bytes) are bounded. A file that cannot be
-    /// read or parsed leaves the document without children.
+    /// Reads a whole file into a document that is still empty. External entities are taken as empty and nothing outside the
+    /// file is opened; the expansion of entities, the depth of elements (256) and the length of a text (10 million bytes) are
+    /// bounded. A file that cannot be read or parsed leaves the document without children.
     HRESULT load(CString const &path) const;
     /// Writes the document in ISO-8859-1, with character references for what that cannot hold.
     HRESULT save(CString const &path) const;

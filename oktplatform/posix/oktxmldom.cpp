@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <string>
 #include <unordered_set>
@@ -34,6 +35,7 @@ struct OktXmlTree
 namespace
 {
 constexpr char kSavedEncoding[] = "ISO-8859-1";
+constexpr int kMostDefaults = 100; // of attributes, in one document
 
 xmlNodePtr raw(OktXmlNode *node) { return reinterpret_cast<xmlNodePtr>(node); }
 
@@ -56,6 +58,16 @@ template <typename T> T *needed(T *made)
 bool isXmlName(std::string const &name)
 {
     return name.find('\0') == std::string::npos && xmlValidateName(xmlText(name), 0) == 0;
+}
+
+// A document is saved in ISO-8859-1, which has no references within a tag: a name beyond it would make the whole file
+// unreadable.
+bool canBeSaved(CString const &name)
+{
+    for (WCHAR const unit : name.View())
+        if (unit > 0xFF)
+            return false;
+    return true;
 }
 
 // UTF-8 with U+FFFD in place of every character that XML 1.0 cannot hold. A lone surrogate is U+FFFD in UTF-8 already.
@@ -109,10 +121,8 @@ std::string contentOf(xmlNodePtr attribute)
         return {};
     if (only->next == nullptr && only->type == XML_TEXT_NODE)
         return std::string(viewOf(only->content));
-    xmlChar *const text = xmlNodeListGetString(attribute->doc, only, 1);
-    std::string const copy(viewOf(text));
-    xmlFree(text);
-    return copy;
+    std::unique_ptr<xmlChar, void (*)(void *)> const text(xmlNodeListGetString(attribute->doc, only, 1), xmlFree);
+    return std::string(viewOf(text.get()));
 }
 
 bool isBlankText(xmlNodePtr node) { return node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1; }
@@ -133,6 +143,36 @@ void dropBlankTexts(xmlDocPtr document)
         }
         node = next;
     }
+}
+
+// While one lives, the parser tells nobody of its troubles; its results tell enough.
+class Silence
+{
+public:
+    Silence() : m_handler(xmlStructuredError), m_context(xmlStructuredErrorContext)
+    {
+        xmlSetStructuredErrorFunc(nullptr, [](void *, xmlErrorPtr) {});
+    }
+    Silence(Silence const &) = delete;
+    Silence &operator=(Silence const &) = delete;
+    ~Silence() { xmlSetStructuredErrorFunc(m_context, m_handler); }
+
+private:
+    xmlStructuredErrorFunc m_handler;
+    void *m_context;
+};
+
+// Declared attributes are not looked at. Their defaults cost the parser time for every element, so their number is bounded.
+void declareAttribute(void *context, xmlChar const *, xmlChar const *, int, int, xmlChar const *defaultValue,
+                      xmlEnumerationPtr values)
+{
+    xmlFreeEnumeration(values);
+    auto *const parser = static_cast<xmlParserCtxtPtr>(context);
+    int &defaults = *static_cast<int *>(parser->_private);
+    if (defaultValue == nullptr || ++defaults <= kMostDefaults)
+        return;
+    parser->wellFormed = 0;
+    xmlStopParser(parser);
 }
 
 // An external entity is declared as an empty one of our own: a reference to it gives nothing, and nothing is opened.
@@ -185,12 +225,21 @@ IXMLDOMNodePtr nodePtr(std::shared_ptr<OktXmlTree> const &tree, xmlNodePtr node)
     return node == nullptr ? IXMLDOMNodePtr() : IXMLDOMNodePtr(tree, wrapped(node));
 }
 
-// A document type is part of the prolog and no node of the model.
-xmlNodePtr passDeclarations(xmlNodePtr node)
+// Owns a node that is not in any list of its tree yet.
+struct FreeNode
 {
-    while (node != nullptr && node->type == XML_DTD_NODE)
-        node = node->next;
-    return node;
+    void operator()(xmlNodePtr node) const
+    {
+        node->type == XML_ATTRIBUTE_NODE ? xmlFreeProp(reinterpret_cast<xmlAttrPtr>(node)) : xmlFreeNode(node);
+    }
+};
+
+// Enters a new node in its tree as not attached.
+template <typename T> OktXmlNode *detached(OktXmlTree &tree, T *made)
+{
+    std::unique_ptr<xmlNode, FreeNode> node(reinterpret_cast<xmlNodePtr>(needed(made)));
+    tree.detached.insert(node.get());
+    return wrapped(node.release());
 }
 } // namespace
 
@@ -199,19 +248,26 @@ xmlNodePtr passDeclarations(xmlNodePtr node)
 void IXMLDOMNode::appendChild(IXMLDOMNodePtr const &child) const
 {
     xmlNodePtr const node = raw(child->m_node);
-    m_tree->detached.erase(node);
-    if (m_node == wrapped(m_tree->document))
-        xmlAddChild(reinterpret_cast<xmlNodePtr>(m_tree->document), node);
-    else
-        xmlAddChild(raw(m_node), node);
+    if (child->m_tree == m_tree)
+    {
+        xmlUnlinkNode(node);
+        needed(xmlAddChild(raw(m_node), node));
+        m_tree->detached.erase(node);
+        return;
+    }
+    // A node of another document stays there: its texts are that document's. A copy comes over.
+    needed(xmlAddChild(raw(m_node), needed(xmlDocCopyNode(node, m_tree->document, 1))));
 }
 
+// Only documents and elements have children here.
 IXMLDOMNodePtr IXMLDOMNode::firstChild() const
 {
-    return nodePtr(m_tree, raw(m_node)->type == XML_ENTITY_REF_NODE ? nullptr : passDeclarations(raw(m_node)->children));
+    xmlNodePtr const node = raw(m_node);
+    bool const hasChildren = node->type == XML_ELEMENT_NODE || node->type == XML_DOCUMENT_NODE;
+    return nodePtr(m_tree, hasChildren ? node->children : nullptr);
 }
 
-IXMLDOMNodePtr IXMLDOMNode::nextSibling() const { return nodePtr(m_tree, passDeclarations(raw(m_node)->next)); }
+IXMLDOMNodePtr IXMLDOMNode::nextSibling() const { return nodePtr(m_tree, raw(m_node)->next); }
 
 CString IXMLDOMNode::nodeName() const
 {
@@ -286,8 +342,8 @@ IXMLDOMAttributePtr IXMLDOMNamedNodeMap::getNamedItem(OktXmlName const &name) co
 void IXMLDOMNamedNodeMap::setNamedItem(IXMLDOMAttributePtr const &attribute) const
 {
     xmlNodePtr const node = raw(attribute->m_node);
+    needed(xmlAddChild(raw(m_node), node));
     m_tree->detached.erase(node);
-    xmlAddChild(raw(m_node), node);
 }
 
 // --- Documents ---
@@ -307,29 +363,23 @@ IXMLDOMNodePtr IXMLDOMDocument::createProcessingInstruction(CString const &targe
     std::string const name = target.ToUtf8();
     if (!isXmlName(name))
         return nullptr;
-    xmlNodePtr const node = needed(xmlNewDocPI(m_tree->document, xmlText(name), xmlText(valueText(data))));
-    m_tree->detached.insert(node);
-    return nodePtr(m_tree, node);
+    return IXMLDOMNodePtr(m_tree, detached(*m_tree, xmlNewDocPI(m_tree->document, xmlText(name), xmlText(valueText(data)))));
 }
 
 IXMLDOMElementPtr IXMLDOMDocument::createElement(CString const &name) const
 {
     std::string const tag = name.ToUtf8();
-    if (!isXmlName(tag))
+    if (!isXmlName(tag) || !canBeSaved(name))
         return nullptr;
-    xmlNodePtr const node = needed(xmlNewDocNode(m_tree->document, nullptr, xmlText(tag), nullptr));
-    m_tree->detached.insert(node);
-    return IXMLDOMElementPtr(m_tree, wrapped(node));
+    return IXMLDOMElementPtr(m_tree, detached(*m_tree, xmlNewDocNode(m_tree->document, nullptr, xmlText(tag), nullptr)));
 }
 
 IXMLDOMAttributePtr IXMLDOMDocument::createAttribute(CString const &name) const
 {
     std::string const tag = name.ToUtf8();
-    if (!isXmlName(tag))
+    if (!isXmlName(tag) || !canBeSaved(name))
         return nullptr;
-    xmlAttrPtr const attribute = needed(xmlNewDocProp(m_tree->document, xmlText(tag), nullptr));
-    m_tree->detached.insert(reinterpret_cast<xmlNodePtr>(attribute));
-    return IXMLDOMAttributePtr(m_tree, wrapped(attribute));
+    return IXMLDOMAttributePtr(m_tree, detached(*m_tree, xmlNewDocProp(m_tree->document, xmlText(tag), nullptr)));
 }
 
 HRESULT IXMLDOMDocument::load(CString const &path) const
@@ -337,9 +387,13 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     CFile file;
     if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
         return S_FALSE;
+    Silence const silence;
     xmlParserCtxtPtr const parser = needed(xmlNewParserCtxt());
+    int defaults = 0;
+    parser->_private = &defaults;
     parser->sax->entityDecl = &declareEntity;
-    constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
+    parser->sax->attributeDecl = &declareAttribute;
+    constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     xmlDocPtr const parsed = xmlCtxtReadIO(parser, &readFile, &closeNothing, &file, nullptr, nullptr, kOptions);
     xmlFreeParserCtxt(parser);
     if (parsed == nullptr)
@@ -355,6 +409,7 @@ HRESULT IXMLDOMDocument::save(CString const &path) const
     CFile file;
     if (!file.Open(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite))
         return E_FAIL;
+    Silence const silence;
     xmlSaveCtxtPtr const saver =
         needed(xmlSaveToIO(&writeFile, &closeNothing, &file, kSavedEncoding, XML_SAVE_NO_DECL | XML_SAVE_AS_XML));
     long const written = xmlSaveDoc(saver, m_tree->document);
