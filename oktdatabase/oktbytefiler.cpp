@@ -282,11 +282,12 @@ try
 }
 OKT_ANSWER_ZERO
 
-// The head of frames of a class whose name is a short literal of ASCII letters, or null. It is made once for each literal.
+// The head of frames of a class whose name is a short literal of ASCII letters, or null. It is made once for each literal of this
+// library: one of a client module may go, and another come to its place.
 OKTByteFiler::ClassHead const *OKTByteFiler::classHead(CString const &className)
 {
     WCHAR const *const literal = className.Literal();
-    if (literal == nullptr || !OktThreadCodePageKeepsAscii())
+    if (literal == nullptr || !OktIsImageConstant(literal) || !OktThreadCodePageKeepsAscii())
         return nullptr;
     ClassHead &head = m_classHeads[(reinterpret_cast<std::uintptr_t>(literal) >> 3) % kClassHeads];
     if (head.literal == literal)

@@ -246,14 +246,14 @@ CString OKTDbParameter::UserName() const { return m_strUserName; }
 void OKTDbParameter::setUserName(CString const &name, bool append)
 try
 {
-    m_strUserName = name.Owned();
-    if (!append)
-        return;
-    CString const code = getListIndex();
-    if (code.IsEmpty())
-        return;
-    m_strUserName += u' ';
-    m_strUserName += code;
+    CString const code = append ? getListIndex() : CString();
+    CString full = name.Owned();
+    if (!code.IsEmpty())
+    {
+        full += u' ';
+        full += code;
+    }
+    m_strUserName = std::move(full);
 }
 OKT_ANSWER_NOTHING
 

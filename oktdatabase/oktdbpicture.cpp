@@ -56,7 +56,14 @@ private:
     CString m_chunk;
 };
 
-// Decodes the text of a picture while its chunks come in, so that the whole text never stands in memory.
+bool isBase64(char character)
+{
+    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
+           (character >= '0' && character <= '9') || character == '+' || character == '/';
+}
+
+// Decodes the text of a picture while its chunks come in, so that the whole text never stands in memory. The outcome is that of
+// base64Decode for the joined chunks.
 class PictureData
 {
 public:
@@ -64,9 +71,17 @@ public:
 
     void add(CString const &chunk)
     {
+        if (m_hasEnded)
+            return;
+        std::size_t const known = m_text.size();
         appendNarrow(chunk);
-        if (m_isWhole)
+        if (!decodeGroups())
+        {
+            keepCharacters(known);
             decodeGroups();
+        }
+        else if (m_text.size() > 0 || chunk.GetLength() > 0)
+            m_isInGroup = m_text.size() > 0;
     }
 
     void finish() { decode(m_text.size()); }
@@ -96,17 +111,43 @@ private:
         WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, m_text.data() + before, size, nullptr, nullptr);
     }
 
-    // Groups without a foreign character begin and end where they would in the whole text. Where there is one, what is left of the
-    // text is kept together from there on.
-    void decodeGroups()
+    // Decodes the groups in front. False, and nothing done, where other characters are among them.
+    bool decodeGroups()
     {
         std::size_t const whole = m_text.size() / 4 * 4;
         int const before = m_data.GetSize();
-        m_isWhole = decode(whole) == static_cast<int>(whole / 4 * 3);
-        if (m_isWhole)
-            m_text.erase(0, whole);
-        else
+        if (decode(whole) != static_cast<int>(whole / 4 * 3))
+        {
             m_data.SetSize(before);
+            return false;
+        }
+        if (!std::all_of(m_text.begin() + static_cast<std::ptrdiff_t>(whole), m_text.end(), isBase64))
+        {
+            m_data.SetSize(before);
+            return false;
+        }
+        m_text.erase(0, whole);
+        return true;
+    }
+
+    // Drops what is not of the alphabet from the text behind `known`. A zero ends the text where a group would begin with it, and
+    // only there.
+    void keepCharacters(std::size_t known)
+    {
+        std::size_t kept = known;
+        for (std::size_t i = known; i < m_text.size(); ++i)
+        {
+            char const character = m_text[i];
+            m_hasEnded = character == '\0' && !m_isInGroup;
+            if (m_hasEnded)
+                break;
+            m_isInGroup = true;
+            if (!isBase64(character))
+                continue;
+            m_text[kept++] = character;
+            m_isInGroup = kept % 4 != 0;
+        }
+        m_text.resize(kept);
     }
 
     int decode(std::size_t length)
@@ -124,8 +165,9 @@ private:
     }
 
     CByteArray &m_data;
-    std::string m_text; // what is not decoded yet
-    bool m_isWhole = true;
+    std::string m_text;       // what is not decoded yet: between chunks less than a group
+    bool m_isInGroup = false; // a group has begun, with whatever character
+    bool m_hasEnded = false;
 };
 } // namespace
 

@@ -55,8 +55,16 @@ OKT_ANSWER_NOTHING
 
 void OKTDbPool::PictureList::append(OKTDbObjectId const &id)
 {
-    m_known.insert(id);
     m_ids.append(id);
+    try
+    {
+        m_known.insert(id);
+    }
+    catch (...)
+    {
+        m_ids.removeAt(m_ids.getSize() - 1); // the list and the set stay in step
+        throw;
+    }
 }
 
 void OKTDbPool::PictureList::remove(OKTDbObjectId const &id)
@@ -73,8 +81,9 @@ void OKTDbPool::PictureList::removeAll()
 
 void OKTDbPool::PictureList::assign(IdArray const &ids)
 {
-    m_known = std::set<OKTDbObjectId>(ids.begin(), ids.end());
-    m_ids = ids;
+    std::set<OKTDbObjectId> known(ids.begin(), ids.end());
+    m_ids = IdArray(ids);
+    m_known = std::move(known);
 }
 
 void OKTDbPool::setPicturesIds(IdArray const &ids)
@@ -164,7 +173,6 @@ bool OKTDbPool::insertObject(OKTDbObject *object, OKTDbObjectId id)
     catch (...)
     {
         m_mapObjects.erase(id);
-        m_tabPictures.remove(id);
         object->setObjectId(before);
         throw;
     }

@@ -20,7 +20,9 @@ class OKTRuntimeClass;
 ///
 ///     OKTDbPool pool;
 ///     pool.setMetricsFactor(1000.0); // drawing unit millimetre, files hold metres
-///     pool.appendObject(new OKTDbParameter(6, pool.objectId()));
+///     auto *cover = new OKTDbParameter(6, pool.objectId());
+///     cover->setValue(35.0, 0);
+///     pool.appendObject(cover);
 ///     bool const saved = pool.writeFile(L"template.okt");
 ///
 /// The pool owns its objects from appendObject, or a load, on. eraseAllObjects and the destructor delete them; removeObject and

@@ -103,12 +103,30 @@ private:
     iconv_t m_fromPage = kNoConverter;
 };
 
-/// Opening a converter is slow, and a thread stays with its page.
-Converters &threadConverters()
+// Static objects of a host may convert text after the thread's own objects have ended.
+thread_local bool convertersEnded = false;
+
+struct ThreadConverters : Converters
 {
-    thread_local Converters converters;
-    return converters;
-}
+    ~ThreadConverters() { convertersEnded = true; }
+};
+
+/// The converters of the thread, since opening one is slow and a thread stays with its page; where they have ended, others for
+/// one use.
+class ConvertersInUse
+{
+public:
+    Converters *operator->()
+    {
+        if (convertersEnded)
+            return &m_own;
+        thread_local ThreadConverters converters;
+        return &converters;
+    }
+
+private:
+    Converters m_own;
+};
 
 /// Runs a converter over text piece by piece and counts and stores what comes out.
 template <typename To> class Run
@@ -162,15 +180,15 @@ private:
 };
 } // namespace
 
-bool OktSystem::knowsCodePage(unsigned int page) { return threadConverters().open(page); }
+bool OktSystem::knowsCodePage(unsigned int page) { return ConvertersInUse()->open(page); }
 
 bool OktSystem::toCodePage(unsigned int page, Unit const *text, std::size_t length, char substitute, bool &substituted,
                            char *target, std::size_t size, std::size_t &needed)
 {
-    Converters &converters = threadConverters();
-    if (!converters.open(page))
+    ConvertersInUse converters;
+    if (!converters->open(page))
         return false;
-    Run<char> run(converters.toPage(), target, size);
+    Run<char> run(converters->toPage(), target, size);
     auto *place = const_cast<char *>(reinterpret_cast<char const *>(text));
     std::size_t left = length * sizeof(Unit);
     while (run.convert(place, left) != 0)
@@ -194,10 +212,10 @@ bool OktSystem::toCodePage(unsigned int page, Unit const *text, std::size_t leng
 bool OktSystem::fromCodePage(unsigned int page, char const *text, std::size_t length, Unit *target, std::size_t size,
                              std::size_t &needed)
 {
-    Converters &converters = threadConverters();
-    if (!converters.open(page))
+    ConvertersInUse converters;
+    if (!converters->open(page))
         return false;
-    Run<Unit> run(converters.fromPage(), target, size);
+    Run<Unit> run(converters->fromPage(), target, size);
     auto *place = const_cast<char *>(text);
     std::size_t left = length;
     for (;;)
