@@ -232,7 +232,8 @@ int base64Decode(char const *text, int length, unsigned char *out, int *outSize)
     {
         // Groups of four characters of the alphabet, as nearly every text has them throughout.
         int const whole = static_cast<int>((end - text) / 4);
-        int const quick = storing ? decodeGroups(text, std::min(whole, (room - count) / 3), out + count) : countGroups(text, whole);
+        int const quick =
+            storing ? decodeGroups(text, std::min(whole, (room - count) / 3), out + count) : countGroups(text, whole);
         text += 4 * static_cast<std::ptrdiff_t>(quick);
         count += 3 * quick;
         if (quick > 0)

@@ -175,7 +175,8 @@ void declareAttribute(void *context, xmlChar const *, xmlChar const *, int, int,
     xmlStopParser(parser);
 }
 
-// An external entity is declared as an empty one of our own: a reference to it gives nothing, and nothing is opened.
+// An external entity is declared as an empty one of our own: a reference to it gives nothing, and nothing is opened. So is every
+// parameter entity: declarations are not looked at here, and one that unfolds into others costs time without bound.
 void declareEntity(void *context, xmlChar const *name, int type, xmlChar const *publicId, xmlChar const *systemId,
                    xmlChar *content)
 {
@@ -187,6 +188,7 @@ void declareEntity(void *context, xmlChar const *name, int type, xmlChar const *
         xmlSAX2EntityDecl(context, name, XML_INTERNAL_GENERAL_ENTITY, nullptr, nullptr, nothing);
         break;
     case XML_EXTERNAL_PARAMETER_ENTITY:
+    case XML_INTERNAL_PARAMETER_ENTITY:
         xmlSAX2EntityDecl(context, name, XML_INTERNAL_PARAMETER_ENTITY, nullptr, nullptr, nothing);
         break;
     default: xmlSAX2EntityDecl(context, name, type, publicId, systemId, content); break;
@@ -361,7 +363,7 @@ IXMLDOMNodePtr IXMLDOMDocument::node() const { return IXMLDOMNodePtr(m_tree, wra
 IXMLDOMNodePtr IXMLDOMDocument::createProcessingInstruction(CString const &target, CString const &data) const
 {
     std::string const name = target.ToUtf8();
-    if (!isXmlName(name))
+    if (!canBeSaved(target) || !isXmlName(name))
         return nullptr;
     return IXMLDOMNodePtr(m_tree, detached(*m_tree, xmlNewDocPI(m_tree->document, xmlText(name), xmlText(valueText(data)))));
 }
@@ -369,7 +371,7 @@ IXMLDOMNodePtr IXMLDOMDocument::createProcessingInstruction(CString const &targe
 IXMLDOMElementPtr IXMLDOMDocument::createElement(CString const &name) const
 {
     std::string const tag = name.ToUtf8();
-    if (!isXmlName(tag) || !canBeSaved(name))
+    if (!canBeSaved(name) || !isXmlName(tag))
         return nullptr;
     return IXMLDOMElementPtr(m_tree, detached(*m_tree, xmlNewDocNode(m_tree->document, nullptr, xmlText(tag), nullptr)));
 }
@@ -377,7 +379,7 @@ IXMLDOMElementPtr IXMLDOMDocument::createElement(CString const &name) const
 IXMLDOMAttributePtr IXMLDOMDocument::createAttribute(CString const &name) const
 {
     std::string const tag = name.ToUtf8();
-    if (!isXmlName(tag) || !canBeSaved(name))
+    if (!canBeSaved(name) || !isXmlName(tag))
         return nullptr;
     return IXMLDOMAttributePtr(m_tree, detached(*m_tree, xmlNewDocProp(m_tree->document, xmlText(tag), nullptr)));
 }

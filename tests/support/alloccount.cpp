@@ -1,8 +1,13 @@
 #include "support/alloccount.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define OKT_TEST_SANITIZED 1
@@ -17,8 +22,19 @@ namespace
 constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 
 thread_local std::size_t s_allocations = 0;
+thread_local std::ptrdiff_t s_held = 0; // below 0 where memory of another thread was freed here
+thread_local std::ptrdiff_t s_peak = 0;
 thread_local std::size_t s_left = kNever;
 thread_local bool s_struck = false;
+
+[[maybe_unused]] void hold(std::size_t size)
+{
+    s_held += static_cast<std::ptrdiff_t>(size);
+    if (s_held > s_peak)
+        s_peak = s_held;
+}
+
+[[maybe_unused]] void release(std::size_t size) { s_held -= static_cast<std::ptrdiff_t>(size); }
 
 /// False when this allocation has to fail.
 bool passes()
@@ -38,11 +54,23 @@ bool passes()
 // The sanitizer owns the C allocator and tells of its calls.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(void const volatile *, std::size_t),
                                                          void (*freed)(void const volatile *));
+extern "C" std::size_t __sanitizer_get_allocated_size(void const volatile *memory);
 
 namespace
 {
-int const s_hooks = __sanitizer_install_malloc_and_free_hooks([](void const volatile *, std::size_t) { ++s_allocations; },
-                                                              [](void const volatile *) {});
+void noteAllocation(void const volatile *, std::size_t size)
+{
+    ++s_allocations;
+    hold(size);
+}
+
+void noteFree(void const volatile *memory)
+{
+    if (memory != nullptr)
+        release(__sanitizer_get_allocated_size(memory));
+}
+
+int const s_hooks = __sanitizer_install_malloc_and_free_hooks(noteAllocation, noteFree);
 
 void *allocate(std::size_t size)
 {
@@ -68,36 +96,58 @@ void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); 
 
 #elif defined(__GLIBC__)
 
-// Operator new ends here too, from inside the shared libraries: the three must be seen by them.
+// Operator new ends here too, from inside the shared libraries: these must be seen by them.
 extern "C" void *__libc_malloc(std::size_t size);
 extern "C" void *__libc_calloc(std::size_t count, std::size_t size);
 extern "C" void *__libc_realloc(void *memory, std::size_t size);
+extern "C" void __libc_free(void *memory);
 
 namespace
 {
 template <typename Call> void *allocate(Call call)
 {
     ++s_allocations;
-    if (passes())
-        return call();
-    errno = ENOMEM;
-    return nullptr;
+    if (!passes())
+    {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    std::size_t moved = 0; // of a block that was given up for this one, behind the moment when both were held
+    void *const memory = call(moved);
+    hold(malloc_usable_size(memory));
+    release(moved);
+    return memory;
 }
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) void *malloc(std::size_t size)
 {
-    return allocate([=] { return __libc_malloc(size); });
+    return allocate([=](std::size_t &) { return __libc_malloc(size); });
 }
 
 extern "C" __attribute__((visibility("default"))) void *calloc(std::size_t count, std::size_t size)
 {
-    return allocate([=] { return __libc_calloc(count, size); });
+    return allocate([=](std::size_t &) { return __libc_calloc(count, size); });
 }
 
 extern "C" __attribute__((visibility("default"))) void *realloc(void *memory, std::size_t size)
 {
-    return allocate([=] { return __libc_realloc(memory, size); });
+    std::size_t const before = malloc_usable_size(memory);
+    return allocate([=](std::size_t &moved) {
+        void *const grown = __libc_realloc(memory, size);
+        // A block that stayed where it was is held once.
+        if (grown == memory || (grown == nullptr && size == 0))
+            release(before);
+        else if (grown != nullptr)
+            moved = before;
+        return grown;
+    });
+}
+
+extern "C" __attribute__((visibility("default"))) void free(void *memory)
+{
+    release(malloc_usable_size(memory));
+    __libc_free(memory);
 }
 
 #endif
@@ -105,6 +155,10 @@ extern "C" __attribute__((visibility("default"))) void *realloc(void *memory, st
 AllocationCount::AllocationCount() : m_before(s_allocations) {}
 
 std::size_t AllocationCount::count() const { return s_allocations - m_before; }
+
+PeakMemory::PeakMemory() : m_before(s_held) { s_peak = s_held; }
+
+std::size_t PeakMemory::bytes() const { return static_cast<std::size_t>(s_peak - m_before); }
 
 AllocationFault::AllocationFault(std::size_t passed)
 {

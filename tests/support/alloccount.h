@@ -13,6 +13,18 @@ private:
     std::size_t m_before;
 };
 
+/// The most memory that this thread held at once beyond what it held when this was made. A block that moves while it grows counts
+/// twice at that moment. Where the C allocator cannot be watched, 0. One at a time.
+class PeakMemory
+{
+public:
+    PeakMemory();
+    std::size_t bytes() const;
+
+private:
+    std::ptrdiff_t m_before;
+};
+
 /// Lets one allocation of this thread fail: the one after `passed` more. Under a sanitizer only operator new can fail.
 class AllocationFault
 {
