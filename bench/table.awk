@@ -41,7 +41,7 @@ function grouped(value,    head) {
 /^ *"run_name":/ { run = text_of($0) }
 /^ *"aggregate_name":/ { aggregate = text_of($0) }
 /^ *"repetitions":/ { repetitions = number_of($0) }
-/^ *"(allocations_per_object|ns_per_object|bytes_per_object|bytes_per_second|times_memcpy|times_copy)":/ {
+/^ *"(allocations_per_object|ns_per_object|bytes_per_object|bytes_per_second|times_memcpy|times_copy|gigabytes_per_second|peer_gigabytes_per_second)":/ {
     if (aggregate == "median") {
         if (!(run in seen)) {
             seen[run] = 1
@@ -63,7 +63,7 @@ END {
     print "|---|--:|--:|--:|--:|--:|--:|--:|--:|"
     for (i = 1; i <= count; ++i) {
         run = runs[i]
-        if (!((run, "times_memcpy") in value))
+        if (!((run, "times_memcpy") in value) || (run, "gigabytes_per_second") in value)
             continue
         parts = split(run, part, "/")
         objects = part[2] ~ /^[0-9]+$/ ? part[2] : ""
@@ -89,5 +89,17 @@ END {
         base = direction ", integer/manual_time"
         printf "| %s | %s | %s | %s | %.0f |\n", part[1], rounded(value[run, "ns_per_object"] / value[base, "ns_per_object"]),
             rounded(value[run, "allocations_per_object"]), rounded(value[run, "ns_per_object"]), value[run, "bytes_per_object"]
+    }
+    print ""
+    print "| Coding | GB/s | GB/s of OpenSSL | Times `memcpy` |"
+    print "|---|--:|--:|--:|"
+    for (i = 1; i <= count; ++i) {
+        run = runs[i]
+        if (!((run, "gigabytes_per_second") in value))
+            continue
+        split(run, part, "/")
+        peer = value[run, "peer_gigabytes_per_second"]
+        printf "| %s | %s | %s | %s |\n", part[1], rounded(value[run, "gigabytes_per_second"]), (peer > 0 ? rounded(peer) : ""),
+            rounded(value[run, "times_memcpy"])
     }
 }

@@ -579,3 +579,21 @@ TEST(OKTMap, RandomOperations_BesideStandardMap_SameContentsAndPositions)
         ASSERT_EQ(contents(map), (std::vector<std::pair<int, int>>(model.begin(), model.end()))) << "round " << round;
     }
 }
+
+TEST(OKTArray, AppendArray_ItselfAtEverySize_EachElementTwiceInOrder)
+{
+    // Texts of their own memory, so that a look at one that has moved is seen.
+    OKTArray<std::string, std::string const &> array;
+    for (int size = 0; size < 40; ++size)
+    {
+        auto twice = array;
+        EXPECT_EQ(twice.appendArray(twice), size);
+        ASSERT_EQ(twice.getSize(), 2 * size);
+        for (int i = 0; i < size; ++i)
+        {
+            EXPECT_EQ(twice.at(i), array.at(i));
+            EXPECT_EQ(twice.at(size + i), array.at(i));
+        }
+        array.append(std::string(40, static_cast<char>('A' + size)));
+    }
+}

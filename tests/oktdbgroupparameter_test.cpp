@@ -1,3 +1,4 @@
+#include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
@@ -503,5 +504,54 @@ TEST_F(GroupParameterTest, PoolFile_Group_ComesBackAsAParameter_Quirk55)
     EXPECT_TRUE(back->isA(u"OKTDbParameter"));
     EXPECT_EQ(OKTDbParameter::cast(back)->UserName(), u"group");
     EXPECT_EQ(OKTDbParameter::cast(back)->TabParams().getSize(), 0);
+}
+
+// --- Memory that runs out ----------------------------------------------------------------------------------------------------
+
+TEST_F(GroupParameterTest, AddElement_EachAllocationFails_NamesAndIdsStayInStep)
+{
+    OKTDbParameter *const one = parameter(u"a");
+    OKTDbParameter *const two = parameter(u"bb");
+    OKTDbParameter *const three = parameter(u"ccc");
+    OKTDbParameter *const four = parameter(u"dddd");
+    bool isStriking = true;
+    int faults = 0;
+    for (std::size_t n = 0; isStriking && n < 100; ++n)
+    {
+        SCOPED_TRACE(n);
+        OKTDbGroupParameter group;
+        group.addElement(two->objectId());
+        group.addElement(four->objectId());
+        OKTDbObjectId const added = three->objectId();
+        {
+            AllocationFault const fault(n);
+            group.addElement(added);
+            isStriking = fault.struck();
+        }
+        faults += isStriking ? 1 : 0;
+        EXPECT_EQ(m_reports.count(), isStriking ? 1u : 0u);
+        m_reports.clear();
+        IdArray ids;
+        group.getAllElements(ids);
+        EXPECT_EQ(ids.getSize(), isStriking ? 2 : 3);
+
+        // A name without its id, or an id without its name, would put these in a wrong place.
+        group.removeElement(two->objectId());
+        group.addElement(one->objectId());
+        group.addElement(three->objectId());
+        group.addElement(two->objectId());
+        group.getAllElements(ids);
+        ASSERT_EQ(ids.getSize(), 4);
+        EXPECT_EQ(ids.at(0), one->objectId());
+        EXPECT_EQ(ids.at(1), two->objectId());
+        EXPECT_EQ(ids.at(2), three->objectId());
+        EXPECT_EQ(ids.at(3), four->objectId());
+        for (OKTDbObjectId const &id : ids)
+            group.removeElement(id);
+        group.getAllElements(ids);
+        EXPECT_EQ(ids.getSize(), 0);
+        EXPECT_EQ(m_reports.count(), 0u);
+    }
+    EXPECT_GE(faults, 2); // the list of ids grows, and that of names
 }
 } // namespace

@@ -433,3 +433,43 @@ TEST_F(OKTDbObjectIdInPool, EraseObject_Construct_ConstructIdOfThePoolCleared)
     EXPECT_TRUE(pool.constructId().isNull());
     EXPECT_EQ(pool.objectCount(), 1);
 }
+
+namespace
+{
+/// A client's object that holds its own id.
+class SelfAware : public OKTDbRelation
+{
+public:
+    explicit SelfAware(bool &hadNullId) : m_hadNullId(hadNullId) {}
+    ~SelfAware() override { m_hadNullId = m_self.isNull() && m_self.getPool() == nullptr; }
+
+    OKTDbObjectId m_self;
+
+private:
+    bool &m_hadNullId;
+};
+} // namespace
+
+TEST(OKTDbObjectIdOfItsObject, EraseObject_IdIsAMemberOfTheObject_NullBeforeTheObjectGoes)
+{
+    OKTDbPool pool;
+    bool hadNullId = false;
+    auto *const object = new SelfAware(hadNullId);
+    ASSERT_TRUE(pool.appendObject(object));
+    object->m_self = object->objectId();
+    EXPECT_TRUE(object->m_self.eraseObject());
+    EXPECT_TRUE(hadNullId);
+    EXPECT_EQ(pool.objectCount(), 0);
+}
+
+TEST(OKTDbObjectIdOfItsObject, EraseObject_UncachedIdIsAMemberOfTheObject_NullBeforeTheObjectGoes)
+{
+    OKTDbPool pool;
+    bool hadNullId = false;
+    auto *const object = new SelfAware(hadNullId);
+    ASSERT_TRUE(pool.appendObject(object));
+    object->m_self = idWith(object->objectId().getGuid(), &pool);
+    EXPECT_TRUE(object->m_self.eraseObject());
+    EXPECT_TRUE(hadNullId);
+    EXPECT_EQ(pool.objectCount(), 0);
+}

@@ -1069,4 +1069,138 @@ TEST_F(ParameterTest, XmlIn_FrameCutAnywhere_FailsUnlessItLooksLikeAnOlderOne)
         EXPECT_EQ(parameter.Value().dblVal, 1.0);
     }
 }
+
+// --- The overloads of a value ------------------------------------------------------------------------------------------------
+
+TEST_F(ParameterTest, SetValue_NullPointer_NullString)
+{
+    OKTDbParameter parameter;
+    parameter.setValue(2.5, 1);
+    parameter.setValue(nullptr, 3);
+    EXPECT_EQ(parameter.Value().vt, VT_BSTR);
+    EXPECT_EQ(parameter.Value().bstrVal, nullptr);
+    EXPECT_EQ(parameter.ListIndex(), 3);
+}
+
+TEST_F(ParameterTest, SetValue_NullOfEachTextKind_NullString)
+{
+    OKTDbParameter parameter;
+    auto const expectNullString = [&](int listIndex) {
+        EXPECT_EQ(parameter.Value().vt, VT_BSTR) << listIndex;
+        EXPECT_EQ(parameter.Value().bstrVal, nullptr) << listIndex;
+        EXPECT_EQ(parameter.ListIndex(), listIndex);
+        parameter.setValue(2.5, 0);
+    };
+    parameter.setValue(static_cast<char const *>(nullptr), 1);
+    expectNullString(1);
+    parameter.setValue(static_cast<wchar_t const *>(nullptr), 2);
+    expectNullString(2);
+    parameter.setValue(static_cast<char16_t const *>(nullptr), 3);
+    expectNullString(3);
+}
+
+TEST_F(ParameterTest, SetValue_EightBitText_StringAndNoBool)
+{
+    OKTDbParameter parameter;
+    parameter.setValue("abc", 4);
+    EXPECT_EQ(textIn(parameter.Value()), u"abc");
+    EXPECT_EQ(parameter.ListIndex(), 4);
+    char changing[] = "\xC4"
+                      "bc";
+    parameter.setValue(changing, 5);
+    changing[0] = 'x';
+    EXPECT_EQ(textIn(parameter.Value()), u"\u00C4bc");
+    EXPECT_EQ(parameter.ListIndex(), 5);
+    parameter.setValue("", 6);
+    EXPECT_EQ(textIn(parameter.Value()), u"");
+    EXPECT_NE(parameter.Value().bstrVal, nullptr);
+}
+
+/// Counts the calls of the virtual form for an int.
+class IntCounter : public OKTDbParameter
+{
+public:
+    using OKTDbParameter::setValue;
+    void setValue(int const &value, int const &listIndex) override
+    {
+        ++m_calls;
+        OKTDbParameter::setValue(value, listIndex);
+    }
+
+    int m_calls = 0;
+};
+
+TEST_F(ParameterTest, SetValue_Long_LeavesAnOverriddenIntFormAlone)
+{
+    IntCounter parameter;
+    long const value = 0x500000007;
+    parameter.setValue(value, 2);
+    EXPECT_EQ(parameter.m_calls, 0);
+    EXPECT_EQ(parameter.Value().vt, VT_I4);
+    EXPECT_EQ(parameter.Value().lVal, 7); // cut to 32 bits
+    EXPECT_EQ(parameter.ListIndex(), 2);
+    parameter.setValue(-1L, 3);
+    EXPECT_EQ(parameter.Value().lVal, -1);
+    EXPECT_EQ(parameter.m_calls, 0);
+    parameter.setValue(8, 4);
+    EXPECT_EQ(parameter.m_calls, 1);
+    EXPECT_EQ(parameter.Value().lVal, 8);
+}
+
+TEST_F(ParameterTest, SetValue_ParameterHoldsALockedArray_OneReportEachAndTheArrayStays)
+{
+    tagVARIANT array = {};
+    array.vt = VT_ARRAY | VT_R8;
+    array.parray = SafeArrayCreateVector(VT_R8, 0, 2);
+    OKTDbParameter parameter;
+    parameter.setListIndex(9);
+    parameter.setValue(array);
+    VariantClear(&array);
+    SAFEARRAY *const held = parameter.Value().parray;
+    ASSERT_NE(held, nullptr);
+    ASSERT_EQ(SafeArrayLock(held), S_OK);
+
+    tagVARIANT text = {};
+    text.vt = VT_BSTR;
+    text.bstrVal = SysAllocString(u"text");
+    tagVARIANT number = {};
+    number.vt = VT_R8;
+    number.dblVal = 2.5;
+    std::size_t expected = 0;
+    auto const expectKept = [&] {
+        EXPECT_EQ(m_reports.count(), ++expected);
+        EXPECT_EQ(parameter.Value().vt, VT_ARRAY | VT_R8);
+        EXPECT_EQ(parameter.Value().parray, held);
+        EXPECT_EQ(parameter.ListIndex(), 9);
+    };
+    parameter.setValue(1.0, 1);
+    expectKept();
+    parameter.setValue(1, 1);
+    expectKept();
+    parameter.setValue(1L, 1);
+    expectKept();
+    parameter.setValue(true, 1);
+    expectKept();
+    parameter.setValue(L"text", 1);
+    expectKept();
+    parameter.setValue(u"text", 1);
+    expectKept();
+    parameter.setValue("text", 1);
+    expectKept();
+    parameter.setValue(CString(u"text"), 1);
+    expectKept();
+    parameter.setValue(nullptr, 1);
+    expectKept();
+    parameter.setValue(number);
+    expectKept();
+    parameter.setValue(text);
+    expectKept();
+    VariantClear(&text);
+    m_reports.clear();
+
+    EXPECT_EQ(SafeArrayUnlock(held), S_OK);
+    parameter.setValue(2.5, 1);
+    EXPECT_EQ(parameter.Value().vt, VT_R8);
+    EXPECT_EQ(parameter.ListIndex(), 1);
+}
 } // namespace

@@ -717,3 +717,120 @@ TEST(OKTDbPoolClone, Clone_RandomPoolsUntranslated_SameImage)
         ASSERT_EQ(imageOf(copy), imageOf(source));
     }
 }
+
+// --- Caches ------------------------------------------------------------------------------------------------------------------
+
+TEST_F(OKTDbPoolCopy, Clone_TranslationOnThenErase_NoListReachesTheErasedObject)
+{
+    auto *const group = appendTo<OKTDbGroupCategory>(source);
+    group->appendCategory(category->objectId());
+    auto *const relation = appendTo<OKTDbParamRelation>(source);
+    relation->appendParameter(cover->objectId());
+    relation->appendParameter(spacing->objectId());
+    auto const clone = cloned();
+    IdMap const map = clone->MapTranslatedIds();
+    auto *const newCategory = OKTDbCategory::cast(*map.find(category->objectId()));
+    auto *const newGroup = OKTDbGroupCategory::cast(*map.find(group->objectId()));
+    auto *const newRelation = OKTDbParamRelation::cast(*map.find(relation->objectId()));
+    auto *const newCover = OKTDbParameter::cast(*map.find(cover->objectId()));
+    auto *const newSpacing = OKTDbParameter::cast(*map.find(spacing->objectId()));
+    ASSERT_NE(newCategory, nullptr);
+    ASSERT_NE(newGroup, nullptr);
+    ASSERT_NE(newRelation, nullptr);
+    ASSERT_NE(newCover, nullptr);
+    ASSERT_NE(newSpacing, nullptr);
+    OKTDbGroupParameter elements;
+    elements.addElement(newCover->objectId());
+    elements.addElement(newSpacing->objectId());
+    IdArray ids;
+
+    // Every entry is looked up once, as clients do, before its object goes.
+    EXPECT_EQ(newCategory->parameterAt(1).getObject(), newSpacing);
+    EXPECT_EQ(newGroup->categoryAt(0).getObject(), newCategory);
+    EXPECT_EQ(newRelation->parameterAt(1).getObject(), newSpacing);
+    EXPECT_EQ(newCover->TabParams().at(0).getObject(), newSpacing);
+    elements.getAllElements(ids);
+    ASSERT_EQ(ids.getSize(), 2);
+    for (OKTDbObjectId const &id : ids)
+        EXPECT_NE(id.getObject(), nullptr);
+
+    OKTDbObjectId const gone = newSpacing->objectId();
+    OKTDbObjectId id = gone;
+    ASSERT_TRUE(id.eraseObject());
+    EXPECT_EQ(newCategory->parameterAt(1), gone);
+    EXPECT_EQ(newCategory->parameterAt(1).getObject(), nullptr);
+    EXPECT_EQ(newCategory->parameterAt(0).getObject(), newCover);
+    newCategory->getAllParameters(ids);
+    EXPECT_EQ(ids.at(1).getObject(), nullptr);
+    EXPECT_EQ(newRelation->parameterAt(1).getObject(), nullptr);
+    EXPECT_EQ(newRelation->parameterAt(0).getObject(), newCover);
+    newRelation->getAllParameters(ids);
+    EXPECT_EQ(ids.at(1).getObject(), nullptr);
+    EXPECT_EQ(newCover->TabParams().at(0).getObject(), nullptr);
+    EXPECT_EQ(newCover->TabParams().at(2).getObject(), nullptr);
+    elements.getAllElements(ids);
+    ASSERT_EQ(ids.getSize(), 2);
+    for (OKTDbObjectId const &element : ids)
+        EXPECT_EQ(element.getObject(), element == gone ? nullptr : newCover);
+
+    id = newCategory->objectId();
+    ASSERT_TRUE(id.eraseObject());
+    EXPECT_EQ(newGroup->categoryAt(0).getObject(), nullptr);
+    newGroup->getAllCategories(ids);
+    EXPECT_EQ(ids.at(0).getObject(), nullptr);
+}
+
+TEST(OKTDbPoolMap, LoadFiler_ValuesOfTheMapCarryCaches_NoListKeepsThem)
+{
+    OKTDbPool target;
+    auto *const parameter = appendTo<OKTDbParameter>(target);
+    auto *const category = appendTo<OKTDbCategory>(target);
+    ASSERT_EQ(parameter->objectId().getObject(), parameter); // the ids carry their objects
+    ASSERT_EQ(category->objectId().getObject(), category);
+
+    OKTDbPool source;
+    OKTDbObjectId const oldParameter = newId();
+    OKTDbObjectId const oldCategory = newId();
+    auto *const list = appendTo<OKTDbCategory>(source);
+    list->appendParameter(oldParameter);
+    auto *const group = appendTo<OKTDbGroupCategory>(source);
+    group->appendCategory(oldCategory);
+    auto *const relation = appendTo<OKTDbParamRelation>(source);
+    relation->appendParameter(oldParameter);
+    auto *const holder = appendTo<OKTDbParameter>(source);
+    IdArray params;
+    params.append(oldParameter);
+    holder->setTabParams(params);
+
+    IdMap map;
+    map[oldParameter] = parameter->objectId();
+    map[oldCategory] = category->objectId();
+    target.setMapTranslatedIds(map);
+    target.setBoolTranslatedIds(true);
+    ASSERT_TRUE(target.loadFiler(imageOf(source)));
+    auto const read = [&](OKTDbObject const *object) {
+        OKTDbObject *found = nullptr;
+        EXPECT_TRUE(target.findObject(object->objectId(), found));
+        return found;
+    };
+    auto const *const readList = OKTDbCategory::cast(read(list));
+    auto const *const readGroup = OKTDbGroupCategory::cast(read(group));
+    auto const *const readRelation = OKTDbParamRelation::cast(read(relation));
+    auto const *const readHolder = OKTDbParameter::cast(read(holder));
+    ASSERT_TRUE(readList != nullptr && readGroup != nullptr && readRelation != nullptr && readHolder != nullptr);
+    EXPECT_EQ(readList->parameterAt(0).getObject(), parameter);
+    EXPECT_EQ(readGroup->categoryAt(0).getObject(), category);
+    EXPECT_EQ(readRelation->parameterAt(0).getObject(), parameter);
+    EXPECT_EQ(readHolder->TabParams().at(0).getObject(), parameter);
+
+    OKTDbObjectId id = parameter->objectId();
+    OKTDbObjectId const gone = id;
+    ASSERT_TRUE(id.eraseObject());
+    id = category->objectId();
+    ASSERT_TRUE(id.eraseObject());
+    EXPECT_EQ(readList->parameterAt(0), gone);
+    EXPECT_EQ(readList->parameterAt(0).getObject(), nullptr);
+    EXPECT_EQ(readGroup->categoryAt(0).getObject(), nullptr);
+    EXPECT_EQ(readRelation->parameterAt(0).getObject(), nullptr);
+    EXPECT_EQ(readHolder->TabParams().at(0).getObject(), nullptr);
+}

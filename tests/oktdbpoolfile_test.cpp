@@ -12,7 +12,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <thread>
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -1533,5 +1535,278 @@ TEST_F(PoolFileTest, ResetObject_ObjectThatCannotBeRead_FalseAndItsIdIsTheOneOfT
     EXPECT_FALSE(pool.resetObject(id));
     EXPECT_TRUE(faulty->objectId().isNull());
     EXPECT_EQ(object(pool, textOf(id).c_str()), faulty);
+}
+
+// --- Pools that change while they are saved ----------------------------------------------------------------------------------
+
+/// An object of a client that does something to its pool when it is written. It comes back as a plain relation.
+class ChangingObject : public OKTDbRelation
+{
+public:
+    FilerStatusDb xmlOut(OKTFiler *filer) const override
+    {
+        m_change();
+        return OKTDbRelation::xmlOut(filer);
+    }
+
+    std::function<void()> m_change = [] {};
+};
+
+/// Saves a pool of a construct, a changing object and two pictures, and checks the image.
+class PoolChangedBySaving : public PoolFileTest
+{
+protected:
+    PoolChangedBySaving()
+    {
+        m_pool.setPoolName(u"a name of some length");
+        m_pool.setMetricsFactor(2.5);
+        auto *const construct = new ClientConstruct;
+        construct->m_number = 77;
+        construct->m_text = u"the construct";
+        EXPECT_TRUE(m_pool.appendObject(construct));
+        EXPECT_TRUE(m_pool.appendObject(m_object));
+        for (int const byte : {1, 2})
+        {
+            auto *const picture = new OKTDbPicture;
+            picture->setPictureData(bytesOf({byte}));
+            EXPECT_TRUE(m_pool.appendObject(picture));
+        }
+    }
+
+    /// Expects this name and as many pictures in an image that is whole.
+    void expectImage(CString const &name, int pictures)
+    {
+        CByteArray const image = save(m_pool);
+        int const objectsStart = 5 + headerSize(image);
+        ASSERT_LT(objectsStart, image.GetSize());
+        EXPECT_EQ(image.GetAt(objectsStart - 1), 7); // the end of the header's frame
+        EXPECT_EQ(image.GetAt(objectsStart), 6);     // the start of the first object's
+
+        OKTDbPool loaded;
+        ASSERT_TRUE(loaded.loadFiler(image));
+        EXPECT_EQ(ids(loaded), ids(m_pool));
+        EXPECT_EQ(loaded.objectId(), m_pool.objectId());
+        EXPECT_EQ(loaded.poolName(), name);
+        EXPECT_EQ(loaded.metricsFactor(), 2.5);
+        EXPECT_EQ(loaded.constructId(), m_pool.constructId());
+        EXPECT_EQ(texts(loaded.picturesId()), texts(m_pool.picturesId()));
+        EXPECT_EQ(loaded.picturesId().getSize(), pictures);
+        auto const *const construct = ClientConstruct::cast(loaded.constructId());
+        ASSERT_NE(construct, nullptr);
+        EXPECT_EQ(construct->m_number, 77);
+        EXPECT_EQ(construct->m_text, u"the construct");
+        EXPECT_NE(OKTDbRelation::cast(object(loaded, textOf(m_object->objectId()).c_str())), nullptr);
+
+        // The places count from where the objects begin now.
+        OKTMemoryFiler filer;
+        filer.readInPlace(image);
+        int length = 0;
+        OKTDbPool header;
+        OKTDbPool::InfoMap info;
+        ASSERT_TRUE(filer.readInt(CString(), length));
+        ASSERT_EQ(header.xmlIn(&filer, info), eFilerOk);
+        OKTDbPool::_ObjectInfo const *const place = info.find(m_pool.constructId());
+        ASSERT_NE(place, nullptr);
+        EXPECT_EQ(stretch(image, objectsStart + place->nObjectPosition, place->nObjectSize),
+                  clientFrame("OKTDbConstruct", textOf(m_pool.constructId()), 77, u"the construct").bytes());
+    }
+
+    OKTDbPool m_pool;
+    ChangingObject *m_object = new ChangingObject;
+};
+
+TEST_F(PoolChangedBySaving, SaveFiler_NothingChanged_TheImage) { expectImage(u"a name of some length", 2); }
+
+TEST_F(PoolChangedBySaving, SaveFiler_LongerName_TheImageIsWholeWithTheNewName)
+{
+    CString const longer = u"a name that is a good deal longer than the one that the pool had when the saving of it began";
+    m_object->m_change = [&] { m_pool.setPoolName(longer); };
+    expectImage(longer, 2);
+}
+
+TEST_F(PoolChangedBySaving, SaveFiler_ShorterName_TheImageIsWholeWithTheNewName)
+{
+    m_object->m_change = [&] { m_pool.setPoolName(u"short"); };
+    expectImage(u"short", 2);
+}
+
+TEST_F(PoolChangedBySaving, SaveFiler_PictureIdAdded_TheImageIsWholeWithTheId)
+{
+    m_object->m_change = [&] {
+        IdArray pictures = m_pool.picturesId();
+        if (pictures.getSize() == 2)
+            pictures.append(idOf(k5));
+        m_pool.setPicturesIds(pictures);
+    };
+    expectImage(u"a name of some length", 3);
+}
+
+TEST_F(PoolChangedBySaving, SaveFiler_PictureIdsGone_TheImageIsWholeWithoutThem)
+{
+    m_object->m_change = [&] {
+        m_pool.setPoolName(CString());
+        m_pool.setPicturesIds({});
+    };
+    // Pictures that are read enter the list again.
+    CByteArray const image = save(m_pool);
+    OKTDbPool loaded;
+    EXPECT_TRUE(loaded.loadFiler(image));
+    EXPECT_EQ(ids(loaded), ids(m_pool));
+    EXPECT_TRUE(loaded.poolName().IsEmpty());
+    EXPECT_EQ(loaded.picturesId().getSize(), 2);
+}
+
+TEST_F(PoolChangedBySaving, WriteFile_LongerName_TheFileIsWhole)
+{
+    m_object->m_change = [&] { m_pool.setPoolName(u"a name that is longer than the one that the pool had before"); };
+    CString const path = m_folder.path("changed.okt");
+    ASSERT_TRUE(m_pool.writeFile(path));
+    OKTDbPool loaded;
+    EXPECT_TRUE(loaded.readFile(path));
+    EXPECT_EQ(loaded.poolName(), u"a name that is longer than the one that the pool had before");
+    EXPECT_EQ(ids(loaded), ids(m_pool));
+}
+
+// --- The end of a thread -----------------------------------------------------------------------------------------------------
+
+/// Saves a pool when its thread ends.
+class LastSave
+{
+public:
+    ~LastSave()
+    {
+        IdMap translated;
+        EXPECT_TRUE(m_pool->saveFiler(*m_image, translated));
+    }
+    void keep(OKTDbPool const &pool, CByteArray &image)
+    {
+        m_pool = &pool;
+        m_image = &image;
+    }
+
+private:
+    OKTDbPool const *m_pool = nullptr;
+    CByteArray *m_image = nullptr;
+};
+
+TEST_F(PoolFileTest, SaveFiler_WhenTheThreadEndsBehindTheLibrarysOwnTexts_SameImage)
+{
+    OKTDbPool pool;
+    fill(pool);
+    for (int i = 0; i < 10; ++i)
+    {
+        auto *const parameter = new OKTDbParameter(6, pool.objectId());
+        parameter->setValue(2.5, i);
+        parameter->setTabParams(listOf({k1, k2, k3})); // a list, whose members are named
+        ASSERT_TRUE(pool.appendObject(parameter));
+    }
+    CByteArray first;
+    CByteArray last;
+    std::thread([&] {
+        thread_local LastSave atTheEnd; // made first, so it ends last
+        atTheEnd.keep(pool, last);
+        first = save(pool);
+    }).join();
+    EXPECT_GT(first.GetSize(), 0);
+    EXPECT_EQ(last, first);
+}
+
+// --- Presenters that throw ---------------------------------------------------------------------------------------------------
+
+/// While one lives, showing a warning throws.
+class ThrowingPresenter
+{
+public:
+    ThrowingPresenter()
+    {
+        OktSetWarningPresenter([](CString const &) { throw std::runtime_error("the presenter fails"); });
+    }
+
+private:
+    ReportCatcher m_inner; // whose end gives the place back to the catcher around it
+};
+
+double factorIn(CByteArray const &image)
+{
+    OKTDbPool pool;
+    EXPECT_TRUE(pool.loadFiler(image));
+    return pool.metricsFactor();
+}
+
+TEST_F(PoolFileTest, WriteFile_PresenterThrows_ALaterImageCarriesTheRealFactor_Quirk17)
+{
+    OKTDbPool pool;
+    pool.setMetricsFactor(2.5);
+    ASSERT_TRUE(pool.appendObject(new ClientFaulty));
+    CString const path = m_folder.path("pool.okt");
+    {
+        ThrowingPresenter const presenter;
+        ClientFaulty::s_throwsInWrite = true;
+        EXPECT_THROW(pool.writeFile(path), std::runtime_error);
+        ClientFaulty::s_throwsInWrite = false;
+    }
+    EXPECT_FALSE(fileExists(path));
+    EXPECT_EQ(factorIn(save(pool)), 2.5);
+    EXPECT_TRUE(pool.writeFile(path));
+    EXPECT_EQ(factorIn(contentsOf(path)), 1.0);
+    EXPECT_EQ(factorIn(save(pool)), 2.5);
+}
+
+TEST_F(PoolFileTest, ReadFile_PresenterThrows_ALaterImageBringsItsFactorAndCarriesThePools_Quirk17)
+{
+    OKTDbPool source;
+    source.setMetricsFactor(2.5);
+    ASSERT_TRUE(source.appendObject(new ClientFaulty));
+    CString const path = m_folder.path("pool.okt");
+    ASSERT_TRUE(source.writeFile(path));
+    CByteArray const image = save(source);
+
+    OKTDbPool pool;
+    pool.setMetricsFactor(7.0);
+    {
+        ExpectedLeak const lostObject; // quirk 18
+        ThrowingPresenter const presenter;
+        ClientFaulty::s_throwsInRead = true;
+        EXPECT_THROW(pool.readFile(path), std::runtime_error);
+        ClientFaulty::s_throwsInRead = false;
+    }
+    EXPECT_EQ(pool.metricsFactor(), 7.0);
+    EXPECT_EQ(factorIn(save(pool)), 7.0);
+    EXPECT_TRUE(pool.loadFiler(image));
+    EXPECT_EQ(pool.metricsFactor(), 2.5);
+}
+
+// --- Many pictures -----------------------------------------------------------------------------------------------------------
+
+TEST_F(PoolFileTest, ManyPictureIds_SavedAndLoaded_SameListAndSameImage)
+{
+    constexpr int kCount = 50000;
+    IdArray pictures;
+    for (int i = 0; i < kCount; ++i)
+    {
+        OKTDbObjectId id;
+        // Neither in the order of the bytes nor against it.
+        id.setGuid({static_cast<std::uint32_t>(i) * 2654435761u, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}});
+        pictures.append(id);
+    }
+    OKTDbPool pool;
+    auto *const picture = new OKTDbPicture;
+    picture->setPictureData(bytesOf({1, 2, 3}));
+    ASSERT_TRUE(pool.appendObject(picture));
+    pictures.append(picture->objectId());
+    pool.setPicturesIds(pictures);
+
+    CByteArray const image = save(pool);
+    OKTDbPool loaded;
+    ASSERT_TRUE(loaded.loadFiler(image));
+    ASSERT_EQ(loaded.picturesId().getSize(), kCount + 1); // the one that was read stands there once
+    EXPECT_EQ(loaded.objectCount(), 1);
+    IdArray const back = loaded.picturesId();
+    EXPECT_TRUE(std::equal(back.begin(), back.end(), pictures.begin()));
+    EXPECT_EQ(save(loaded), image);
+
+    OKTDbObjectId id = back.at(kCount);
+    ASSERT_TRUE(id.eraseObject());
+    EXPECT_EQ(loaded.picturesId().getSize(), kCount);
 }
 } // namespace

@@ -478,3 +478,29 @@ TEST(OKTFiler, XmlInVariant_NullFiler_Status3AndTheKindIsNull)
     EXPECT_EQ(value.vt, VT_NULL);
     EXPECT_EQ(value.lVal, 5);
 }
+
+TEST(OKTFiler, IsReadingStalled_FilerThatNeverTells_False)
+{
+    ScriptedFiler filer;
+    CString text;
+    filer.failAt("readString", 1);
+    EXPECT_FALSE(filer.readString(u"s", text));
+    EXPECT_FALSE(filer.isReadingStalled());
+}
+
+TEST(OKTFiler, IsReadingStalled_OtherReads_LeaveIt)
+{
+    OKTMemoryFiler filer;
+    filer.loadFiler(hex("00 01 04 01 00 41 00 07"));
+    CString text;
+    EXPECT_FALSE(filer.readString(u"s", text));
+    EXPECT_TRUE(filer.isReadingStalled());
+    bool value = false;
+    EXPECT_TRUE(filer.readBool(u"b", value));
+    EXPECT_TRUE(filer.isReadingStalled()); // it is about the last string
+    EXPECT_TRUE(filer.readString(u"s", text));
+    EXPECT_FALSE(filer.isReadingStalled());
+    int number = 0;
+    EXPECT_FALSE(filer.readInt(u"n", number));
+    EXPECT_FALSE(filer.isReadingStalled());
+}

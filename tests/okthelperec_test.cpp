@@ -208,3 +208,21 @@ TEST(OKTHelperEC, Compare_RandomSets_AsTheMaps)
         ASSERT_EQ(sets[0] <= sets[1] && sets[1] <= sets[0], sets[0] == sets[1]);
     }
 }
+
+namespace
+{
+int charactersOf(OKTHelperEC const &set) { return set.getECasMap().getSize(); }
+} // namespace
+
+TEST(OKTHelperEC, Convert_FromAText_Implicit)
+{
+    static_assert(std::is_convertible_v<CString, OKTHelperEC>);
+    CString const text(u"AAB");
+    EXPECT_EQ(charactersOf(text), 2);
+    OKTHelperEC set = text;
+    EXPECT_THAT(entries(set), ElementsAre(std::pair(L'A', 2), std::pair(L'B', 1)));
+    set = CString(u"C");
+    EXPECT_THAT(entries(set), ElementsAre(std::pair(L'C', 1)));
+    EXPECT_TRUE(set == CString(u"C"));
+    EXPECT_TRUE(set <= CString(u"CD"));
+}

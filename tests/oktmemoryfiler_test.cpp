@@ -928,3 +928,47 @@ TEST(OKTMemoryFiler, ReadNextObjectClass_NameWithNonAsciiLetters_InTheCodePage)
     EXPECT_TRUE(reader.filer.readNextObjectClass(className));
     EXPECT_EQ(className, CString(u"鉄筋"));
 }
+
+// --- Writing while bytes are read in place -----------------------------------------------------------------------------------
+
+TEST(OKTMemoryFiler, Write_AfterReadInPlace_FalseAndTheSourceUnchanged)
+{
+    CByteArray const source = hex("01 34 12 07");
+    CByteArray const before(source);
+    OKTMemoryFiler filer;
+    filer.readInPlace(source);
+    for (bool const isWriting : {false, true})
+    {
+        filer.setInternalIsWriteEnabled(isWriting);
+        EXPECT_FALSE(filer.writeInt(u"n", 5));
+        EXPECT_FALSE(filer.writeBool(u"n", true));
+        EXPECT_FALSE(filer.writeShort(u"n", short{5}));
+        EXPECT_FALSE(filer.writeDouble(u"n", 5.0));
+        EXPECT_FALSE(filer.writeString(u"n", u"text"));
+        EXPECT_FALSE(filer.writeByteArray(u"n", source));
+        EXPECT_FALSE(filer.beginWriteClass(u"Object", u"Class", 1));
+        EXPECT_FALSE(filer.endWriteClass());
+        EXPECT_FALSE(filer.beginWriteMembers(1));
+        EXPECT_FALSE(filer.endWriteMembers());
+        EXPECT_FALSE(filer.writeObjectId(u"id", OKTDbObjectId::kNull));
+        EXPECT_FALSE(filer.writePoint3d(u"pnt", OKTGeXYZ(1.0, 2.0, 3.0)));
+        EXPECT_EQ(filer.GetFilerLength(), 4);
+    }
+    EXPECT_EQ(source, before);
+    filer.setInternalIsWriteEnabled(false);
+    unsigned short value = 0;
+    EXPECT_TRUE(filer.readShort(u"n", value)); // and it reads on
+    EXPECT_EQ(value, 0x1234);
+}
+
+TEST(OKTMemoryFiler, Write_BytesLoadedAfterReadInPlace_Appended)
+{
+    CByteArray const source = hex("01 34 12 07");
+    OKTMemoryFiler filer;
+    filer.readInPlace(source);
+    ASSERT_TRUE(filer.loadFiler(hex("00 01")));
+    filer.setInternalIsWriteEnabled(true);
+    EXPECT_TRUE(filer.writeBool(u"b", false));
+    EXPECT_EQ(written(filer), hex("00 01 00 00"));
+    EXPECT_EQ(source, hex("01 34 12 07"));
+}

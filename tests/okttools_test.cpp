@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -257,6 +258,56 @@ TEST(OKTTools, ConvertVariantToBYTEArray_EmptyArray_OneReportAndSizeZeroAndArray
     ASSERT_EQ(reports.count(), 1u);
     EXPECT_THAT(reports.texts()[0], ::testing::MatchesRegex("\n\\\\okttools@[0-9]+"));
     EXPECT_EQ(VariantClear(&array.value), DISP_E_ARRAYISLOCKED);
+    EXPECT_EQ(SafeArrayUnlock(array.value.parray), S_OK);
+}
+
+TEST(OKTTools, ConvertVariantToBYTEArray_ArrayByReference_TheBytesOfTheArray)
+{
+    ArrayVariant array(VT_UI1, 0, 3);
+    array.fill({10, 20, 30});
+    tagVARIANT reference{};
+    reference.vt = VT_BYREF | VT_ARRAY | VT_UI1;
+    reference.byref = &array.value.parray;
+    EXPECT_EQ(bytesOf(reference), (Bytes{10, 20, 30}));
+    EXPECT_EQ(array.value.parray->cLocks, 0u);
+    EXPECT_EQ(reference.byref, &array.value.parray);
+}
+
+TEST(OKTTools, ConvertVariantToBYTEArray_NullReferences_FalseAndOutputsUnchanged)
+{
+    tagVARIANT reference{};
+    reference.vt = VT_BYREF | VT_ARRAY | VT_UI1;
+    expectRefused(reference);
+    SAFEARRAY *nothing = nullptr;
+    reference.byref = &nothing;
+    expectRefused(reference);
+}
+
+TEST(OKTTools, ConvertVariantToBYTEArray_OutermostLowerBounds_NothingOutsideTheDataIsRead_Quirk69)
+{
+    ArrayVariant lowest(VT_UI1, std::numeric_limits<LONG>::min(), 3);
+    lowest.fill({10, 20, 30});
+    EXPECT_EQ(bytesOf(lowest.value), (Bytes{0, 0, 0}));
+    ArrayVariant highest(VT_UI1, std::numeric_limits<LONG>::max(), 1);
+    highest.fill({10});
+    EXPECT_EQ(bytesOf(highest.value), (Bytes{0}));
+    ArrayVariant across(VT_I4, -2, 4);
+    across.fill({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
+    EXPECT_EQ(bytesOf(across.value), (Bytes{0, 0, 1, 2}));
+}
+
+TEST(OKTTools, ConvertVariantToBYTEArray_MoreElementsThanASizeCanTell_OneReportAndNoBytes_Quirk70)
+{
+    ArrayVariant array(VT_UI1, std::numeric_limits<LONG>::min(), 0x80000000u);
+    ASSERT_NE(array.value.parray, nullptr); // memory that nobody touches
+    unsigned char stays = 0;
+    unsigned char *bytes = &stays;
+    int size = 77;
+    ReportCatcher reports;
+    EXPECT_FALSE(OKTTools::ConvertVariantToBYTEArray(&array.value, bytes, size));
+    EXPECT_EQ(bytes, &stays);
+    EXPECT_EQ(reports.count(), 1u);
+    EXPECT_EQ(array.value.parray->cLocks, 1u);
     EXPECT_EQ(SafeArrayUnlock(array.value.parray), S_OK);
 }
 

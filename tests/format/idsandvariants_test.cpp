@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <limits>
 
 // The forms that ids, lists of ids and variants have in every filer: their bytes, their member names, and what becomes of
@@ -1061,4 +1062,44 @@ TEST(TranslatedIds, SaveMap_MixedEntries_OnlyThoseWithValidKeyAndAValue)
     EXPECT_EQ(textOf(*map.find(good)), kSome);
     EXPECT_EQ(textOf(*map.find(already)), kSome);
     EXPECT_EQ(*map.find(kept), kept);
+}
+
+// --- Kinds from a stream that would own memory -------------------------------------------------------------------------------
+
+TEST(VariantForm, ReadVariant_EveryKindWithoutAForm_NoPointerIsLeftBehind_Quirk40)
+{
+    unsigned char const zero[16] = {};
+    int kinds = 0;
+    for (int kind = 0; kind <= 0xFFFF; ++kind)
+    {
+        if (kind == VT_I2 || kind == VT_I4 || kind == VT_R4 || kind == VT_R8 || kind == VT_BSTR || kind == VT_BOOL)
+            continue;
+        ++kinds;
+        ScriptedFiler filer;
+        filer.giveLong(kind);
+        tagVARIANT value;
+        std::memset(&value, 0xCC, sizeof value);
+        ASSERT_EQ(ScriptedFiler::xmlInVariant(u"v", value, &filer), eFilerMemberFailed) << kind;
+        ASSERT_EQ(value.vt, kind);
+        static_assert(sizeof value.record == sizeof zero);
+        ASSERT_EQ(std::memcmp(&value.record, zero, sizeof zero), 0) << kind;
+        VariantClear(&value); // frees nothing that the stream named
+    }
+    EXPECT_EQ(kinds, 65536 - 6);
+}
+
+TEST(VariantForm, ReadVariant_KindsBeyondSixteenBits_CutAndNoPointerIsLeftBehind)
+{
+    unsigned char const zero[16] = {};
+    for (long const kind : {0x12000L, 0x7FFF2011L, -1L, -0x7FFFDFF8L})
+    {
+        ScriptedFiler filer;
+        filer.giveLong(kind);
+        tagVARIANT value;
+        std::memset(&value, 0xCC, sizeof value);
+        EXPECT_EQ(ScriptedFiler::xmlInVariant(u"v", value, &filer), eFilerMemberFailed) << kind;
+        EXPECT_EQ(value.vt, kind & 0xFFFF);
+        EXPECT_EQ(std::memcmp(&value.record, zero, sizeof zero), 0) << kind;
+        VariantClear(&value);
+    }
 }

@@ -75,7 +75,7 @@ TEST_F(OktShow, Show_Stirrup_HeaderTreeRelationsPicturesSizes)
     expectLine(result, "        uses Spacing A, Spacing B");
     expectLine(result, "  OKTDbParamRelation {8B87DAE8-0AB5-41BD-BC6D-1853113361DB}");
     expectLine(result, "    Diameter, Hook length 1, Bending radius");
-    expectLine(result, "  {727EC297-1483-468D-812D-A07952424387}, image of 1399 bytes");
+    expectLine(result, "  0: {727EC297-1483-468D-812D-A07952424387}, image of 1399 bytes, no known format");
     expectLine(result, "    camera (1250, -800, 950.5), target (0, 0, 120.25), up (0, 0, 1)");
     expectLine(result, "Objects: 21 read, 21 in the file");
     expectPart(result, "  OKTDbParameter      15 ");

@@ -9,6 +9,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 /// What became of a second process.
@@ -27,7 +28,7 @@ enum class ProcessOutput
     Closed, ///< nowhere: the process begins without the stream
 };
 
-/// For runOkt: files may grow without limit.
+/// For runProgram: files may grow without limit.
 inline constexpr long kNoLimit = -1;
 
 inline std::string contentsOfStream(std::FILE *file)
@@ -40,10 +41,10 @@ inline std::string contentsOfStream(std::FILE *file)
     return text;
 }
 
-/// Runs `okt` with these arguments and waits for its end. A write that would make a file larger than `largestFile` bytes fails,
-/// as on a full disk.
-inline ProcessResult runOkt(std::vector<std::string> arguments, ProcessOutput output = ProcessOutput::Kept,
-                            long largestFile = kNoLimit)
+/// Runs a program with these arguments and waits for its end. A write that would make a file larger than `largestFile` bytes
+/// fails, as on a full disk.
+inline ProcessResult runProgram(std::string const &program, std::vector<std::string> arguments,
+                                ProcessOutput output = ProcessOutput::Kept, long largestFile = kNoLimit)
 {
     std::FILE *const out = std::tmpfile();
     std::FILE *const err = std::tmpfile();
@@ -52,7 +53,7 @@ inline ProcessResult runOkt(std::vector<std::string> arguments, ProcessOutput ou
         ADD_FAILURE() << "no temporary file";
         return {};
     }
-    arguments.insert(arguments.begin(), OKT_EXE);
+    arguments.insert(arguments.begin(), program);
     std::vector<char *> argv;
     for (std::string &argument : arguments)
         argv.push_back(argument.data());
@@ -72,7 +73,7 @@ inline ProcessResult runOkt(std::vector<std::string> arguments, ProcessOutput ou
             setrlimit(RLIMIT_FSIZE, &limit);
             signal(SIGXFSZ, SIG_IGN);
         }
-        execv(OKT_EXE, argv.data());
+        execv(program.c_str(), argv.data());
         _exit(127);
     }
     int status = 0;
@@ -85,3 +86,12 @@ inline ProcessResult runOkt(std::vector<std::string> arguments, ProcessOutput ou
     std::fclose(err);
     return result;
 }
+
+#if defined(OKT_EXE)
+/// The same for `okt`.
+inline ProcessResult runOkt(std::vector<std::string> arguments, ProcessOutput output = ProcessOutput::Kept,
+                            long largestFile = kNoLimit)
+{
+    return runProgram(OKT_EXE, std::move(arguments), output, largestFile);
+}
+#endif

@@ -749,3 +749,185 @@ TEST(CString, AllocSysString_KeepsZeroUnits)
     EXPECT_EQ(SysStringLen(empty), 0u);
     SysFreeString(empty);
 }
+
+// --- Arrays, characters, ownership -------------------------------------------------------------------------------------------
+
+namespace
+{
+char16_t g_changingUnits[] = u"changing";
+wchar_t g_changingWide[] = L"changing";
+char16_t g_unsetUnits[8];
+constexpr char16_t kConstantUnits[] = u"a constant array that is long enough for any small buffer";
+constexpr wchar_t kConstantWide[] = L"a constant array that is long enough for any small buffer";
+
+template <typename C, std::size_t N> CString madeOf(C const (&array)[N]) { return CString(array); }
+} // namespace
+
+TEST(CString, MutableStaticArray_ThroughAConstantReference_IsCopied)
+{
+    static char16_t localUnits[] = u"changing";
+    static wchar_t localWide[] = L"changing";
+    CString const units = madeOf(g_changingUnits);
+    CString const wide = madeOf(g_changingWide);
+    CString const unset = madeOf(g_unsetUnits);
+    CString const local = madeOf(localUnits);
+    CString const wideLocal = madeOf(localWide);
+    g_changingUnits[0] = u'C';
+    g_changingWide[0] = L'C';
+    g_unsetUnits[0] = u'C';
+    localUnits[0] = u'C';
+    localWide[0] = L'C';
+    EXPECT_EQ(units, u"changing");
+    EXPECT_EQ(wide, u"changing");
+    EXPECT_TRUE(unset.IsEmpty());
+    EXPECT_EQ(local, u"changing");
+    EXPECT_EQ(wideLocal, u"changing");
+    g_changingUnits[0] = u'c';
+    g_changingWide[0] = L'c';
+    g_unsetUnits[0] = 0;
+    localUnits[0] = u'c';
+    localWide[0] = L'c';
+}
+
+TEST(CString, ConstantArray_IsWrappedWithoutAnAllocation)
+{
+    static constexpr char16_t kLocal[] = u"a constant array of a function, long enough for any small buffer";
+    AllocationCount const allocations;
+    CString const units(kConstantUnits);
+    CString const wide(kConstantWide);
+    CString const local(kLocal);
+    CString const passed = madeOf(kConstantUnits);
+    EXPECT_EQ(units.GetLength(), 57);
+    EXPECT_EQ(units.GetString(), static_cast<char16_t const *>(kConstantUnits));
+    EXPECT_EQ(passed.GetString(), static_cast<char16_t const *>(kConstantUnits));
+    EXPECT_EQ(local.GetString(), static_cast<char16_t const *>(kLocal));
+    EXPECT_EQ(allocations.count(), 0u);
+    EXPECT_EQ(wide, units);
+}
+
+TEST(CString, Find_CharactersOfEveryWidth)
+{
+    CString const text(u"a/b/\u00E9");
+    EXPECT_EQ(text.Find(u'/'), 1);
+    EXPECT_EQ(text.Find(L'/'), 1);
+    EXPECT_EQ(text.Find('/'), 1);
+    EXPECT_EQ(text.Find(u'/', 2), 3);
+    EXPECT_EQ(text.Find(L'/', 2), 3);
+    EXPECT_EQ(text.Find('/', 2), 3);
+    EXPECT_EQ(text.Find('/', 4), -1);
+    EXPECT_EQ(text.Find(L'\u00E9'), 4);
+    EXPECT_EQ(text.Find('\xE9'), 4); // by the code page, and no negative number
+    EXPECT_EQ(text.ReverseFind(u'/'), 3);
+    EXPECT_EQ(text.ReverseFind(L'/'), 3);
+    EXPECT_EQ(text.ReverseFind('/'), 3);
+    EXPECT_EQ(text.ReverseFind('\xE9'), 4);
+    EXPECT_EQ(text.ReverseFind('x'), -1);
+    EXPECT_EQ(text.ReverseFind(u"/b"), 1);
+    EXPECT_EQ(text.ReverseFind(L"a"), 0);
+    EXPECT_EQ(text.ReverseFind(CString(u"ab")), -1);
+    EXPECT_EQ(CString().ReverseFind('a'), -1);
+#if !defined(_WIN32)
+    EXPECT_EQ(CString(u"\U0001F600x\U0001F600").ReverseFind(L'\U0001F600'), 3);
+    EXPECT_EQ(CString(kHighAlone).Find(L'\U00010000'), -1); // half of it alone
+#endif
+}
+
+TEST(CString, Trim_CharactersOfEveryWidth)
+{
+    EXPECT_EQ(CString(u"--a-").TrimLeft(u'-'), u"a-");
+    EXPECT_EQ(CString(u"--a-").TrimLeft(L'-'), u"a-");
+    EXPECT_EQ(CString(u"--a-").TrimLeft('-'), u"a-");
+    EXPECT_EQ(CString(u"-a--").TrimRight(u'-'), u"-a");
+    EXPECT_EQ(CString(u"-a--").TrimRight(L'-'), u"-a");
+    EXPECT_EQ(CString(u"-a--").TrimRight('-'), u"-a");
+    EXPECT_EQ(CString(u"\u00E9a\u00E9").TrimLeft('\xE9').TrimRight('\xE9'), u"a");
+    EXPECT_EQ(CString(u"---").TrimLeft('-'), u"");
+    EXPECT_EQ(CString(u"---").TrimRight(L'-'), u"");
+}
+
+TEST(CString, Replace_CharactersOfEveryWidth)
+{
+    CString text(u"1,5;2,5");
+    EXPECT_EQ(text.Replace(u',', u'.'), 2);
+    EXPECT_EQ(text, u"1.5;2.5");
+    EXPECT_EQ(text.Replace(L'.', L','), 2);
+    EXPECT_EQ(text, u"1,5;2,5");
+    EXPECT_EQ(text.Replace(',', '.'), 2);
+    EXPECT_EQ(text, u"1.5;2.5");
+    EXPECT_EQ(text.Replace(';', '\xE9'), 1);
+    EXPECT_EQ(text, u"1.5\u00E9"
+                    u"2.5");
+    EXPECT_EQ(text.Replace('x', 'y'), 0);
+#if !defined(_WIN32)
+    EXPECT_EQ(text.Replace(L'\u00E9', L'\U0001F600'), 1);
+    EXPECT_EQ(text, u"1.5\U0001F600"
+                    u"2.5");
+#endif
+}
+
+TEST(CString, AppendAndJoin_CharactersOfEveryWidth)
+{
+    CString text(u"a");
+    text += u'b';
+    text += L'c';
+    text += 'd';
+    text += '\x80';
+    EXPECT_EQ(text, u"abcd\u20AC");
+    CString const middle(u"-");
+    EXPECT_EQ(middle + u'x', u"-x");
+    EXPECT_EQ(middle + L'x', u"-x");
+    EXPECT_EQ(middle + 'x', u"-x");
+    EXPECT_EQ(u'x' + middle, u"x-");
+    EXPECT_EQ(L'x' + middle, u"x-");
+    EXPECT_EQ('x' + middle, u"x-");
+    EXPECT_EQ(middle + '\xE9', u"-\u00E9");
+    EXPECT_EQ('\xE9' + middle, u"\u00E9-");
+    EXPECT_EQ(middle, u"-");
+    CString none;
+    none += '\0';
+    EXPECT_EQ((CString(u"a") + u'\0').GetLength(), 2); // a zero unit is a unit
+#if !defined(_WIN32)
+    EXPECT_EQ(middle + L'\U0001F600' + middle, u"-\U0001F600-");
+#endif
+}
+
+TEST(CString, Owned_Literal_BufferOfItsOwn)
+{
+    for (CString const &literal : {CString(u"a name"), CString(L"a name")})
+    {
+        CString const owned = literal.Owned();
+        EXPECT_EQ(owned, u"a name");
+        EXPECT_NE(static_cast<void const *>(owned.GetString()), static_cast<void const *>(&u"a name"[0]));
+        EXPECT_EQ(literal, u"a name");
+    }
+    CString const units(kConstantUnits);
+    EXPECT_EQ(units.GetString(), static_cast<char16_t const *>(kConstantUnits));
+    EXPECT_NE(units.Owned().GetString(), static_cast<char16_t const *>(kConstantUnits));
+    EXPECT_EQ(units.Owned(), units);
+}
+
+TEST(CString, Owned_Buffer_SharedWithoutAnAllocation)
+{
+    CString const text = owned(static_cast<char16_t const *>(kConstantUnits));
+    AllocationCount const allocations;
+    CString const same = text.Owned();
+    EXPECT_EQ(same.GetString(), text.GetString());
+    EXPECT_TRUE(CString().Owned().IsEmpty());
+    EXPECT_TRUE(CString(u"").Owned().IsEmpty());
+    EXPECT_EQ(allocations.count(), 0u);
+    CString const zeros = CString(&u"a\0b"[0], 3).Owned();
+    EXPECT_EQ(unitsOf(zeros), (std::u16string{u'a', 0, u'b'}));
+}
+
+TEST(CString, WideTextAndLength_ThatManyCharacters)
+{
+    EXPECT_EQ(CString(L"abc", 2), u"ab");
+    EXPECT_EQ(CString(L"abc", 3), u"abc");
+    EXPECT_TRUE(CString(L"abc", 0).IsEmpty());
+    EXPECT_TRUE(CString(L"abc", -1).IsEmpty());
+    EXPECT_TRUE(CString(static_cast<wchar_t const *>(nullptr), 2).IsEmpty());
+    EXPECT_EQ(unitsOf(CString(L"a\0b", 3)), (std::u16string{u'a', 0, u'b'}));
+#if !defined(_WIN32)
+    EXPECT_EQ(CString(L"a\U0001F600z", 2), u"a\U0001F600"); // characters count, not units
+#endif
+}

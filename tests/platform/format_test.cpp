@@ -264,3 +264,17 @@ TEST(Format, PointOfSeveralBytes_IsOneUnitAndOneColumn)
         setenv("LOCPATH", saved.c_str(), 1);
 }
 #endif
+
+// --- Pointers ----------------------------------------------------------------------------------------------------------------
+
+TEST(Format, PointersOfEveryType_AreHexadecimal)
+{
+    auto *const untyped = reinterpret_cast<void *>(0x1234ABCDu); // NOLINT: a number for a pointer
+    auto const *const typed = reinterpret_cast<double const *>(0x7F00DEADBEE8u);
+    EXPECT_EQ(formatted(u"%p", untyped), "000000001234ABCD");
+    EXPECT_EQ(formatted(u"%p", static_cast<void const *>(untyped)), "000000001234ABCD");
+    EXPECT_EQ(formatted(u"%p|%p", typed, static_cast<int *>(nullptr)), "00007F00DEADBEE8|0000000000000000");
+    int const number = 5;
+    std::string const text = formatted(u"%p", &number);
+    EXPECT_EQ(std::stoull(text, nullptr, 16), reinterpret_cast<std::uintptr_t>(&number));
+}

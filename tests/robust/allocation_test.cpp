@@ -1,3 +1,4 @@
+#include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktmemoryfiler.h>
@@ -630,4 +631,236 @@ TEST(AllocationFaults, AppendObject_EachAllocationFails_FalseAndTheObjectStaysTh
         return struck;
     });
     EXPECT_GE(faults, 1);
+}
+
+// --- The settings of a pool --------------------------------------------------------------------------------------------------
+
+namespace
+{
+std::vector<CString> textsOf(IdArray const &ids)
+{
+    std::vector<CString> texts;
+    for (OKTDbObjectId const &id : ids)
+        texts.push_back(id.getGuidAsString(true));
+    return texts;
+}
+} // namespace
+
+TEST(AllocationFaults, SetPicturesIds_EachAllocationFails_ReportedAndTheListAsItWas)
+{
+    IdArray others;
+    for (int i = 0; i < 20; ++i)
+        others.append(OKTDbObjectId::createObjectId(nullptr));
+    int const faults = forEachAllocation([&](std::size_t n) {
+        OKTDbPool pool;
+        auto *const first = new OKTDbPicture;
+        auto *const second = new OKTDbPicture;
+        EXPECT_TRUE(pool.appendObject(first));
+        EXPECT_TRUE(pool.appendObject(second));
+        std::vector<CString> const before = textsOf(pool.picturesId());
+        ReportCatcher const reports;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            pool.setPicturesIds(others);
+            struck = fault.struck();
+        }
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        EXPECT_EQ(textsOf(pool.picturesId()), struck ? before : textsOf(others));
+        if (!struck)
+            return false;
+        // The list goes on following its objects.
+        OKTDbObjectId id = first->objectId();
+        EXPECT_TRUE(id.eraseObject());
+        EXPECT_EQ(textsOf(pool.picturesId()), textsOf([&] {
+                      IdArray rest;
+                      rest.append(second->objectId());
+                      return rest;
+                  }()));
+        return struck;
+    });
+    EXPECT_GE(faults, 1);
+}
+
+TEST(AllocationFaults, PicturesId_EachAllocationFails_ReportedAndEmpty)
+{
+    OKTDbPool pool;
+    IdArray pictures;
+    for (int i = 0; i < 20; ++i)
+        pictures.append(OKTDbObjectId::createObjectId(nullptr));
+    pool.setPicturesIds(pictures);
+    int const faults = forEachAllocation([&](std::size_t n) {
+        ReportCatcher const reports;
+        IdArray found;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            found = pool.picturesId();
+            struck = fault.struck();
+        }
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        EXPECT_EQ(found.getSize(), struck ? 0 : 20);
+        EXPECT_EQ(textsOf(pool.picturesId()), textsOf(pictures));
+        return struck;
+    });
+    EXPECT_GE(faults, 1);
+}
+
+TEST(AllocationFaults, MapTranslatedIds_EachAllocationFails_ReportedAndEmpty)
+{
+    OKTDbPool pool;
+    IdMap map;
+    for (int i = 0; i < 20; ++i)
+        map[OKTDbObjectId::createObjectId(nullptr)] = OKTDbObjectId::createObjectId(&pool);
+    pool.setMapTranslatedIds(map);
+    int const faults = forEachAllocation([&](std::size_t n) {
+        ReportCatcher const reports;
+        IdMap found;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            found = pool.MapTranslatedIds();
+            struck = fault.struck();
+        }
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        EXPECT_EQ(found.getSize(), struck ? 0 : 20);
+        EXPECT_EQ(textsOf(pool.MapTranslatedIds().keys()), textsOf(map.keys()));
+        EXPECT_EQ(textsOf(pool.MapTranslatedIds().values()), textsOf(map.values()));
+        return struck;
+    });
+    EXPECT_GE(faults, 1);
+}
+
+TEST(AllocationFaults, ReadFilter_EachAllocationFails_ReportedAndEmpty)
+{
+    OKTDbPool pool;
+    OKTDbPool::ReadFilter filter;
+    filter.append(TestObject::desc());
+    filter.append(OKTDbPicture::desc());
+    pool.setReadFilter(filter);
+    int const faults = forEachAllocation([&](std::size_t n) {
+        ReportCatcher const reports;
+        OKTDbPool::ReadFilter found;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            found = pool.readFilter();
+            struck = fault.struck();
+        }
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        EXPECT_EQ(found.getSize(), struck ? 0 : 2);
+        EXPECT_EQ(pool.readFilter().getSize(), 2);
+        return struck;
+    });
+    EXPECT_GE(faults, 1);
+}
+
+TEST(AllocationFaults, SetPoolName_EachAllocationFails_ReportedAndTheNameAsItWas)
+{
+    int const faults = forEachAllocation([&](std::size_t n) {
+        OKTDbPool pool;
+        pool.setPoolName(u"before");
+        ReportCatcher const reports;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            pool.setPoolName(L"a name that needs a buffer of its own");
+            struck = fault.struck();
+        }
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        EXPECT_EQ(pool.poolName(), CString(struck ? u"before" : u"a name that needs a buffer of its own"));
+        return struck;
+    });
+    EXPECT_GE(faults, kLeastFaults);
+}
+
+namespace
+{
+/// Appends an object of special role under each fault. `role` gives what the pool says of such objects.
+template <typename T> void expectAppendLeavesAllAsItWas(std::function<std::vector<CString>(OKTDbPool &)> const &role)
+{
+    OKTDbPool const elsewhere;
+    int const faults = forEachAllocation([&](std::size_t n) {
+        OKTDbPool pool;
+        EXPECT_TRUE(pool.appendObject(new T));
+        std::vector<CString> const before = role(pool);
+        auto object = std::make_unique<T>();
+        object->setObjectId(elsewhere.objectId());
+        ReportCatcher const reports;
+        bool appended = false;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            appended = pool.appendObject(object.get());
+            struck = fault.struck();
+        }
+        EXPECT_EQ(appended, !struck);
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        if (struck)
+        {
+            EXPECT_EQ(pool.objectCount(), 1);
+            EXPECT_EQ(role(pool), before);
+            EXPECT_EQ(object->objectId(), elsewhere.objectId());
+            EXPECT_EQ(object->objectId().getPool(), elsewhere.objectId().getPool());
+            EXPECT_TRUE(pool.appendObject(object.get())); // now it is taken
+        }
+        EXPECT_EQ(pool.objectCount(), 2);
+        EXPECT_NE(role(pool), before);
+        EXPECT_EQ(object->objectId().getObject(), object.get());
+        static_cast<void>(object.release());
+        return struck;
+    });
+    EXPECT_GE(faults, 1);
+}
+} // namespace
+
+TEST(AllocationFaults, AppendObject_PictureAndEachAllocationFails_ObjectIdAndPicturesAsTheyWere)
+{
+    expectAppendLeavesAllAsItWas<OKTDbPicture>([](OKTDbPool &pool) { return textsOf(pool.picturesId()); });
+}
+
+TEST(AllocationFaults, AppendObject_ConstructAndEachAllocationFails_ObjectIdAndConstructAsTheyWere)
+{
+    expectAppendLeavesAllAsItWas<OKTDbConstruct>(
+        [](OKTDbPool &pool) { return std::vector<CString>{pool.constructId().getGuidAsString(true)}; });
+}
+
+TEST(AllocationFaults, AppendObject_IndexAndEachAllocationFails_ObjectIdAndIndexAsTheyWere)
+{
+    expectAppendLeavesAllAsItWas<OKTDbIndexData>(
+        [](OKTDbPool &pool) { return std::vector<CString>{pool.indexId().getGuidAsString(true)}; });
+}
+
+TEST(AllocationFaults, LoadFiler_EachAllocationFailsBehindTheFirstPicture_TheHeadersPicturesStay_Quirk18)
+{
+    OKTDbPool source;
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(source.appendObject(new OKTDbPicture));
+    IdArray reversed;
+    for (int i = 5; i > 0; --i)
+        reversed.append(source.objectAt(i - 1));
+    source.setPicturesIds(reversed);
+    CByteArray const image = imageOf(source);
+    int behindTheHeader = 0;
+    int const faults = forEachAllocation([&](std::size_t n) {
+        ReportCatcher const reports;
+        OKTDbPool pool;
+        bool loaded = false;
+        bool struck = false;
+        {
+            ExpectedLeak const lostObject;
+            AllocationFault const fault(n);
+            loaded = pool.loadFiler(image);
+            struck = fault.struck();
+        }
+        // One object was read, so that the header had been.
+        if (!loaded && pool.objectCount() > 0)
+        {
+            ++behindTheHeader;
+            EXPECT_EQ(textsOf(pool.picturesId()), textsOf(reversed));
+        }
+        return struck;
+    });
+    EXPECT_GE(faults, 1);
+    EXPECT_GE(behindTheHeader, 1);
 }

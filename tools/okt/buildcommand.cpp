@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include "clientobjects.h"
 #include "console.h"
 #include "failure.h"
 #include "files.h"
@@ -89,7 +90,9 @@ void build(fs::path const &data, fs::path const &outputFolder)
     for (TemplatePlan const &plan : plans.templates)
     {
         fs::path const path = outputFolder / plan.fileName;
-        int const size = writePool(*buildPool(plan), path);
+        std::unique_ptr<OKTDbPool> const pool = buildPool(plan);
+        addClientObjects(*pool, plan);
+        int const size = writePool(*pool, path);
         print(printable(pathName(path)) + ": " + plan.poolName + ", " + std::to_string(size) + " bytes\n");
     }
     for (SkippedTemplate const &skipped : plans.skipped)

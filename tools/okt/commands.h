@@ -11,8 +11,22 @@ namespace okt
 /// is written before all tables are read. Says on standard output what was made and what not, and why. Throws Failure.
 void build(std::filesystem::path const &data, std::filesystem::path const &outputFolder);
 
+/// What of a pool file is shown.
+enum class ShowWhat
+{
+    All,
+    Index,  ///< the index object; only this part of the file is read
+    Preview ///< the pictures, likewise
+};
+
 /// Prints pool files. A fault in one goes to standard error, behind what could be read of it, and the next is shown all the
 /// same. False: there was a fault. Throws Failure when standard output takes no more.
-bool show(std::vector<std::filesystem::path> const &files, std::string const &unit, bool withIds);
+bool show(std::vector<std::filesystem::path> const &files, std::string const &unit, bool withIds,
+          ShowWhat what);
+
+/// Writes the bytes of a picture to a file in one step, or to standard output when the output is "-". `index` counts from 0 in
+/// the pool's list of pictures. Only the header and the pictures are read where that is enough. False: the file has a fault for
+/// which the picture cannot be had, and it was told. Throws Failure for everything else that is wrong.
+bool picture(std::filesystem::path const &file, int index, std::filesystem::path const &output);
 
 } // namespace okt

@@ -29,6 +29,37 @@ std::string openFailure(int error)
     return isInUse(error) ? "the file is locked by another program" : "the file cannot be opened: " + systemReason(error);
 }
 
+/// Opens a plain file for reading and gives its length.
+std::uintmax_t openedLength(fs::path const &path, CFile &file)
+{
+    std::string const name = pathName(path);
+    std::error_code error;
+    fs::file_status const status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found)
+        throw Failure(name, "", "there is no such file");
+    if (error)
+        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
+    if (fs::is_directory(status))
+        throw Failure(name, "", "this is a folder, not a file");
+    // A pipe or a device may have no end and no length.
+    if (!fs::is_regular_file(status))
+        throw Failure(name, "", "this is no plain file");
+    CFileException refused;
+    if (!file.Open(pathText(path), CFile::modeRead | CFile::shareDenyWrite, &refused))
+        throw Failure(name, "", openFailure(refused.m_lOsError));
+    try
+    {
+        std::uintmax_t const length = file.GetLength();
+        if (length > kLargestFile)
+            throw Failure(name, "", "the file is larger than 2147483647 bytes");
+        return length;
+    }
+    catch (CFileException const &exception)
+    {
+        throw Failure(name, "", "the file cannot be read: " + systemReason(exception.m_lOsError));
+    }
+}
+
 } // namespace
 
 CString pathText(fs::path const &path)
@@ -48,31 +79,20 @@ std::string systemReason(int error)
     return error == 0 ? "the system gives no reason" : std::system_category().message(error);
 }
 
+std::uintmax_t readableLength(fs::path const &path)
+{
+    CFile file;
+    return openedLength(path, file);
+}
+
 CByteArray readBytes(fs::path const &path)
 {
     std::string const name = pathName(path);
-    std::error_code error;
-    fs::file_status const status = fs::status(path, error);
-    if (status.type() == fs::file_type::not_found)
-        throw Failure(name, "", "there is no such file");
-    if (error)
-        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
-    if (fs::is_directory(status))
-        throw Failure(name, "", "this is a folder, not a file");
-    // A pipe or a device may have no end and no length.
-    if (!fs::is_regular_file(status))
-        throw Failure(name, "", "this is no plain file");
-
     CByteArray bytes;
     try
     {
         CFile file;
-        CFileException refused;
-        if (!file.Open(pathText(path), CFile::modeRead | CFile::shareDenyWrite, &refused))
-            throw Failure(name, "", openFailure(refused.m_lOsError));
-        ULONGLONG const length = file.GetLength();
-        if (length > kLargestFile)
-            throw Failure(name, "", "the file is larger than 2147483647 bytes");
+        std::uintmax_t const length = openedLength(path, file);
         bytes.SetSize(static_cast<int>(length));
         UINT const count = length == 0 ? 0 : file.Read(bytes.GetData(), static_cast<UINT>(length));
         if (count != length)

@@ -2,6 +2,7 @@
 
 #include <oktplatform/oktplatform.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -16,6 +17,8 @@ std::string pathName(std::filesystem::path const &path);
 /// The words for a system's error number, without its number.
 std::string systemReason(int error);
 
+/// The length of a file that can be read; none of it is. Throws Failure as readBytes does.
+std::uintmax_t readableLength(std::filesystem::path const &path);
 /// All bytes of a file. Throws Failure that names the reason: missing, a folder, not a plain file, not allowed, in use by
 /// another program, too large, unreadable. An empty file gives no bytes.
 CByteArray readBytes(std::filesystem::path const &path);

@@ -1,6 +1,7 @@
 #include "commands.h"
 #include "console.h"
 #include "failure.h"
+#include "modules.h"
 #include "text.h"
 
 #include <CLI/CLI.hpp>
@@ -46,6 +47,12 @@ int run(int argc, char **argv)
                  "okt");
     app.set_version_flag("--version", "okt " OKT_VERSION);
     app.require_subcommand(1);
+    app.fallthrough(); // options for all commands stand before or behind the command
+
+    std::vector<std::string> modules;
+    app.add_option("--module", modules, "a client module that brings classes of its own; once for each")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
 
     std::string data;
     std::string folder;
@@ -64,6 +71,21 @@ int run(int argc, char **argv)
     show->add_option("-u,--unit", unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
     show->add_flag("--ids", withIds, "also print the ids of parameters, their categories and owners");
+    bool indexOnly = false;
+    bool previewOnly = false;
+    CLI::Option *const index =
+        show->add_flag("--index", indexOnly, "only the index: title, keywords, counts; only this part of the file is read");
+    show->add_flag("--preview", previewOnly, "only the pictures: where they lie, format, size; likewise")->excludes(index);
+
+    std::string pool;
+    int number = 0;
+    std::string image;
+    CLI::App *const picture = app.add_subcommand("picture", "Writes a picture of a pool file to a file, as it was stored.\n"
+                                                            "  okt picture templates/link-d12.okt -o link.png");
+    picture->add_option("FILE", pool, "a pool file")->required();
+    picture->add_option("--index", number, "which picture of the pool, counted from 0; 0 without this option")
+        ->check(CLI::NonNegativeNumber);
+    picture->add_option("-o,--output", image, "the file for the picture; - for standard output")->required();
 
     try
     {
@@ -73,14 +95,21 @@ int run(int argc, char **argv)
     {
         return answerParser(app, error);
     }
+    okt::Modules loader;
+    for (std::string const &module : modules)
+        loader.load(pathOf(module));
     if (build->parsed())
     {
         okt::build(pathOf(data), pathOf(folder));
         return kDone;
     }
+    if (picture->parsed())
+        return okt::picture(pathOf(pool), number, pathOf(image)) ? kDone : kFailed;
     std::vector<std::filesystem::path> paths;
     std::transform(files.begin(), files.end(), std::back_inserter(paths), pathOf);
-    return okt::show(paths, unit, withIds) ? kDone : kFailed;
+    okt::ShowWhat const what =
+        indexOnly ? okt::ShowWhat::Index : previewOnly ? okt::ShowWhat::Preview : okt::ShowWhat::All;
+    return okt::show(paths, unit, withIds, what) ? kDone : kFailed;
 }
 
 } // namespace

@@ -2,9 +2,11 @@
 
 #include "failure.h"
 #include "files.h"
+#include "preview.h"
 
 #include <oktdatabase/oktdatabase.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace okt
@@ -54,6 +56,16 @@ OKTDbParameter &addParameter(OKTDbPool &pool, ParameterPlan const &plan, OKTDbOb
     parameter.setCategory(category.objectId());
     category.appendParameter(parameter.objectId());
     return parameter;
+}
+
+/// The picture of the template, seen from above its middle, with y upwards. Places are in drawing units, as the pool keeps them.
+void addPicture(OKTDbPool &pool, Preview const &preview)
+{
+    auto &picture = added<OKTDbPicture>(pool);
+    picture.setPictureData(preview.png);
+    Point const middle = preview.shape.centre();
+    double const distance = std::max(preview.shape.width(), preview.shape.height());
+    picture.setCameraData(OKTGeXYZ(middle.x, middle.y, distance), OKTGeXYZ(middle.x, middle.y, 0), OKTGeXYZ(0, 1, 0));
 }
 
 OKTDbObjectId idOf(std::vector<MadeParameter> const &made, ParameterKey const &key)
@@ -119,6 +131,8 @@ std::unique_ptr<OKTDbPool> buildPool(TemplatePlan const &plan)
             used.append(idOf(made, key));
         entry.parameter->setTabParams(used);
     }
+    if (std::optional<Preview> const preview = drawPreview(plan))
+        addPicture(*pool, *preview);
     return pool;
 }
 

@@ -10,7 +10,8 @@ namespace okt
 {
 
 /// A pool with the objects of the template: parameters, their categories in one group category, and the relation over the bend,
-/// which is also the owner of every parameter, so that lengths are converted on their way into a file.
+/// which is also the owner of every parameter, so that lengths are converted on their way into a file; and the preview picture.
+/// Throws Failure.
 std::unique_ptr<OKTDbPool> buildPool(TemplatePlan const &plan);
 
 /// Writes the pool as a file under its final name, in one step: a failure leaves what stood there before. The file is read back

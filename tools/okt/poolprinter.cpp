@@ -1,5 +1,6 @@
 #include "poolprinter.h"
 
+#include "imageformat.h"
 #include "standin.h"
 #include "text.h"
 
@@ -348,18 +349,28 @@ private:
         if (found.empty())
             return;
         heading("Pictures");
+        // In the order of the pool's list, by which they are asked for.
+        IdArray const listed = m_pool.picturesId();
+        for (int i = 0; i < listed.getSize(); ++i)
+            if (OKTDbPicture *const picture = OKTDbPicture::cast(object(listed.at(i))))
+                showPicture("  " + std::to_string(i) + ": ", *picture);
         for (OKTDbPicture *const picture : found)
-        {
-            m_shown.insert(picture->objectId());
-            CByteArray data;
-            picture->getPictureData(data);
-            OKTGeXYZ camera;
-            OKTGeXYZ target;
-            OKTGeXYZ up;
-            picture->getCameraData(camera, target, up);
-            line("  " + idText(picture->objectId()) + ", image of " + count(static_cast<std::size_t>(data.GetSize()), "byte"));
-            line("    camera " + pointText(camera) + ", target " + pointText(target) + ", up " + pointText(up));
-        }
+            if (m_shown.count(picture->objectId()) == 0)
+                showPicture("  ", *picture);
+    }
+
+    void showPicture(std::string const &label, OKTDbPicture &picture)
+    {
+        m_shown.insert(picture.objectId());
+        CByteArray data;
+        picture.getPictureData(data);
+        OKTGeXYZ camera;
+        OKTGeXYZ target;
+        OKTGeXYZ up;
+        picture.getCameraData(camera, target, up);
+        line(label + idText(picture.objectId()) + ", image of " + count(static_cast<std::size_t>(data.GetSize()), "byte") +
+             (data.IsEmpty() ? "" : ", " + formatOf(data).text()));
+        line("    camera " + pointText(camera) + ", target " + pointText(target) + ", up " + pointText(up));
     }
 
     void otherObjects()

@@ -2,6 +2,8 @@
 
 #include "failure.h"
 #include "files.h"
+#include "picturetext.h"
+#include "reportcollector.h"
 #include "standin.h"
 #include "text.h"
 
@@ -17,27 +19,6 @@ namespace okt
 
 namespace
 {
-
-// What the library reported while a file was read: an exception inside it, which its answers hide.
-std::string g_reports;
-
-void noteReport(CString const &text) { g_reports += (g_reports.empty() ? "" : " ") + printable(text); }
-
-/// Collects the library's warnings for a scope, so that the user gets one line instead.
-class ReportCollector
-{
-public:
-    ReportCollector()
-    {
-        g_reports.clear();
-        OktSetWarningPresenter(noteReport);
-    }
-    ~ReportCollector() { OktSetWarningPresenter(nullptr); }
-    ReportCollector(ReportCollector const &) = delete;
-    ReportCollector &operator=(ReportCollector const &) = delete;
-
-    std::string const &reports() const { return g_reports; }
-};
 
 std::string byteAt(int position) { return "byte " + std::to_string(position); }
 
@@ -155,7 +136,16 @@ private:
                           "the id " + printable(object->objectId().getGuidAsString(false)) +
                               " of this object is in the file already",
                           "an id that is in the file already");
+        if (OKTDbPicture::cast(object.get()) != nullptr)
+            checkPicture(frame);
         return true;
+    }
+
+    /// A picture with a damaged text is read all the same, as the library does.
+    void checkPicture(Frame const &frame)
+    {
+        if (std::string const fault = pictureTextFault(stretch(m_bytes, frame)); !fault.empty())
+            note(frame.offset, "the text of the " + printable(frame.className) + " that begins here is damaged: " + fault);
     }
 
     PoolFile &m_file;

@@ -185,10 +185,16 @@ CategoryPlan bendCategory(BendRule const &rule, double diameter, double radius, 
     return category;
 }
 
-TemplatePlan plan(char const *kind, char const *title, BarSize const &size, Units units)
+char const *stemOf(TemplateKind kind)
+{
+    return kind == TemplateKind::Link ? "link" : kind == TemplateKind::Hooked ? "hooked" : "mesh";
+}
+
+TemplatePlan plan(TemplateKind kind, char const *title, BarSize const &size, Units units)
 {
     TemplatePlan result;
-    result.fileName = std::string(kind) + "-" + size.stem() + ".okt";
+    result.kind = kind;
+    result.fileName = std::string(stemOf(kind)) + "-" + size.stem() + ".okt";
     result.poolName =
         std::string(title) + ", " + size.label() + (units == Units::Millimetre ? ", EN 1992 / BS 8666" : ", ACI 318");
     result.units = units;
@@ -213,7 +219,7 @@ TemplatePlan metricLink(BarSize const &size, SchedulingBend const &row, BendRule
                        "",          "End projection P of links, outside of the bend to the bar's end, BS 8666 table 2",
                        straight,    true};
 
-    TemplatePlan result = plan("link", "Closed link", size, Units::Millimetre);
+    TemplatePlan result = plan(TemplateKind::Link, "Closed link", size, Units::Millimetre);
     CategoryPlan bar{"Bar", barParameters(size, Units::Millimetre, kMetric)};
     bar.parameters.push_back(parameter(kShapeStandard, "BS 8666:2005"));
     bar.parameters.push_back(parameter(kShapeCode, kLinkCode, "Closed link"));
@@ -243,7 +249,7 @@ TemplatePlan metricHooked(BarSize const &size, SchedulingBend const &row, BendRu
     dimensions.radius = row.radius;
     dimensions.diameter = size.diameter;
 
-    TemplatePlan result = plan("hooked", "Bar with hooks at both ends", size, Units::Millimetre);
+    TemplatePlan result = plan(TemplateKind::Hooked, "Bar with hooks at both ends", size, Units::Millimetre);
     CategoryPlan bar{"Bar", barParameters(size, Units::Millimetre, kMetric)};
     bar.parameters.push_back(parameter(kShapeStandard, "BS 8666:2005"));
     bar.parameters.push_back(parameter(kShapeCode, kHookedCode, "Two ends bent to the same side"));
@@ -278,7 +284,7 @@ TemplatePlan inchLink(BarSize const &size, BendRule const &rule)
         kLinkHookAngle, extension, multiple(*rule.hook135, "Diameter"), "Extension behind the bend, " + ruleName(rule),
         extension,      false};
 
-    TemplatePlan result = plan("link", "Closed link", size, Units::Inch);
+    TemplatePlan result = plan(TemplateKind::Link, "Closed link", size, Units::Inch);
     CategoryPlan bar{"Bar", barParameters(size, Units::Inch, kInch)};
     bar.parameters.push_back(parameter(kShapeStandard, "BS 8666:2005", "Codes only; hooks by ACI 318"));
     bar.parameters.push_back(parameter(kShapeCode, kLinkCode, "Closed link"));
@@ -309,7 +315,7 @@ TemplatePlan inchHooked(BarSize const &size, BendRule const &rule)
     Hook const second = {kHalfTurn,    extension180, "", "Extension behind the bend, " + rule.hook180 + ", " + ruleName(rule),
                          extension180, false};
 
-    TemplatePlan result = plan("hooked", "Bar with hooks at both ends", size, Units::Inch);
+    TemplatePlan result = plan(TemplateKind::Hooked, "Bar with hooks at both ends", size, Units::Inch);
     CategoryPlan bar{"Bar", barParameters(size, Units::Inch, kInch)};
     bar.parameters.push_back(parameter(kShapeStandard, "BS 8666:2005", "Codes only; hooks by ACI 318"));
     bar.parameters.push_back(parameter(kShapeCode, kSpecialCode, "No code of its own: hooks of 90 and 180 degrees"));
@@ -336,7 +342,7 @@ TemplatePlan mesh(BarSize const &size, Units units, BendRule const &rule, double
     int const across = meshBars(defaults.sheetLength, spacing);
     auto const quantity = [spacing](int bars) { return std::to_string(bars - 1) + "x" + number(spacing); };
 
-    TemplatePlan result = plan("mesh", "Mesh sheet", size, units);
+    TemplatePlan result = plan(TemplateKind::Mesh, "Mesh sheet", size, units);
     CategoryPlan sheet{"Sheet", {}};
     sheet.parameters = {
         parameter(kMeshStandard, units == Units::Millimetre ? "EN 1992-1-1, EN 10080" : "ACI 318, ASTM A615"),

@@ -70,9 +70,19 @@ struct CategoryPlan
     std::vector<ParameterPlan> parameters;
 };
 
+/// What a template is a template of.
+enum class TemplateKind
+{
+    Other,
+    Link,
+    Hooked,
+    Mesh
+};
+
 /// A template as plain data: what a pool is then made from.
 struct TemplatePlan
 {
+    TemplateKind kind = TemplateKind::Other;
     std::string fileName;
     std::string poolName;
     Units units = Units::Millimetre;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <oktplatform/oktarrays.h>
+
+#include <string>
+#include <vector>
+
+class OKTDbObject;
+
+namespace okt
+{
+
+/// What an object stores, one entry for each member.
+struct Member
+{
+    std::string name; ///< with blanks in front of what stands in a nested frame
+    std::string value;
+};
+
+/// The members as the object itself writes them: names and values, those of its base classes first. The id is left out.
+std::vector<Member> membersOf(OKTDbObject const &object);
+
+/// The records of a whole frame whose class is not known. Names are not stored: kinds stand in their place. The frame of
+/// OKTDbObject is left out.
+std::vector<Member> recordsOf(CByteArray const &frame);
+
+} // namespace okt

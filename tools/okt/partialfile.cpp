@@ -1,0 +1,89 @@
+#include "partialfile.h"
+
+#include "failure.h"
+#include "files.h"
+#include "reportcollector.h"
+#include "standin.h"
+#include "text.h"
+
+#include <oktdatabase/oktdatabase.h>
+
+namespace okt
+{
+
+namespace
+{
+
+// What the library asks for first. It refuses a shorter file.
+constexpr std::uintmax_t kProbeSize = 1024;
+
+} // namespace
+
+PartialFile::PartialFile(std::filesystem::path const &path) : m_path(path), m_name(pathName(path)), m_size(readableLength(path))
+{
+    if (m_size < kProbeSize)
+        throw Failure(m_name, "",
+                      "a file of " + std::to_string(m_size) + " bytes cannot be read in part, only one of " +
+                          std::to_string(kProbeSize) + " or more; okt show without --index and --preview reads it whole");
+    ReportCollector const collector;
+    if (!m_pool.readFileHeader(pathText(path), m_places))
+        throw Failure(m_name, "", "no header can be read: this is no pool file, or its header is damaged");
+    m_pool.setMetricsFactor(1.0);
+}
+
+std::string PartialFile::faultAt(int position, std::string const &reason) const
+{
+    return Failure(m_name, position < 0 ? "" : "byte " + std::to_string(position), reason).what();
+}
+
+LoneObject PartialFile::read(OKTDbObjectId const &id, std::string const &what)
+{
+    LoneObject lone;
+    OKTDbPool::_ObjectInfo const *const place = m_places.find(id);
+    // An id without an object has the size -1.
+    if (id.isNull() || place == nullptr || place->nObjectSize < 0)
+        return lone;
+    lone.position = place->nObjectPosition;
+    lone.size = place->nObjectSize;
+    ReportCollector const collector;
+    if (lone.position < 0 || !OKTMemoryFiler::loadFiler(pathText(m_path), lone.bytes, lone.position, lone.size))
+    {
+        lone.fault = faultAt(-1, "the header places " + what + " at byte " + std::to_string(lone.position) + ", " +
+                                     std::to_string(lone.size) + " bytes long, which is not inside the file");
+        return lone;
+    }
+    lone.frame = readFrame(lone.bytes, 0);
+    if (lone.frame.state != Frame::State::Whole || !lone.frame.id)
+        lone.fault = faultAt(lone.position, "no whole object is here, although the header places " + what + " here");
+    else if (OKTDbObjectId found; found.setGuid(*lone.frame.id), found != id)
+        lone.fault = faultAt(lone.position, "another object is here, " + printable(lone.frame.className) + " " +
+                                                printable(found.getGuidAsString(false)) + ", although the header places " +
+                                                what + " " + printable(id.getGuidAsString(false)) + " here");
+    else
+        readObject(lone, what);
+    if (lone.fault.empty() && !collector.reports().empty())
+        lone.fault = faultAt(lone.position, "the object could not be read whole: " + collector.reports());
+    return lone;
+}
+
+void PartialFile::readObject(LoneObject &lone, std::string const &what)
+{
+    CString const &className = lone.frame.className;
+    OKTDbObject *made = nullptr;
+    if (StandIn::isRegistered(className) || !m_pool.CreateObjectFromClassName(className, made))
+    {
+        lone.fault = faultAt(lone.position, what + " is of the class " + quoted(className) +
+                                                ", which is not known here; --module loads the module that brings it");
+        return;
+    }
+    lone.object.reset(made);
+    OKTMemoryFiler filer(&m_pool);
+    filer.readInPlace(lone.bytes);
+    if (lone.object->xmlIn(&filer) == eFilerOk)
+        return;
+    lone.object.reset();
+    lone.fault = faultAt(lone.position,
+                         "damaged: the members of this " + printable(className) + " are not those of its class");
+}
+
+} // namespace okt

@@ -1,0 +1,170 @@
+#include "commands.h"
+
+#include "console.h"
+#include "failure.h"
+#include "files.h"
+#include "imageformat.h"
+#include "picturetext.h"
+#include "poolreader.h"
+#include "reportcollector.h"
+#include "text.h"
+
+#include <oktdatabase/oktdatabase.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <system_error>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// The pictures of a pool file, and where they lie in it.
+struct PictureFile
+{
+    std::string name;
+    std::unique_ptr<OKTDbPool> pool;
+    InfoMap places;    ///< positions from the start of the file
+    std::string fault; ///< the first fault of a file that was read whole
+};
+
+/// Reads no more than the header and the pictures; nothing where that cannot be done.
+std::optional<PictureFile> readPicturesAlone(fs::path const &path)
+{
+    ReportCollector const collector; // the whole read tells what is wrong
+    PictureFile file;
+    file.name = pathName(path);
+    file.pool = std::make_unique<OKTDbPool>();
+    OKTDbPool header;
+    if (!header.readFileHeader(pathText(path), file.places))
+        return std::nullopt;
+    IdArray const listed = header.picturesId();
+    // A picture without a place in the header would be looked for in the whole file.
+    auto const hasPlace = [&file](OKTDbObjectId const &id) {
+        OKTDbPool::_ObjectInfo const *const place = file.places.find(id);
+        return place != nullptr && place->nObjectPosition >= 0 && place->nObjectSize > 0;
+    };
+    if (listed.getSize() == 0 || !std::all_of(listed.begin(), listed.end(), hasPlace) ||
+        !file.pool->readFilePicture(pathText(path)))
+        return std::nullopt;
+    return file;
+}
+
+PictureFile readWhole(fs::path const &path)
+{
+    PoolFile whole = readPool(path, 1.0);
+    PictureFile file;
+    file.name = whole.name;
+    for (Frame const &frame : whole.frames)
+    {
+        if (!frame.id)
+            continue;
+        OKTDbObjectId id;
+        id.setGuid(*frame.id);
+        if (file.places.find(id) == nullptr)
+            file.places[id] = {frame.offset, frame.size};
+    }
+    file.pool = std::move(whole.pool);
+    file.fault = std::move(whole.fault);
+    return file;
+}
+
+[[noreturn]] void refuse(PictureFile const &file, std::string const &place, std::string const &reason)
+{
+    throw Failure(file.name, place, reason);
+}
+
+/// The picture's bytes; nothing where the fault of the file says why. Throws Failure for every other reason.
+std::optional<CByteArray> imageOf(PictureFile const &file, fs::path const &path, int index)
+{
+    IdArray const pictures = file.pool->picturesId();
+    int const count = pictures.getSize();
+    if (count == 0 && !file.fault.empty())
+        return std::nullopt;
+    if (count == 0)
+        refuse(file, "", "the pool has no picture");
+    if (index >= count)
+        refuse(file, "",
+               "there is no picture " + std::to_string(index) + ": the pool has " + std::to_string(count) +
+                   (count == 1 ? " picture" : " pictures, counted from 0"));
+    OKTDbObjectId const &id = pictures.at(index);
+    std::string const title = "picture " + std::to_string(index) + " " + printable(id.getGuidAsString(false));
+    OKTDbObject *object = nullptr;
+    file.pool->findObject(id, object);
+    OKTDbPicture *const picture = OKTDbPicture::cast(object);
+    if (object == nullptr && !file.fault.empty())
+        return std::nullopt;
+    if (object == nullptr)
+        refuse(file, "", title + " is listed, but not in this file");
+    if (picture == nullptr)
+        refuse(file, "", title + " is an object of another class: " + printable(object->isA()->ClassName()));
+    OKTDbPool::_ObjectInfo const *const place = file.places.find(id);
+    CByteArray stored;
+    if (place != nullptr && OKTMemoryFiler::loadFiler(pathText(path), stored, place->nObjectPosition, place->nObjectSize))
+        if (std::string const fault = pictureTextFault(stored); !fault.empty())
+            refuse(file, "byte " + std::to_string(place->nObjectPosition), "the text of " + title + " is damaged: " + fault);
+    CByteArray image;
+    picture->getPictureData(image);
+    if (image.IsEmpty())
+        refuse(file, "", title + " is empty");
+    return image;
+}
+
+void writeImage(CByteArray const &image, fs::path const &path)
+{
+    checkReplaceable(path);
+    PendingFile pending(path);
+    auto const unwritable = [&path](int error) {
+        return Failure(pathName(path), "", "the file cannot be written: " + systemReason(error));
+    };
+    try
+    {
+        CFile file;
+        CFileException refused;
+        if (!file.Open(pathText(pending.path()), CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive, &refused))
+            throw unwritable(refused.m_lOsError);
+        file.Write(image.GetData(), static_cast<UINT>(image.GetSize()));
+        file.Close();
+    }
+    catch (CFileException const &exception)
+    {
+        throw unwritable(exception.m_lOsError);
+    }
+    pending.commit();
+}
+
+} // namespace
+
+bool picture(fs::path const &path, int index, fs::path const &output)
+{
+    if (readableLength(path) == 0)
+        throw Failure(pathName(path), "", "the file is empty");
+    std::error_code ignored;
+    bool const toStandardOutput = output == "-";
+    if (!toStandardOutput && fs::equivalent(path, output, ignored))
+        throw Failure(pathName(output), "", "the file cannot be written: this is the pool file itself");
+    std::optional<PictureFile> file = readPicturesAlone(path);
+    if (!file)
+        file = readWhole(path);
+    std::optional<CByteArray> const image = imageOf(*file, path, index);
+    if (!image)
+    {
+        printError(file->fault);
+        return false;
+    }
+    if (toStandardOutput)
+    {
+        print({reinterpret_cast<char const *>(image->GetData()), static_cast<std::size_t>(image->GetSize())});
+        return true;
+    }
+    writeImage(*image, output);
+    print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + std::to_string(image->GetSize()) + " bytes\n");
+    return true;
+}
+
+} // namespace okt
