@@ -478,7 +478,7 @@ TEST_F(OKTDbPoolXmlTest, ReadXMLFile_ObjectsOfEveryStoredClass_AllFail_Quirk72)
     int classes = 0;
     for (int i = 0; i < g_RuntimeClass.getSize(); ++i)
     {
-        CString const name = g_RuntimeClass.keyAt(i);
+        CString const name = g_RuntimeClass.keyAt(static_cast<unsigned int>(i));
         if (name == u"XmlPlainObject")
             continue;
         OKTDbPool pool;
