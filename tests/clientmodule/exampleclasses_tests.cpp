@@ -25,7 +25,6 @@ namespace
 {
 
 constexpr char const *k1 = "{00000001-1111-1111-1111-111111111111}";
-constexpr char const *k2 = "{00000002-2222-2222-2222-222222222222}";
 
 class ExampleClasses : public testing::Test
 {
