@@ -74,12 +74,6 @@ void clonePool(benchmark::State &state)
     state.counters["clone_ratio"] = translated.median() / plain.median();
 }
 
-BENCHMARK(clonePool)
-    ->Name("clone")
-    ->Arg(2'000)
-    ->Arg(20'000)
-    ->Arg(200'000)
-    ->Arg(800'000)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(clonePool)->Name("clone")->Arg(2'000)->Arg(20'000)->Arg(200'000)->Arg(800'000)->UseManualTime()->Unit(
+    benchmark::kMillisecond);
 } // namespace

@@ -8,25 +8,13 @@
 
 namespace
 {
-OKTGeXYZ scaled(OKTGeXYZ const &point, double factor)
-{
-    return {point.X() * factor, point.Y() * factor, point.Z() * factor};
-}
+OKTGeXYZ scaled(OKTGeXYZ const &point, double factor) { return {point.X() * factor, point.Y() * factor, point.Z() * factor}; }
 
-OKTGeXYZ between(OKTGeXYZ const &from, OKTGeXYZ const &to)
-{
-    return {to.X() - from.X(), to.Y() - from.Y(), to.Z() - from.Z()};
-}
+OKTGeXYZ between(OKTGeXYZ const &from, OKTGeXYZ const &to) { return {to.X() - from.X(), to.Y() - from.Y(), to.Z() - from.Z()}; }
 
-double dot(OKTGeXYZ const &a, OKTGeXYZ const &b)
-{
-    return a.X() * b.X() + a.Y() * b.Y() + a.Z() * b.Z();
-}
+double dot(OKTGeXYZ const &a, OKTGeXYZ const &b) { return a.X() * b.X() + a.Y() * b.Y() + a.Z() * b.Z(); }
 
-double length(OKTGeXYZ const &vector)
-{
-    return std::sqrt(dot(vector, vector));
-}
+double length(OKTGeXYZ const &vector) { return std::sqrt(dot(vector, vector)); }
 
 // How far a polyline turns between two of its legs: 0 straight on, pi back again.
 double turn(OKTGeXYZ const &before, OKTGeXYZ const &after)
@@ -91,7 +79,8 @@ try
     double sum = polylineLength();
     for (int i = 1; i + 1 < m_tabPoints.getSize(); ++i)
     {
-        double const angle = turn(between(m_tabPoints.at(i - 1), m_tabPoints.at(i)), between(m_tabPoints.at(i), m_tabPoints.at(i + 1)));
+        double const angle =
+            turn(between(m_tabPoints.at(i - 1), m_tabPoints.at(i)), between(m_tabPoints.at(i), m_tabPoints.at(i + 1)));
         double const radius = m_tabBendRadii.at(i) + m_dfDiameter / 2.0;
         sum += radius * (angle - 2.0 * std::tan(angle / 2.0)); // an arc in place of the two tangents
     }
@@ -99,10 +88,7 @@ try
 }
 OKT_ANSWER_ZERO
 
-double OKTDbConstruct::metricsFactor() const
-{
-    return OKTDbPool::metricsFactorOf(objectId().getPool());
-}
+double OKTDbConstruct::metricsFactor() const { return OKTDbPool::metricsFactorOf(objectId().getPool()); }
 
 FilerStatusDb OKTDbConstruct::xmlOut(OKTFiler *filer) const
 try

@@ -61,10 +61,7 @@ try
 }
 OKT_ANSWER_NOTHING
 
-void OKTDbIndexData::removeAllKeywords()
-{
-    m_tabKeywords.RemoveAll();
-}
+void OKTDbIndexData::removeAllKeywords() { m_tabKeywords.RemoveAll(); }
 
 void OKTDbIndexData::setCounts(int parameters, int categories, int pictures)
 {

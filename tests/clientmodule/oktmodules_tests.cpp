@@ -122,7 +122,8 @@ TEST_F(OktModules, Module_DoesNotLoad_OneLineAndNothingDone)
 
 TEST_F(OktModules, Module_TwoWithTheSameClass_ClassAndBothModules)
 {
-    std::string const message = std::string(OKT_BARMARK2) + ": the module brings the class \"BarMark\", which is known already, from ";
+    std::string const message =
+        std::string(OKT_BARMARK2) + ": the module brings the class \"BarMark\", which is known already, from ";
     expectFailure(runOkt({"--module", OKT_BARMARK1, "--module", OKT_BARMARK2, "show", golden("stirrup.okt")}),
                   message + OKT_BARMARK1);
     // A copy of a module is another module.
@@ -243,8 +244,8 @@ protected:
         StreamBuilder index;
         index.beginClass("OKTDbIndexData").objectBase(k2).beginMembers(1).wideText(u"Title").integer(1).wideText(u"word");
         index.integer(3).integer(2).integer(2).wideText(u"mm").endMembers().endClass();
-        for (StreamBuilder const &frame :
-             {relationFrame(k1), index, pictureFrame(k3, {"iVBORw0KGgo"}), pictureFrame(k4, {"/9j/4AAQ"}), relationFrame(kPool)})
+        for (StreamBuilder const &frame : {relationFrame(k1), index, pictureFrame(k3, {"iVBORw0KGgo"}),
+                                           pictureFrame(k4, {"/9j/4AAQ"}), relationFrame(kPool)})
         {
             places.push_back({objects.size(), frame.size()});
             objects.append(frame);
@@ -264,8 +265,8 @@ protected:
     std::string sizeOf(int object) const { return std::to_string(places[static_cast<std::size_t>(object)].size); }
     static std::string head(std::string const &name)
     {
-        return name + ": " + std::to_string(fs::file_size(name)) + " bytes, read in part\n  Pool            \"Parts\" " + kPool +
-               "\n";
+        return name + ": " + std::to_string(fs::file_size(name)) + " bytes, read in part\n  Pool            \"Parts\" " +
+               kPool + "\n";
     }
 
     HeaderFields header;
@@ -279,7 +280,8 @@ TEST_F(OktPartial, ShowIndex_WithTheModule_Members)
     ProcessResult const result = withModule({"show", "--index", name});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out, head(name) + "  Index           " + k2 + ", OKTDbIndexData, " + sizeOf(1) + " bytes from byte " + at(1) +
+    EXPECT_EQ(result.out, head(name) + "  Index           " + k2 + ", OKTDbIndexData, " + sizeOf(1) + " bytes from byte " +
+                              at(1) +
                               "\n"
                               "    m_strTitle            \"Title\"\n"
                               "    m_tabKeywords.Length  1\n"
@@ -294,10 +296,12 @@ TEST_F(OktPartial, ShowIndex_WithoutTheModule_RecordsAndOneLine)
 {
     std::string const name = file();
     ProcessResult const result = runOkt({"show", "--index", name});
-    expectFailure(result, name + ":byte " + at(1) +
-                              ": the index is of the class \"OKTDbIndexData\", which is not known here; --module loads the module "
-                              "that brings it");
-    EXPECT_EQ(result.out, head(name) + "  Index           " + k2 + ", OKTDbIndexData, " + sizeOf(1) + " bytes from byte " + at(1) +
+    expectFailure(result,
+                  name + ":byte " + at(1) +
+                      ": the index is of the class \"OKTDbIndexData\", which is not known here; --module loads the module "
+                      "that brings it");
+    EXPECT_EQ(result.out, head(name) + "  Index           " + k2 + ", OKTDbIndexData, " + sizeOf(1) + " bytes from byte " +
+                              at(1) +
                               "\n"
                               "    section 1\n"
                               "      text  \"Title\"\n"
@@ -378,8 +382,8 @@ TEST_F(OktPartial, ShowIndex_HeaderThatLiesAboutThePlace_OneLine)
         {{places[1].position, 0}, ":byte " + at(1) + ": " + noObject},
         {{places[1].position, places[1].size - 5}, ":byte " + at(1) + ": " + noObject},
         {{places[1].position + 3, places[1].size}, ":byte " + std::to_string(start + places[1].position + 3) + ": " + noObject},
-        {places[0], ":byte " + at(0) + ": another object is here, OKTDbRelation " + k1 + ", although the header places the index " +
-                        k2 + " here"},
+        {places[0], ":byte " + at(0) + ": another object is here, OKTDbRelation " + k1 +
+                        ", although the header places the index " + k2 + " here"},
     };
     for (Row const &row : rows)
     {
@@ -406,13 +410,15 @@ TEST_F(OktPartial, ShowPart_FileBelow1024Bytes_OneLine_Quirk23)
 {
     std::string const name = put("short.okt", cut(padded(poolImage(header, StreamBuilder())), 1023));
     for (char const *const option : {"--index", "--preview"})
-        expectFailure(runOkt({"show", option, name}),
-                      name + ": a file of 1023 bytes cannot be read in part, only one of 1024 or more; okt show without --index and "
-                             "--preview reads it whole");
+        expectFailure(
+            runOkt({"show", option, name}),
+            name + ": a file of 1023 bytes cannot be read in part, only one of 1024 or more; okt show without --index and "
+                   "--preview reads it whole");
     EXPECT_EQ(runOkt({"show", golden("empty.okt")}).exitCode, 0);
     expectFailure(runOkt({"show", "--index", golden("empty.okt")}),
-                  golden("empty.okt") + ": a file of 459 bytes cannot be read in part, only one of 1024 or more; okt show without "
-                                        "--index and --preview reads it whole");
+                  golden("empty.okt") +
+                      ": a file of 459 bytes cannot be read in part, only one of 1024 or more; okt show without "
+                      "--index and --preview reads it whole");
 }
 
 TEST_F(OktPartial, ShowPart_NoPoolFile_OneLine)
@@ -439,8 +445,8 @@ TEST_F(OktPartial, ShowPreview_Pictures_PlaceSizeFormat)
     ProcessResult const result = runOkt({"show", "--preview", name});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out, head(name) + "  Picture         " + k3 + ", OKTDbPicture, " + sizeOf(2) + " bytes from byte " + at(2) +
-                              "\n    image of 8 bytes, PNG\n  Picture         " + k4 + ", OKTDbPicture, " + sizeOf(3) +
+    EXPECT_EQ(result.out, head(name) + "  Picture         " + k3 + ", OKTDbPicture, " + sizeOf(2) + " bytes from byte " +
+                              at(2) + "\n    image of 8 bytes, PNG\n  Picture         " + k4 + ", OKTDbPicture, " + sizeOf(3) +
                               " bytes from byte " + at(3) + "\n    image of 6 bytes, JPEG\n");
 }
 
@@ -469,7 +475,8 @@ TEST_F(OktPartial, ShowPreview_SeveralFiles_EachShown)
     ProcessResult const result = runOkt({"show", "--preview", file(), path("none.okt"), golden("stirrup.okt")});
     expectFailure(result, path("none.okt") + ": there is no such file");
     expectPart(result, "    image of 8 bytes, PNG\n");
-    expectPart(result, "{727EC297-1483-468D-812D-A07952424387}, OKTDbPicture, 2149 bytes from byte 3571\n    image of 1399 bytes");
+    expectPart(result,
+               "{727EC297-1483-468D-812D-A07952424387}, OKTDbPicture, 2149 bytes from byte 3571\n    image of 1399 bytes");
 }
 
 TEST_F(OktPartial, ShowIndexAndPreview_Together_WrongUsage)

@@ -95,7 +95,8 @@ TEST(OktTemplateGeometry, GeometryOf_EveryInchTemplate_LengthOfTheCentreLineIsTh
         // The cutting length is the last of the lengths in the list.
         ParameterPlan const *cut = nullptr;
         for (int i = 0; i < 5 && plan.kind != TemplateKind::Mesh; ++i)
-            if (ParameterPlan const *const found = plan.find({types::kLength, i}); found != nullptr && found->key.listIndex == 0)
+            if (ParameterPlan const *const found = plan.find({types::kLength, i});
+                found != nullptr && found->key.listIndex == 0)
                 cut = found;
         if (plan.kind == TemplateKind::Mesh)
             cut = plan.find({types::kLength, 1});
@@ -134,7 +135,4 @@ TEST(OktTemplateGeometry, GeometryOf_Mesh_OneStraightBar)
     EXPECT_DOUBLE_EQ(geometry.diameter, 8);
 }
 
-TEST(OktTemplateGeometry, GeometryOf_AnotherKind_NoCorners)
-{
-    EXPECT_TRUE(geometryOf(TemplatePlan()).corners.empty());
-}
+TEST(OktTemplateGeometry, GeometryOf_AnotherKind_NoCorners) { EXPECT_TRUE(geometryOf(TemplatePlan()).corners.empty()); }

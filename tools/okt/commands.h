@@ -21,8 +21,7 @@ enum class ShowWhat
 
 /// Prints pool files. A fault in one goes to standard error, behind what could be read of it, and the next is shown all the
 /// same. False: there was a fault. Throws Failure when standard output takes no more.
-bool show(std::vector<std::filesystem::path> const &files, std::string const &unit, bool withIds,
-          ShowWhat what);
+bool show(std::vector<std::filesystem::path> const &files, std::string const &unit, bool withIds, ShowWhat what);
 
 /// Writes the bytes of a picture to a file in one step, or to standard output when the output is "-". `index` counts from 0 in
 /// the pool's list of pictures. Only the header and the pictures are read where that is enough. False: the file has a fault for

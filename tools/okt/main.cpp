@@ -107,8 +107,7 @@ int run(int argc, char **argv)
         return okt::picture(pathOf(pool), number, pathOf(image)) ? kDone : kFailed;
     std::vector<std::filesystem::path> paths;
     std::transform(files.begin(), files.end(), std::back_inserter(paths), pathOf);
-    okt::ShowWhat const what =
-        indexOnly ? okt::ShowWhat::Index : previewOnly ? okt::ShowWhat::Preview : okt::ShowWhat::All;
+    okt::ShowWhat const what = indexOnly ? okt::ShowWhat::Index : previewOnly ? okt::ShowWhat::Preview : okt::ShowWhat::All;
     return okt::show(paths, unit, withIds, what) ? kDone : kFailed;
 }
 

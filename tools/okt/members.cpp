@@ -72,7 +72,10 @@ public:
     bool writeShort(CString const &name, unsigned short const &value) override { return note(name, std::to_string(value)); }
     bool writeShort(CString const &name, short const &value) override { return note(name, std::to_string(value)); }
     bool writeVariant(CString const &name, tagVARIANT const &value) override { return note(name, variantText(value)); }
-    bool writeByteArray(CString const &name, CByteArray const &value) override { return note(name, bytesText(value.GetSize())); }
+    bool writeByteArray(CString const &name, CByteArray const &value) override
+    {
+        return note(name, bytesText(value.GetSize()));
+    }
 
 private:
     enum class Part
@@ -120,31 +123,38 @@ private:
             return false;
         switch (m_bytes[position])
         {
-        case VarBool: {
+        case VarBool:
+        {
             unsigned char value = 0;
             return m_filer.readBool(value) && note("bool", value == 0 ? "false" : "true");
         }
-        case VarShort: {
+        case VarShort:
+        {
             unsigned short value = 0;
             return m_filer.readShort(value) && note("short", std::to_string(static_cast<short>(value)));
         }
-        case VarLong: {
+        case VarLong:
+        {
             std::uint32_t value = 0;
             return m_filer.readLong(value) && note("long", std::to_string(static_cast<std::int32_t>(value)));
         }
-        case VarDouble: {
+        case VarDouble:
+        {
             double value = 0;
             return m_filer.readDouble(value) && note("double", number(value));
         }
-        case VarWideString: {
+        case VarWideString:
+        {
             CString value;
             return m_filer.readWideString(value) && note("text", quoted(value));
         }
-        case VarAnsiString: {
+        case VarAnsiString:
+        {
             CString value;
             return m_filer.readAnsiString(value) && note("8-bit text", quoted(value));
         }
-        case VarByteArray: {
+        case VarByteArray:
+        {
             CByteArray value;
             return m_filer.readByteArray(value) && note("bytes", bytesText(value.GetSize()));
         }
@@ -193,7 +203,8 @@ private:
     bool note(std::string const &kind, std::string value)
     {
         if (m_rootDepth == 0)
-            m_members.push_back({std::string(2 * static_cast<std::size_t>(std::max(m_depth - 1, 0)), ' ') + kind, std::move(value)});
+            m_members.push_back(
+                {std::string(2 * static_cast<std::size_t>(std::max(m_depth - 1, 0)), ' ') + kind, std::move(value)});
         return true;
     }
 

@@ -82,8 +82,7 @@ void PartialFile::readObject(LoneObject &lone, std::string const &what)
     if (lone.object->xmlIn(&filer) == eFilerOk)
         return;
     lone.object.reset();
-    lone.fault = faultAt(lone.position,
-                         "damaged: the members of this " + printable(className) + " are not those of its class");
+    lone.fault = faultAt(lone.position, "damaged: the members of this " + printable(className) + " are not those of its class");
 }
 
 } // namespace okt
