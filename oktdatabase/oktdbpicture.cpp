@@ -106,9 +106,9 @@ private:
                 return;
         }
         auto const length = static_cast<int>(units.size());
-        int const size = WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, nullptr, 0, nullptr, nullptr);
+        int const size = OktToMultiByte(CP_THREAD_ACP, units.data(), length, nullptr, 0);
         m_text.resize(before + static_cast<std::size_t>(size));
-        WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, m_text.data() + before, size, nullptr, nullptr);
+        OktToMultiByte(CP_THREAD_ACP, units.data(), length, m_text.data() + before, size);
     }
 
     // Decodes the groups in front. False, and nothing done, where other characters are among them.

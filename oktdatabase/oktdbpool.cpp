@@ -3,6 +3,7 @@
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktidreplacements.h>
 #include <oktdatabase/oktmemoryfiler.h>
 #include <oktdatabase/okttools.h>
 #include <oktdatabase/oktxmlfiler.h>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <vector>
 
 namespace
 {
@@ -350,6 +352,13 @@ OKT_ANSWER_ZERO
 bool OKTDbPool::saveFiler(CByteArray &image, IdMap &translated) const
 try
 {
+    return makeImage(image, &translated, nullptr);
+}
+OKT_ANSWER_ZERO
+
+// Either map gets what is translated, or all ids are replaced as they are written.
+bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const
+{
     image.RemoveAll();
 
     // Only the places of these objects stand in the header. Both the set and the objects are in id order.
@@ -363,6 +372,7 @@ try
     InfoMap info;
     OKTMemoryFiler filer;
     filer.setTranslatedIds(m_bTranslatedIds);
+    filer.replaceIds(replacements);
     if (!filer.writeInt(CString(), 0))
         return false;
     if (xmlOut(&filer, info) != eFilerOk)
@@ -384,13 +394,16 @@ try
             info[id] = {static_cast<std::int32_t>(start - objectsStart),
                         static_cast<std::int32_t>(filer.GetFilerLength() - start)};
     }
-    filer.saveMapTranslatedIds(translated);
+    if (translated != nullptr)
+        filer.saveMapTranslatedIds(*translated);
 
     OKTMemoryFiler header;
     header.setTranslatedIds(m_bTranslatedIds);
+    header.replaceIds(replacements);
     if (xmlOut(&header, info) != eFilerOk)
         return false;
-    header.saveMapTranslatedIds(translated);
+    if (translated != nullptr)
+        header.saveMapTranslatedIds(*translated);
 
     OKTMemoryFiler length;
     if (!length.writeInt(CString(), static_cast<int>(header.GetFilerLength())))
@@ -413,7 +426,6 @@ try
     image = std::move(bytes);
     return true;
 }
-OKT_ANSWER_ZERO
 
 bool OKTDbPool::loadFiler(CByteArray const &image)
 try
@@ -781,19 +793,56 @@ OKT_ANSWER_ZERO
 OKTDbPool *OKTDbPool::clone() const
 try
 {
+    auto copy = std::make_unique<OKTDbPool>();
     CByteArray image;
     IdMap translated;
-    if (!saveFiler(image, translated))
+    bool const isNew = m_bTranslatedIds && makeImageWithNewIds(*copy, image, translated);
+    if (!isNew && !saveFiler(image, translated))
         return nullptr;
-    auto copy = std::make_unique<OKTDbPool>();
     copy->setBoolTranslatedIds(m_bTranslatedIds);
-    copy->setMapTranslatedIds(std::move(translated));
-    copy->RearangeMapTranslatedIds();
+    if (!isNew)
+    {
+        copy->setMapTranslatedIds(std::move(translated));
+        copy->RearangeMapTranslatedIds();
+    }
     bool const loaded = copy->loadFiler(image);
     copy->setBoolTranslatedIds(false);
+    if (isNew)
+        copy->setMapTranslatedIds(std::move(translated));
     return loaded ? copy.release() : nullptr;
 }
 OKT_ANSWER_ZERO
+
+// An image in which the ids of all objects are new ones of `owner`, which saves looking each id up once more on reading. False
+// where that could give another outcome than translating while the image is read: an object goes by another id than the pool's,
+// does not write its id, or refers to an object of another pool.
+bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds) const
+{
+    std::vector<OKTDbObjectId> fresh(static_cast<std::size_t>(m_mapObjects.getSize()));
+    for (OKTDbObjectId &id : fresh)
+        id = OKTDbObjectId::createObjectId(&owner);
+    // In the order of the old ids, so that the objects are read in the order of their ids, each behind the last.
+    std::sort(fresh.begin(), fresh.end());
+    if (!fresh.empty() && fresh.front().isNull())
+        return false;
+    OKTIdReplacements replacements(this, m_mapObjects.getSize());
+    auto next = fresh.begin();
+    for (auto const &[id, object] : m_mapObjects)
+    {
+        if (object == nullptr)
+            continue; // not written, and no valid id of it
+        if (id.isNull() || object->objectId() != id || object->objectId().getPool() != this)
+            return false;
+        replacements.add(id, *next++);
+    }
+    if (!makeImage(image, nullptr, &replacements) || !replacements.areComplete())
+        return false;
+    next = fresh.begin();
+    for (auto const &[id, object] : m_mapObjects)
+        if (object != nullptr)
+            newIds[id] = *next++;
+    return true;
+}
 
 void OKTDbPool::RearangeMapTranslatedIds()
 try

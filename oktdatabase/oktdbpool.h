@@ -12,6 +12,7 @@
 
 class OKTDbObject;
 class OKTFiler;
+class OKTIdReplacements;
 class OKTMemoryFiler;
 class OKTRuntimeClass;
 
@@ -171,6 +172,8 @@ private:
 
     bool insertObject(OKTDbObject *object, OKTDbObjectId id);
     bool appendReadObject(OKTDbObject *object);
+    bool makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const;
+    bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds) const;
     bool readNextObject(OKTMemoryFiler &filer, CString const &className, OKTDbObject *&object);
     bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
     bool skipObjectByReadFilter(OKTDbObject *object) const;

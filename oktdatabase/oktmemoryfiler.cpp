@@ -3,6 +3,7 @@
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
+#include <oktdatabase/oktidreplacements.h>
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
 
@@ -104,10 +105,11 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::writeObjectId(CString const &name, OKTDbObjectId const &value)
 try
 {
-    bool const written = writesFramesWhole() ? m_bytes.writeIdFrame(reinterpret_cast<unsigned char const *>(&value.m_Guid))
-                                             : value.xmlOut(name, this) == eFilerOk;
-    if (!written)
-        return false;
+    OKTDbObjectId const &id = m_replacements == nullptr ? value : m_replacements->forWriting(value);
+    bool const written = writesFramesWhole() ? m_bytes.writeIdFrame(reinterpret_cast<unsigned char const *>(&id.m_Guid))
+                                             : id.xmlOut(name, this) == eFilerOk;
+    if (!written || m_replacements != nullptr)
+        return written;
     // The old id is in the stream; the new one is only noted, and replaces it on reading.
     if (getTranslatedIds() && value.isValid() && !m_mapTranslatedIds.contains(value))
         m_mapTranslatedIds[value] = OKTDbObjectId::createObjectId(m_pool);

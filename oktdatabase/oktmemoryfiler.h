@@ -3,6 +3,8 @@
 #include <oktdatabase/oktbytefiler.h>
 #include <oktdatabase/oktfiler.h>
 
+class OKTIdReplacements;
+
 /// The binary filer: the protocol as records of one buffer in memory, and buffers to and from files. Purely positional: names
 /// are not stored, so members must be read in the order in which they were written.
 ///
@@ -86,9 +88,12 @@ public:
     void readInPlace(CByteArray const &bytes);
     /// The written buffer, handed over without a copy; the filer is empty then.
     CByteArray takeBytes();
+    /// From now on ids are written as these say, which must outlive the filer; null: as they are.
+    void replaceIds(OKTIdReplacements *replacements) { m_replacements = replacements; }
 
 private:
     bool writesFramesWhole() const;
 
     OKTByteFiler m_bytes;
+    OKTIdReplacements *m_replacements = nullptr;
 };

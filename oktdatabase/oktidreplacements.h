@@ -1,0 +1,40 @@
+#pragma once
+
+#include <oktdatabase/oktdbobjectid.h>
+
+#include <cstdint>
+#include <vector>
+
+/// The new ids under which the objects of a pool are written for a clone, and what is written of them. A look-up takes the same
+/// time however many ids there are, while a walk down an ordered map misses the processor's caches at each step. Not installed.
+class OKTIdReplacements
+{
+public:
+    /// For that many ids of the pool.
+    OKTIdReplacements(OKTDbPool const *pool, int count);
+
+    /// `id` is not null and not there yet.
+    void add(OKTDbObjectId const &id, OKTDbObjectId const &fresh);
+    /// What to write for an id: the new one, or the id itself where there is none. Good until the next call.
+    OKTDbObjectId const &forWriting(OKTDbObjectId const &id);
+    /// Every id was written, and no id that names an object of another pool. Only then is the outcome that of ids which are
+    /// translated when they are read.
+    bool areComplete() const { return m_written == m_count && !m_otherPool; }
+
+private:
+    struct Place
+    {
+        _GUID id = {}; // zero: the place is free
+        _GUID fresh = {};
+        bool isWritten = false;
+    };
+
+    Place &placeOf(_GUID const &guid);
+
+    OKTDbPool const *m_pool;
+    std::vector<Place> m_places; // their number is a power of 2, and a quarter of them is free
+    OKTDbObjectId m_fresh;
+    int m_count = 0;
+    int m_written = 0;
+    bool m_otherPool = false;
+};
