@@ -1,6 +1,7 @@
 #include <oktdatabase/oktbytefiler.h>
 
 #include <oktdatabase/oktcrashhandler.h>
+#include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 
 #include <algorithm>
@@ -21,61 +22,6 @@ constexpr unsigned char kNoBool = 255;
 constexpr unsigned short kNoShort = 65535;
 constexpr std::uint32_t kNoLong = 0x80000001u;
 constexpr double kNoDouble = -std::numeric_limits<double>::max();
-
-// The frame of an id. Nearly half the bytes of a template are such frames, so they are written and compared as a whole. The
-// four longs hold the bytes of the GUID as they lie in memory.
-constexpr BYTE kIdFrame[] = {VarClassBegin,
-                             VarAnsiString,
-                             11,
-                             0,
-                             'O',
-                             'K',
-                             'T',
-                             'O',
-                             'b',
-                             'j',
-                             'e',
-                             'c',
-                             't',
-                             'I',
-                             'd',
-                             VarLong,
-                             1,
-                             0,
-                             0,
-                             0, // head
-                             VarMembersBegin,
-                             VarLong,
-                             1,
-                             0,
-                             0,
-                             0, // section 1
-                             VarLong,
-                             0,
-                             0,
-                             0,
-                             0, // at 26
-                             VarLong,
-                             0,
-                             0,
-                             0,
-                             0, // at 31
-                             VarLong,
-                             0,
-                             0,
-                             0,
-                             0, // at 36
-                             VarLong,
-                             0,
-                             0,
-                             0,
-                             0, // at 41
-                             VarMembersEnd,
-                             VarClassEnd};
-constexpr int kIdFrameSize = static_cast<int>(sizeof kIdFrame);
-constexpr int kIdWords = 26; // where the first of the four longs stands
-constexpr int kIdWordStep = 5;
-static_assert(kIdFrameSize == 48 && std::endian::native == std::endian::little);
 
 template <int Bytes, typename T> void store(BYTE *place, T value)
 {
@@ -147,12 +93,17 @@ CByteArray OKTByteFiler::takeBytes() { return std::move(m_buffer); }
 
 // --- Writing ---
 
-// The place of `count` new bytes at the end, or null when the buffer would pass what a signed 32-bit size can tell.
 BYTE *OKTByteFiler::extend(int count)
 {
     if (m_borrowed != nullptr || count < 0 || count > std::numeric_limits<int>::max() - m_buffer.GetSize())
         return nullptr;
     return m_buffer.Extend(count);
+}
+
+void OKTByteFiler::expectLength(std::int64_t size) noexcept
+{
+    if (size <= std::numeric_limits<int>::max())
+        m_buffer.Reserve(static_cast<int>(size));
 }
 
 bool OKTByteFiler::appendBytes(void const *data, int const &count)
@@ -250,10 +201,10 @@ try
     if (!plain)
     {
         auto const length = static_cast<int>(units.size());
-        int const size = OktToMultiByte(CP_THREAD_ACP, units.data(), length, nullptr, 0);
+        int const size = WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, nullptr, 0, nullptr, nullptr);
         // A conversion shorter than the count ends in zeros.
         converted.resize(static_cast<std::size_t>(std::max<int>(size, count)));
-        OktToMultiByte(CP_THREAD_ACP, units.data(), length, converted.data(), size);
+        WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, converted.data(), size, nullptr, nullptr);
     }
     BYTE *const place = extend(3 + count);
     if (place == nullptr)
@@ -323,17 +274,22 @@ OKT_ANSWER_ZERO
 bool OKTByteFiler::writeIdFrame(unsigned char const *guid)
 try
 {
-    BYTE *const place = extend(kIdFrameSize);
+    BYTE *const place = extend(static_cast<int>(kIdFrame.size()));
     if (place == nullptr)
         return false;
-    std::memcpy(place, kIdFrame, sizeof kIdFrame);
-    for (int i = 0; i < 4; ++i)
-        std::memcpy(place + kIdWords + 1 + i * kIdWordStep, guid + 4 * i, 4);
+    storeIdFrame(place, guid);
     return true;
 }
 OKT_ANSWER_ZERO
 
 // --- Reading ---
+
+BYTE const *OKTByteFiler::unreadBytes(BYTE const *&end) const
+{
+    bool const any = m_mode == 0 && isBeforeEnd(0);
+    end = any ? bytes().GetData() + getLength() : nullptr;
+    return any ? payload() : nullptr;
+}
 
 // True when the byte `offset` behind the position lies within the buffer.
 bool OKTByteFiler::isBeforeEnd(int offset) const
@@ -463,9 +419,9 @@ try
     else
     {
         auto const *const narrow = reinterpret_cast<char const *>(bytes);
-        int const size = OktToWideChar(CP_THREAD_ACP, narrow, length, nullptr, 0);
+        int const size = MultiByteToWideChar(CP_THREAD_ACP, 0, narrow, length, nullptr, 0);
         text.SetUnits(size, [narrow, length](WCHAR *units, int room) {
-            OktToWideChar(CP_THREAD_ACP, narrow, length, units, room);
+            MultiByteToWideChar(CP_THREAD_ACP, 0, narrow, length, units, room);
         });
     }
     m_position += count;
@@ -510,18 +466,10 @@ OKT_ANSWER_ZERO
 bool OKTByteFiler::readIdFrame(unsigned char *guid)
 try
 {
-    if (m_mode != 0 || !isBeforeEnd(kIdFrameSize - 1))
+    constexpr int kSize = static_cast<int>(kIdFrame.size());
+    if (m_mode != 0 || !isBeforeEnd(kSize - 1) || !fetchIdFrame(payload(), guid))
         return false;
-    BYTE const *const frame = payload();
-    bool fits = std::memcmp(frame, kIdFrame, kIdWords) == 0;
-    for (int i = 0; i < 4; ++i)
-        fits = fits && frame[kIdWords + i * kIdWordStep] == VarLong;
-    constexpr int kTail = kIdFrameSize - 2;
-    if (!fits || frame[kTail] != VarMembersEnd || frame[kTail + 1] != VarClassEnd)
-        return false;
-    for (int i = 0; i < 4; ++i)
-        std::memcpy(guid + 4 * i, frame + kIdWords + 1 + i * kIdWordStep, 4);
-    m_position += kIdFrameSize;
+    m_position += kSize;
     return true;
 }
 OKT_ANSWER_ZERO
@@ -685,3 +633,15 @@ try
     return false;
 }
 OKT_ANSWER_ZERO
+
+bool OKTByteFiler::isSameClassAt(int first, int second) const
+{
+    constexpr int kHead = 4; // class begin, string type, count
+    int const length = getLength();
+    if (first < 0 || second < 0 || first > length - kHead || second > length - kHead)
+        return false;
+    BYTE const *const data = bytes().GetData();
+    int const size = kHead + fetch<2, std::uint16_t>(data + first + 2);
+    return size <= length - first && size <= length - second &&
+           std::memcmp(data + first, data + second, static_cast<std::size_t>(size)) == 0;
+}

@@ -54,6 +54,14 @@ public:
     /// Hands the buffer over without a copy and is empty then.
     CByteArray takeBytes();
 
+    /// The place of `count` new bytes at the end, which the caller sets at once. Null, and nothing appended, when the buffer
+    /// would pass 2^31 - 1 bytes. The mode is not looked at.
+    BYTE *extend(int count);
+    /// The buffer is about to grow to that size: where there is memory for it, it does so at once.
+    void expectLength(std::int64_t size) noexcept;
+    /// What lies from the position to the end; null and nothing in write mode.
+    BYTE const *unreadBytes(BYTE const *&end) const;
+
     /// False, and nothing appended, when the buffer would pass 2^31 - 1 bytes. The mode is not looked at.
     bool appendBytes(void const *data, int const &count);
     bool writeType(_VariableType const &type);
@@ -96,6 +104,8 @@ public:
     /// Scans from the position for the bytes 6, 5 at the start of the buffer or behind a byte 7; no record is parsed, so a
     /// payload that reads 7, 6, 5 is taken for an object (quirk 32). The position stays.
     bool findNextObject(int &where);
+    /// Two frames begin at these places with the same class name.
+    bool isSameClassAt(int first, int second) const;
 
 private:
     /// What begins a frame, for a class name that is a literal: the same few names begin nearly all frames of a stream.
@@ -114,7 +124,6 @@ private:
     using TypeStack = OKTArray<_VariableType, _VariableType const &>;
 
     CByteArray const &bytes() const { return m_borrowed != nullptr ? *m_borrowed : m_buffer; }
-    BYTE *extend(int count);
     bool isBeforeEnd(int offset) const;
     BYTE const *payload() const { return bytes().GetData() + m_position; }
     bool readCount(int &count, int bytesPerElement);

@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <map>
+#include <memory>
+#include <new>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -89,13 +93,92 @@ private:
     std::vector<T> m_elements;
 };
 
+/// Memory for the entries of a map, in blocks of many: an entry costs no call of the heap and none of its overhead, and entries
+/// made one after the other lie beside each other. The blocks go with the last entry. Copies share the blocks.
+template <typename T> class OKTEntryAllocator
+{
+public:
+    using value_type = T;
+    using propagate_on_container_move_assignment = std::true_type;
+    using propagate_on_container_swap = std::true_type;
+
+    OKTEntryAllocator() = default;
+    template <typename U> OKTEntryAllocator(OKTEntryAllocator<U> const &) {} // of other entries, so of other blocks
+
+    T *allocate(std::size_t count)
+    {
+        if (count != 1)
+            return std::allocator<T>().allocate(count);
+        if (m_blocks == nullptr)
+            m_blocks = std::make_shared<Blocks>();
+        return static_cast<T *>(m_blocks->take());
+    }
+    void deallocate(T *entry, std::size_t count) noexcept
+    {
+        if (count != 1)
+            std::allocator<T>().deallocate(entry, count);
+        else
+            m_blocks->giveBack(entry);
+    }
+    /// A copy of a container has blocks of its own.
+    OKTEntryAllocator select_on_container_copy_construction() const { return {}; }
+    bool operator==(OKTEntryAllocator const &other) const { return m_blocks == other.m_blocks; }
+
+private:
+    class Blocks
+    {
+    public:
+        void *take()
+        {
+            if (m_free == nullptr)
+                addBlock();
+            ++m_used;
+            return std::exchange(m_free, m_free->next);
+        }
+        void giveBack(void *entry) noexcept
+        {
+            m_free = new (entry) Place{m_free};
+            if (--m_used > 0)
+                return;
+            m_free = nullptr;
+            m_blocks.clear();
+        }
+
+    private:
+        struct Place
+        {
+            Place *next;
+        };
+        union Entry
+        {
+            Place place;
+            alignas(T) unsigned char bytes[sizeof(T)];
+        };
+
+        void addBlock()
+        {
+            std::size_t const size = std::size_t{8} << std::min<std::size_t>(m_blocks.size(), 6);
+            m_blocks.reserve(m_blocks.size() + 1);
+            m_blocks.emplace_back(new Entry[size]);
+            for (std::size_t i = size; i > 0; --i)
+                m_free = new (&m_blocks.back()[i - 1]) Place{m_free};
+        }
+
+        std::vector<std::unique_ptr<Entry[]>> m_blocks;
+        Place *m_free = nullptr;
+        std::size_t m_used = 0;
+    };
+
+    std::shared_ptr<Blocks> m_blocks;
+};
+
 /// A map in ascending key order that is also read by position, a thin layer on the standard ordered map. KA and VA are how keys
 /// and values are passed. Positional access keeps a cursor, so that a loop over neighbouring positions costs a step each; any
 /// other position costs a walk from the start. The cursor makes reading by position a write: one thread at a time.
 /// A position past the end throws std::out_of_range.
 template <typename K, typename V, typename KA, typename VA> class OKTMap
 {
-    using Map = std::map<K, V>;
+    using Map = std::map<K, V, std::less<K>, OKTEntryAllocator<std::pair<K const, V>>>;
 
 public:
     OKTMap() = default;
@@ -144,6 +227,23 @@ public:
             return place->second;
         resetCursor();
         return m_map.emplace_hint(place, key, V())->second;
+    }
+
+    /// Inserts the key with that value and gives true; false, and nothing changed, when the key is there.
+    bool insert(KA key, VA value)
+    {
+        if (m_map.empty() || m_map.rbegin()->first < key)
+        {
+            resetCursor();
+            m_map.emplace_hint(m_map.end(), key, value);
+            return true;
+        }
+        auto const place = m_map.lower_bound(key);
+        if (!(key < place->first))
+            return false;
+        resetCursor();
+        m_map.emplace_hint(place, key, value);
+        return true;
     }
 
     K const &keyAt(unsigned int position) const { return walkTo(position)->first; }

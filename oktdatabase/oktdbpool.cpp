@@ -1,16 +1,19 @@
 #include <oktdatabase/oktdbpool.h>
 
 #include <oktdatabase/oktcrashhandler.h>
-#include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktdbparameter.h>
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktidreplacements.h>
 #include <oktdatabase/oktmemoryfiler.h>
+#include <oktdatabase/oktruntimeclass.h>
 #include <oktdatabase/okttools.h>
+#include <oktdatabase/oktwholeframe.h>
 #include <oktdatabase/oktxmlfiler.h>
 
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
 namespace
@@ -34,6 +37,40 @@ public:
 
 private:
     bool &m_flag;
+};
+
+// Foretells the length of an image from its first objects, so that it need not be moved again and again while it grows. The
+// order of ids mixes the classes well. Few large objects at the start do not count: of the objects so far and the later half of
+// them, those that promise less are believed.
+class ImageOutlook
+{
+public:
+    explicit ImageOutlook(int objects)
+        : m_objects(static_cast<unsigned int>(objects)), m_enough(std::clamp(m_objects / 16, 64u, 4096u))
+    {
+    }
+
+    /// `objects` are written, and the image has that length.
+    void look(unsigned int objects, std::int64_t length, OKTMemoryFiler &filer)
+    {
+        if (objects == 0)
+            m_start = length;
+        else if (objects == m_enough / 2)
+            m_half = length;
+        else if (objects == m_enough)
+        {
+            double const all = static_cast<double>(length - m_start) / objects;
+            double const half = static_cast<double>(length - m_half) / (objects - objects / 2);
+            double const left = std::min(all, half) * (m_objects - objects);
+            filer.expectLength(length + static_cast<std::int64_t>(left * 1.05));
+        }
+    }
+
+private:
+    unsigned int m_objects;
+    unsigned int m_enough; // objects
+    std::int64_t m_start = 0;
+    std::int64_t m_half = 0; // the length when half of these were written
 };
 } // namespace
 
@@ -141,6 +178,8 @@ OKT_ANSWER_ZERO
 
 void OKTDbPool::noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id)
 {
+    if (typeid(*object) == typeid(OKTDbParameter))
+        return; // as most objects are, and none with a role
     if (object->isA(kConstructClass))
         m_constructId = id;
     if (object->isA(kPictureClass) && !m_tabPictures.contains(id))
@@ -161,15 +200,13 @@ void OKTDbPool::forgetSpecialObject(OKTDbObject const *object, OKTDbObjectId con
 
 // --- Objects ---
 
-// Puts the object under that id, which it gets with its cache set. A failure leaves object and pool as they were.
-bool OKTDbPool::insertObject(OKTDbObject *object, OKTDbObjectId id)
+// Gives an object that is in the map under that id the id, and its role. A failure leaves object and pool as they were.
+bool OKTDbPool::adoptObject(OKTDbObject *object, OKTDbObjectId const &id)
 {
     OKTDbObjectId const before = object->objectId();
-    id.setObject(object);
     object->setObjectId(id);
     try
     {
-        m_mapObjects[id] = object;
         noteSpecialObject(object, id);
     }
     catch (...)
@@ -186,7 +223,10 @@ try
 {
     if (object == nullptr || m_mapObjects.contains(object->objectId()))
         return false;
-    return insertObject(object, OKTDbObjectId::createObjectId(this));
+    OKTDbObjectId id = OKTDbObjectId::createObjectId(this);
+    id.setObject(object);
+    m_mapObjects[id] = object;
+    return adoptObject(object, id);
 }
 OKT_ANSWER_ZERO
 
@@ -194,9 +234,11 @@ OKT_ANSWER_ZERO
 bool OKTDbPool::appendReadObject(OKTDbObject *object)
 try
 {
-    if (object == nullptr || m_mapObjects.contains(object->objectId()))
+    if (object == nullptr)
         return false;
-    return insertObject(object, object->objectId());
+    OKTDbObjectId id = object->objectId();
+    id.setObject(object);
+    return m_mapObjects.insert(id, object) && adoptObject(object, id);
 }
 OKT_ANSWER_ZERO
 
@@ -378,6 +420,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
     if (xmlOut(&filer, info) != eFilerOk)
         return false;
     long const objectsStart = filer.GetFilerLength();
+    ImageOutlook outlook(m_mapObjects.getSize());
     // By position: an object may take itself out of the pool while it is written.
     for (unsigned int i = 0; i < static_cast<unsigned int>(m_mapObjects.getSize()); ++i)
     {
@@ -386,6 +429,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
         if (object == nullptr)
             continue;
         long const start = filer.GetFilerLength();
+        outlook.look(i, start, filer);
         if (object->xmlOut(&filer) != eFilerOk)
             return false;
         while (next != special.end() && *next < id)
@@ -431,16 +475,28 @@ bool OKTDbPool::loadFiler(CByteArray const &image)
 try
 {
     OKTMemoryFiler filer(this);
+    return loadThrough(filer, image);
+}
+OKT_ANSWER_ZERO
+
+bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
+{
+    OKTTextTable texts;
     filer.readInPlace(image);
+    filer.shareTexts(&texts);
     int headerLength;
     InfoMap info;
     if (!filer.readInt(CString(), headerLength) || xmlIn(&filer, info) != eFilerOk)
         return false;
     CString className;
-    while (filer.readNextObjectClass(className))
+    int place = -1;
+    OKTRuntimeClass *descriptor = nullptr;
+    for (bool isSame = false; filer.readNextObjectClass(className, place, isSame);)
     {
-        OKTDbObject *object = nullptr;
-        if (!readNextObject(filer, className, object))
+        OKTRuntimeClass *const *const entry = isSame ? &descriptor : g_RuntimeClass.find(className);
+        descriptor = entry == nullptr ? nullptr : *entry;
+        OKTDbObject *const object = descriptor == nullptr ? nullptr : descriptor->CreateObject();
+        if (!readObject(filer, object))
             return false;
         if (skipObjectByReadFilter(object))
             delete object;
@@ -449,12 +505,11 @@ try
     }
     return true;
 }
-OKT_ANSWER_ZERO
 
-// Makes an object of the class and lets it read itself. An object that fails is lost (quirk 18).
-bool OKTDbPool::readNextObject(OKTMemoryFiler &filer, CString const &className, OKTDbObject *&object)
+// Lets a new object read itself. One that fails is lost (quirk 18).
+bool OKTDbPool::readObject(OKTMemoryFiler &filer, OKTDbObject *object)
 {
-    if (!CreateObjectFromClassName(className, object) || object == nullptr)
+    if (object == nullptr)
         return false;
     filer.setIsReadingObjectFromRoot(true);
     return object->xmlIn(&filer) == eFilerOk;
@@ -704,7 +759,8 @@ bool OKTDbPool::readObjectAlone(CString const &path, OKTDbObjectId const &id, In
     filer.readInPlace(bytes);
     CString className;
     OKTDbObject *object = nullptr;
-    return filer.readNextObjectClass(className) && readNextObject(filer, className, object) && appendReadObject(object);
+    return filer.readNextObjectClass(className) && CreateObjectFromClassName(className, object) && readObject(filer, object) &&
+           appendReadObject(object);
 }
 
 bool OKTDbPool::skipObjectByReadFilter(OKTDbObject *object) const
@@ -796,27 +852,28 @@ try
     auto copy = std::make_unique<OKTDbPool>();
     CByteArray image;
     IdMap translated;
-    bool const isNew = m_bTranslatedIds && makeImageWithNewIds(*copy, image, translated);
-    if (!isNew && !saveFiler(image, translated))
+    bool isRefused = false;
+    bool const isNew = m_bTranslatedIds && makeImageWithNewIds(*copy, image, translated, isRefused);
+    if (isRefused || (!isNew && !saveFiler(image, translated)))
         return nullptr;
+    // The ids of such an image are the new ones already, so its filer translates none. The map is for objects that read ids
+    // through filers of their own.
+    OKTMemoryFiler untranslating(copy.get());
     copy->setBoolTranslatedIds(m_bTranslatedIds);
+    copy->setMapTranslatedIds(std::move(translated));
     if (!isNew)
-    {
-        copy->setMapTranslatedIds(std::move(translated));
         copy->RearangeMapTranslatedIds();
-    }
-    bool const loaded = copy->loadFiler(image);
+    bool const loaded = isNew ? copy->loadThrough(untranslating, image) : copy->loadFiler(image);
     copy->setBoolTranslatedIds(false);
-    if (isNew)
-        copy->setMapTranslatedIds(std::move(translated));
     return loaded ? copy.release() : nullptr;
 }
 OKT_ANSWER_ZERO
 
 // An image in which the ids of all objects are new ones of `owner`, which saves looking each id up once more on reading. False
 // where that could give another outcome than translating while the image is read: an object goes by another id than the pool's,
-// does not write its id, or refers to an object of another pool.
-bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds) const
+// is named by ids without pool alone, refers to an object of another pool, or changes the pool while it is written. `isRefused`
+// tells that there can be no image at all.
+bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, bool &isRefused) const
 {
     std::vector<OKTDbObjectId> fresh(static_cast<std::size_t>(m_mapObjects.getSize()));
     for (OKTDbObjectId &id : fresh)
@@ -826,21 +883,28 @@ bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &
     if (!fresh.empty() && fresh.front().isNull())
         return false;
     OKTIdReplacements replacements(this, m_mapObjects.getSize());
-    auto next = fresh.begin();
+    IdMap ids;
+    auto next = fresh.cbegin();
     for (auto const &[id, object] : m_mapObjects)
     {
         if (object == nullptr)
             continue; // not written, and no valid id of it
         if (id.isNull() || object->objectId() != id || object->objectId().getPool() != this)
             return false;
-        replacements.add(id, *next++);
+        replacements.add(id, *next);
+        ids[id] = *next++;
     }
-    if (!makeImage(image, nullptr, &replacements) || !replacements.areComplete())
+    isRefused = !makeImage(image, nullptr, &replacements);
+    if (isRefused || !replacements.areSound())
         return false;
-    next = fresh.begin();
+    auto known = ids.begin();
     for (auto const &[id, object] : m_mapObjects)
-        if (object != nullptr)
-            newIds[id] = *next++;
+        if (object != nullptr && (known == ids.end() || known++->first != id))
+            return false;
+    if (known != ids.end())
+        return false;
+    replacements.dropUnwritten(ids);
+    newIds = std::move(ids);
     return true;
 }
 

@@ -170,11 +170,12 @@ private:
         std::set<OKTDbObjectId> m_known;
     };
 
-    bool insertObject(OKTDbObject *object, OKTDbObjectId id);
+    bool adoptObject(OKTDbObject *object, OKTDbObjectId const &id);
     bool appendReadObject(OKTDbObject *object);
     bool makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const;
-    bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds) const;
-    bool readNextObject(OKTMemoryFiler &filer, CString const &className, OKTDbObject *&object);
+    bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, bool &isRefused) const;
+    bool loadThrough(OKTMemoryFiler &filer, CByteArray const &image);
+    static bool readObject(OKTMemoryFiler &filer, OKTDbObject *object);
     bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
     bool skipObjectByReadFilter(OKTDbObject *object) const;
     void noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id);

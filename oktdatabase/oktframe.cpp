@@ -1,6 +1,7 @@
 #include <oktdatabase/oktframe.h>
 
 #include <oktdatabase/oktfiler.h>
+#include <oktdatabase/oktwholeframe.h>
 
 #include <utility>
 
@@ -66,11 +67,37 @@ OKTDbObjectId idForList(OKTDbObjectId id)
     return id;
 }
 
+namespace
+{
+// All at once where nobody asks for the names. False: nothing was written.
+bool writeIds(OKTFiler &filer, IdArray const &ids)
+{
+    OKTFrameWriter frames(filer, static_cast<std::int64_t>(kIdFrame.size()) * ids.getSize());
+    if (!frames)
+        return false;
+    for (OKTDbObjectId const &id : ids)
+        frames.putId(id);
+    return true;
+}
+
+// Those at the front that can be read as whole frames.
+void readIds(OKTFiler &filer, IdArray &ids, int count)
+{
+    OKTFrameReader frames(filer);
+    OKTDbObjectId id;
+    while (ids.getSize() < count && frames.takeId(id))
+    {
+        ids.append(idForList(id));
+        frames.finish();
+    }
+}
+} // namespace
+
 void writeIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray const &ids, OKTFrame &frame)
 {
     int const count = ids.getSize();
     frame.fold(filer.writeInt(length, count));
-    if (count == 0)
+    if (count == 0 || !frame.isOk() || writeIds(filer, ids))
         return;
     OKTListNames names(list);
     for (int i = 0; i < count && frame.isOk(); ++i)
@@ -84,8 +111,12 @@ void readIdList(OKTFiler &filer, CString const &list, CString const &length, IdA
     frame.fold(filer.readInt(length, count));
     if (count <= 0)
         return;
+    if (frame.isOk())
+        readIds(filer, ids, count);
+    if (ids.getSize() == count)
+        return;
     OKTListNames names(list);
-    for (int i = 0; i < count && frame.isOk(); ++i)
+    for (int i = ids.getSize(); i < count && frame.isOk(); ++i)
     {
         OKTDbObjectId id;
         frame.fold(filer.readObjectId(names.at(i), id));

@@ -33,10 +33,7 @@ std::uint64_t scattered(_GUID const &guid)
     return mixed ^ (mixed >> 32);
 }
 
-bool areEqual(_GUID const &a, _GUID const &b)
-{
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
+bool areEqual(_GUID const &a, _GUID const &b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 } // namespace
 
 OKTIdReplacements::OKTIdReplacements(OKTDbPool const *pool, int count) : m_pool(pool)
@@ -60,8 +57,19 @@ OKTIdReplacements::Place &OKTIdReplacements::placeOf(_GUID const &guid)
 
 void OKTIdReplacements::add(OKTDbObjectId const &id, OKTDbObjectId const &fresh)
 {
-    placeOf(id.getGuid()) = {id.getGuid(), fresh.getGuid(), false};
-    ++m_count;
+    Place &place = placeOf(id.getGuid());
+    place.id = id.getGuid();
+    place.fresh = fresh.getGuid();
+    ++m_unwritten;
+}
+
+void OKTIdReplacements::dropUnwritten(IdMap &ids)
+{
+    if (m_unwritten == 0)
+        return;
+    for (OKTDbObjectId const &id : ids.keys())
+        if (!placeOf(id.getGuid()).isWritten)
+            ids.erase(id);
 }
 
 OKTDbObjectId const &OKTIdReplacements::forWriting(OKTDbObjectId const &id)
@@ -75,10 +83,12 @@ OKTDbObjectId const &OKTIdReplacements::forWriting(OKTDbObjectId const &id)
         m_otherPool = m_otherPool || (pool != nullptr && pool != m_pool && id.isValid());
         return id;
     }
-    if (!place.isWritten && pool == m_pool)
+    if (!place.isWritten)
     {
-        place.isWritten = true;
-        ++m_written;
+        m_unproven += (pool == m_pool ? 0 : 1) - (place.isUnproven ? 1 : 0);
+        place.isWritten = pool == m_pool;
+        place.isUnproven = !place.isWritten;
+        m_unwritten -= place.isWritten ? 1 : 0;
     }
     m_fresh.setGuid(place.fresh);
     return m_fresh;

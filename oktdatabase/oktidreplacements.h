@@ -1,5 +1,6 @@
 #pragma once
 
+#include <oktdatabase/oktcontainers.h>
 #include <oktdatabase/oktdbobjectid.h>
 
 #include <cstdint>
@@ -17,9 +18,11 @@ public:
     void add(OKTDbObjectId const &id, OKTDbObjectId const &fresh);
     /// What to write for an id: the new one, or the id itself where there is none. Good until the next call.
     OKTDbObjectId const &forWriting(OKTDbObjectId const &id);
-    /// Every id was written, and no id that names an object of another pool. Only then is the outcome that of ids which are
-    /// translated when they are read.
-    bool areComplete() const { return m_written == m_count && !m_otherPool; }
+    /// Every id that was replaced was also written as one of the pool, and no id that names an object of another pool was
+    /// written. Only then is the outcome that of ids which are translated when they are read.
+    bool areSound() const { return m_unproven == 0 && !m_otherPool; }
+    /// Takes the ids that were never written out of the map: they have no new ones.
+    void dropUnwritten(IdMap &ids);
 
 private:
     struct Place
@@ -27,6 +30,7 @@ private:
         _GUID id = {}; // zero: the place is free
         _GUID fresh = {};
         bool isWritten = false;
+        bool isUnproven = false; // replaced so far only where an id without the pool stood
     };
 
     Place &placeOf(_GUID const &guid);
@@ -34,7 +38,7 @@ private:
     OKTDbPool const *m_pool;
     std::vector<Place> m_places; // their number is a power of 2, and a quarter of them is free
     OKTDbObjectId m_fresh;
-    int m_count = 0;
-    int m_written = 0;
+    int m_unwritten = 0;
+    int m_unproven = 0;
     bool m_otherPool = false;
 };

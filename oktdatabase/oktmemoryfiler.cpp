@@ -44,6 +44,30 @@ bool OKTMemoryFiler::writesFramesWhole() const
     return typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
 }
 
+OKTMemoryFiler *OKTMemoryFiler::forWholeFrames(OKTFiler &filer)
+{
+    if (typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
+        return nullptr;
+    auto *const memory = static_cast<OKTMemoryFiler *>(&filer);
+    // 8-bit texts and ids that are noted or translated one by one go the other road.
+    bool const isPlain = !memory->getIsAnsiString() && (!memory->getTranslatedIds() || memory->m_replacements != nullptr);
+    return isPlain ? memory : nullptr;
+}
+
+BYTE *OKTMemoryFiler::extendForFrame(std::int64_t size)
+{
+    return size > std::numeric_limits<int>::max() ? nullptr : m_bytes.extend(static_cast<int>(size));
+}
+
+BYTE const *OKTMemoryFiler::unreadBytes(BYTE const *&end) const { return m_bytes.unreadBytes(end); }
+
+void OKTMemoryFiler::moveBehindFrame(int size) { m_bytes.setPosition(m_bytes.getPosition() + size); }
+
+OKTDbObjectId const &OKTMemoryFiler::idToWrite(OKTDbObjectId const &id) const
+{
+    return m_replacements == nullptr ? id : m_replacements->forWriting(id);
+}
+
 // --- Writing ---
 
 bool OKTMemoryFiler::beginWriteClass(CString, CString className, int version)
@@ -105,7 +129,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::writeObjectId(CString const &name, OKTDbObjectId const &value)
 try
 {
-    OKTDbObjectId const &id = m_replacements == nullptr ? value : m_replacements->forWriting(value);
+    OKTDbObjectId const &id = idToWrite(value);
     bool const written = writesFramesWhole() ? m_bytes.writeIdFrame(reinterpret_cast<unsigned char const *>(&id.m_Guid))
                                              : id.xmlOut(name, this) == eFilerOk;
     if (!written || m_replacements != nullptr)
@@ -369,6 +393,20 @@ try
     bool const named = m_bytes.readAnsiString(className);
     m_bytes.setPosition(where);
     return begun && named;
+}
+OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::readNextObjectClass(CString &className, int &place, bool &isSame)
+try
+{
+    int where;
+    isSame = m_bytes.findNextObject(where) && m_bytes.isSameClassAt(place, where);
+    if (isSame)
+        m_bytes.setPosition(where);
+    else if (!OKTMemoryFiler::readNextObjectClass(className))
+        return false;
+    place = where;
+    return true;
 }
 OKT_ANSWER_ZERO
 

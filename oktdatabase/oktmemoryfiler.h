@@ -4,6 +4,7 @@
 #include <oktdatabase/oktfiler.h>
 
 class OKTIdReplacements;
+class OKTTextTable;
 
 /// The binary filer: the protocol as records of one buffer in memory, and buffers to and from files. Purely positional: names
 /// are not stored, so members must be read in the order in which they were written.
@@ -67,6 +68,9 @@ public:
     /// The class name of the next object frame at or behind the position, which comes to stand on it. False: none, position
     /// unmoved.
     virtual bool readNextObjectClass(CString &className);
+    /// The same for a reader that keeps the name and the place of the object before, -1 for none: when both are of one class, the
+    /// name is left as it is, and `isSame` is true.
+    bool readNextObjectClass(CString &className, int &place, bool &isSame);
     /// Always false.
     virtual bool skipToNextObject();
     /// The size of the buffer in bytes, in either mode.
@@ -86,14 +90,28 @@ public:
 
     /// loadFiler without the copy: reads `bytes` where they lie. They must outlive the filer and stay unchanged.
     void readInPlace(CByteArray const &bytes);
+    /// The buffer is about to grow to that many bytes.
+    void expectLength(std::int64_t size) noexcept { m_bytes.expectLength(size); }
     /// The written buffer, handed over without a copy; the filer is empty then.
     CByteArray takeBytes();
     /// From now on ids are written as these say, which must outlive the filer; null: as they are.
     void replaceIds(OKTIdReplacements *replacements) { m_replacements = replacements; }
+    /// Texts in frames that are read as a whole are taken from this table, which must outlive the filer; null: each is made.
+    void shareTexts(OKTTextTable *texts) { m_texts = texts; }
 
 private:
+    friend class OKTFrameWriter;
+    friend class OKTFrameReader;
+
     bool writesFramesWhole() const;
+    /// The filer as one whose frames may go in and out as a whole, or null.
+    static OKTMemoryFiler *forWholeFrames(OKTFiler &filer);
+    BYTE *extendForFrame(std::int64_t size);
+    OKTDbObjectId const &idToWrite(OKTDbObjectId const &id) const;
+    BYTE const *unreadBytes(BYTE const *&end) const;
+    void moveBehindFrame(int size);
 
     OKTByteFiler m_bytes;
     OKTIdReplacements *m_replacements = nullptr;
+    OKTTextTable *m_texts = nullptr;
 };

@@ -1,5 +1,6 @@
 #include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktdbpool.h>
+#include <oktdatabase/oktdbrelation.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktmemoryfiler.h>
 
@@ -11,6 +12,7 @@
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 #include "support/testobject.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 
@@ -776,12 +778,16 @@ TEST(AllocationFaults, SetPoolName_EachAllocationFails_ReportedAndTheNameAsItWas
 
 namespace
 {
+constexpr int kEntriesOfABlock = 8; // the pool's map asks for memory for that many at first
+
 /// Appends an object of special role under each fault. `role` gives what the pool says of such objects.
 template <typename T> void expectAppendLeavesAllAsItWas(std::function<std::vector<CString>(OKTDbPool &)> const &role)
 {
     OKTDbPool const elsewhere;
     int const faults = forEachAllocation([&](std::size_t n) {
         OKTDbPool pool;
+        for (int i = 1; i < kEntriesOfABlock; ++i)
+            EXPECT_TRUE(pool.appendObject(new OKTDbRelation));
         EXPECT_TRUE(pool.appendObject(new T));
         std::vector<CString> const before = role(pool);
         auto object = std::make_unique<T>();
@@ -798,13 +804,13 @@ template <typename T> void expectAppendLeavesAllAsItWas(std::function<std::vecto
         EXPECT_EQ(reports.count(), struck ? 1u : 0u);
         if (struck)
         {
-            EXPECT_EQ(pool.objectCount(), 1);
+            EXPECT_EQ(pool.objectCount(), kEntriesOfABlock);
             EXPECT_EQ(role(pool), before);
             EXPECT_EQ(object->objectId(), elsewhere.objectId());
             EXPECT_EQ(object->objectId().getPool(), elsewhere.objectId().getPool());
             EXPECT_TRUE(pool.appendObject(object.get())); // now it is taken
         }
-        EXPECT_EQ(pool.objectCount(), 2);
+        EXPECT_EQ(pool.objectCount(), kEntriesOfABlock + 1);
         EXPECT_NE(role(pool), before);
         EXPECT_EQ(object->objectId().getObject(), object.get());
         static_cast<void>(object.release());

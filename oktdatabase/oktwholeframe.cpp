@@ -1,0 +1,111 @@
+#include <oktdatabase/oktwholeframe.h>
+
+namespace
+{
+std::uint64_t fourUnits(BYTE const *units)
+{
+    std::uint64_t four;
+    std::memcpy(&four, units, sizeof four);
+    return four;
+}
+
+bool hasZeroUnit(OKTStoredText const &text)
+{
+    std::size_t const size = 2 * static_cast<std::size_t>(text.count);
+    std::size_t at = 0;
+    std::uint64_t zeros = 0;
+    for (; at + 8 <= size; at += 8) // four at a time
+    {
+        std::uint64_t const units = fourUnits(text.units + at);
+        zeros |= (units - 0x0001000100010001u) & ~units & 0x8000800080008000u;
+    }
+    bool any = zeros != 0;
+    for (; at < size; at += 2)
+        any = any || (text.units[at] == 0 && text.units[at + 1] == 0);
+    return any;
+}
+
+// Texts that differ in length, at either end or in the middle have different numbers as a rule.
+std::uint64_t scattered(OKTStoredText const &text)
+{
+    constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15u;
+    std::size_t const size = 2 * static_cast<std::size_t>(text.count);
+    std::uint64_t first = 0;
+    if (size < sizeof first)
+    {
+        std::memcpy(&first, text.units, size);
+        return (first ^ size) * kOdd;
+    }
+    first = fourUnits(text.units);
+    std::uint64_t const last = fourUnits(text.units + size - sizeof last);
+    std::uint64_t const middle = fourUnits(text.units + (size - sizeof middle) / 2);
+    return ((first ^ size) * kOdd ^ last) * kOdd ^ middle * (kOdd << 1 | 1);
+}
+
+CString textFrom(OKTStoredText const &text)
+{
+    CString made;
+    made.SetUnits(text.count,
+                  [&](WCHAR *units, int count) { std::memcpy(units, text.units, 2 * static_cast<std::size_t>(count)); });
+    return made;
+}
+} // namespace
+
+OKTFrameWriter::OKTFrameWriter(OKTFiler &filer, std::int64_t size)
+{
+    m_filer = OKTMemoryFiler::forWholeFrames(filer);
+    m_place = m_filer == nullptr ? nullptr : m_filer->extendForFrame(size);
+    m_end = m_place == nullptr ? nullptr : m_place + size;
+}
+
+OKTFrameReader::OKTFrameReader(OKTFiler &filer)
+{
+    m_filer = OKTMemoryFiler::forWholeFrames(filer);
+    if (m_filer == nullptr)
+        return;
+    m_start = m_place = m_filer->unreadBytes(m_end);
+}
+
+bool OKTFrameReader::takeText(OKTStoredText &text)
+{
+    std::uint16_t count;
+    if (!takeRecord(VarWideString, count) || left() < 2 * count)
+        return false;
+    text = {m_place, count};
+    m_place += 2 * count;
+    return true;
+}
+
+bool OKTFrameReader::makeText(OKTStoredText const &stored, CString &text) const
+{
+    if (m_filer->m_texts != nullptr)
+        return m_filer->m_texts->find(stored, text);
+    if (hasZeroUnit(stored))
+        return false;
+    text = textFrom(stored);
+    return true;
+}
+
+void OKTFrameReader::finish()
+{
+    m_filer->moveBehindFrame(static_cast<int>(m_place - m_start));
+    m_start = m_place;
+}
+
+bool OKTTextTable::find(OKTStoredText const &stored, CString &text)
+{
+    std::size_t const size = 2 * static_cast<std::size_t>(stored.count);
+    CString &place = m_texts[(scattered(stored) >> 40) % kPlaces];
+    OktTextView const known = place.View();
+    if (known.size() == static_cast<std::size_t>(stored.count) && std::memcmp(known.data(), stored.units, size) == 0)
+    {
+        text = place; // and without a zero unit, as it was taken in
+        return true;
+    }
+    if (hasZeroUnit(stored))
+        return false;
+    text = textFrom(stored);
+    if (stored.count <= kLongest)
+        place = text;
+    return true;
+}

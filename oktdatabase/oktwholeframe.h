@@ -1,0 +1,197 @@
+#pragma once
+
+#include <oktdatabase/oktbytefiler.h>
+#include <oktdatabase/oktdbobjectid.h>
+#include <oktdatabase/oktmemoryfiler.h>
+
+#include <array>
+#include <bit>
+#include <cassert>
+#include <cstdint>
+#include <cstring>
+
+// Frames that are written and read as a whole. What is the same in every frame of a class lies ready as bytes and is copied or
+// compared in one piece; between these pieces stand the values. The outcome is that of the members one by one, which remain the
+// road for every other filer and for every frame that looks different. Not installed.
+
+/// A piece of a stream that is known when the program is compiled.
+template <std::size_t N> using OKTBytes = std::array<BYTE, N>;
+
+template <std::size_t A, std::size_t B> constexpr OKTBytes<A + B> operator+(OKTBytes<A> const &first, OKTBytes<B> const &second)
+{
+    OKTBytes<A + B> both = {};
+    for (std::size_t i = 0; i < A; ++i)
+        both[i] = first[i];
+    for (std::size_t i = 0; i < B; ++i)
+        both[A + i] = second[i];
+    return both;
+}
+
+constexpr OKTBytes<5> longRecord(std::uint32_t value)
+{
+    return {VarLong, static_cast<BYTE>(value), static_cast<BYTE>(value >> 8), static_cast<BYTE>(value >> 16),
+            static_cast<BYTE>(value >> 24)};
+}
+
+template <std::size_t N> constexpr auto beginClass(char const (&name)[N], std::uint32_t version)
+{
+    OKTBytes<N + 3> head = {VarClassBegin, VarAnsiString, static_cast<BYTE>(N - 1), static_cast<BYTE>((N - 1) >> 8)};
+    for (std::size_t i = 0; i + 1 < N; ++i)
+        head[4 + i] = static_cast<BYTE>(name[i]);
+    return head + longRecord(version);
+}
+
+constexpr OKTBytes<6> beginMembers(std::uint32_t section) { return OKTBytes<1>{VarMembersBegin} + longRecord(section); }
+
+inline constexpr OKTBytes<1> kEndClass = {VarClassEnd};
+inline constexpr OKTBytes<1> kEndMembers = {VarMembersEnd};
+
+/// The frame of an id: four longs that hold the bytes of its GUID as they lie in memory.
+inline constexpr auto kIdFrame = beginClass("OKTObjectId", 1) + beginMembers(1) + longRecord(0) + longRecord(0) +
+                                 longRecord(0) + longRecord(0) + kEndMembers + kEndClass;
+inline constexpr int kIdWords = 26; // where the first of the four stands
+inline constexpr int kIdWordStep = 5;
+static_assert(kIdFrame.size() == 48 && std::endian::native == std::endian::little);
+
+inline void storeIdFrame(BYTE *place, unsigned char const *guid)
+{
+    std::memcpy(place, kIdFrame.data(), kIdFrame.size());
+    for (int i = 0; i < 4; ++i)
+        std::memcpy(place + kIdWords + 1 + i * kIdWordStep, guid + 4 * i, 4);
+}
+
+/// False unless exactly the frame of an id stands there, in 48 bytes.
+inline bool fetchIdFrame(BYTE const *place, unsigned char *guid)
+{
+    bool fits = std::memcmp(place, kIdFrame.data(), kIdWords) == 0;
+    for (int i = 0; i < 4; ++i)
+        fits = fits && place[kIdWords + i * kIdWordStep] == VarLong;
+    if (!fits || place[kIdFrame.size() - 2] != VarMembersEnd || place[kIdFrame.size() - 1] != VarClassEnd)
+        return false;
+    for (int i = 0; i < 4; ++i)
+        std::memcpy(guid + 4 * i, place + kIdWords + 1 + i * kIdWordStep, 4);
+    return true;
+}
+
+/// Puts the pieces of one frame behind each other, into room that is made for all of them at once.
+class OKTFrameWriter
+{
+public:
+    static constexpr std::size_t kLongestText = 65535; // units
+    static constexpr std::int64_t kTextHead = 3;       // bytes, and two for each unit
+
+    /// `size` is that of the whole frame, to the byte.
+    OKTFrameWriter(OKTFiler &filer, std::int64_t size);
+    OKTFrameWriter(OKTFrameWriter const &) = delete;
+    OKTFrameWriter &operator=(OKTFrameWriter const &) = delete;
+    ~OKTFrameWriter() { assert(m_place == m_end); }
+
+    /// False: nothing was written, and the frame goes out member by member.
+    explicit operator bool() const { return m_place != nullptr; }
+
+    template <std::size_t N> void put(OKTBytes<N> const &piece)
+    {
+        std::memcpy(m_place, piece.data(), N);
+        m_place += N;
+    }
+    void putShort(std::uint16_t value) { putRecord(VarShort, value); }
+    void putLong(std::int32_t value) { putRecord(VarLong, value); }
+    void putDouble(double value) { putRecord(VarDouble, value); }
+    void putText(OktTextView text)
+    {
+        putRecord(VarWideString, static_cast<std::uint16_t>(text.size()));
+        std::memcpy(m_place, text.data(), 2 * text.size());
+        m_place += 2 * text.size();
+    }
+    void putId(OKTDbObjectId const &id)
+    {
+        OKTDbObjectId const &written = m_filer->idToWrite(id);
+        storeIdFrame(m_place, reinterpret_cast<unsigned char const *>(&written.m_Guid));
+        m_place += kIdFrame.size();
+    }
+
+private:
+    template <typename T> void putRecord(_VariableType type, T value)
+    {
+        *m_place = static_cast<BYTE>(type);
+        std::memcpy(m_place + 1, &value, sizeof value);
+        m_place += 1 + sizeof value;
+    }
+
+    OKTMemoryFiler *m_filer = nullptr;
+    BYTE *m_place = nullptr;
+    BYTE *m_end = nullptr;
+};
+
+/// The units of a text in a stream.
+struct OKTStoredText
+{
+    BYTE const *units = nullptr;
+    int count = 0;
+};
+
+/// Takes one frame piece by piece. Nothing changes before all of it was there: the first piece that is not as expected answers
+/// false, and the frame is read member by member.
+class OKTFrameReader
+{
+public:
+    explicit OKTFrameReader(OKTFiler &filer);
+
+    template <std::size_t N> bool take(OKTBytes<N> const &piece)
+    {
+        if (left() < static_cast<std::ptrdiff_t>(N) || std::memcmp(m_place, piece.data(), N) != 0)
+            return false;
+        m_place += N;
+        return true;
+    }
+    bool takeShort(std::int16_t &value) { return takeRecord(VarShort, value); }
+    bool takeLong(std::int32_t &value) { return takeRecord(VarLong, value); }
+    bool takeDouble(double &value) { return takeRecord(VarDouble, value); }
+    bool takeText(OKTStoredText &text);
+    bool takeId(OKTDbObjectId &id)
+    {
+        if (left() < static_cast<std::ptrdiff_t>(kIdFrame.size()) ||
+            !fetchIdFrame(m_place, reinterpret_cast<unsigned char *>(&id.m_Guid)))
+            return false;
+        id.m_pool = m_filer->m_pool;
+        m_place += kIdFrame.size();
+        return true;
+    }
+    /// The bytes that are left.
+    std::ptrdiff_t left() const { return m_end - m_place; }
+
+    /// The text, shared with an equal one that the filer met before. False when there is a zero unit in it, where it would end.
+    bool makeText(OKTStoredText const &stored, CString &text) const;
+    /// What was taken so far is read: the filer goes on behind it.
+    void finish();
+
+private:
+    template <typename T> bool takeRecord(_VariableType type, T &value)
+    {
+        if (left() < static_cast<std::ptrdiff_t>(1 + sizeof value) || *m_place != type)
+            return false;
+        std::memcpy(&value, m_place + 1, sizeof value);
+        m_place += 1 + sizeof value;
+        return true;
+    }
+
+    OKTMemoryFiler *m_filer = nullptr;
+    BYTE const *m_start = nullptr;
+    BYTE const *m_place = nullptr;
+    BYTE const *m_end = nullptr;
+};
+
+/// Texts that a stream has brought. Names, expressions and descriptions come again and again in a template; those that are
+/// alike share one buffer, which saves their memory and the time to make it. Forgets a text when another needs its place.
+class OKTTextTable
+{
+public:
+    /// False, and `text` untouched, when there is a zero unit in it.
+    bool find(OKTStoredText const &stored, CString &text);
+
+private:
+    static constexpr int kLongest = 64;          // units; a longer text is seldom met twice
+    static constexpr std::size_t kPlaces = 1024; // a power of two
+
+    std::array<CString, kPlaces> m_texts;
+};
