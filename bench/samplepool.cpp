@@ -1,27 +1,22 @@
 #include "samplepool.h"
 
+#include "report.h"
+
 #include <oktdatabase/oktdbcategory.h>
 #include <oktdatabase/oktdbparameter.h>
+#include <oktdatabase/oktdbpicture.h>
+#include <oktdatabase/oktgexyz.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 namespace
 {
 constexpr int kParametersOfCategory = 20;
+constexpr int kObjectsOfPicture = 1'000;
+constexpr int kPictureBytes = 16'384;
 
 // Cover, steel grade, spacing, two hook lengths, number, bending radius, shape code: four are lengths, four are not.
 constexpr ParamType kTypes[] = {6, 3, 10, 7, 14, 36, 16, 27};
-
-// A benchmark of what failed would tell a wrong figure.
-void demand(bool done, char const *what)
-{
-    if (done)
-        return;
-    std::fprintf(stderr, "okt_bench: %s failed\n", what);
-    std::exit(1);
-}
 
 std::unique_ptr<OKTDbPool> makeSample(int count, SampleOrigin origin)
 {
@@ -34,6 +29,20 @@ std::unique_ptr<OKTDbPool> makeSample(int count, SampleOrigin origin)
     demand(pool->loadFiler(image), "loading a sample");
     return pool;
 }
+
+OKTDbParameter *makeParameter(int i, OKTDbObjectId const &owner, OKTDbObjectId const &category)
+{
+    auto parameter = std::make_unique<OKTDbParameter>(kTypes[i % 8], owner);
+    parameter->setValue(12.5 * (i % 97), 1 + i % 40);
+    parameter->setUserName(parameter->getTypeName(), true);
+    parameter->setCategory(category);
+    CString text;
+    text.Format(u"2 * D%d + 40", i % 50);
+    parameter->setExpression(text);
+    text.Format(u"Position %d, see drawing", i % 1000);
+    parameter->setDescription(text);
+    return parameter.release();
+}
 } // namespace
 
 void fillWithParameters(OKTDbPool &pool, int count)
@@ -45,16 +54,39 @@ void fillWithParameters(OKTDbPool &pool, int count)
     {
         if (i % kParametersOfCategory == 0)
             category = OKTDbObjectId::createObjectId(&pool);
-        auto parameter = std::make_unique<OKTDbParameter>(kTypes[i % 8], owner);
-        parameter->setValue(12.5 * (i % 97), 1 + i % 40);
-        parameter->setUserName(parameter->getTypeName(), true);
-        parameter->setCategory(category);
-        CString text;
-        text.Format(u"2 * D%d + 40", i % 50);
-        parameter->setExpression(text);
-        text.Format(u"Position %d, see drawing", i % 1000);
-        parameter->setDescription(text);
-        demand(pool.appendObject(parameter.release()), "building a sample");
+        demand(pool.appendObject(makeParameter(i, owner, category)), "building a sample");
+    }
+}
+
+void fillWithTemplate(OKTDbPool &pool, int count)
+{
+    pool.setMetricsFactor(1000.0);
+    CByteArray image;
+    image.SetSize(kPictureBytes);
+    for (int i = 0; i < kPictureBytes; ++i)
+        image[i] = static_cast<BYTE>(i * i / 7);
+    OKTDbCategory *category = nullptr;
+    for (int i = 0, parameters = 0; i < count; ++i)
+    {
+        if (i % kObjectsOfPicture == kObjectsOfPicture - 1)
+        {
+            auto picture = std::make_unique<OKTDbPicture>();
+            picture->setPictureData(image);
+            picture->setCameraData(OKTGeXYZ(1.0, 2.0, 3.0), OKTGeXYZ(0.5, 0.5, 0.0), OKTGeXYZ(0.0, 0.0, 1.0));
+            demand(pool.appendObject(picture.release()), "building a sample");
+        }
+        else if (category == nullptr || category->parameterCount() == kParametersOfCategory)
+        {
+            category = new OKTDbCategory;
+            category->setCategoryName(u"Bars of the mesh");
+            demand(pool.appendObject(category), "building a sample");
+        }
+        else
+        {
+            OKTDbParameter *const parameter = makeParameter(parameters++, pool.objectId(), category->objectId());
+            demand(pool.appendObject(parameter), "building a sample");
+            category->appendParameter(parameter->objectId());
+        }
     }
 }
 

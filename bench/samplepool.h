@@ -16,6 +16,10 @@ enum class SampleOrigin
 /// converted.
 void fillWithParameters(OKTDbPool &pool, int count);
 
+/// A pool of `count` objects as a whole template holds them: categories, each followed by the 20 parameters that it lists and that
+/// name it and the pool, and a picture of 16,384 bytes for each thousand objects.
+void fillWithTemplate(OKTDbPool &pool, int count);
+
 /// The same pool of parameters for every caller that asks for that size and origin. Only the last one asked for is kept.
 OKTDbPool const &parameterSample(int count, SampleOrigin origin);
 

@@ -2,6 +2,7 @@
 // libxml2 does the same work on the same names and values in the same turn.
 
 #include "measure.h"
+#include "samplefile.h"
 
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktdbrelation.h>
@@ -12,7 +13,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
@@ -24,33 +24,6 @@ constexpr char const *kOurs = "xml_ns";
 constexpr char const *kPeers = "xml_peer_ns";
 constexpr char const *kAllocated = "xml_allocations";
 constexpr char const *kSaved = "xml_bytes";
-
-/// A file of this process, in memory where the system has such a place: disks are not what is measured.
-class BenchFile
-{
-public:
-    BenchFile()
-    {
-        std::filesystem::path const memory = "/dev/shm";
-        std::filesystem::path const base =
-            std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
-        m_path = base / ("okt-bench-" + std::to_string(std::random_device()()) + ".xml");
-    }
-    BenchFile(BenchFile const &) = delete;
-    BenchFile &operator=(BenchFile const &) = delete;
-    ~BenchFile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove(m_path, ignored);
-    }
-
-    CString path() const { return CString::FromUtf8(m_path.string()); }
-    std::string name() const { return m_path.string(); }
-    double size() const { return static_cast<double>(std::filesystem::file_size(m_path)); }
-
-private:
-    std::filesystem::path m_path;
-};
 
 /// Names of values as they stand in a document.
 std::vector<CString> valueNames(int count)
@@ -107,8 +80,8 @@ bool writePlainly(std::string const &path, std::vector<std::string> const &names
 void writeValues(benchmark::State &state)
 {
     int const count = static_cast<int>(state.range(0));
-    BenchFile const file;
-    BenchFile const peerFile;
+    SampleFile const file;
+    SampleFile const peerFile;
     std::vector<CString> const names = valueNames(count);
     std::vector<std::string> peerNames;
     for (CString const &name : names)
@@ -133,7 +106,7 @@ void writeValues(benchmark::State &state)
 void lookUpValues(benchmark::State &state)
 {
     int const count = static_cast<int>(state.range(0));
-    BenchFile const file;
+    SampleFile const file;
     std::vector<CString> names = valueNames(count);
     needs(writeByFiler(file.path(), names), "a document was not written");
     std::shuffle(names.begin(), names.end(), std::mt19937(1));
@@ -192,7 +165,7 @@ void lookUpValues(benchmark::State &state)
 void writePool(benchmark::State &state)
 {
     int const count = static_cast<int>(state.range(0));
-    BenchFile const file;
+    SampleFile const file;
     OKTDbPool pool;
     for (int i = 0; i < count; ++i)
         pool.appendObject(new OKTDbRelation);
@@ -209,7 +182,13 @@ void writePool(benchmark::State &state)
     state.counters[kSaved] = file.size() / count;
 }
 
-BENCHMARK(writeValues)->Name("xml, values under one frame")->Arg(1'000)->Arg(10'000)->Arg(200'000)->Arg(1'000'000)->UseManualTime();
+BENCHMARK(writeValues)
+    ->Name("xml, values under one frame")
+    ->Arg(1'000)
+    ->Arg(10'000)
+    ->Arg(200'000)
+    ->Arg(1'000'000)
+    ->UseManualTime();
 BENCHMARK(writePool)->Name("xml, writeXMLFile of a pool")->Arg(1'000)->Arg(10'000)->Arg(100'000)->UseManualTime();
 BENCHMARK(lookUpValues)->Name("xml, look-up by name")->Arg(10)->Arg(100)->Arg(1'000)->Arg(10'000)->UseManualTime();
 } // namespace
