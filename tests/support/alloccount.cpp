@@ -21,11 +21,17 @@ namespace
 {
 constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 
-thread_local std::size_t s_allocations = 0;
-thread_local std::ptrdiff_t s_held = 0; // below 0 where memory of another thread was freed here
-thread_local std::ptrdiff_t s_peak = 0;
-thread_local std::size_t s_left = kNever;
-thread_local bool s_struck = false;
+// Where a thread's variables are made by operator new, it cannot use them: there the counts are those of the process.
+#if defined(_WIN32)
+#define OKT_PER_THREAD
+#else
+#define OKT_PER_THREAD thread_local
+#endif
+OKT_PER_THREAD std::size_t s_allocations = 0;
+OKT_PER_THREAD std::ptrdiff_t s_held = 0; // below 0 where memory of another thread was freed here
+OKT_PER_THREAD std::ptrdiff_t s_peak = 0;
+OKT_PER_THREAD std::size_t s_left = kNever;
+OKT_PER_THREAD bool s_struck = false;
 
 [[maybe_unused]] void hold(std::size_t size)
 {
@@ -149,6 +155,33 @@ extern "C" __attribute__((visibility("default"))) void free(void *memory)
     release(malloc_usable_size(memory));
     __libc_free(memory);
 }
+
+#else
+
+// Operator new alone can be watched, and only where this program calls it.
+namespace
+{
+void *allocate(std::size_t size)
+{
+    ++s_allocations;
+    void *const memory = passes() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+} // namespace
+
+void *operator new(std::size_t size) { return allocate(size); }
+
+void *operator new[](std::size_t size) { return allocate(size); }
+
+void operator delete(void *memory) noexcept { std::free(memory); }
+
+void operator delete[](void *memory) noexcept { std::free(memory); }
+
+void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
+
+void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); }
 
 #endif
 

@@ -41,7 +41,9 @@ inline void PrintTo(CByteArray const &bytes, std::ostream *out)
     out->fill(fill);
 }
 
+#if !defined(_WIN32) // where the system has one
 inline bool operator==(_GUID const &left, _GUID const &right) { return std::memcmp(&left, &right, sizeof left) == 0; }
+#endif
 
 inline bool operator==(CByteArray const &left, CByteArray const &right)
 {

@@ -5,8 +5,12 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <sys/wait.h>
 
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#endif
+
+#if !defined(_WIN32)
 namespace
 {
 constexpr int kNotFound = 127; // what a shell says of a program that is not there
@@ -19,6 +23,7 @@ std::string quoted(std::string const &text)
     return word + "'";
 }
 } // namespace
+#endif
 
 std::string documentOf(std::string const &elements)
 {
@@ -45,9 +50,11 @@ CString putText(ScratchFolder const &folder, std::string const &name, std::strin
 
 std::string OpenXmlFiler::working()
 {
-    IXMLDOMElementPtr const node = getWorkingNode();
+    OktXml::IXMLDOMElementPtr const node = getWorkingNode();
     return node ? node->nodeName().ToUtf8() : std::string();
 }
+
+#if !defined(_WIN32) // the other readers of documents are programs of the building system
 
 ProgramRun runProgram(std::string const &commandLine)
 {
@@ -70,7 +77,8 @@ ProgramRun runProgram(std::string const &commandLine)
 
 nlohmann::json readByPython(CString const &path)
 {
-    ProgramRun const run = runProgram("python3 " + quoted(OKT_TEST_DATA_DIR "/support/xmltree.py") + " " + quoted(path.ToUtf8()));
+    ProgramRun const run =
+        runProgram("python3 " + quoted(OKT_TEST_DATA_DIR "/support/xmltree.py") + " " + quoted(path.ToUtf8()));
     EXPECT_EQ(run.exitCode, 0) << "python3 with its XML parser cannot read " << path.ToUtf8();
     nlohmann::json document = nlohmann::json::parse(run.output, nullptr, false);
     EXPECT_FALSE(document.is_discarded()) << run.output;
@@ -88,3 +96,106 @@ std::string canonicalByXmllint(CString const &path)
     EXPECT_EQ(run.exitCode, 0) << path.ToUtf8();
     return run.output;
 }
+
+#else
+
+// The system's parser is the second reader here, asked without the layer that is tested.
+#include <msxml2.h>
+
+namespace
+{
+constexpr GUID kDocumentClass = {0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+constexpr GUID kDocument = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+std::string utf8Of(BSTR text)
+{
+    std::string const utf8 = CString(text, static_cast<int>(SysStringLen(text))).ToUtf8();
+    SysFreeString(text);
+    return utf8;
+}
+
+std::string nameOf(IXMLDOMNode *node)
+{
+    BSTR name = nullptr;
+    node->get_nodeName(&name);
+    return utf8Of(name);
+}
+
+std::string valueOf(IXMLDOMNode *node)
+{
+    VARIANT value;
+    VariantInit(&value);
+    node->get_nodeValue(&value);
+    return value.vt == VT_BSTR ? utf8Of(value.bstrVal) : std::string();
+}
+
+/// Tag, attributes, text ahead of the first child, children.
+nlohmann::json treeOf(IXMLDOMNode *element)
+{
+    nlohmann::json attributes = nlohmann::json::array();
+    IXMLDOMNamedNodeMap *map = nullptr;
+    element->get_attributes(&map);
+    IXMLDOMNode *attribute = nullptr;
+    for (map->nextNode(&attribute); attribute != nullptr; attribute = nullptr, map->nextNode(&attribute))
+    {
+        attributes.push_back({nameOf(attribute), valueOf(attribute)});
+        attribute->Release();
+    }
+    map->Release();
+    std::string text;
+    nlohmann::json children = nlohmann::json::array();
+    IXMLDOMNode *child = nullptr;
+    element->get_firstChild(&child);
+    while (child != nullptr)
+    {
+        DOMNodeType type = NODE_INVALID;
+        child->get_nodeType(&type);
+        if (type == NODE_ELEMENT)
+            children.push_back(treeOf(child));
+        else if (type == NODE_TEXT)
+            text += valueOf(child);
+        IXMLDOMNode *next = nullptr;
+        child->get_nextSibling(&next);
+        child->Release();
+        child = next;
+    }
+    return nlohmann::json::array({nameOf(element), attributes, text, children});
+}
+} // namespace
+
+nlohmann::json readByPython(CString const &path)
+{
+    CoInitialize(nullptr);
+    nlohmann::json tree;
+    IXMLDOMDocument *document = nullptr;
+    if (SUCCEEDED(CoCreateInstance(kDocumentClass, nullptr, CLSCTX_ALL, kDocument, reinterpret_cast<void **>(&document))))
+    {
+        document->put_async(VARIANT_FALSE);
+        document->put_preserveWhiteSpace(VARIANT_TRUE);
+        VARIANT name;
+        VariantInit(&name);
+        name.vt = VT_BSTR;
+        name.bstrVal = path.AllocSysString();
+        VARIANT_BOOL parsed = VARIANT_FALSE;
+        document->load(name, &parsed);
+        VariantClear(&name);
+        IXMLDOMElement *root = nullptr;
+        if (parsed == VARIANT_TRUE && document->get_documentElement(&root) == S_OK)
+        {
+            tree = treeOf(root);
+            root->Release();
+        }
+        document->Release();
+    }
+    CoUninitialize();
+    EXPECT_FALSE(tree.is_null()) << path.ToUtf8();
+    return tree;
+}
+
+bool isWellFormedForXmllint(CString const &path)
+{
+    std::shared_ptr<OktXml::IXMLDOMDocument> const document = OktXml::IXMLDOMDocument::create();
+    return document != nullptr && document->load(path) == S_OK;
+}
+
+#endif

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// How values are written in the text form. Bytes of a stream on one side, on the other what stands between the quotation marks
+/// of a JSON string (when writing: `append...`, `...Text`) or what came of it (when reading: `parse...`). Not installed.
+namespace okttext
+{
+
+using Bytes = std::string_view;
+
+/// UTF-16 units, little-endian, as the inside of a JSON string. A lone surrogate becomes U+FFFD.
+void appendUnits(std::string &json, Bytes units);
+/// The same with a notation of its own for lone surrogates, \uD800, and for the backslash, \\.
+void appendEscapedUnits(std::string &json, Bytes units);
+bool hasLoneSurrogate(Bytes units);
+/// Bytes as the inside of a JSON string: the characters of Windows-1252, where the five bytes that it leaves open are the
+/// control characters of their number.
+void appendNarrow(std::string &json, Bytes text);
+
+/// UTF-8 to units.
+std::string parseUnits(std::string_view utf8);
+/// Nothing: a backslash without a notation behind it.
+std::optional<std::string> parseEscapedUnits(std::string_view utf8);
+/// Nothing: a character that Windows-1252 lacks.
+std::optional<std::string> parseNarrow(std::string_view utf8);
+
+enum class Base64Padding
+{
+    With,
+    Without
+};
+
+std::string base64(Bytes bytes, Base64Padding padding = Base64Padding::With);
+/// Nothing unless base64 makes exactly that text.
+std::optional<std::string> parseBase64(std::string_view text, Base64Padding padding = Base64Padding::With);
+
+/// A JSON number, the shortest that reads back as the same double, or a JSON string for what JSON has no number for.
+std::string doubleText(double value);
+/// What such a string says.
+std::optional<double> parseDouble(std::string_view text);
+
+/// "{56069AD3-841A-4FC4-B6D9-6A2ABEC4A0D8}", of the 16 bytes as they lie in memory.
+std::string guidText(Bytes guid);
+/// Nothing unless it is that form; case does not count.
+std::optional<std::string> parseGuid(std::string_view text);
+
+/// "VT_R8"; empty for a kind that has no name.
+std::string_view kindName(std::int32_t kind);
+std::optional<std::int32_t> parseKind(std::string_view name);
+
+/// For messages: a class name or another text of a stream, shortened, with "?" for what is not printable ASCII.
+std::string readable(std::string_view text, std::size_t longest = 40);
+
+} // namespace okttext

@@ -1,0 +1,186 @@
+#include "okt/process.h"
+
+#include "support/printers.h"
+#include "support/scratchfolder.h"
+
+#include <oktdatabase/oktdatabase.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
+
+/// A second process turns pool files into text and back.
+class OktExport : public testing::Test
+{
+protected:
+    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
+
+    std::string put(std::string const &name, std::string const &text) const
+    {
+        std::ofstream(path(name), std::ios::binary) << text;
+        return path(name);
+    }
+
+    static CByteArray bytesOfFile(std::string const &path) { return contentsOf(CString::FromUtf8(path)); }
+
+    static void expectSameFile(std::string const &left, std::string const &right)
+    {
+        EXPECT_TRUE(bytesOfFile(left) == bytesOfFile(right)) << left << ' ' << right;
+    }
+
+    static void expectDone(ProcessResult const &result)
+    {
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "");
+    }
+
+    static void expectFailure(ProcessResult const &result, std::string const &message)
+    {
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "okt: " + message + "\n");
+    }
+
+    std::size_t filesInFolder() const
+    {
+        fs::directory_iterator const entries(path(""));
+        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+    }
+
+    ScratchFolder m_folder;
+};
+
+TEST_F(OktExport, ExportImport_ThroughFiles_SameBytes)
+{
+    expectDone(runOkt({"export", golden("stirrup.okt"), "-o", path("a.json")}));
+    expectDone(runOkt({"import", path("a.json"), "-o", path("a.okt")}));
+    expectSameFile(path("a.okt"), golden("stirrup.okt"));
+    EXPECT_EQ(filesInFolder(), 2u);
+}
+
+TEST_F(OktExport, ExportImport_ThroughStandardStreams_SameBytes)
+{
+    ProcessResult const exported = runOkt({"export", golden("stirrup.okt")});
+    EXPECT_EQ(exported.exitCode, 0);
+    EXPECT_TRUE(exported.out.starts_with("{\n  \"format\": \"OKTDatabase text\",\n"));
+    expectDone(runOkt({"export", golden("stirrup.okt"), "-o", path("a.json")}));
+    std::ifstream stream(path("a.json"), std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), exported.out);
+
+    ProcessResult const piped =
+        runProgram("/bin/sh", {"-c", "'" OKT_EXE "' export - <'" + golden("stirrup.okt") + "' | '" OKT_EXE "' import - -o -"});
+    EXPECT_EQ(piped.exitCode, 0);
+    EXPECT_EQ(piped.err, "");
+    CByteArray const bytes = bytesOfFile(golden("stirrup.okt"));
+    EXPECT_EQ(piped.out,
+              std::string(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())));
+}
+
+TEST_F(OktExport, ExportImport_Pictures_FilesBesideTheText)
+{
+    expectDone(runOkt({"export", golden("stirrup.okt"), "-o", path("a.json"), "--pictures", path("pictures")}));
+    EXPECT_TRUE(fs::exists(path("pictures/727EC297-1483-468D-812D-A07952424387.bin")));
+    EXPECT_EQ(bytesOfFile(path("pictures/727EC297-1483-468D-812D-A07952424387.bin")).GetSize(), 1399);
+    expectDone(runOkt({"import", path("a.json"), "--pictures", path("pictures"), "-o", path("a.okt")}));
+    expectSameFile(path("a.okt"), golden("stirrup.okt"));
+
+    // Without the option they are looked for beside the text.
+    expectDone(runOkt({"export", golden("stirrup.okt"), "-o", path("pictures/a.json"), "--pictures", path("pictures")}));
+    expectDone(runOkt({"import", path("pictures/a.json"), "-o", path("b.okt")}));
+    expectSameFile(path("b.okt"), golden("stirrup.okt"));
+
+    expectFailure(runOkt({"import", path("a.json"), "-o", path("c.okt")}),
+                  path("727EC297-1483-468D-812D-A07952424387.bin") + ": there is no such file");
+    EXPECT_FALSE(fs::exists(path("c.okt")));
+}
+
+TEST_F(OktExport, Export_PictureOfATemplate_NamedAfterItsFormat)
+{
+    ASSERT_EQ(runOkt({"build", OKT_EXAMPLES_DIR "/data/bars-astm-a615.csv", "-o", path("out")}).exitCode, 0);
+    std::string const pool = fs::directory_iterator(path("out"))->path().string();
+    expectDone(runOkt({"export", pool, "-o", path("a.json"), "--pictures", path("pictures")}));
+    EXPECT_EQ(fs::directory_iterator(path("pictures"))->path().extension(), ".png");
+    expectDone(runOkt({"import", path("a.json"), "--pictures", path("pictures"), "-o", path("a.okt")}));
+    expectSameFile(path("a.okt"), pool);
+}
+
+TEST_F(OktExport, Output_ThatExists_IsKeptWithoutForce)
+{
+    std::string const text = put("a.json", "kept");
+    std::string const pool = put("a.okt", "kept");
+    expectFailure(runOkt({"export", golden("empty.okt"), "-o", text}), text + ": the file exists already; --force replaces it");
+    expectDone(runOkt({"export", golden("empty.okt"), "-o", path("b.json")}));
+    expectFailure(runOkt({"import", path("b.json"), "-o", pool}), pool + ": the file exists already; --force replaces it");
+    EXPECT_EQ(bytesOfFile(text).GetSize(), 4);
+    EXPECT_EQ(bytesOfFile(pool).GetSize(), 4);
+    expectDone(runOkt({"export", golden("empty.okt"), "-o", text, "--force"}));
+    expectDone(runOkt({"import", text, "-o", pool, "--force"}));
+    expectSameFile(pool, golden("empty.okt"));
+
+    fs::create_directory(path("pictures"));
+    std::string const picture = put("pictures/727EC297-1483-468D-812D-A07952424387.bin", "another");
+    expectFailure(runOkt({"export", golden("stirrup.okt"), "-o", path("c.json"), "--pictures", path("pictures")}),
+                  picture + ": the file exists already; --force replaces it");
+    EXPECT_FALSE(fs::exists(path("c.json")));
+    EXPECT_EQ(bytesOfFile(picture).GetSize(), 7);
+    expectDone(runOkt({"export", golden("stirrup.okt"), "-o", path("c.json"), "--pictures", path("pictures"), "--force"}));
+    EXPECT_EQ(bytesOfFile(picture).GetSize(), 1399);
+}
+
+TEST_F(OktExport, Output_ThatCannotBeWritten_NothingIsLeft)
+{
+    expectFailure(runOkt({"export", golden("empty.okt"), "-o", path("no/a.json")}),
+                  path("no/a.json") + ": the file cannot be written: No such file or directory");
+    expectFailure(runOkt({"export", golden("empty.okt"), "-o", path(""), "--force"}),
+                  path("") + ": the file cannot be written: a folder has this name");
+    std::string const pool = path("a.okt");
+    fs::copy_file(golden("stirrup.okt"), pool);
+    expectFailure(runOkt({"export", pool, "-o", pool, "--force"}),
+                  pool + ": the file cannot be written: this is the pool file itself");
+    expectFailure(runOkt({"export", pool, "-o", path("b.json")}, ProcessOutput::Kept, 4096),
+                  path("b.json") + ": the file cannot be written: File too large");
+    EXPECT_EQ(filesInFolder(), 1u);
+    ProcessResult const full = runOkt({"export", pool}, ProcessOutput::Full);
+    EXPECT_EQ(full.err, "okt: standard output: the output cannot be written: No space left on device\n");
+    EXPECT_EQ(full.exitCode, 1);
+}
+
+TEST_F(OktExport, Export_FaultsOfTheFile_OneLineWithTheByte)
+{
+    expectFailure(runOkt({"export", path("none.okt")}), path("none.okt") + ": there is no such file");
+    expectFailure(runOkt({"export", golden("truncated.okt"), "-o", path("a.json")}),
+                  golden("truncated.okt") + ":byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358");
+    EXPECT_FALSE(fs::exists(path("a.json")));
+    expectFailure(runOkt({"export", put("text.okt", "no pool")}),
+                  path("text.okt") + ":byte 0: this is no pool file: it does not begin with the size of a header");
+    expectFailure(runOkt({"export", put("empty.okt", "")}), path("empty.okt") + ": the file is empty");
+    ProcessResult const nothing = runProgram("/bin/sh", {"-c", "'" OKT_EXE "' export - </dev/null"});
+    expectFailure(nothing, "standard input: the file is empty");
+}
+
+TEST_F(OktExport, Import_FaultsOfTheText_OneLineWithLineAndColumn)
+{
+    expectFailure(runOkt({"import", path("none.json"), "-o", path("a.okt")}), path("none.json") + ": there is no such file");
+    expectFailure(runOkt({"import", path(""), "-o", path("a.okt")}), path("") + ": this is a folder, not a file");
+    expectFailure(runOkt({"import", put("a.json", "{\n  \"format\": ?"), "-o", path("a.okt")}),
+                  path("a.json") + ":2:13: no JSON: while parsing value - invalid literal; last read: '\"format\": ?'");
+    expectFailure(runOkt({"import", put("b.json", "{\n  \"objects\": [\n    {\"long\": \"1\"}"), "-o", path("a.okt")}),
+                  path("b.json") + ":3:5: \"long\" is no whole number from -2147483648 to 2147483647");
+    expectFailure(runProgram("/bin/sh", {"-c", "echo '[' | '" OKT_EXE "' import - -o -"}),
+                  "standard input:1:1: no list belongs here");
+    EXPECT_FALSE(fs::exists(path("a.okt")));
+    EXPECT_EQ(runOkt({"import", path("a.json")}).exitCode, 2);
+    EXPECT_EQ(runOkt({"export"}).exitCode, 2);
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+#include "exportfiles.h"
+
+#include "console.h"
+#include "failure.h"
+#include "imageformat.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr int kLargestInput = 0x7FFFFFFF;
+
+CByteArray readStandardInput()
+{
+    constexpr int kPiece = 1 << 16;
+    CByteArray bytes;
+    bytes.SetSize(0, 1 << 20);
+    for (;;)
+    {
+        int const before = bytes.GetSize();
+        if (before > kLargestInput - kPiece)
+            throw Failure(inputName(kStandardStream), "", "it is larger than 2147483647 bytes");
+        errno = 0;
+        std::size_t const count = std::fread(bytes.Extend(kPiece), 1, kPiece, stdin);
+        bytes.SetSize(before + static_cast<int>(count));
+        if (std::ferror(stdin) != 0)
+            throw Failure(inputName(kStandardStream), "", "it cannot be read: " + systemReason(errno));
+        if (count < kPiece)
+            return bytes;
+    }
+}
+
+/// ".png", ".jpeg", ...; ".bin" where the format is not known.
+std::string endingOf(CByteArray const &image)
+{
+    std::string name = formatOf(image).name;
+    if (name.empty())
+        return ".bin";
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return "." + name;
+}
+
+bool holds(fs::path const &path, CByteArray const &bytes)
+{
+    CByteArray const there = readBytes(path);
+    return there.GetSize() == bytes.GetSize() &&
+           std::equal(there.GetData(), there.GetData() + there.GetSize(), bytes.GetData());
+}
+
+} // namespace
+
+std::string inputName(fs::path const &path) { return path == kStandardStream ? "standard input" : pathName(path); }
+
+CByteArray readInput(fs::path const &path) { return path == kStandardStream ? readStandardInput() : readBytes(path); }
+
+fs::path utf8Path(std::string const &name) { return fs::path(std::u8string(name.begin(), name.end())); }
+
+OutputFile::OutputFile(fs::path path, bool replaces) : m_path(std::move(path))
+{
+    if (m_path == kStandardStream)
+        return;
+    std::error_code ignored;
+    if (!replaces && fs::exists(fs::symlink_status(m_path, ignored)))
+        throw Failure(pathName(m_path), "", "the file exists already; --force replaces it");
+    checkReplaceable(m_path);
+    m_pending.emplace(m_path);
+    CFileException refused;
+    if (!m_file.Open(pathText(m_pending->path()), CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive, &refused))
+        throw Failure(pathName(m_path), "", "the file cannot be written: " + systemReason(refused.m_lOsError));
+}
+
+OutputFile::~OutputFile() = default;
+
+void OutputFile::write(std::string_view bytes)
+{
+    if (!m_pending)
+        return print(bytes);
+    constexpr std::size_t kPiece = 1 << 30; // the platform counts in 32 bits
+    try
+    {
+        for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size())))
+            m_file.Write(bytes.data(), static_cast<UINT>(std::min(kPiece, bytes.size())));
+    }
+    catch (CFileException const &exception)
+    {
+        throw Failure(pathName(m_path), "", "the file cannot be written: " + systemReason(exception.m_lOsError));
+    }
+}
+
+void OutputFile::close()
+{
+    if (!m_pending)
+        return;
+    try
+    {
+        m_file.Close();
+    }
+    catch (CFileException const &exception)
+    {
+        throw Failure(pathName(m_path), "", "the file cannot be written: " + systemReason(exception.m_lOsError));
+    }
+}
+
+void OutputFile::commit()
+{
+    if (m_pending)
+        m_pending->commit();
+}
+
+std::string PictureFolder::put(std::string const &stem, CByteArray const &bytes)
+{
+    std::string const ending = endingOf(bytes);
+    std::string name = stem + ending;
+    for (int number = 2; !m_names.insert(name).second; ++number)
+        name = stem + "-" + std::to_string(number) + ending;
+    fs::path const path = m_folder / utf8Path(name);
+    std::error_code ignored;
+    if (fs::is_regular_file(path, ignored) && holds(path, bytes))
+        return name;
+    makeFolder(m_folder);
+    auto file = std::make_unique<OutputFile>(path, m_replaces);
+    file->write({reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())});
+    file->close();
+    m_files.push_back(std::move(file));
+    return name;
+}
+
+void PictureFolder::commit()
+{
+    for (std::unique_ptr<OutputFile> const &file : m_files)
+        file->commit();
+}
+
+} // namespace okt

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "files.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace okt
+{
+
+/// What the user gives for standard input or output in place of a file.
+inline constexpr char kStandardStream[] = "-";
+
+/// How messages call an input that may be standard input.
+std::string inputName(std::filesystem::path const &path);
+/// All bytes of a file or of standard input. Throws Failure.
+CByteArray readInput(std::filesystem::path const &path);
+
+/// What becomes a file in one step: it is written beside its final name, which it gets at the end, or goes to standard output
+/// as it comes.
+class OutputFile
+{
+public:
+    /// Throws Failure where a file has that name and may not be replaced.
+    OutputFile(std::filesystem::path path, bool replaces);
+    ~OutputFile();
+
+    void write(std::string_view bytes);
+    /// Ends the writing; the file is complete then.
+    void close();
+    /// Gives it its final name.
+    void commit();
+
+private:
+    std::filesystem::path m_path;
+    std::optional<PendingFile> m_pending;
+    CFile m_file;
+};
+
+/// The folder for the pictures of a text. All of them get their names at once.
+class PictureFolder
+{
+public:
+    PictureFolder(std::filesystem::path folder, bool replaces) : m_folder(std::move(folder)), m_replaces(replaces) {}
+
+    /// Keeps the bytes under a name made of the stem and the ending of their format. A file there that holds these bytes
+    /// already is left alone.
+    std::string put(std::string const &stem, CByteArray const &bytes);
+    void commit();
+
+private:
+    std::filesystem::path m_folder;
+    bool m_replaces;
+    std::set<std::string> m_names;
+    std::vector<std::unique_ptr<OutputFile>> m_files;
+};
+
+/// A name in UTF-8 as a path.
+std::filesystem::path utf8Path(std::string const &name);
+
+} // namespace okt

@@ -1,0 +1,63 @@
+#include "commands.h"
+
+#include "exportfiles.h"
+#include "failure.h"
+
+#include <okttext/okttextpool.h>
+
+#include <cerrno>
+#include <fstream>
+#include <iostream>
+#include <system_error>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// A text may be longer than a pool file can be, so it is read piece by piece.
+std::ifstream openText(fs::path const &path)
+{
+    std::string const name = pathName(path);
+    std::error_code error;
+    fs::file_status const status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found)
+        throw Failure(name, "", "there is no such file");
+    if (error)
+        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
+    if (fs::is_directory(status))
+        throw Failure(name, "", "this is a folder, not a file");
+    errno = 0;
+    std::ifstream text(path, std::ios::binary);
+    if (!text)
+        throw Failure(name, "", "the file cannot be opened: " + systemReason(errno));
+    return text;
+}
+
+} // namespace
+
+void importText(fs::path const &path, fs::path const &output, fs::path const &pictures, bool replaces)
+{
+    std::error_code ignored;
+    if (fs::equivalent(path, output, ignored))
+        throw Failure(pathName(output), "", "the file cannot be written: this is the text itself");
+    bool const isStandardInput = path == kStandardStream;
+    fs::path const folder = pictures.empty() && !isStandardInput ? path.parent_path() : pictures;
+    auto const get = [&folder](std::string const &name) { return readBytes(folder / utf8Path(name)); };
+    CByteArray image;
+    OKTTextFault fault;
+    std::ifstream file;
+    if (!isStandardInput)
+        file = openText(path);
+    if (!OktImportText(isStandardInput ? std::cin : file, image, fault, get))
+        throw Failure(inputName(path), fault.place(), fault.reason);
+    OutputFile pool(output, replaces);
+    pool.write({reinterpret_cast<char const *>(image.GetData()), static_cast<std::size_t>(image.GetSize())});
+    pool.close();
+    pool.commit();
+}
+
+} // namespace okt
