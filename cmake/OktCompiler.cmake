@@ -9,7 +9,13 @@ if(OKT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 add_library(okt_compiler INTERFACE)
-target_compile_options(okt_compiler INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+target_compile_options(okt_compiler INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+# The headers of Windows have names such as `byte` in the global scope.
+if(WIN32)
+    target_compile_options(okt_compiler INTERFACE -Wshadow=local)
+else()
+    target_compile_options(okt_compiler INTERFACE -Wshadow)
+endif()
 # GCC 12 sees overlapping copies inside std::string where there are none (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(okt_compiler INTERFACE -Wno-restrict)

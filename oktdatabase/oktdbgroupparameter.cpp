@@ -39,6 +39,7 @@ try
         tagVARIANT entry;
         VariantInit(&entry);
         entry.vt = VT_R8;
+        entry.dblVal = 0;
         std::int64_t const offset = std::int64_t{8} * k;
         if (offset + 8 <= room)
             std::memcpy(&entry.dblVal, static_cast<unsigned char const *>(data) + offset, sizeof entry.dblVal);

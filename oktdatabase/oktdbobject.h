@@ -35,7 +35,7 @@ public:
     bool X::isA(CString const &className) const                                                                                \
     try                                                                                                                        \
     {                                                                                                                          \
-        return !className.IsEmpty() && class##X.isNamed(className);                                                      \
+        return !className.IsEmpty() && class##X.isNamed(className);                                                            \
     }                                                                                                                          \
     OKT_ANSWER_ZERO                                                                                                            \
     bool X::isA(OKTRuntimeClass const *other) const { return class##X.isA(other); }                                            \
@@ -47,10 +47,12 @@ public:
     }                                                                                                                          \
     OKT_ANSWER_ZERO                                                                                                            \
     X *X::cast(OKTDbObject const *object)                                                                                      \
+    try                                                                                                                        \
     {                                                                                                                          \
         bool const fits = object != nullptr && object->isKindOf(&class##X);                                                    \
         return fits ? static_cast<X *>(const_cast<OKTDbObject *>(object)) : nullptr;                                           \
     }                                                                                                                          \
+    OKT_ANSWER_ZERO                                                                                                            \
     X *X::cast(OKTDbObjectId const &id) { return cast(id.getObject()); }
 
 /// The one line that registers a stored class, at namespace scope in a source that is loaded with its module.

@@ -5,6 +5,7 @@
 #include <oktplatform/oktguid.h>
 #include <oktplatform/oktstring.h>
 
+#include <cstdint>
 #include <cstring>
 
 class OKTDbObject;
@@ -37,7 +38,7 @@ public:
     /// The GUID is all zero; the pointers are not looked at.
     bool isNull() const
     {
-        static constexpr _GUID kZero = {};
+        constexpr _GUID kZero = {};
         return std::memcmp(&m_Guid, &kZero, sizeof m_Guid) == 0;
     }
     /// Clears the GUID and both pointers.
@@ -71,8 +72,25 @@ public:
 private:
     friend class OKTMemoryFiler;
     friend class OKTXmlFiler;
+    friend class OKTFrameWriter;
+    friend class OKTFrameReader;
 
-    int order(OKTDbObjectId const &other) const { return std::memcmp(&m_Guid, &other.m_Guid, sizeof m_Guid); }
+    // As the bytes compare: numbers whose most significant byte comes first.
+    static std::uint64_t half(unsigned char const *bytes)
+    {
+        std::uint64_t number;
+        std::memcpy(&number, bytes, sizeof number);
+        return __builtin_bswap64(number);
+    }
+    int order(OKTDbObjectId const &other) const
+    {
+        auto const *const own = reinterpret_cast<unsigned char const *>(&m_Guid);
+        auto const *const others = reinterpret_cast<unsigned char const *>(&other.m_Guid);
+        for (int at = 0; at < 16; at += 8)
+            if (std::uint64_t const left = half(own + at), right = half(others + at); left != right)
+                return left < right ? -1 : 1;
+        return 0;
+    }
     FilerStatusDb xmlOut(CString const &name, OKTFiler *filer) const;
     FilerStatusDb xmlIn(CString const &name, OKTFiler *filer);
 

@@ -4,9 +4,11 @@
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktwarning.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -15,10 +17,16 @@ namespace
 constexpr ParamType kQuantityExpression = 39;
 constexpr double kFactorOne = 1e-20; // a factor whose distance from 1, squared, is at most this counts as 1
 
-// The types that are lengths, in ascending order.
-constexpr ParamType kLengthTypes[] = {0,  6,  10, 14, 16, 17, 20, 23, 25, 26, 30, 31, 33, 34, 35, 37, 42, 43, 44,
-                                      49, 50, 54, 55, 58, 59, 60, 64, 65, 66, 67, 68, 70, 72, 75, 79, 80, 81};
+// The types that are lengths.
+constexpr unsigned int kLengthTypes[] = {0,  6,  10, 14, 16, 17, 20, 23, 25, 26, 30, 31, 33, 34, 35, 37, 42, 43, 44,
+                                         49, 50, 54, 55, 58, 59, 60, 64, 65, 66, 67, 68, 70, 72, 75, 79, 80, 81};
 static_assert(std::size(kLengthTypes) == 37);
+constexpr auto kIsLength = [] {
+    std::array<bool, 82> isLength = {};
+    for (unsigned int const type : kLengthTypes)
+        isLength[type] = true;
+    return isLength;
+}();
 
 // The prompts of the types 3 to 75. 0 stands for a type without a prompt of its own.
 constexpr unsigned int kFirstPromptType = 3;
@@ -46,10 +54,11 @@ constexpr char16_t const *kConstantNames[] = {
     u"Hidden length unit", u"Prefix"};
 static_assert(std::size(kConstantNames) == 82 - kFirstConstantType + 1);
 
+// With all data bytes zero, which the platform's own call does not promise.
 tagVARIANT emptyVariant()
 {
     tagVARIANT variant;
-    VariantInit(&variant);
+    std::memset(&variant, 0, sizeof variant);
     return variant;
 }
 
@@ -58,6 +67,7 @@ void clearVariant(tagVARIANT &variant)
 {
     if (HRESULT const result = VariantClear(&variant); FAILED(result))
         throw COleException(result);
+    variant = emptyVariant();
 }
 
 // Kinds whose data bytes are a pointer to something that the variant owns. They are no numbers: no factor applies to them.
@@ -93,7 +103,7 @@ void copyVariant(tagVARIANT &target, tagVARIANT const &source)
         ~Copy() { VariantClear(&variant); }
         tagVARIANT variant = emptyVariant();
     } copy;
-    HRESULT const result = VariantCopy(&copy.variant, &source);
+    HRESULT const result = VariantCopy(&copy.variant, const_cast<tagVARIANT *>(&source));
     clearVariant(target);
     target = std::exchange(copy.variant, emptyVariant());
     if (SUCCEEDED(result))
@@ -314,7 +324,8 @@ OKT_ANSWER_NOTHING
 
 bool OKTDbParameter::isInDrawingUnits() const
 {
-    return std::binary_search(std::begin(kLengthTypes), std::end(kLengthTypes), m_nParamType);
+    auto const type = static_cast<unsigned int>(m_nParamType); // one below 0 lies beyond the end
+    return type < kIsLength.size() && kIsLength[type];
 }
 
 CString OKTDbParameter::getTypeName() const { return getNameFromType(m_nParamType); }
@@ -386,8 +397,8 @@ bool OKTDbParameter::writeValue(OKTFiler &filer) const
 bool OKTDbParameter::readValue(OKTFiler &filer)
 {
     // A filer overwrites the variant without freeing what it holds.
-    if (ownsMemory(m_varValue.vt))
-        VariantClear(&m_varValue);
+    if (ownsMemory(m_varValue.vt) && SUCCEEDED(VariantClear(&m_varValue)))
+        m_varValue = emptyVariant();
     return filer.readVariant(u"m_varValue", m_varValue);
 }
 
@@ -411,11 +422,175 @@ void OKTDbParameter::convertAfterReading()
     }
 }
 
+// The pieces of a frame, whose values stand between them.
+namespace
+{
+constexpr auto kBeforeId = beginClass("OKTDbParameter", 2) + beginClass("OKTDbObject", 1) + beginMembers(1);
+constexpr auto kBeforeName = kEndMembers + kEndClass + beginMembers(1);
+constexpr auto kBeforeKind = beginClass("OKTVariant", 1) + beginMembers(1);
+constexpr auto kBehindValue = kEndMembers + kEndClass;
+constexpr auto kBeforeDescription = kEndMembers + beginMembers(2);
+constexpr auto kBehindDescription = kEndMembers + kEndClass;
+
+constexpr std::int64_t kLongSize = static_cast<std::int64_t>(longRecord(0).size());
+constexpr std::int64_t kIdSize = static_cast<std::int64_t>(kIdFrame.size());
+// All but the units of the texts, the value behind its kind and the ids in the list.
+constexpr std::int64_t kFixedSize =
+    static_cast<std::int64_t>(kBeforeId.size() + kBeforeName.size() + kBeforeKind.size() + kBehindValue.size() +
+                              kBeforeDescription.size() + kBehindDescription.size()) +
+    3 * OKTFrameWriter::kTextHead + 4 * kLongSize + 3 * kIdSize;
+
+std::int64_t storedSize(tagVARIANT const &value)
+{
+    switch (value.vt)
+    {
+    case VT_I2: return 3;
+    case VT_I4:
+    case VT_BOOL: return kLongSize;
+    case VT_R4:
+    case VT_R8: return 9;
+    default: return 0;
+    }
+}
+} // namespace
+
+// True: the frame is written. Texts as values and kinds that have no stored form go member by member.
+bool OKTDbParameter::writeWhole(OKTFiler &filer) const
+{
+    std::int64_t const valueSize = storedSize(m_varValue);
+    if (valueSize == 0)
+        return false;
+    OktTextView const name = m_strUserName.View();
+    OktTextView const expression = m_strExpression.View();
+    OktTextView const description = m_strDescription.View();
+    std::size_t const units = name.size() + expression.size() + description.size();
+    if (units > OKTFrameWriter::kLongestText)
+        return false;
+    bool const isLength = isInDrawingUnits();
+    double const factor = isLength || m_nParamType == kQuantityExpression ? conversionFactor() : 1.0;
+    if (factor != 1.0 && !isLength)
+        return false;
+    tagVARIANT value = m_varValue;
+    if (factor != 1.0)
+        value.dblVal /= factor; // eight bytes of a double, whatever the kind says (quirk 46)
+
+    OKTFrameWriter frame(filer,
+                         kFixedSize + valueSize + 2 * static_cast<std::int64_t>(units) + kIdSize * m_tabIdsParams.getSize());
+    if (!frame)
+        return false;
+    frame.put(kBeforeId);
+    frame.putId(objectId());
+    frame.put(kBeforeName);
+    frame.putText(name);
+    frame.putLong(m_nParamType);
+    frame.put(kBeforeKind);
+    frame.putLong(value.vt);
+    switch (value.vt)
+    {
+    case VT_I2: frame.putShort(static_cast<std::uint16_t>(value.iVal)); break;
+    case VT_I4: frame.putLong(value.lVal); break;
+    case VT_BOOL: frame.putLong(value.boolVal); break;
+    case VT_R4: frame.putDouble(static_cast<double>(value.fltVal)); break;
+    default: frame.putDouble(value.dblVal); break;
+    }
+    frame.put(kBehindValue);
+    frame.putLong(m_nListIndex);
+    frame.putId(m_idCategory);
+    frame.putId(m_idOwner);
+    frame.putLong(m_tabIdsParams.getSize());
+    for (OKTDbObjectId const &id : m_tabIdsParams)
+        frame.putId(id);
+    frame.putText(expression);
+    frame.put(kBeforeDescription);
+    frame.putText(description);
+    frame.put(kBehindDescription);
+    return true;
+}
+
+// True: the frame is read, but nothing is converted yet. False, and nothing changed, unless it is one as writeWhole makes it.
+bool OKTDbParameter::readWhole(OKTFiler &filer)
+try
+{
+    if (ownsMemory(m_varValue.vt))
+        return false;
+    OKTFrameReader frame(filer);
+    OKTDbObjectId id;
+    OKTDbObjectId category;
+    OKTDbObjectId owner;
+    OKTStoredText name;
+    OKTStoredText expression;
+    OKTStoredText description;
+    std::int32_t type;
+    std::int32_t kind;
+    std::int32_t listIndex;
+    std::int32_t count;
+    tagVARIANT value = m_varValue; // a stored number sets some of its bytes
+    if (!frame.take(kBeforeId) || !frame.takeId(id) || !frame.take(kBeforeName) || !frame.takeText(name) ||
+        !frame.takeLong(type) || !frame.take(kBeforeKind) || !frame.takeLong(kind))
+        return false;
+    bool hasValue = false;
+    switch (kind)
+    {
+    case VT_I2: hasValue = frame.takeShort(value.iVal); break;
+    case VT_I4:
+    case VT_BOOL:
+    {
+        std::int32_t number = value.lVal; // LONG need not be the same type
+        hasValue = frame.takeLong(number);
+        value.lVal = number;
+        break;
+    }
+    case VT_R4: // eight bytes, although the kind says float (quirk 39)
+    case VT_R8: hasValue = frame.takeDouble(value.dblVal); break;
+    default: break;
+    }
+    if (!hasValue || !frame.take(kBehindValue) || !frame.takeLong(listIndex) || !frame.takeId(category) ||
+        !frame.takeId(owner) || !frame.takeLong(count) || count > frame.left() / kIdSize)
+        return false;
+    IdArray ids;
+    for (; count > 0; --count)
+    {
+        OKTDbObjectId used;
+        if (!frame.takeId(used))
+            return false;
+        ids.append(idForList(used));
+    }
+    if (!frame.takeText(expression) || !frame.take(kBeforeDescription) || !frame.takeText(description) ||
+        !frame.take(kBehindDescription))
+        return false;
+
+    CString nameText;
+    CString expressionText;
+    CString descriptionText;
+    if (!frame.makeText(name, nameText) || !frame.makeText(expression, expressionText) ||
+        !frame.makeText(description, descriptionText))
+        return false;
+    frame.finish();
+    setObjectId(id);
+    m_strUserName = std::move(nameText);
+    m_nParamType = type;
+    m_varValue = value;
+    m_varValue.vt = static_cast<VARTYPE>(kind);
+    m_nListIndex = listIndex;
+    m_idCategory = category;
+    m_idOwner = owner;
+    m_tabIdsParams = std::move(ids);
+    m_strExpression = std::move(expressionText);
+    m_strDescription = std::move(descriptionText);
+    return true;
+}
+catch (std::bad_alloc const &)
+{
+    return false; // before anything changed: the other road answers
+}
+
 FilerStatusDb OKTDbParameter::xmlOut(OKTFiler *filer) const
 try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    if (writeWhole(*filer))
+        return eFilerOk;
     if (!filer->beginWriteClass(u"Object", u"OKTDbParameter", 2))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)
@@ -450,6 +625,11 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    if (readWhole(*filer))
+    {
+        convertAfterReading();
+        return eFilerOk;
+    }
     if (!filer->beginReadClass(u"Object", u"OKTDbParameter"))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlIn(filer); status != eFilerOk)

@@ -89,6 +89,8 @@ private:
     bool writeValue(OKTFiler &filer) const;
     bool readValue(OKTFiler &filer);
     void convertAfterReading();
+    bool writeWhole(OKTFiler &filer) const;
+    bool readWhole(OKTFiler &filer);
 
     CString m_strUserName;
     ParamType m_nParamType = -1;

@@ -13,6 +13,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -44,8 +45,13 @@ public:
         m_encoded.resize(static_cast<std::size_t>(size));
         base64Encode(m_data.GetData() + firstByte, static_cast<int>(bytes), m_encoded.data(), &size, kTextForm);
         char const *const text = m_encoded.data() + first % 4;
-        m_chunk.SetUnits(static_cast<int>(beyond - first),
-                         [text](WCHAR *units, int length) { std::copy_n(text, length, units); });
+        int const length = static_cast<int>(beyond - first);
+        if (OktThreadCodePageKeepsAscii())
+            m_chunk.SetUnits(length, [text](WCHAR *units, int count) { std::copy_n(text, count, units); });
+        else // so that the filer, which narrows it again, stores the text itself
+            m_chunk.SetUnits(OktToWideChar(CP_THREAD_ACP, text, length, nullptr, 0), [text, length](WCHAR *units, int count) {
+                OktToWideChar(CP_THREAD_ACP, text, length, units, count);
+            });
         return m_chunk;
     }
 
@@ -265,7 +271,8 @@ try
     if (FilerStatusDb const status = OKTDbObject::xmlIn(filer); status != eFilerOk)
         return status;
     OKTFrame frame;
-    PictureData data(m_pictureData); // emptied also without the sections of the data (quirk 64)
+    CByteArray pictureData;
+    PictureData data(pictureData);
     if (filer->beginReadMembers(1))
     {
         frame.enterSection();
@@ -297,6 +304,7 @@ try
         filer->endReadMembers();
     }
     data.finish();
+    m_pictureData = std::move(pictureData); // emptied also without the sections of the data (quirk 64)
     if (filer->beginReadMembers(3))
     {
         frame.enterSection();

@@ -5,6 +5,8 @@
 #include <oktplatform/oktcodepage.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 namespace
 {
@@ -151,7 +153,8 @@ try
             break;
         }
         default:
-            value.record = {}; // no pointer where the kind, which the stream chose, says that one is owned
+            // No pointer where the kind, which the stream chose, says that one is owned.
+            std::memset(&value.llVal, 0, sizeof value - offsetof(tagVARIANT, llVal));
             frame.fold(false);
             break;
         }

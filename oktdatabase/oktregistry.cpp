@@ -1,7 +1,8 @@
-// The static objects of the object kernel. One source holds them, because their order counts: the registry, then the
-// descriptors in the order of their class numbers, with the null id among them. A further stored class adds its header and its
-// line.
+// The static objects of the module. One source holds them, because their order counts: the application object, the registry, then
+// the descriptors in the order of their class numbers, with the null id among them, and at last what starts and ends the module.
+// A further stored class adds its header and its line.
 
+#include <oktdatabase/oktdatabaseapp.h>
 #include <oktdatabase/oktdbcategory.h>
 #include <oktdatabase/oktdbgroupcategory.h>
 #include <oktdatabase/oktdbgroupparameter.h>
@@ -9,6 +10,11 @@
 #include <oktdatabase/oktdbparamrelation.h>
 #include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktdbrelation.h>
+
+namespace
+{
+COKTDatabaseApp g_app;
+} // namespace
 
 OKTMap<CString, OKTRuntimeClass *, CString const &, OKTRuntimeClass *const &> g_RuntimeClass;
 
@@ -21,3 +27,8 @@ OKT_STORED_CLASS_REGISTRATION(OKTDbParameter, OKTDbObject)
 OKT_STORED_CLASS_REGISTRATION(OKTDbParamRelation, OKTDbRelation)
 OKT_STORED_CLASS_REGISTRATION(OKTDbPicture, OKTDbObject)
 OKT_STORED_CLASS_REGISTRATION(OKTDbRelation, OKTDbObject)
+
+namespace
+{
+OktModuleEntry const g_entry;
+} // namespace

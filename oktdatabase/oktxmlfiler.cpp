@@ -7,6 +7,8 @@
 // The document: an "xml" instruction, then the root "Document". Below it stand elements alone, every value is an attribute:
 // frames <name class version>, sections <Members version>, maps <Map name>, values <name double|long|string>.
 
+using namespace OktXml;
+
 namespace
 {
 constexpr char16_t kDocumentTag[] = u"Document";
@@ -57,7 +59,7 @@ try
         return false;
     m_path = path.Owned();
     m_nextObject = IXMLDOMNodePtr();
-    m_document = IXMLDOMDocument::create();
+    m_document = OktXml::IXMLDOMDocument::create();
     if (!m_document)
         return false;
     setIsWriteEnabled(write);

@@ -91,12 +91,12 @@ public:
 
 protected:
     /// The first node of the document that is not the "xml" instruction.
-    IXMLDOMNodePtr GetDocumentRealNode();
+    OktXml::IXMLDOMNodePtr GetDocumentRealNode();
     /// The innermost open element; null when there is none. Popping gives it and leaves it.
-    IXMLDOMElementPtr getWorkingNode();
-    IXMLDOMElementPtr popWorkingNode();
+    OktXml::IXMLDOMElementPtr getWorkingNode();
+    OktXml::IXMLDOMElementPtr popWorkingNode();
     /// A null element is ignored.
-    void pushWorkingNode(IXMLDOMElementPtr const &element);
+    void pushWorkingNode(OktXml::IXMLDOMElementPtr const &element);
 
 private:
     bool CreateClass(CString tag, CString className, int version);
@@ -108,17 +108,17 @@ private:
     bool beginElement(CString const &tag, std::initializer_list<Attribute> attributes);
     bool endElement();
     bool writeValue(CString const &name, CString const &attribute, CString const &text);
-    bool addAttribute(IXMLDOMElementPtr const &element, CString const &name, CString const &text);
+    bool addAttribute(OktXml::IXMLDOMElementPtr const &element, CString const &name, CString const &text);
     bool endReading();
     bool isReading();
     bool findText(CString const &name, CString const &attribute, CString &text);
     bool enterChild(CString const &tag, CString const &attribute, CString const &text);
-    IXMLDOMNodePtr nextAtCursor();
+    OktXml::IXMLDOMNodePtr nextAtCursor();
 
-    IXMLDOMDocumentPtr m_document;
+    OktXml::IXMLDOMDocumentPtr m_document;
     CString m_path;
-    OKTArray<IXMLDOMElementPtr, IXMLDOMElementPtr const &> m_workingNodes;
-    IXMLDOMNodePtr m_readCursor;
-    IXMLDOMNodePtr m_mapCursor;
-    IXMLDOMNodePtr m_nextObject; // found by the last scan from the read cursor, and still ahead of it
+    OKTArray<OktXml::IXMLDOMElementPtr, OktXml::IXMLDOMElementPtr const &> m_workingNodes;
+    OktXml::IXMLDOMNodePtr m_readCursor;
+    OktXml::IXMLDOMNodePtr m_mapCursor;
+    OktXml::IXMLDOMNodePtr m_nextObject; // found by the last scan from the read cursor, and still ahead of it
 };

@@ -1,6 +1,7 @@
 #include <oktplatform/oktarrays.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -14,18 +15,92 @@ constexpr int kMaxSize = std::numeric_limits<int>::max();
 
 /// An array grows by half of its size while it is small, by an eighth from here on.
 constexpr int kSmall = 64 * 1024;
+
+/// Keeps the last large block that was freed for the next that is asked for. The first touch of a page that comes from the system
+/// costs more than all that a save writes into it, and the image of a template has a thousand pages.
+class SpareBlock
+{
+public:
+    ~SpareBlock()
+    {
+        m_isEnded.store(true);
+        std::free(m_block.exchange(nullptr));
+    }
+
+    /// A block of `size` bytes with anything in it, or null.
+    void *take(int size)
+    {
+        if (size < kLeast || size > kMost)
+            return nullptr;
+        Block *const block = m_block.exchange(nullptr);
+        if (block == nullptr)
+            return nullptr;
+        bool const fits = block->size / 2 <= size && size <= 2 * block->size;
+        void *const taken = fits ? std::realloc(block, static_cast<std::size_t>(size)) : nullptr;
+        if (taken == nullptr)
+            std::free(block);
+        return taken;
+    }
+    void giveBack(void *memory, int size)
+    {
+        if (size < kLeast || size > kMost || m_isEnded.load())
+            std::free(memory);
+        else
+            std::free(m_block.exchange(new (memory) Block{size}));
+    }
+
+private:
+    struct Block
+    {
+        int size;
+    };
+
+    static constexpr int kLeast = 1 << 20;
+    static constexpr int kMost = 16 << 20; // more is not worth holding
+
+    std::atomic<Block *> m_block = nullptr;
+    std::atomic<bool> m_isEnded = false;
+};
+
+SpareBlock s_spare;
+
+void *allocate(int size)
+{
+    void *const spare = s_spare.take(size);
+    return spare != nullptr ? spare : std::malloc(static_cast<std::size_t>(size));
+}
+
+void release(void *memory, int size)
+{
+    if (memory != nullptr)
+        s_spare.giveBack(memory, size);
+}
 } // namespace
 
 // --- CByteArray --------------------------------------------------------------------------------------------------------------
 
 // The C allocator's realloc grows a large array by moving its pages, not its bytes.
-void CByteArray::reallocate(int capacity)
+bool CByteArray::tryReallocate(int capacity) noexcept
 {
-    void *const memory = std::realloc(m_data, static_cast<std::size_t>(capacity));
+    // An array that comes to hold much more.
+    bool const isNew = m_data == nullptr || m_size < capacity / 4;
+    void *const memory = isNew ? allocate(capacity) : std::realloc(m_data, static_cast<std::size_t>(capacity));
     if (memory == nullptr)
-        throw std::bad_alloc();
+        return false;
+    if (isNew && m_data != nullptr)
+    {
+        std::memcpy(memory, m_data, static_cast<std::size_t>(m_size));
+        std::free(m_data);
+    }
     m_data = static_cast<BYTE *>(memory);
     m_capacity = capacity;
+    return true;
+}
+
+void CByteArray::reallocate(int capacity)
+{
+    if (!tryReallocate(capacity))
+        throw std::bad_alloc();
 }
 
 void CByteArray::grow(int count)
@@ -50,7 +125,7 @@ CByteArray::CByteArray(CByteArray &&other) noexcept
 {
 }
 
-CByteArray::~CByteArray() { std::free(m_data); }
+CByteArray::~CByteArray() { release(m_data, m_capacity); }
 
 CByteArray &CByteArray::operator=(CByteArray const &other)
 {
@@ -62,7 +137,7 @@ CByteArray &CByteArray::operator=(CByteArray &&other) noexcept
 {
     if (this == &other)
         return *this;
-    std::free(m_data);
+    release(m_data, m_capacity);
     m_data = std::exchange(other.m_data, nullptr);
     m_size = std::exchange(other.m_size, 0);
     m_capacity = std::exchange(other.m_capacity, 0);
@@ -79,7 +154,7 @@ void CByteArray::SetSize(int size, int growBy)
         void *const memory = std::calloc(static_cast<std::size_t>(size), 1);
         if (memory == nullptr)
             throw std::bad_alloc();
-        std::free(m_data);
+        release(m_data, m_capacity);
         m_data = static_cast<BYTE *>(memory);
         m_capacity = size;
     }
@@ -96,7 +171,7 @@ void CByteArray::SetSize(int size, int growBy)
 
 void CByteArray::RemoveAll()
 {
-    std::free(std::exchange(m_data, nullptr));
+    release(std::exchange(m_data, nullptr), m_capacity);
     m_size = 0;
     m_capacity = 0;
 }
@@ -107,6 +182,12 @@ void CByteArray::FreeExtra()
         RemoveAll();
     else if (m_size < m_capacity)
         reallocate(m_size);
+}
+
+void CByteArray::Reserve(int capacity) noexcept
+{
+    if (capacity > m_capacity)
+        tryReallocate(capacity);
 }
 
 BYTE CByteArray::GetAt(int index) const

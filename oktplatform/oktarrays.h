@@ -27,6 +27,8 @@ public:
     void RemoveAll();
     /// Gives memory beyond the size back.
     void FreeExtra();
+    /// Makes room for that many bytes in all, where there is memory for it; the size stays.
+    void Reserve(int capacity) noexcept;
 
     BYTE GetAt(int index) const;
     void SetAt(int index, BYTE value);
@@ -56,6 +58,7 @@ public:
 
 private:
     void grow(int count);
+    bool tryReallocate(int capacity) noexcept;
     void reallocate(int capacity);
     void checkIndex(int index) const;
 

@@ -9,16 +9,15 @@
 
 namespace
 {
-constexpr UINT kAcp = 0;
 constexpr UINT kWindows1252 = 1252;
 
 struct ThreadPage
 {
-    UINT number = kWindows1252;
+    UINT number = 0; // not asked yet
     bool keepsAscii = true;
 };
 
-thread_local ThreadPage threadPage;
+thread_local ThreadPage t_page;
 
 /// The characters of the bytes 0x80 to 0x9F in windows-1252; its other bytes are the characters of the same number.
 constexpr WCHAR kHigh1252[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
@@ -122,25 +121,35 @@ void toUtf8(WCHAR const *place, WCHAR const *end, char substitute, bool &substit
     }
 }
 
-UINT resolve(UINT codePage) { return codePage == kAcp || codePage == CP_THREAD_ACP ? threadPage.number : codePage; }
+ThreadPage const &threadPage()
+{
+    if (t_page.number == 0)
+    {
+        UINT const page = OktSystem::initialCodePage();
+        t_page = {page, keepsAscii(page)};
+    }
+    return t_page;
+}
+
+UINT resolve(UINT codePage) { return codePage == CP_ACP || codePage == CP_THREAD_ACP ? threadPage().number : codePage; }
 } // namespace
 
 void OktSetThreadCodePage(unsigned int codePage)
 {
     UINT const page = resolve(codePage);
-    if (page == threadPage.number)
+    if (page == threadPage().number)
         return;
     if (page != kWindows1252 && page != CP_UTF8 && !OktSystem::knowsCodePage(page))
         return;
-    threadPage = {page, keepsAscii(page)};
+    t_page = {page, keepsAscii(page)};
 }
 
-unsigned int OktThreadCodePage() { return threadPage.number; }
+unsigned int OktThreadCodePage() { return threadPage().number; }
 
-bool OktThreadCodePageKeepsAscii() { return threadPage.keepsAscii; }
+bool OktThreadCodePageKeepsAscii() { return threadPage().keepsAscii; }
 
-int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, char *target, int size, char const *defaultChar,
-                        BOOL *usedDefault)
+int OktToMultiByte(UINT codePage, WCHAR const *text, int length, char *target, int size, char const *defaultChar,
+                   BOOL *usedDefault)
 {
     if (usedDefault != nullptr)
         *usedDefault = FALSE;
@@ -153,7 +162,7 @@ int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, cha
     Sink<char> sink(size == 0 ? nullptr : target, static_cast<std::size_t>(size));
 
     WCHAR const *place = text;
-    if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage.number && threadPage.keepsAscii))
+    if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage().number && threadPage().keepsAscii))
         place = sink.putAscii(place, end);
     if (page == kWindows1252)
         to1252(place, end, substitute, substituted, sink);
@@ -172,7 +181,7 @@ int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, cha
     return sink.result();
 }
 
-int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHAR *target, int size)
+int OktToWideChar(UINT codePage, char const *text, int length, WCHAR *target, int size)
 {
     if (text == nullptr || length == 0 || length < -1 || size < 0 || (size > 0 && target == nullptr))
         return 0;
@@ -181,7 +190,7 @@ int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHA
     Sink<WCHAR> sink(size == 0 ? nullptr : target, static_cast<std::size_t>(size));
 
     char const *place = text;
-    if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage.number && threadPage.keepsAscii))
+    if (page == kWindows1252 || page == CP_UTF8 || (page == threadPage().number && threadPage().keepsAscii))
         place = sink.putAscii(place, end);
     if (page == kWindows1252)
     {
@@ -209,13 +218,4 @@ int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHA
         sink.skip(needed);
     }
     return sink.result();
-}
-
-int lstrlenW(WCHAR const *text)
-{
-    if (text == nullptr)
-        return 0;
-    std::size_t const length = std::char_traits<WCHAR>::length(text);
-    return length > static_cast<std::size_t>(std::numeric_limits<int>::max()) ? std::numeric_limits<int>::max()
-                                                                              : static_cast<int>(length);
 }

@@ -10,3 +10,12 @@
 #else
 #define OKT_API __attribute__((visibility("default")))
 #endif
+
+/// Marks the entry points whose declarations are the system's own, where it has them: a definition file exports these.
+#if defined(_WIN32)
+#define OKT_ENTRY
+#define OKT_ENTRY_CALL __stdcall
+#else
+#define OKT_ENTRY OKT_API
+#define OKT_ENTRY_CALL
+#endif

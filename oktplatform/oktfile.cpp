@@ -6,6 +6,7 @@ namespace
 {
 constexpr std::intptr_t kClosed = -1;
 constexpr UINT kAccessMask = 0x0003;
+constexpr UINT kShareMask = 0x0070;
 
 void check(int error)
 {
@@ -22,6 +23,10 @@ OktSystem::FileRequest requestOf(UINT flags)
         request.access = OktSystem::FileAccess::ReadWrite;
     request.create = (flags & CFile::modeCreate) != 0;
     request.truncate = request.create && (flags & CFile::modeNoTruncate) == 0;
+    // No sharing mode at all is the exclusive one.
+    UINT const share = flags & kShareMask;
+    request.sharesReading = share == CFile::shareDenyWrite || share == CFile::shareDenyNone;
+    request.sharesWriting = share == CFile::shareDenyRead || share == CFile::shareDenyNone;
     return request;
 }
 } // namespace

@@ -60,7 +60,7 @@ void appendInteger(TextBuilder &result, Conversion const &conversion, std::uint6
     int base = conversion.kind == 'o' ? 8 : 10;
     if (isHex)
         base = 16;
-    char narrow[32];
+    char narrow[32] = {};
     char *const narrowEnd = std::to_chars(narrow, narrow + sizeof narrow, magnitude, base).ptr;
     WCHAR digits[32];
     std::size_t count = static_cast<std::size_t>(narrowEnd - narrow);

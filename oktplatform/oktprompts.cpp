@@ -1,10 +1,17 @@
 #include <oktplatform/oktwarning.h>
 
+#include <oktplatform/oktsystem.h>
+
 namespace
 {
-/// A wrapped literal, so that a prompt costs no memory; empty for an id that is not held.
+/// From the string table, where the system has such tables; else a wrapped literal, so that a prompt costs no memory. Empty for an
+/// id that is not held.
 CString catalogueText(unsigned int id)
 {
+    OktSystem::Unit const *stored = nullptr;
+    std::size_t length = 0;
+    if (OktSystem::resourceText(id, stored, length))
+        return CString(stored, static_cast<int>(length));
     switch (id)
     {
 #define OKT_PROMPT(number, text)                                                                                               \

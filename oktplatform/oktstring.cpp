@@ -111,6 +111,12 @@ CString::CString(wchar_t const *text, int length)
 
 CString CString::of(wchar_t character) { return CString(bufferOfWide(&character, 1)); }
 
+CString CString::of(char16_t character)
+{
+    auto const unit = static_cast<WCHAR>(character);
+    return CString(&unit, 1);
+}
+
 CString CString::of(char character)
 {
     char const text[] = {character, '\0'};
@@ -151,11 +157,11 @@ void CString::assignNarrow(char const *text)
         return;
     }
     auto const bytes = static_cast<int>(length);
-    int const count = MultiByteToWideChar(CP_THREAD_ACP, 0, text, bytes, nullptr, 0);
+    int const count = OktToWideChar(CP_THREAD_ACP, text, bytes, nullptr, 0);
     if (count <= 0)
         return;
     OktTextBuffer *const made = allocateBuffer(static_cast<std::size_t>(count));
-    MultiByteToWideChar(CP_THREAD_ACP, 0, text, bytes, made->units(), count);
+    OktToWideChar(CP_THREAD_ACP, text, bytes, made->units(), count);
     setLength(made, static_cast<std::size_t>(count));
     m_word.store(reinterpret_cast<std::uintptr_t>(made), std::memory_order_relaxed);
 }
@@ -166,17 +172,6 @@ CString &CString::operator=(CString const &other) noexcept
 {
     if (this != &other)
         *this = CString(other);
-    return *this;
-}
-
-CString &CString::operator=(CString &&other) noexcept
-{
-    if (this == &other)
-        return *this;
-    CString taken(std::move(other));
-    std::uintptr_t const old = word();
-    m_word.store(taken.word(), std::memory_order_relaxed);
-    taken.m_word.store(old, std::memory_order_relaxed);
     return *this;
 }
 

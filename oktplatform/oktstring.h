@@ -23,7 +23,8 @@ class CString;
 
 /// A character type that is not the unit of texts.
 template <typename C>
-concept OktOtherCharacter = (std::same_as<C, char> || std::same_as<C, wchar_t>)&&!std::same_as<C, WCHAR>;
+concept OktOtherCharacter = (std::same_as<C, char> || std::same_as<C, char16_t> ||
+                             std::same_as<C, wchar_t>)&&!std::same_as<C, WCHAR>;
 
 /// A run of UTF-16 code units that somebody else owns.
 using OktTextView = std::basic_string_view<WCHAR>;
@@ -102,7 +103,17 @@ public:
             release();
     }
     CString &operator=(CString const &other) noexcept;
-    CString &operator=(CString &&other) noexcept;
+    CString &operator=(CString &&other) noexcept
+    {
+        if (this == &other)
+            return *this;
+        std::uintptr_t const taken = other.word();
+        other.m_word.store(0, std::memory_order_relaxed);
+        if (isBuffer())
+            release();
+        m_word.store(taken, std::memory_order_relaxed);
+        return *this;
+    }
 
     /// A zero-terminated text, copied. Null gives the empty text. A wchar_t of 32 bits above U+FFFF becomes a surrogate pair.
     /// The 8-bit form is converted from the code page of the thread.
@@ -132,7 +143,9 @@ public:
 
     /// The first `length` units at `units`, zero units included. A length below 1 gives the empty text.
     CString(WCHAR const *units, int length);
-#if !defined(_WIN32)
+#if defined(_WIN32)
+    CString(char16_t const *units, int length) : CString(reinterpret_cast<WCHAR const *>(units), length) {}
+#else
     CString(wchar_t const *text, int length);
 #endif
     explicit CString(OktTextView units);
@@ -262,6 +275,7 @@ private:
     static constexpr std::uintptr_t kTagMask = 3;
 
     static CString of(wchar_t character);
+    static CString of(char16_t character);
     static CString of(char character);
 
     std::uintptr_t word() const { return m_word.load(std::memory_order_acquire); }

@@ -14,12 +14,6 @@ using Unit = wchar_t;
 using Unit = char16_t;
 #endif
 
-/// Fills `target` from the system's random source. False: the source failed, the target is then of no use.
-bool randomBytes(void *target, std::size_t size);
-
-/// A number that is another one in a process forked since the last call. The first call arranges that.
-unsigned int processGeneration();
-
 /// The decimal point of the current numeric locale: as the runtime library prints it, and as one unit.
 struct DecimalPoint
 {
@@ -28,6 +22,9 @@ struct DecimalPoint
     Unit unit;
 };
 DecimalPoint decimalPoint();
+
+/// The code page of 8-bit text on the calling thread, as long as the host sets no other.
+unsigned int initialCodePage();
 
 /// True when the system converts this code page. Pages 0, 3, 1252 and 65001 are never asked for.
 bool knowsCodePage(unsigned int page);
@@ -38,6 +35,9 @@ bool knowsCodePage(unsigned int page);
 bool toCodePage(unsigned int page, Unit const *text, std::size_t length, char substitute, bool &substituted, char *target,
                 std::size_t size, std::size_t &needed);
 bool fromCodePage(unsigned int page, char const *text, std::size_t length, Unit *target, std::size_t size, std::size_t &needed);
+
+/// A text of the string table among the resources of this module. False: there is none of this number, or no such table.
+bool resourceText(unsigned int id, Unit const *&text, std::size_t &length);
 
 /// Shows a warning to a user, if the process has one. Never blocks a process that has none, never fails.
 void showWarning(Unit const *text, std::size_t length);
@@ -60,6 +60,9 @@ struct FileRequest
     FileAccess access = FileAccess::Read;
     bool create = false;   ///< make the file when it is missing
     bool truncate = false; ///< cut it to length 0, once it is locked
+    // What others may do meanwhile, where the system knows sharing modes.
+    bool sharesReading = false;
+    bool sharesWriting = false;
 };
 
 int openFile(Unit const *path, std::size_t length, FileRequest request, std::intptr_t &handle);

@@ -16,6 +16,9 @@
 // createAttribute give null for any other text. Characters that XML 1.0 cannot
 // hold (most control characters, U+FFFE, U+FFFF, lone surrogates) become U+FFFD when a value is set.
 
+// They stand in a namespace, because a program on the platform may include the parser's own declarations.
+namespace OktXml
+{
 class IXMLDOMAttribute;
 class IXMLDOMElement;
 class IXMLDOMNamedNodeMap;
@@ -169,3 +172,18 @@ public:
 private:
     std::shared_ptr<IXMLDOMDocument> m_document;
 };
+} // namespace OktXml
+
+#if !defined(_WIN32)
+using OktXml::IXMLDOMAttribute;
+using OktXml::IXMLDOMAttributePtr;
+using OktXml::IXMLDOMDocument;
+using OktXml::IXMLDOMDocumentPtr;
+using OktXml::IXMLDOMElement;
+using OktXml::IXMLDOMElementPtr;
+using OktXml::IXMLDOMNamedNodeMap;
+using OktXml::IXMLDOMNamedNodeMapPtr;
+using OktXml::IXMLDOMNode;
+using OktXml::IXMLDOMNodePtr;
+#endif
+using OktXml::OktXmlName;

@@ -202,6 +202,19 @@ TEST_P(CrashHandlerCatchAll, PointerOperation_Throws_ReportAndNull)
     g_RuntimeClass.erase(u"ThrowingForOneTest");
 }
 
+TEST_P(CrashHandlerCatchAll, Cast_Throws_ReportAndNull)
+{
+    OKTDbPool pool;
+    auto *const object = new ThrowingObject;
+    object->m_what = GetParam();
+    ASSERT_TRUE(pool.appendObject(object));
+    ReportCatcher const reports;
+    EXPECT_EQ(OKTDbParameter::cast(object), nullptr);
+    EXPECT_EQ(OKTDbParameter::cast(object->objectId()), nullptr);
+    ASSERT_EQ(reports.count(), 2u);
+    EXPECT_THAT(reports.texts()[0], ::testing::MatchesRegex("\n\\\\oktdbparameter@[0-9]+"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Kinds, CrashHandlerCatchAll,
                          ::testing::Values(ThrowingObject::What::Standard, ThrowingObject::What::Number,
                                            ThrowingObject::What::Pointer));

@@ -2,6 +2,7 @@
 
 #include "support/numericlocale.h"
 #include "support/printers.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 
@@ -132,9 +133,9 @@ TEST(OKTDatabaseUtil, ConvertExpresion_CharactersBeyondAscii_Dropped)
 
 TEST(OKTDatabaseUtil, ConvertExpresion_ZeroUnitInside_DroppedLikeAnyOther)
 {
-    OktTextView const units(u"2x10\0"
-                            u"3x5",
-                            8);
+    OktTextView const units = viewOf({u"2x10\0"
+                                      u"3x5",
+                                      8});
     EXPECT_EQ(converted(CString(units)), CString(u"2x10 3x5 "));
 }
 

@@ -3,6 +3,7 @@
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
 #include "support/streambuilder.h"
+#include "support/units.h"
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -11,6 +12,7 @@
 
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 
 using testing::ElementsAre;
 
@@ -427,6 +429,44 @@ TEST_F(GroupParameterTest, SetValue_TwoDimensions_NothingIsSetAndTheArrayIsDestr
     m_group.setValue(array);
     // Not used again: that it was destroyed is for the leak checker to see.
     EXPECT_EQ(a->Value().dblVal, 1.5);
+}
+
+TEST_F(GroupParameterTest, SetValue_VariantWhoseArrayIsNull_NothingIsSetAndNoReport)
+{
+    OKTDbParameter *const a = element(u"a");
+    a->setValue(1.5, 0);
+    tagVARIANT array = {};
+    array.vt = VT_ARRAY | VT_R8;
+    m_group.setValue(array); // no dimension at all is not one
+    EXPECT_EQ(a->Value().dblVal, 1.5);
+}
+
+TEST_F(GroupParameterTest, SetValue_ElementThatThrows_OneReportAndThoseBehindItStay)
+{
+    class Throwing : public OKTDbParameter
+    {
+    public:
+        using OKTDbParameter::setValue;
+        void setValue(tagVARIANT const &) override { throw std::runtime_error("told to"); }
+    };
+    OKTDbParameter *const a = element(u"a");
+    auto *const b = new Throwing;
+    b->setUserName(u"b", false);
+    ASSERT_TRUE(m_pool.appendObject(b));
+    m_group.addElement(b->objectId());
+    OKTDbParameter *const c = element(u"c");
+    c->setValue(0.5, 0);
+    tagVARIANT array = arrayOf({1.5, 2.5, 3.5});
+    m_group.setValue(array);
+    ASSERT_EQ(m_reports.count(), 1u);
+    EXPECT_THAT(m_reports.texts()[0], testing::MatchesRegex("\n\\\\oktdbgroupparameter@[0-9]+"));
+    m_reports.clear();
+    EXPECT_EQ(a->Value().dblVal, 1.5);
+    EXPECT_EQ(c->Value().dblVal, 0.5);
+    // The data were still accessed: an array that is locked is not destroyed.
+    EXPECT_EQ(array.parray->cLocks, 1u);
+    EXPECT_EQ(SafeArrayUnaccessData(array.parray), S_OK);
+    EXPECT_EQ(VariantClear(&array), S_OK);
 }
 
 TEST_F(GroupParameterTest, SetValue_ElementThatIsAGroup_ReportsAndTheOthersAreSet)

@@ -220,6 +220,7 @@ TEST(OKTDbObjectId, CreateObjectId_ManyTimes_DistinctRandomGuids)
     EXPECT_EQ(texts.size(), 2000u);
 }
 
+#if !defined(_WIN32) // there the system makes ids, and its source cannot be made to fail
 TEST(OKTDbObjectId, CreateObjectId_RandomSourceFails_SilentlyNullWithPool_Quirk3)
 {
     OKTDbPool pool;
@@ -231,6 +232,7 @@ TEST(OKTDbObjectId, CreateObjectId_RandomSourceFails_SilentlyNullWithPool_Quirk3
     EXPECT_EQ(id.getPool(), &pool);
     EXPECT_EQ(reports.count(), 0u);
 }
+#endif
 
 // --- Text --------------------------------------------------------------------------------------------------------------------
 

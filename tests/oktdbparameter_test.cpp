@@ -3,6 +3,7 @@
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
 #include "support/streambuilder.h"
+#include "support/units.h"
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -1133,7 +1134,7 @@ public:
 TEST_F(ParameterTest, SetValue_Long_LeavesAnOverriddenIntFormAlone)
 {
     IntCounter parameter;
-    long const value = 0x500000007;
+    long const value = static_cast<long>(0x500000007); // 7 where a long has 32 bits
     parameter.setValue(value, 2);
     EXPECT_EQ(parameter.m_calls, 0);
     EXPECT_EQ(parameter.Value().vt, VT_I4);

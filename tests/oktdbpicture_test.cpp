@@ -1,6 +1,7 @@
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
+#include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -273,6 +274,26 @@ TEST_F(PictureTest, XmlOut_CodePageOfTheThread_DoesNotMatter)
     OktSetThreadCodePage(1252);
 }
 
+TEST_F(PictureTest, XmlOut_CodePageWithLettersInOtherPlaces_SameTextAndRoundTrip)
+{
+    OKTDbPicture picture;
+    picture.setPictureData(bytesOfSize(100000));
+    std::string const text = base64Of(bytesOfSize(100000));
+    for (unsigned int const page : {37u, 500u})
+    {
+        OktSetThreadCodePage(page);
+        CByteArray const bytes = written(picture);
+        OKTDbPicture back;
+        FilerStatusDb const status = read(back, bytes);
+        OktSetThreadCodePage(1252);
+        EXPECT_EQ(status, eFilerOk) << page;
+        EXPECT_EQ(data(back), bytesOfSize(100000)) << page;
+        std::string const stream(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+        for (std::string const &chunk : chunksOf(text))
+            EXPECT_NE(stream.find(chunk), std::string::npos) << page;
+    }
+}
+
 // --- Reading -----------------------------------------------------------------------------------------------------------------
 
 TEST_F(PictureTest, XmlIn_ThreeChunks_CallsInOrder_Quirk62)
@@ -478,6 +499,48 @@ TEST_F(PictureTest, BaseRefused_ItsStatusAtOnceTheFrameLeftOpenAndTheDataKept)
     in.failAt("readObjectId", 1);
     EXPECT_EQ(picture.xmlIn(&in), eFilerMemberFailed);
     EXPECT_EQ(in.calls().size(), 6u);
+    EXPECT_EQ(data(picture), bytesOf({1, 2, 3}));
+}
+
+TEST_F(PictureTest, XmlIn_FilerThrows_ReportAndSuccessAndTheDataKept_Quirk6)
+{
+    for (int const nth : {1, 2, 3})
+    {
+        OKTDbPicture picture;
+        picture.setPictureData(bytesOf({7, 8, 9}));
+        RecordingFiler filer;
+        filer.loadFiler(pictureFrame(k1, {"AQID", "BAUG", "BwgJ"}).bytes());
+        filer.throwAt("readString", nth);
+        EXPECT_EQ(picture.xmlIn(&filer), eFilerOk) << nth;
+        EXPECT_EQ(m_reports.count(), 1u) << nth;
+        m_reports.clear();
+        EXPECT_EQ(data(picture), bytesOf({7, 8, 9})) << nth; // they change when all of the text is there
+    }
+}
+
+TEST_F(PictureTest, XmlFiler_NeverCompletes_1AndTheDataKept_Quirk72)
+{
+    ScratchFolder const folder;
+    OKTDbPicture picture;
+    fill(picture);
+    {
+        OKTXmlFiler filer;
+        ASSERT_TRUE(filer.NewFiler(folder.path("out.xml"), true));
+        EXPECT_EQ(picture.xmlOut(&filer), eFilerMemberFailed);
+        EXPECT_TRUE(filer.CloseFiler());
+    }
+    CByteArray document;
+    for (char const c : std::string("<?xml version='1.0'?><DOCUMENT><Object class='OKTDbPicture' version='3'>"
+                                    "<Object class='OKTDbObject' version='1'><Members version='1'/></Object></Object>"
+                                    "</DOCUMENT>"))
+        document.Add(static_cast<BYTE>(c));
+    OKTXmlFiler filer;
+    ASSERT_TRUE(filer.NewFiler(folder.put("in.xml", document), false));
+    CString className;
+    ASSERT_TRUE(filer.getDescriptionForNextReadObject(className));
+    EXPECT_EQ(className, u"OKTDbPicture");
+    filer.setIsReadingObjectFromRoot(true);
+    EXPECT_EQ(picture.xmlIn(&filer), eFilerMemberFailed);
     EXPECT_EQ(data(picture), bytesOf({1, 2, 3}));
 }
 

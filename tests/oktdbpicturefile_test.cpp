@@ -3,6 +3,7 @@
 #include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
+#include "support/units.h"
 
 #include <oktdatabase/oktdatabase.h>
 #include <oktdatabase/oktsmartansistring.h>
@@ -227,7 +228,7 @@ public:
     {
         std::string const &chunk = m_chunks.at(m_next++);
         std::u16string const units(chunk.begin(), chunk.end());
-        value = CString(OktTextView(units));
+        value = CString(viewOf(units));
         return true;
     }
 

@@ -14,6 +14,7 @@
 #include <memory>
 #include <random>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -499,6 +500,128 @@ TEST(OKTDbPoolClone, Clone_UnknownClassAmongThem_NullAndEarlierObjectsDeleted)
     int const living = TestObject::living();
     EXPECT_EQ(source.clone(), nullptr);
     EXPECT_EQ(TestObject::living(), living);
+}
+
+namespace
+{
+/// Keeps its reference in a block of bytes that a filer of its own makes.
+class ClientBlock : public OKTDbObject
+{
+    OKT_STORED_CLASS(ClientBlock)
+
+    FilerStatusDb xmlOut(OKTFiler *filer) const override
+    {
+        filer->beginWriteClass(u"Object", u"ClientBlock", 1);
+        FilerStatusDb const status = OKTDbObject::xmlOut(filer);
+        filer->beginWriteMembers(1);
+        OKTMemoryFiler block(objectId().getPool());
+        block.writeObjectId(u"m_idOther", m_idOther);
+        filer->writeByteArray(u"m_block", block.takeBytes());
+        filer->endWriteMembers();
+        filer->endWriteClass();
+        return status;
+    }
+    FilerStatusDb xmlIn(OKTFiler *filer) override
+    {
+        filer->beginReadClass(u"Object", u"ClientBlock");
+        FilerStatusDb const status = OKTDbObject::xmlIn(filer);
+        filer->beginReadMembers(1);
+        CByteArray bytes;
+        filer->readByteArray(u"m_block", bytes);
+        OKTMemoryFiler block(objectId().getPool());
+        block.loadFiler(bytes);
+        block.readObjectId(u"m_idOther", m_idOther);
+        filer->endReadMembers();
+        filer->endReadClass();
+        return status;
+    }
+
+    OKTDbObjectId m_idOther;
+};
+
+OKT_STORED_CLASS_SOURCE(ClientBlock)
+OKT_STORED_CLASS_REGISTRATION(ClientBlock, OKTDbObject)
+
+/// Adds an object to its pool each time it is written, as often as it may.
+class ClientAdder : public TestObject
+{
+public:
+    FilerStatusDb xmlOut(OKTFiler *filer) const override
+    {
+        FilerStatusDb const status = TestObject::xmlOut(filer);
+        if (m_left-- > 0)
+            appendTo<TestObject>(*objectId().getPool());
+        return status;
+    }
+
+    mutable int m_left = 1;
+};
+} // namespace
+
+TEST(OKTDbPoolClone, Clone_TranslationOnAndReferenceThroughAFilerOfTheObjectsOwn_Follows)
+{
+    OKTDbPool source;
+    auto *const parameter = appendTo<OKTDbParameter>(source);
+    auto *const block = appendTo<ClientBlock>(source);
+    block->m_idOther = parameter->objectId();
+    source.setBoolTranslatedIds(true);
+    std::unique_ptr<OKTDbPool> const clone(source.clone());
+    ASSERT_NE(clone, nullptr);
+    IdMap const map = clone->MapTranslatedIds();
+    auto const *const copy = ClientBlock::cast(*map.find(block->objectId()));
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(copy->m_idOther, *map.find(parameter->objectId()));
+}
+
+TEST(OKTDbPoolClone, Clone_ObjectThatFailsBeforeItsId_IsAskedOnceAndReportsOnce)
+{
+    /// Fails before it has written anything.
+    class Failing : public TestObject
+    {
+    public:
+        FilerStatusDb xmlOut(OKTFiler *) const override
+        try
+        {
+            ++m_calls;
+            if (m_throws)
+                throw std::runtime_error("told to");
+            return eFilerMemberFailed;
+        }
+        OKT_ANSWER_ZERO
+
+        bool m_throws = false;
+        mutable int m_calls = 0;
+    };
+    for (bool const translated : {false, true})
+        for (bool const throws : {false, true})
+        {
+            OKTDbPool source;
+            auto *const object = appendTo<Failing>(source);
+            object->m_throws = throws;
+            source.setBoolTranslatedIds(translated);
+            ReportCatcher const reports;
+            std::unique_ptr<OKTDbPool> const clone(source.clone());
+            EXPECT_EQ(clone != nullptr, throws) << translated; // after a report an object counts as written (quirk 6)
+            EXPECT_EQ(object->m_calls, 1) << translated << throws;
+            EXPECT_EQ(reports.count(), throws ? 1u : 0u) << translated << throws;
+        }
+}
+
+TEST(OKTDbPoolClone, Clone_ObjectThatAddsToThePoolWhileItIsWritten_MapNamesObjectsOfTheClone)
+{
+    for (int round = 0; round < 20; ++round)
+    {
+        OKTDbPool source;
+        for (int i = 0; i < 5; ++i)
+            appendTo<TestObject>(source);
+        appendTo<ClientAdder>(source);
+        source.setBoolTranslatedIds(true);
+        std::unique_ptr<OKTDbPool> const clone(source.clone());
+        ASSERT_NE(clone, nullptr);
+        IdMap const map = clone->MapTranslatedIds();
+        for (auto const &[old, fresh] : map)
+            EXPECT_TRUE(fresh.isValid()) << round;
+    }
 }
 
 // --- The map -----------------------------------------------------------------------------------------------------------------

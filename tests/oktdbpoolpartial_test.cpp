@@ -523,6 +523,24 @@ TEST_F(PoolPartialTest, PartialReaders_IntoAUsedPool_AddToIt)
 
 // --- The read filter ---------------------------------------------------------------------------------------------------------
 
+/// A group parameter in a frame of its own, as a client module could bring one: the library's own comes back as a parameter.
+class ClientGroup : public OKTDbGroupParameter
+{
+    OKT_STORED_CLASS(ClientGroup)
+
+    FilerStatusDb xmlIn(OKTFiler *filer) override
+    {
+        if (!filer->beginReadClass(u"Object", u"ClientGroup"))
+            return eFilerClassFailed;
+        FilerStatusDb const status = OKTDbGroupParameter::xmlIn(filer);
+        filer->endReadClass();
+        return status;
+    }
+};
+
+OKT_STORED_CLASS_SOURCE(ClientGroup)
+OKT_STORED_CLASS_REGISTRATION(ClientGroup, OKTDbGroupParameter)
+
 class ReadFilterTest : public PoolPartialTest
 {
 protected:
@@ -567,6 +585,47 @@ TEST_F(ReadFilterTest, LoadFiler_Filters_KeepTheirClassesAndDerivedOnes)
     EXPECT_THAT(kept(filterOf({OKTDbParameter::desc()})), ElementsAre(k4));
     EXPECT_THAT(kept(filterOf({OKTDbGroupParameter::desc()})), ElementsAre());
     EXPECT_THAT(kept(filterOf({OKTDbPicture::desc(), OKTDbCategory::desc()})), ElementsAre(k3, k5));
+}
+
+TEST_F(ReadFilterTest, LoadFiler_FilterOfParameters_KeepsGroupParametersAndDropsCategories)
+{
+    ParameterFields fields;
+    fields.id = k1;
+    StreamBuilder objects;
+    objects.beginClass("ClientGroup").append(parameterFrame(fields)).endClass().append(categoryFrame(k2, "", {}, u"c"));
+    OKTDbPool pool;
+    pool.setReadFilter(filterOf({OKTDbParameter::desc()}));
+    ASSERT_TRUE(pool.loadFiler(poolImage({}, objects)));
+    EXPECT_THAT(ids(pool), ElementsAre(k1));
+    EXPECT_NE(ClientGroup::cast(pool.objectAt(0)), nullptr);
+}
+
+TEST_F(ReadFilterTest, LoadFiler_FrameNamedAfterTheGroupParameter_False_Quirk18_Quirk55)
+{
+    // The class reads the frame of an ordinary parameter and no other.
+    StreamBuilder frame;
+    frame.beginClass("OKTDbGroupParameter", 2).objectBase(k1).endClass();
+    ExpectedLeak const leak;
+    OKTDbPool pool;
+    EXPECT_FALSE(pool.loadFiler(poolImage({}, frame)));
+    EXPECT_EQ(pool.objectCount(), 0);
+}
+
+TEST_F(ReadFilterTest, CopyFrom_FilterOfTheTargetIsAsked_ThatOfTheSourceIsNotCopied)
+{
+    OKTDbPool source;
+    ASSERT_TRUE(source.loadFiler(poolImage({}, m_objects)));
+    OKTDbPool target;
+    target.setReadFilter(filterOf({OKTDbPicture::desc()}));
+    ASSERT_TRUE(target.copyFrom(&source));
+    EXPECT_THAT(ids(target), ElementsAre(k5));
+    ASSERT_EQ(target.readFilter().getSize(), 1);
+
+    source.setReadFilter(filterOf({OKTDbPicture::desc(), nullptr}));
+    OKTDbPool plain;
+    ASSERT_TRUE(plain.copyFrom(&source));
+    EXPECT_EQ(plain.objectCount(), 6);
+    EXPECT_EQ(plain.readFilter().getSize(), 0);
 }
 
 TEST_F(ReadFilterTest, LoadFiler_NullsInTheFilter_KeepNothingThemselves)

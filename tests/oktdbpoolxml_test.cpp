@@ -101,8 +101,8 @@ std::string poolFrame(std::string const &name, std::string const &factor)
     return "<Pool class=\"OKTDbPool\" version=\"6\">"
            "<Members version=\"1\">" +
            idFrame("m_objectId") + idFrame("m_constructId") + kNoPlace + idFrame("idDummy") + kNoPlace + idFrame("m_indexId") +
-           kNoPlace + "<m_strPoolName string=\"" + name + "\"/></Members><Members version=\"2\"><dfMetricsFactor double=\"" + factor +
-           "\"/></Members><Members version=\"3\">" + idFrame("m_ppActionsId") + "</Members><Members version=\"4\">" +
+           kNoPlace + "<m_strPoolName string=\"" + name + "\"/></Members><Members version=\"2\"><dfMetricsFactor double=\"" +
+           factor + "\"/></Members><Members version=\"3\">" + idFrame("m_ppActionsId") + "</Members><Members version=\"4\">" +
            idFrame("m_sketchId") +
            "</Members><Members version=\"5\"><m_tabPictures.Length long=\"0\"/></Members><Members version=\"6\">" +
            idFrame("m_radialReinfId") + "</Members></Pool>";
@@ -110,8 +110,8 @@ std::string poolFrame(std::string const &name, std::string const &factor)
 
 std::string plain(int number, std::string const &id)
 {
-    return "<Object class='XmlPlainObject'><Members version='1'><m_number long='" + std::to_string(number) + "'/><m_id string='" + id +
-           "'/></Members></Object>";
+    return "<Object class='XmlPlainObject'><Members version='1'><m_number long='" + std::to_string(number) +
+           "'/><m_id string='" + id + "'/></Members></Object>";
 }
 
 std::string guidText(int number)
@@ -124,7 +124,8 @@ std::string guidText(int number)
 std::string plain(int number) { return plain(number, guidText(number)); }
 
 /// A pool record without an id that is read with status 0.
-std::string const kPassingPool = "<Pool class='OKTDbPool'><Members version='2'><m_dfMetricsFactor double='2.5'/></Members></Pool>";
+std::string const kPassingPool =
+    "<Pool class='OKTDbPool'><Members version='2'><m_dfMetricsFactor double='2.5'/></Members></Pool>";
 
 class OKTDbPoolXmlTest : public testing::Test
 {
@@ -196,8 +197,8 @@ TEST_F(OKTDbPoolXmlTest, WriteXMLFile_WithAnObjectOfEveryClass_FalseAndAnEmptyRo
 {
     CString const path = m_folder.path("x.xml");
     OKTDbPool pool;
-    for (OKTDbObject *const object : std::initializer_list<OKTDbObject *>{new OKTDbRelation, new OKTDbParameter, new OKTDbCategory,
-                                                                          new OKTDbPicture, new TestObject, new TestDerivedObject})
+    for (OKTDbObject *const object : std::initializer_list<OKTDbObject *>{
+             new OKTDbRelation, new OKTDbParameter, new OKTDbCategory, new OKTDbPicture, new TestObject, new TestDerivedObject})
         ASSERT_TRUE(pool.appendObject(object));
     EXPECT_FALSE(pool.writeXMLFile(path));
     EXPECT_EQ(textOf(path), documentOf(""));
@@ -345,7 +346,7 @@ TEST_F(OKTDbPoolXmlTest, ReadXMLFile_DocumentOfAnEmptyPool_FalseAndWhatHasANameI
     pool.setMetricsFactor(7.0);
     EXPECT_FALSE(pool.readXMLFile(path));
     EXPECT_EQ(pool.poolName(), u"Stirrup");
-    EXPECT_EQ(pool.metricsFactor(), 7.0); // written under one name, looked for under another
+    EXPECT_EQ(pool.metricsFactor(), 7.0);  // written under one name, looked for under another
     EXPECT_TRUE(pool.objectId().isNull()); // its words were not found, and are zero
     EXPECT_EQ(pool.picturesId().getSize(), 0);
     EXPECT_EQ(pool.objectCount(), 0);
@@ -449,9 +450,10 @@ TEST_F(OKTDbPoolXmlTest, ReadXMLFile_IdThatIsThere_RefusedAndTheNextOneIsLost_Qu
 
 TEST_F(OKTDbPoolXmlTest, ReadXMLFile_StoredObject_FailsAndLeavesTheFilerInsideItsFrame_Quirk72_Quirk81)
 {
-    std::string const relation = "<Object class='OKTDbRelation' version='1'><Object class='OKTDbObject' version='1'>"
-                                 "<Members version='1'><m_objectId class='OKTObjectId' version='1'><Members version='1'/></m_objectId>"
-                                 "</Members></Object><Members version='1'><varConverted long='1'/></Members></Object>";
+    std::string const relation =
+        "<Object class='OKTDbRelation' version='1'><Object class='OKTDbObject' version='1'>"
+        "<Members version='1'><m_objectId class='OKTObjectId' version='1'><Members version='1'/></m_objectId>"
+        "</Members></Object><Members version='1'><varConverted long='1'/></Members></Object>";
     OKTDbPool pool;
     pool.setPoolName(u"kept");
     EXPECT_FALSE(read(pool, plain(1) + relation + plain(2) + relation + plain(3) + kPassingPool));
@@ -482,7 +484,8 @@ TEST_F(OKTDbPoolXmlTest, ReadXMLFile_ObjectsOfEveryStoredClass_AllFail_Quirk72)
         if (name == u"XmlPlainObject")
             continue;
         OKTDbPool pool;
-        EXPECT_FALSE(read(pool, "<Object class='" + name.ToUtf8() + "'><Members version='1'/></Object>" + kPassingPool)) << name.ToUtf8();
+        EXPECT_FALSE(read(pool, "<Object class='" + name.ToUtf8() + "'><Members version='1'/></Object>" + kPassingPool))
+            << name.ToUtf8();
         EXPECT_EQ(pool.objectCount(), 0) << name.ToUtf8();
         ++classes;
     }
@@ -516,7 +519,8 @@ TEST_F(OKTDbPoolXmlTest, ReadXMLFile_NodeAheadOfTheRoot_False_Quirk84)
 TEST_F(OKTDbPoolXmlTest, ReadXMLFile_PictureList_EndsAtTheFirstIdWhateverItsLengthSays)
 {
     OKTDbPool pool;
-    EXPECT_FALSE(read(pool, "<Pool class='OKTDbPool'><Members version='5'><m_tabPictures.Length long='2147483647'/></Members></Pool>"));
+    EXPECT_FALSE(
+        read(pool, "<Pool class='OKTDbPool'><Members version='5'><m_tabPictures.Length long='2147483647'/></Members></Pool>"));
     EXPECT_EQ(pool.picturesId().getSize(), 1); // the id whose read failed
     EXPECT_TRUE(pool.picturesId().at(0).isNull());
 }

@@ -1,6 +1,7 @@
 #include <oktdatabase/okthelperec.h>
 
 #include "support/printers.h"
+#include "support/units.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -59,7 +60,7 @@ TEST(OKTHelperEC, Construct_BeyondAscii_OneEntryForEachUnit)
 {
     EXPECT_THAT(entries(setOf(u"\u00E9\u00E9")), ElementsAre(std::pair(L'\u00E9', 2)));
     EXPECT_EQ(entries(setOf(u"\U0001F600")).size(), 2u); // a surrogate pair is two units
-    OktTextView const withZero(u"A\0A", 3);
+    OktTextView const withZero = viewOf({u"A\0A", 3});
     EXPECT_THAT(entries(OKTHelperEC(CString(withZero))), ElementsAre(std::pair(L'\0', 1), std::pair(L'A', 2)));
 }
 
@@ -123,6 +124,23 @@ TEST(OKTHelperEC, CopyAndAssign_OwnCounts)
     EXPECT_THAT(entries(copy), ElementsAre(std::pair(L'A', 1), std::pair(L'B', 1)));
     EXPECT_THAT(entries(assigned), ElementsAre(std::pair(L'A', 1), std::pair(L'B', 1)));
     EXPECT_EQ(&result, &assigned);
+}
+
+template <typename T>
+concept HasLess = requires(T const &a, T const &b)
+{
+    a < b;
+};
+template <typename T>
+concept HasGreater = requires(T const &a, T const &b)
+{
+    a > b;
+};
+
+TEST(OKTHelperEC, Operators_NeitherLessNorGreater)
+{
+    static_assert(!HasLess<OKTHelperEC> && !HasGreater<OKTHelperEC>);
+    static_assert(std::is_same_v<decltype(std::declval<OKTHelperEC const &>().getECasMap()), OKTHelperEC::CountMap const &>);
 }
 
 // --- Comparison --------------------------------------------------------------------------------------------------------------

@@ -149,7 +149,8 @@ void expectSameHead(std::vector<BYTE> const &bytes)
     OKTMemoryFiler text;
     literal.loadFiler(arrayOf(bytes));
     text.loadFiler(arrayOf(bytes));
-    EXPECT_EQ(literal.beginReadClass(u"Object", u"OKTDbObject"), text.beginReadClass(u"Object", CString(u"OKTDbObject").Owned()));
+    EXPECT_EQ(literal.beginReadClass(u"Object", u"OKTDbObject"),
+              text.beginReadClass(u"Object", CString(u"OKTDbObject").Owned()));
     EXPECT_EQ(literal.GetFilerPosition(), text.GetFilerPosition());
 }
 } // namespace

@@ -1,7 +1,9 @@
 #include <oktdatabase/okttools.h>
 
+#include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/reportcatcher.h"
+#include "support/units.h"
 
 #include <oktdatabase/oktdbobjectid.h>
 
@@ -311,6 +313,64 @@ TEST(OKTTools, ConvertVariantToBYTEArray_MoreElementsThanASizeCanTell_OneReportA
     EXPECT_EQ(SafeArrayUnlock(array.value.parray), S_OK);
 }
 
+TEST(OKTTools, Conversions_ArgumentsThatAreRefused_FalseAndOutputsUnchanged)
+{
+    unsigned char bytes[] = {1, 2, 3};
+    tagVARIANT value{};
+    value.vt = VT_I4;
+    value.lVal = 7;
+    ReportCatcher reports;
+    EXPECT_FALSE(OKTTools::ConvertBYTEArrayToVariant(bytes, -1, &value));
+    EXPECT_FALSE(OKTTools::ConvertBYTEArrayToVariant(nullptr, 3, &value));
+    EXPECT_FALSE(OKTTools::ConvertBYTEArrayToVariant(bytes, 3, nullptr));
+    EXPECT_EQ(value.vt, VT_I4);
+    EXPECT_EQ(value.lVal, 7);
+    unsigned char *out = bytes;
+    int size = 77;
+    EXPECT_FALSE(OKTTools::ConvertVariantToBYTEArray(nullptr, out, size));
+    EXPECT_EQ(out, bytes);
+    EXPECT_EQ(size, 77);
+    EXPECT_TRUE(OKTTools::ConvertBYTEArrayToVariant(nullptr, 0, &value));
+    EXPECT_EQ(value.vt, 8209);
+    EXPECT_EQ(VariantClear(&value), S_OK);
+    EXPECT_EQ(reports.count(), 0u);
+}
+
+TEST(OKTTools, ConvertVariantToBYTEArray_OneElement_OneByte)
+{
+    ArrayVariant array(VT_UI1, 0, 1);
+    array.fill({200});
+    EXPECT_EQ(bytesOf(array.value), (Bytes{200}));
+}
+
+TEST(OKTTools, ConvertVariantToBYTEArray_DataThatCannotBeAccessed_FalseAndOutputsUnchanged)
+{
+    ArrayVariant array(VT_UI1, 0, 3);
+    array.value.parray->cLocks = 0xFFFF; // as many locks as an array can have
+    expectRefused(array.value);
+    EXPECT_EQ(array.value.parray->cLocks, 0xFFFFu);
+    array.value.parray->cLocks = 0;
+}
+
+TEST(OKTTools, ConvertVariantToBYTEArray_NoMemoryForTheBytes_OneReportAndArrayLocked)
+{
+    ArrayVariant array(VT_UI1, 0, 3);
+    unsigned char *bytes = nullptr;
+    int size = 77;
+    ReportCatcher const reports;
+    bool done = true;
+    {
+        AllocationFault const fault(0);
+        done = OKTTools::ConvertVariantToBYTEArray(&array.value, bytes, size);
+    }
+    EXPECT_FALSE(done);
+    EXPECT_EQ(bytes, nullptr);
+    EXPECT_EQ(size, 3);
+    EXPECT_EQ(reports.count(), 1u);
+    EXPECT_EQ(array.value.parray->cLocks, 1u);
+    EXPECT_EQ(SafeArrayUnlock(array.value.parray), S_OK);
+}
+
 // --- Base64: sizes -----------------------------------------------------------------------------------------------------------
 
 namespace
@@ -503,6 +563,16 @@ TEST(Base64, Encode_BufferBelowTheLength_RefusedWhereTheTextWouldFit)
     EXPECT_EQ(base64Encode(bytes, 4, out, &size, 0), 0);
 }
 
+TEST(Base64, Encode_TextBeyond31Bits_RaisesTheGeneralFailure)
+{
+    unsigned char const bytes[] = {1};
+    char out[8] = "unused";
+    int size = 8;
+    EXPECT_THROW(base64Encode(bytes, 536870912, out, &size, 3), COleException);
+    EXPECT_EQ(size, 8);
+    EXPECT_STREQ(out, "unused");
+}
+
 // --- Base64: decoding --------------------------------------------------------------------------------------------------------
 
 TEST(Base64, Decode_Literals)
@@ -583,6 +653,18 @@ TEST(Base64, Decode_OutputTooSmall_StoresNoMoreAndCountsOn)
     EXPECT_EQ(Bytes(out, out + 8), (Bytes{1, 2, 3, 4, 5, 6, 7, 9}));
     size = 0;
     EXPECT_EQ(base64Decode("", 0, out, &size), 1);
+    EXPECT_EQ(size, 0);
+}
+
+TEST(Base64, Decode_NoRoomAtAll_CountAlone)
+{
+    unsigned char out[1] = {9};
+    int size = 0;
+    EXPECT_EQ(base64Decode("AQID", 4, out, &size), 0);
+    EXPECT_EQ(size, 3);
+    EXPECT_EQ(out[0], 9);
+    size = 0;
+    EXPECT_EQ(base64Decode("A===", 4, out, &size), 1); // a group of no byte has room
     EXPECT_EQ(size, 0);
 }
 

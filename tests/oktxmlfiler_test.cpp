@@ -11,6 +11,7 @@
 #include "support/printers.h"
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
+#include "support/units.h"
 #include "support/xmldocument.h"
 
 #include <gmock/gmock.h>
@@ -151,8 +152,10 @@ TEST_F(OKTXmlFilerTest, WorkedDocument_InTheCanonicalFormOfAnotherTool)
         filer.beginWriteClass(u"Object", u"OKTDbRelation", 1);
         filer.endWriteClass();
     });
+#if !defined(_WIN32)
     EXPECT_EQ(canonicalByXmllint(m_path), "<Document><m_strUserName string=\"Cover &amp; depth\"></m_strUserName>"
                                           "<Object class=\"OKTDbRelation\" version=\"1\"></Object></Document>");
+#endif
 }
 
 TEST_F(OKTXmlFilerTest, NewFilerAndCloseFiler_WithoutValues_InstructionAndAnEmptyRoot)
@@ -183,7 +186,7 @@ TEST_F(OKTXmlFilerTest, OpenFrame_IsOutsideTheTreeUntilItsEnd)
 {
     OpenXmlFiler filer;
     ASSERT_TRUE(filer.NewFiler(m_folder.path("x.xml"), true));
-    IXMLDOMElementPtr const root = filer.getWorkingNode();
+    OktXml::IXMLDOMElementPtr const root = filer.getWorkingNode();
     EXPECT_TRUE(filer.beginWriteClass(u"frame", u"A", 1));
     EXPECT_TRUE(filer.writeInt(u"n", 1));
     EXPECT_FALSE(root->firstChild());
@@ -417,10 +420,10 @@ TEST_F(OKTXmlFilerTest, Stack_PushIgnoresNull_PopGivesAndLeaves)
     EXPECT_FALSE(filer.getWorkingNode());
     EXPECT_FALSE(filer.popWorkingNode());
     ASSERT_TRUE(filer.NewFiler(m_folder.path("x.xml"), true));
-    IXMLDOMElementPtr const root = filer.getWorkingNode();
+    OktXml::IXMLDOMElementPtr const root = filer.getWorkingNode();
     ASSERT_TRUE(root);
     EXPECT_EQ(root->nodeName(), u"Document");
-    filer.pushWorkingNode(IXMLDOMElementPtr());
+    filer.pushWorkingNode(OktXml::IXMLDOMElementPtr());
     EXPECT_TRUE(filer.getWorkingNode() == root);
     filer.pushWorkingNode(root);
     EXPECT_TRUE(filer.popWorkingNode() == root);
@@ -432,7 +435,7 @@ TEST_F(OKTXmlFilerTest, GetDocumentRealNode_StepsOverTheInstruction)
 {
     OpenXmlFiler filer;
     ASSERT_TRUE(filer.NewFiler(m_folder.path("x.xml"), true));
-    IXMLDOMNodePtr const node = filer.GetDocumentRealNode();
+    OktXml::IXMLDOMNodePtr const node = filer.GetDocumentRealNode();
     ASSERT_TRUE(node);
     EXPECT_EQ(node->nodeName(), u"Document");
 }
@@ -456,12 +459,18 @@ TEST_F(OKTXmlFilerTest, WriteVariant_KindsWithAForm)
         cases.emplace_back(variant, "<v class=\"OKTVariant\" version=\"1\"><Members version=\"1\"><vartype long=\"" + kindText +
                                         "\"/><varvalue " + value + "/></Members></v>");
     };
-    add(VT_I2, [](tagVARIANT &v) { v.iVal = -5; }, "2", "long=\"-5\"");
-    add(VT_I4, [](tagVARIANT &v) { v.lVal = 70000; }, "3", "long=\"70000\"");
-    add(VT_R4, [](tagVARIANT &v) { v.fltVal = 1.5f; }, "4", "double=\"1.50000000000000000\"");
-    add(VT_R8, [](tagVARIANT &v) { v.dblVal = 2.5; }, "5", "double=\"2.50000000000000000\"");
-    add(VT_BSTR, [](tagVARIANT &v) { v.bstrVal = SysAllocString(u"a<b"); }, "8", "string=\"a&lt;b\"");
-    add(VT_BOOL, [](tagVARIANT &v) { v.boolVal = VARIANT_TRUE; }, "11", "long=\"-1\"");
+    add(
+        VT_I2, [](tagVARIANT &v) { v.iVal = -5; }, "2", "long=\"-5\"");
+    add(
+        VT_I4, [](tagVARIANT &v) { v.lVal = 70000; }, "3", "long=\"70000\"");
+    add(
+        VT_R4, [](tagVARIANT &v) { v.fltVal = 1.5f; }, "4", "double=\"1.50000000000000000\"");
+    add(
+        VT_R8, [](tagVARIANT &v) { v.dblVal = 2.5; }, "5", "double=\"2.50000000000000000\"");
+    add(
+        VT_BSTR, [](tagVARIANT &v) { v.bstrVal = SysAllocString(u"a<b"); }, "8", "string=\"a&lt;b\"");
+    add(
+        VT_BOOL, [](tagVARIANT &v) { v.boolVal = VARIANT_TRUE; }, "11", "long=\"-1\"");
     std::string expected;
     for (auto const &[variant, text] : cases)
         expected += text;
@@ -476,14 +485,15 @@ TEST_F(OKTXmlFilerTest, WriteVariant_KindsWithAForm)
 
 TEST_F(OKTXmlFilerTest, WriteVariant_KindWithoutAForm_FalseAndAFrameWithoutValue_Quirk40)
 {
-    EXPECT_EQ(saved([](OpenXmlFiler &filer) {
-                  EXPECT_FALSE(filer.writeVariant(u"v", variantOf(VT_EMPTY)));
-                  EXPECT_FALSE(filer.writeVariant(u"v", variantOf(VT_DATE)));
-                  EXPECT_FALSE(filer.writeVariant(u"v", variantOf(VT_ARRAY | VT_R8)));
-              }),
-              documentOf("<v class=\"OKTVariant\" version=\"1\"><Members version=\"1\"><vartype long=\"0\"/></Members></v>"
-                         "<v class=\"OKTVariant\" version=\"1\"><Members version=\"1\"><vartype long=\"7\"/></Members></v>"
-                         "<v class=\"OKTVariant\" version=\"1\"><Members version=\"1\"><vartype long=\"8197\"/></Members></v>"));
+    EXPECT_EQ(
+        saved([](OpenXmlFiler &filer) {
+            EXPECT_FALSE(filer.writeVariant(u"v", variantOf(VT_EMPTY)));
+            EXPECT_FALSE(filer.writeVariant(u"v", variantOf(VT_DATE)));
+            EXPECT_FALSE(filer.writeVariant(u"v", variantOf(VT_ARRAY | VT_R8)));
+        }),
+        documentOf("<v class=\"OKTVariant\" version=\"1\"><Members version=\"1\"><vartype long=\"0\"/></Members></v>"
+                   "<v class=\"OKTVariant\" version=\"1\"><Members version=\"1\"><vartype long=\"7\"/></Members></v>"
+                   "<v class=\"OKTVariant\" version=\"1\"><Members version=\"1\"><vartype long=\"8197\"/></Members></v>"));
 }
 
 // --- Names that are refused --------------------------------------------------------------------------------------------------
@@ -491,32 +501,34 @@ TEST_F(OKTXmlFilerTest, WriteVariant_KindWithoutAForm_FalseAndAFrameWithoutValue
 TEST_F(OKTXmlFilerTest, NamesThatAreNoXmlNames_RefusedWithoutAReport_TheFilerStaysUsable)
 {
     ReportCatcher const reports;
-    EXPECT_EQ(saved([](OpenXmlFiler &filer) {
-                  for (CString const name : {u"", u" ", u"a b", u"1a", u"-a", u".a", u"arr[0]", u"(int) n", u"a&b", u"<a>", u"a\n"})
-                  {
-                      for (auto const &[what, write] : valueWriters())
-                          EXPECT_FALSE(write(filer, name)) << what << " " << name.ToUtf8();
-                      EXPECT_FALSE(filer.beginWriteClass(name, u"C", 1)) << name.ToUtf8();
-                      EXPECT_FALSE(filer.writePoint3d(name, OKTGeXYZ())) << name.ToUtf8();
-                      EXPECT_FALSE(filer.writeVariant(name, variantOf(VT_I4))) << name.ToUtf8();
-                      EXPECT_FALSE(filer.writeObjectId(name, OKTDbObjectId::kNull)) << name.ToUtf8();
-                  }
-                  EXPECT_EQ(filer.working(), "Document");
-                  EXPECT_TRUE(filer.writeInt(u"usable", 1));
-              }),
-              documentOf("<usable long=\"1\"/>"));
+    EXPECT_EQ(
+        saved([](OpenXmlFiler &filer) {
+            for (CString const name : {u"", u" ", u"a b", u"1a", u"-a", u".a", u"arr[0]", u"(int) n", u"a&b", u"<a>", u"a\n"})
+            {
+                for (auto const &[what, write] : valueWriters())
+                    EXPECT_FALSE(write(filer, name)) << what << " " << name.ToUtf8();
+                EXPECT_FALSE(filer.beginWriteClass(name, u"C", 1)) << name.ToUtf8();
+                EXPECT_FALSE(filer.writePoint3d(name, OKTGeXYZ())) << name.ToUtf8();
+                EXPECT_FALSE(filer.writeVariant(name, variantOf(VT_I4))) << name.ToUtf8();
+                EXPECT_FALSE(filer.writeObjectId(name, OKTDbObjectId::kNull)) << name.ToUtf8();
+            }
+            EXPECT_EQ(filer.working(), "Document");
+            EXPECT_TRUE(filer.writeInt(u"usable", 1));
+        }),
+        documentOf("<usable long=\"1\"/>"));
     EXPECT_EQ(reports.count(), 0u);
 }
 
 TEST_F(OKTXmlFilerTest, NamesThatAreXmlNames_BecomeTagsAsTheyStand)
 {
     // The lists of the stored classes have a dot in their names, which is one of the characters of a name.
-    EXPECT_EQ(saved([](OpenXmlFiler &filer) {
-                  for (CString const name : {u"m_tabPictures.Length", u"m_tabPictures.0", u"_a-b", u"A", u"a", u"\u00E9t\u00E9"})
-                      EXPECT_TRUE(filer.writeInt(name, 1)) << name.ToUtf8();
-              }),
-              documentOf("<m_tabPictures.Length long=\"1\"/><m_tabPictures.0 long=\"1\"/><_a-b long=\"1\"/><A long=\"1\"/>"
-                         "<a long=\"1\"/><\xE9t\xE9 long=\"1\"/>"));
+    EXPECT_EQ(
+        saved([](OpenXmlFiler &filer) {
+            for (CString const name : {u"m_tabPictures.Length", u"m_tabPictures.0", u"_a-b", u"A", u"a", u"\u00E9t\u00E9"})
+                EXPECT_TRUE(filer.writeInt(name, 1)) << name.ToUtf8();
+        }),
+        documentOf("<m_tabPictures.Length long=\"1\"/><m_tabPictures.0 long=\"1\"/><_a-b long=\"1\"/><A long=\"1\"/>"
+                   "<a long=\"1\"/><\xE9t\xE9 long=\"1\"/>"));
 }
 
 TEST_F(OKTXmlFilerTest, WriteObjectId_FalseAndAnEmptySection_Quirk72)
@@ -563,7 +575,7 @@ TEST_F(OKTXmlFilerTest, StoredObject_Status1_ItsFrameIsNeverAttached_Quirk72)
                   EXPECT_EQ(relation.xmlOut(&filer), eFilerMemberFailed);
                   // The frame of the derived class stays open, and that of the base class stands in it.
                   EXPECT_EQ(filer.working(), "Object");
-                  IXMLDOMNodePtr const base = filer.getWorkingNode()->firstChild();
+                  OktXml::IXMLDOMNodePtr const base = filer.getWorkingNode()->firstChild();
                   ASSERT_TRUE(base);
                   EXPECT_EQ(base->nodeName(), u"Object");
                   EXPECT_EQ(base->attributes()->getNamedItem(OktXmlName(u"class"))->text(), u"OKTDbObject");
@@ -621,15 +633,16 @@ TEST_F(OKTXmlFilerTest, WriteDouble_UnderACommaLocale_StandsWithAComma)
 {
     NumericLocale const comma(NumericLocale::kComma);
     ASSERT_TRUE(comma.isThere());
-    EXPECT_EQ(saved([](OpenXmlFiler &filer) {
-                  filer.writeDouble(u"a", 1.5);
-                  filer.writeInt(u"b", 1234567);
-                  filer.writeString(u"c", u"1.5");
-                  filer.writePoint3d(u"p", OKTGeXYZ(0.5, -1.0, 1e6));
-              }),
-              documentOf("<a double=\"1,50000000000000000\"/><b long=\"1234567\"/><c string=\"1.5\"/>"
-                         "<p class=\"OKTGeXYZ\" version=\"1\"><Members version=\"1\"><m_dfX double=\"0,50000000000000000\"/>"
-                         "<m_dfY double=\"-1,00000000000000000\"/><m_dfZ double=\"1000000,00000000000000000\"/></Members></p>"));
+    EXPECT_EQ(
+        saved([](OpenXmlFiler &filer) {
+            filer.writeDouble(u"a", 1.5);
+            filer.writeInt(u"b", 1234567);
+            filer.writeString(u"c", u"1.5");
+            filer.writePoint3d(u"p", OKTGeXYZ(0.5, -1.0, 1e6));
+        }),
+        documentOf("<a double=\"1,50000000000000000\"/><b long=\"1234567\"/><c string=\"1.5\"/>"
+                   "<p class=\"OKTGeXYZ\" version=\"1\"><Members version=\"1\"><m_dfX double=\"0,50000000000000000\"/>"
+                   "<m_dfY double=\"-1,00000000000000000\"/><m_dfZ double=\"1000000,00000000000000000\"/></Members></p>"));
 }
 
 // --- Life --------------------------------------------------------------------------------------------------------------------
@@ -832,8 +845,9 @@ TEST_F(OKTXmlFilerTest, Copy_SharesDocumentAndNodes)
 
 TEST_F(OKTXmlFilerTest, Copy_OfAReader_KeepsTheCursors)
 {
-    CString const path = putText(m_folder, "x.xml",
-                                 "<Document><Object class='A'/><Object class='B'/><Map name='m'><e long='1'/><f long='2'/></Map></Document>");
+    CString const path =
+        putText(m_folder, "x.xml",
+                "<Document><Object class='A'/><Object class='B'/><Map name='m'><e long='1'/><f long='2'/></Map></Document>");
     OKTXmlFiler filer;
     ASSERT_TRUE(filer.NewFiler(path, false));
     EXPECT_TRUE(filer.skipNextToReadDocumentObject());
@@ -872,7 +886,7 @@ TEST_F(OKTXmlFilerTest, CloseFiler_PathThatCannotBeWritten_TrueWithoutAWord_Quir
     ReportCatcher const reports;
     testing::internal::CaptureStderr();
     for (std::string const &path : {m_folder.path("no/such/folder/x.xml").ToUtf8(), std::string("/dev/full"),
-                                   m_folder.path("").ToUtf8(), std::string("/proc/version")})
+                                    m_folder.path("").ToUtf8(), std::string("/proc/version")})
     {
         OKTXmlFiler filer;
         EXPECT_TRUE(filer.NewFiler(CString::FromUtf8(path), true)) << path;

@@ -10,6 +10,7 @@
 #include "support/printers.h"
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
+#include "support/units.h"
 #include "support/xmldocument.h"
 
 #include <gtest/gtest.h>
@@ -567,7 +568,7 @@ TEST_F(OKTXmlFilerReadingTest, BeginReadClass_AnotherClassIsPassedOver_ALaterSib
     EXPECT_FALSE(filer.beginReadClass(u"f", u"b"));
     EXPECT_FALSE(filer.beginReadClass(u"F", u"B"));
     EXPECT_FALSE(filer.beginReadClass(u"f", CString()));
-    EXPECT_EQ(filer.working(), "Document"); // the stack is unchanged
+    EXPECT_EQ(filer.working(), "Document");        // the stack is unchanged
     EXPECT_TRUE(filer.beginReadClass(u"f", u"B")); // and the first is found again
     EXPECT_TRUE(filer.readInt(u"n", value));
     EXPECT_EQ(value, 2);
@@ -595,8 +596,9 @@ TEST_F(OKTXmlFilerReadingTest, BeginReadClass_VersionIsNeverLookedAt)
 TEST_F(OKTXmlFilerReadingTest, BeginReadMembers_FindsASectionWhereverItStands)
 {
     OpenXmlFiler filer;
-    open(filer, "<f class='A'><Members version='3'><n long='3'/></Members><n long='9'/><Members version='1'><n long='1'/></Members>"
-                "<Members version='2'><n long='2'/></Members><Members version='1'><n long='11'/></Members></f>");
+    open(filer,
+         "<f class='A'><Members version='3'><n long='3'/></Members><n long='9'/><Members version='1'><n long='1'/></Members>"
+         "<Members version='2'><n long='2'/></Members><Members version='1'><n long='11'/></Members></f>");
     EXPECT_TRUE(filer.beginReadClass(u"f", u"A"));
     for (int const section : {2, 1, 3, 2})
     {
@@ -756,7 +758,8 @@ TEST_F(OKTXmlFilerReadingTest, Map_LaterKindsOverwriteEarlierOnes)
 TEST_F(OKTXmlFilerReadingTest, Map_ChildrenWithoutAValueArePassedOver)
 {
     OKTXmlFiler filer;
-    open(filer, "<Map name='m'><!--c--><f class='A'><n long='9'/></f><e/> text <?pi long='1'?><a long='1'/><f class='B'/></Map>");
+    open(filer,
+         "<Map name='m'><!--c--><f class='A'><n long='9'/></f><e/> text <?pi long='1'?><a long='1'/><f class='B'/></Map>");
     EXPECT_TRUE(filer.beginReadMap(u"m"));
     EXPECT_EQ(nextEntry(filer), "a 3 1");
     EXPECT_EQ(nextEntry(filer), "");
@@ -884,7 +887,8 @@ TEST_F(OKTXmlFilerReadingTest, NestedFramesMoveTheCursor_TheOutermostEndPutsItBa
 TEST_F(OKTXmlFilerReadingTest, Description_OtherElementsAndEmptyClassesAreInvisible)
 {
     OKTXmlFiler filer;
-    open(filer, "<!--c--><Object/><Object class=''/><object class='x'/><Pool class='P'/><Object version='1'/><Object class='A'/>");
+    open(filer,
+         "<!--c--><Object/><Object class=''/><object class='x'/><Pool class='P'/><Object version='1'/><Object class='A'/>");
     EXPECT_EQ(nextClass(filer), "A");
 }
 
@@ -946,8 +950,9 @@ TEST_F(OKTXmlFilerReadingTest, Skip_AtTheEnd_FalseAndTheScanStartsAgain)
 TEST_F(OKTXmlFilerReadingTest, EarlyReturn_LeavesTheFilerInsideTheFrame_Quirk81)
 {
     OpenXmlFiler filer;
-    open(filer, "<Object class='OKTDbRelation' version='1'><Object class='OKTDbObject' version='1'><Members version='1'/></Object>"
-                "<Members version='1'/></Object><Object class='OKTDbRelation'/><n long='1'/>");
+    open(filer,
+         "<Object class='OKTDbRelation' version='1'><Object class='OKTDbObject' version='1'><Members version='1'/></Object>"
+         "<Members version='1'/></Object><Object class='OKTDbRelation'/><n long='1'/>");
     OKTDbRelation relation;
     filer.setIsReadingObjectFromRoot(true);
     EXPECT_EQ(relation.xmlIn(&filer), eFilerMemberFailed);
@@ -1050,9 +1055,10 @@ TEST_F(OKTXmlFilerReadingTest, RootOfAnotherName_IsTaken)
 
 TEST_F(OKTXmlFilerReadingTest, NodeAheadOfTheRoot_OpenWithoutAnElement_Quirk84)
 {
-    for (std::string const &ahead : std::initializer_list<std::string>{"<!-- ahead -->", "<?xml version='1.0'?><!-- ahead -->", "<?target data?>",
-                                     "<?xml version='1.0'?>\n<?xml-stylesheet href='a'?>\n",
-                                     "<!DOCTYPE Document>", "<!DOCTYPE Document [<!ENTITY e 'x'>]>"})
+    for (std::string const &ahead :
+         std::initializer_list<std::string>{"<!-- ahead -->", "<?xml version='1.0'?><!-- ahead -->", "<?target data?>",
+                                            "<?xml version='1.0'?>\n<?xml-stylesheet href='a'?>\n", "<!DOCTYPE Document>",
+                                            "<!DOCTYPE Document [<!ENTITY e 'x'>]>"})
     {
         OpenXmlFiler filer;
         openDocument(filer, ahead + "<Document><n long='1'/><Object class='A'/></Document>");
@@ -1093,11 +1099,11 @@ TEST_F(OKTXmlFilerReadingTest, InternalEntities_InAValue)
     // A document type is a node ahead of the root; what it declares is looked at through the model.
     OpenXmlFiler filer;
     openDocument(filer, "<!DOCTYPE Document [<!ENTITY e 'a&#38;#38;b'>]><Document><s string='x&e;y&lt;'/></Document>");
-    IXMLDOMNodePtr node = filer.GetDocumentRealNode();
+    OktXml::IXMLDOMNodePtr node = filer.GetDocumentRealNode();
     while (node && !node->element())
         node = node->nextSibling();
     ASSERT_TRUE(node);
-    IXMLDOMNodePtr const value = node->firstChild();
+    OktXml::IXMLDOMNodePtr const value = node->firstChild();
     ASSERT_TRUE(value);
     EXPECT_EQ(value->attributes()->getNamedItem(OktXmlName(u"string"))->text(), u"xa&by<");
 }

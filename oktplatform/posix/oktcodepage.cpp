@@ -1,3 +1,4 @@
+#include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktsystem.h>
 #include <oktplatform/okttext_internal.h>
 
@@ -6,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <iconv.h>
+#include <limits>
+#include <string>
 #include <utility>
 
 namespace
@@ -180,6 +183,8 @@ private:
 };
 } // namespace
 
+unsigned int OktSystem::initialCodePage() { return 1252; }
+
 bool OktSystem::knowsCodePage(unsigned int page) { return ConvertersInUse()->open(page); }
 
 bool OktSystem::toCodePage(unsigned int page, Unit const *text, std::size_t length, char substitute, bool &substituted,
@@ -232,4 +237,26 @@ bool OktSystem::fromCodePage(unsigned int page, char const *text, std::size_t le
     run.finish();
     needed = run.count();
     return true;
+}
+
+// --- The platform's names -------------------------------------------------------------------------------------------------------
+
+int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, char *target, int size, char const *defaultChar,
+                        BOOL *usedDefault)
+{
+    return OktToMultiByte(codePage, text, length, target, size, defaultChar, usedDefault);
+}
+
+int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHAR *target, int size)
+{
+    return OktToWideChar(codePage, text, length, target, size);
+}
+
+int lstrlenW(WCHAR const *text)
+{
+    if (text == nullptr)
+        return 0;
+    std::size_t const length = std::char_traits<WCHAR>::length(text);
+    return length > static_cast<std::size_t>(std::numeric_limits<int>::max()) ? std::numeric_limits<int>::max()
+                                                                              : static_cast<int>(length);
 }

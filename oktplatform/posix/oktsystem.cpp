@@ -1,6 +1,7 @@
 #include <oktplatform/oktsystem.h>
 
 #include <oktplatform/okttext_internal.h>
+#include <oktplatform/posix/oktrandom.h>
 
 #include <atomic>
 #include <cerrno>
@@ -21,7 +22,7 @@ constexpr std::size_t kWarningSize = 1024; // a write of so little to a pipe is 
 
 // --- Random bytes ------------------------------------------------------------------------------------------------------------
 
-bool OktSystem::randomBytes(void *target, std::size_t size)
+bool OktPosix::randomBytes(void *target, std::size_t size)
 {
     auto *place = static_cast<char *>(target);
     while (size > 0)
@@ -37,7 +38,7 @@ bool OktSystem::randomBytes(void *target, std::size_t size)
     return true;
 }
 
-unsigned int OktSystem::processGeneration()
+unsigned int OktPosix::processGeneration()
 {
     static bool const arranged =
         pthread_atfork(nullptr, nullptr, [] { generation.fetch_add(1, std::memory_order_relaxed); }) == 0;
@@ -65,6 +66,10 @@ OktSystem::DecimalPoint OktSystem::decimalPoint()
     return {bytes, length, static_cast<Unit>(OktText::nextUtf8(place, bytes + length))};
 #endif
 }
+
+// --- Resources ---------------------------------------------------------------------------------------------------------------
+
+bool OktSystem::resourceText(unsigned int, Unit const *&, std::size_t &) { return false; }
 
 // --- Warnings ----------------------------------------------------------------------------------------------------------------
 

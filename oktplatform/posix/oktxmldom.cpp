@@ -1,6 +1,7 @@
 #include <oktplatform/oktxmldom.h>
 
 #include <oktplatform/oktfile.h>
+#include <oktplatform/oktxmlname_internal.h>
 
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
@@ -16,6 +17,8 @@
 
 // libxml2 behind the names of the platform's parser. Its texts are UTF-8.
 
+namespace OktXml
+{
 struct OktXmlTree
 {
     xmlDocPtr document = nullptr;
@@ -55,34 +58,19 @@ template <typename T> T *needed(T *made)
     return made;
 }
 
-bool isXmlName(std::string const &name)
-{
-    return name.find('\0') == std::string::npos && xmlValidateName(xmlText(name), 0) == 0;
-}
-
-// A document is saved in ISO-8859-1, which has no references within a tag: a name beyond it would make the whole file
-// unreadable.
-bool canBeSaved(CString const &name)
-{
-    for (WCHAR const unit : name.View())
-        if (unit > 0xFF)
-            return false;
-    return true;
-}
-
 // UTF-8 with U+FFFD in place of every character that XML 1.0 cannot hold. A lone surrogate is U+FFFD in UTF-8 already.
 std::string valueText(CString const &text)
 {
     bool clean = true;
     for (WCHAR const unit : text.View())
-        clean = clean && (unit >= 0x20 || unit == 0x09 || unit == 0x0A || unit == 0x0D) && unit < 0xFFFE;
+        clean = clean && OktXmlText::isCharacter(unit);
     if (clean)
         return text.ToUtf8();
     CString copy = text.Owned();
     for (int i = 0; i < copy.GetLength(); ++i)
     {
         WCHAR const unit = copy.GetAt(i);
-        if ((unit < 0x20 && unit != 0x09 && unit != 0x0A && unit != 0x0D) || unit >= 0xFFFE)
+        if (!OktXmlText::isCharacter(unit))
             copy.SetAt(i, 0xFFFD);
     }
     return copy.ToUtf8();
@@ -362,25 +350,25 @@ IXMLDOMNodePtr IXMLDOMDocument::node() const { return IXMLDOMNodePtr(m_tree, wra
 
 IXMLDOMNodePtr IXMLDOMDocument::createProcessingInstruction(CString const &target, CString const &data) const
 {
-    std::string const name = target.ToUtf8();
-    if (!canBeSaved(target) || !isXmlName(name))
+    if (!OktXmlText::isName(target.View()))
         return nullptr;
+    std::string const name = target.ToUtf8();
     return IXMLDOMNodePtr(m_tree, detached(*m_tree, xmlNewDocPI(m_tree->document, xmlText(name), xmlText(valueText(data)))));
 }
 
 IXMLDOMElementPtr IXMLDOMDocument::createElement(CString const &name) const
 {
-    std::string const tag = name.ToUtf8();
-    if (!canBeSaved(name) || !isXmlName(tag))
+    if (!OktXmlText::isName(name.View()))
         return nullptr;
+    std::string const tag = name.ToUtf8();
     return IXMLDOMElementPtr(m_tree, detached(*m_tree, xmlNewDocNode(m_tree->document, nullptr, xmlText(tag), nullptr)));
 }
 
 IXMLDOMAttributePtr IXMLDOMDocument::createAttribute(CString const &name) const
 {
-    std::string const tag = name.ToUtf8();
-    if (!canBeSaved(name) || !isXmlName(tag))
+    if (!OktXmlText::isName(name.View()))
         return nullptr;
+    std::string const tag = name.ToUtf8();
     return IXMLDOMAttributePtr(m_tree, detached(*m_tree, xmlNewDocProp(m_tree->document, xmlText(tag), nullptr)));
 }
 
@@ -418,3 +406,4 @@ HRESULT IXMLDOMDocument::save(CString const &path) const
     int const closed = xmlSaveClose(saver);
     return written < 0 || closed < 0 ? E_FAIL : S_OK;
 }
+} // namespace OktXml

@@ -8,6 +8,7 @@
 #include "support/reportcatcher.h"
 #include "support/streambuilder.h"
 #include "support/testobject.h"
+#include "support/units.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -1081,8 +1082,8 @@ TEST(VariantForm, ReadVariant_EveryKindWithoutAForm_NoPointerIsLeftBehind_Quirk4
         std::memset(&value, 0xCC, sizeof value);
         ASSERT_EQ(ScriptedFiler::xmlInVariant(u"v", value, &filer), eFilerMemberFailed) << kind;
         ASSERT_EQ(value.vt, kind);
-        static_assert(sizeof value.record == sizeof zero);
-        ASSERT_EQ(std::memcmp(&value.record, zero, sizeof zero), 0) << kind;
+        static_assert(sizeof value == offsetof(tagVARIANT, llVal) + sizeof zero);
+        ASSERT_EQ(std::memcmp(&value.llVal, zero, sizeof zero), 0) << kind;
         VariantClear(&value); // frees nothing that the stream named
     }
     EXPECT_EQ(kinds, 65536 - 6);
@@ -1099,7 +1100,7 @@ TEST(VariantForm, ReadVariant_KindsBeyondSixteenBits_CutAndNoPointerIsLeftBehind
         std::memset(&value, 0xCC, sizeof value);
         EXPECT_EQ(ScriptedFiler::xmlInVariant(u"v", value, &filer), eFilerMemberFailed) << kind;
         EXPECT_EQ(value.vt, kind & 0xFFFF);
-        EXPECT_EQ(std::memcmp(&value.record, zero, sizeof zero), 0) << kind;
+        EXPECT_EQ(std::memcmp(&value.llVal, zero, sizeof zero), 0) << kind;
         VariantClear(&value);
     }
 }

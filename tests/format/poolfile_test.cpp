@@ -5,6 +5,7 @@
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
+#include "support/units.h"
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -2,6 +2,7 @@
 
 #include "support/printers.h"
 #include "support/scratchfolder.h"
+#include "support/units.h"
 
 #include <tools/okt/picturetext.h>
 
@@ -425,8 +426,8 @@ TEST(OktPictureText, PictureTextFault_EveryKindOfText_FaultOrNone)
         {{u"AQ D"}, "\" \" at 2 is no character of base64"},
         {{u"AQID", u"AQ-D"}, "\"-\" at 6 is no character of base64"},
         {{u"AQID", u"\u00E9QID", u"!"}, "\"\u00E9\" at 4 is no character of base64"},
-        {{CString(OktTextView(u"AQ\0D", 4))}, "a zero at 2 cuts it"},
-        {{CString(OktTextView(u"AQID\0", 5)), u"AQID"}, "a zero at 4 cuts it"},
+        {{CString(viewOf({u"AQ\0D", 4}))}, "a zero at 2 cuts it"},
+        {{CString(viewOf({u"AQID\0", 5})), u"AQID"}, "a zero at 4 cuts it"},
     };
     for (Row const &row : rows)
         EXPECT_EQ(okt::pictureTextFault(objectWithText(row.chunks)), row.fault) << testing::PrintToString(row.chunks);

@@ -1,6 +1,7 @@
 #include <oktplatform/oktcodepage.h>
 
 #include "support/printers.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 
@@ -128,7 +129,7 @@ TEST(CodePage, ToBytes_Arguments)
 
 TEST(CodePage, ToUnits_Arguments)
 {
-    WCHAR target[8] = u"#######";
+    char16_t target[8] = u"#######";
     EXPECT_EQ(MultiByteToWideChar(CP_THREAD_ACP, 0, "abc", -1, nullptr, 0), 4);
     EXPECT_EQ(MultiByteToWideChar(CP_THREAD_ACP, 0, "abc", -1, target, 8), 4);
     EXPECT_EQ(std::u16string(target, 5), std::u16string(u"abc\0#", 5));
@@ -259,7 +260,7 @@ TEST(CodePageUtf8, InvalidBytes_BecomeReplacements)
 TEST(CodePageSystem, ShiftJis)
 {
     ThreadPage const page(932);
-    for (UINT const number : {932u, 0u, CP_THREAD_ACP})
+    for (UINT const number : {932u, 0u, static_cast<UINT>(CP_THREAD_ACP)})
     {
         EXPECT_EQ(toBytes(number, u"bar \u65E5\u672C \uFF71\\~"), "bar \x93\xFA\x96\x7B \xB1\\~");
         EXPECT_EQ(toUnits(number, "bar \x93\xFA\x96\x7B \xB1\\~"), u"bar \u65E5\u672C \uFF71\\~");

@@ -6,6 +6,7 @@
 
 #include "support/alloccount.h"
 #include "support/printers.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 
@@ -90,7 +91,7 @@ TEST(CString, UnitsAndLength_KeepZeroUnits)
     EXPECT_EQ(text.GetString()[3], 0);
     EXPECT_EQ(CString(text).GetLength(), 3);
     EXPECT_EQ((text + text).GetLength(), 6);
-    EXPECT_EQ(CString(OktTextView(kUnits, 3)), text);
+    EXPECT_EQ(CString(viewOf({kUnits, 3})), text);
 }
 
 TEST(CString, ZeroTerminatedInput_EndsAtItsZero)
@@ -742,7 +743,7 @@ TEST(CString, AllocSysString_KeepsZeroUnits)
     CString const text(&u"a\0b"[0], 3);
     BSTR const made = text.AllocSysString();
     EXPECT_EQ(SysStringLen(made), 3u);
-    EXPECT_EQ(std::u16string(made, 4), (std::u16string{u'a', 0, u'b', 0}));
+    EXPECT_EQ(u16({made, 4}), (std::u16string{u'a', 0, u'b', 0}));
     SysFreeString(made);
     BSTR const empty = CString().AllocSysString();
     ASSERT_NE(empty, nullptr);
@@ -798,9 +799,9 @@ TEST(CString, ConstantArray_IsWrappedWithoutAnAllocation)
     CString const local(kLocal);
     CString const passed = madeOf(kConstantUnits);
     EXPECT_EQ(units.GetLength(), 57);
-    EXPECT_EQ(units.GetString(), static_cast<char16_t const *>(kConstantUnits));
-    EXPECT_EQ(passed.GetString(), static_cast<char16_t const *>(kConstantUnits));
-    EXPECT_EQ(local.GetString(), static_cast<char16_t const *>(kLocal));
+    EXPECT_EQ(units.GetString(), unitsAt(kConstantUnits));
+    EXPECT_EQ(passed.GetString(), unitsAt(kConstantUnits));
+    EXPECT_EQ(local.GetString(), unitsAt(kLocal));
     EXPECT_EQ(allocations.count(), 0u);
     EXPECT_EQ(wide, units);
 }
@@ -901,8 +902,8 @@ TEST(CString, Owned_Literal_BufferOfItsOwn)
         EXPECT_EQ(literal, u"a name");
     }
     CString const units(kConstantUnits);
-    EXPECT_EQ(units.GetString(), static_cast<char16_t const *>(kConstantUnits));
-    EXPECT_NE(units.Owned().GetString(), static_cast<char16_t const *>(kConstantUnits));
+    EXPECT_EQ(units.GetString(), unitsAt(kConstantUnits));
+    EXPECT_NE(units.Owned().GetString(), unitsAt(kConstantUnits));
     EXPECT_EQ(units.Owned(), units);
 }
 

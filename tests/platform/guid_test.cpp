@@ -2,6 +2,7 @@
 
 #include "support/failingrandom.h"
 #include "support/printers.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 
@@ -38,9 +39,9 @@ TEST(GuidText, Write_GivesTheRegistryForm)
 {
     OLECHAR text[64];
     EXPECT_EQ(StringFromGUID2(kKnown, text, 64), 39);
-    EXPECT_EQ(std::u16string(text), u"{2933BF90-7B36-11D2-B20E-00C04F983E60}");
+    EXPECT_EQ(u16(text), u"{2933BF90-7B36-11D2-B20E-00C04F983E60}");
     EXPECT_EQ(StringFromGUID2(GUID{}, text, 39), 39);
-    EXPECT_EQ(std::u16string(text), u"{00000000-0000-0000-0000-000000000000}");
+    EXPECT_EQ(u16(text), u"{00000000-0000-0000-0000-000000000000}");
 }
 
 TEST(GuidText, Write_WithoutRoom_GivesNothing)

@@ -1,6 +1,7 @@
 #include <oktplatform/oktnumber.h>
 
 #include "support/numericlocale.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 #include <oktplatform/oktvariant.h>
 
 #include "support/printers.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 
@@ -196,7 +197,7 @@ TEST(SafeArray, Strings_AreCopiedInAndOut)
     ASSERT_EQ(put(array, {1}, stored), S_OK); // the element itself
     BSTR out = nullptr;
     ASSERT_EQ(get(array, {1}, &out), S_OK);
-    EXPECT_EQ(std::u16string(out, SysStringLen(out)), (std::u16string{u'a', 0, u'b'}));
+    EXPECT_EQ(u16({out, SysStringLen(out)}), (std::u16string{u'a', 0, u'b'}));
     SysFreeString(out);
     ASSERT_EQ(get(array, {2}, &out), S_OK);
     EXPECT_EQ(out, nullptr);
@@ -218,7 +219,7 @@ TEST(SafeArray, Variants_AreCopiedInAndOut)
     std::memset(&out, 0xAB, sizeof out); // never set before
     ASSERT_EQ(get(array, {0}, &out), S_OK);
     ASSERT_EQ(out.vt, VT_BSTR);
-    EXPECT_EQ(std::u16string(out.bstrVal), u"text");
+    EXPECT_EQ(u16(out.bstrVal), u"text");
     VariantClear(&out);
     ASSERT_EQ(put(array, {0}, array->pvData), S_OK); // the element itself
     EXPECT_EQ(put(array, {0}, nullptr), E_INVALIDARG);
@@ -240,7 +241,7 @@ TEST(SafeArray, Copy_IsDeepAndUnlocked)
     SafeArrayDestroy(array);
     BSTR out = nullptr;
     ASSERT_EQ(get(copy, {6, 1}, &out), S_OK);
-    EXPECT_EQ(std::u16string(out), u"copied");
+    EXPECT_EQ(u16(out), u"copied");
     SysFreeString(out);
     LONG bound = 0;
     EXPECT_EQ(SafeArrayGetLBound(copy, 1, &bound), S_OK);
@@ -466,6 +467,6 @@ TEST(OleSafeArray, CreateOneDim_CopiesTheSource)
     index = 0;
     BSTR out = nullptr;
     holder.GetElement(&index, &out);
-    EXPECT_EQ(std::u16string(out), u"one");
+    EXPECT_EQ(u16(out), u"one");
     SysFreeString(out);
 }

@@ -2,6 +2,7 @@
 
 #include "support/alloccount.h"
 #include "support/printers.h"
+#include "support/units.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@
 
 namespace
 {
-std::u16string unitsOf(BSTR text) { return text == nullptr ? std::u16string() : std::u16string(text, SysStringLen(text)); }
+std::u16string unitsOf(BSTR text) { return text == nullptr ? std::u16string() : u16({text, SysStringLen(text)}); }
 
 VARIANT stringVariant(char16_t const *text)
 {

@@ -3,6 +3,7 @@
 #include "support/hexbytes.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
+#include "support/units.h"
 #include "support/xmldocument.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +14,7 @@
 
 namespace
 {
-using Document = std::shared_ptr<IXMLDOMDocument>;
+using Document = std::shared_ptr<OktXml::IXMLDOMDocument>;
 
 /// A text of one character, which may be any number up to 0x10FFFF. A surrogate stays alone.
 CString character(char32_t number)
@@ -31,30 +32,30 @@ protected:
     /// The document of these bytes; its root is null where it cannot be read.
     Document loaded(std::string_view text)
     {
-        Document document = IXMLDOMDocument::create();
+        Document document = OktXml::IXMLDOMDocument::create();
         EXPECT_FALSE(FAILED(document->load(putText(m_folder, "in.xml", text))));
         return document;
     }
 
-    static IXMLDOMNodePtr rootOf(Document const &document)
+    static OktXml::IXMLDOMNodePtr rootOf(Document const &document)
     {
-        IXMLDOMNodePtr node = document->node()->firstChild();
+        OktXml::IXMLDOMNodePtr node = document->node()->firstChild();
         while (node && !node->element())
             node = node->nextSibling();
         return node;
     }
 
-    static CString valueOf(IXMLDOMNodePtr const &node, char16_t const *name)
+    static CString valueOf(OktXml::IXMLDOMNodePtr const &node, char16_t const *name)
     {
-        IXMLDOMAttributePtr const attribute = node->attributes()->getNamedItem(OktXmlName(name));
+        OktXml::IXMLDOMAttributePtr const attribute = node->attributes()->getNamedItem(OktXmlName(name));
         return attribute ? attribute->text() : CString(u"(none)");
     }
 
     /// The children of a node: "E name" for elements, "N name" for others.
-    static std::vector<std::string> childrenOf(IXMLDOMNodePtr const &node)
+    static std::vector<std::string> childrenOf(OktXml::IXMLDOMNodePtr const &node)
     {
         std::vector<std::string> children;
-        for (IXMLDOMNodePtr child = node->firstChild(); child; child = child->nextSibling())
+        for (OktXml::IXMLDOMNodePtr child = node->firstChild(); child; child = child->nextSibling())
             children.push_back(child->element() ? "E " + child->nodeName().ToUtf8() : std::string("N"));
         return children;
     }
@@ -62,18 +63,18 @@ protected:
     /// The value through a saved file and back.
     CString roundTrip(CString const &value)
     {
-        Document const document = IXMLDOMDocument::create();
-        IXMLDOMElementPtr const root = document->createElement(u"r");
+        Document const document = OktXml::IXMLDOMDocument::create();
+        OktXml::IXMLDOMElementPtr const root = document->createElement(u"r");
         document->node()->appendChild(document->createProcessingInstruction(u"xml", u"version='1.0' encoding='ISO-8859-1'"));
         document->node()->appendChild(root->node());
-        IXMLDOMAttributePtr const attribute = document->createAttribute(u"a");
+        OktXml::IXMLDOMAttributePtr const attribute = document->createAttribute(u"a");
         attribute->setText(value);
         root->attributes()->setNamedItem(attribute);
         m_saved = m_folder.path("out.xml");
         EXPECT_EQ(document->save(m_saved), S_OK);
-        Document const again = IXMLDOMDocument::create();
+        Document const again = OktXml::IXMLDOMDocument::create();
         EXPECT_EQ(again->load(m_saved), S_OK);
-        IXMLDOMNodePtr const node = rootOf(again);
+        OktXml::IXMLDOMNodePtr const node = rootOf(again);
         return node ? valueOf(node, u"a") : CString(u"(no document)");
     }
 
@@ -86,12 +87,11 @@ protected:
 
 TEST_F(XmlDomTest, Names_OfXml10_AreTaken)
 {
-    Document const document = IXMLDOMDocument::create();
-    for (char16_t const *const name :
-         {u"a", u"A", u"_", u"_a", u"a1", u"a-b", u"a.b", u"a_b", u"a:b", u"m_tabPictures.Length", u"\u00C0", u"\u00E9t\u00E9", u"\u00D6\u00F8",
-          u"\u00FF", u"a\u00B7"})
+    Document const document = OktXml::IXMLDOMDocument::create();
+    for (char16_t const *const name : {u"a", u"A", u"_", u"_a", u"a1", u"a-b", u"a.b", u"a_b", u"a:b", u"m_tabPictures.Length",
+                                       u"\u00C0", u"\u00E9t\u00E9", u"\u00D6\u00F8", u"\u00FF", u"a\u00B7"})
     {
-        IXMLDOMElementPtr const element = document->createElement(name);
+        OktXml::IXMLDOMElementPtr const element = document->createElement(name);
         ASSERT_TRUE(element) << CString(name).ToUtf8();
         EXPECT_EQ(element->nodeName(), name);
         EXPECT_TRUE(document->createAttribute(name)) << CString(name).ToUtf8();
@@ -100,12 +100,15 @@ TEST_F(XmlDomTest, Names_OfXml10_AreTaken)
 
 TEST_F(XmlDomTest, Names_OfOtherTexts_AreRefused)
 {
-    Document const document = IXMLDOMDocument::create();
-    std::vector<CString> names = {u"", u" ", u"a b", u" a", u"a ", u"a\t", u"a\n", u"1", u"1a", u"-", u"-a", u".", u".a", u"a/b", u"a[0]",
-                                  u"(a)", u"a+b", u"a&b", u"<a", u"a>", u"\"a\"", u"'a'", u"a=b", u"a,b", u"a;b", u"#a", u"a#", u"@a", u"$a",
-                                  u"a$", u"%a", u"*", u"a!", u"a?", u"{a}", u"a|b", u"a\\b", u"a~", u"a^", u"`", u"\u00D7", u"\u00F7",
-                                  u"\u00A0", u"a\u00A0", u"\u00B7a", u"\u0301a", u"\u0660a", u"a\u2028", u"\u2160\u2190", u"a\u20AC",
-                                  u"\uFFFD", u"a\uFFFE", u"a\uFFFF", u"\uE000", u"a\u0001", u"a\u007F"};
+    Document const document = OktXml::IXMLDOMDocument::create();
+    std::vector<CString> names = {u"",        u" ",       u"a b",     u" a",      u"a ",      u"a\t",     u"a\n",
+                                  u"1",       u"1a",      u"-",       u"-a",      u".",       u".a",      u"a/b",
+                                  u"a[0]",    u"(a)",     u"a+b",     u"a&b",     u"<a",      u"a>",      u"\"a\"",
+                                  u"'a'",     u"a=b",     u"a,b",     u"a;b",     u"#a",      u"a#",      u"@a",
+                                  u"$a",      u"a$",      u"%a",      u"*",       u"a!",      u"a?",      u"{a}",
+                                  u"a|b",     u"a\\b",    u"a~",      u"a^",      u"`",       u"\u00D7",  u"\u00F7",
+                                  u"\u00A0",  u"a\u00A0", u"\u00B7a", u"\u0301a", u"\u0660a", u"a\u2028", u"\u2160\u2190",
+                                  u"a\u20AC", u"\uFFFD",  u"a\uFFFE", u"a\uFFFF", u"\uE000",  u"a\u0001", u"a\u007F"};
     names.push_back(CString(u"a\0b", 3));
     names.push_back(CString(u"\0", 1));
     names.push_back(character(0xD800));
@@ -120,9 +123,10 @@ TEST_F(XmlDomTest, Names_OfOtherTexts_AreRefused)
 
 TEST_F(XmlDomTest, Names_RefusingOne_WritesNothingToStandardError)
 {
-    Document const document = IXMLDOMDocument::create();
+    Document const document = OktXml::IXMLDOMDocument::create();
     testing::internal::CaptureStderr();
-    for (CString const &name : {CString(u"a\uFFFE"), CString(u"a\uFFFF"), CString(u"a b"), CString(u""), CString(u"a\u0001"), character(0xD800)})
+    for (CString const &name :
+         {CString(u"a\uFFFE"), CString(u"a\uFFFF"), CString(u"a b"), CString(u""), CString(u"a\u0001"), character(0xD800)})
         EXPECT_FALSE(document->createElement(name)) << name.ToUtf8();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
@@ -130,8 +134,9 @@ TEST_F(XmlDomTest, Names_RefusingOne_WritesNothingToStandardError)
 TEST_F(XmlDomTest, Names_BeyondTheSavedEncoding_AreRefused)
 {
     // A tag has no references: one character that ISO-8859-1 lacks would make the whole file unreadable.
-    Document const document = IXMLDOMDocument::create();
-    for (char16_t const *const name : {u"\u0100", u"\u03A9\u03BC", u"\u0416", u"\u3042", u"\u4E2D\u6587", u"\uAC00", u"a\u0301", u"a\u0660"})
+    Document const document = OktXml::IXMLDOMDocument::create();
+    for (char16_t const *const name :
+         {u"\u0100", u"\u03A9\u03BC", u"\u0416", u"\u3042", u"\u4E2D\u6587", u"\uAC00", u"a\u0301", u"a\u0660"})
     {
         EXPECT_FALSE(document->createElement(name)) << CString(name).ToUtf8();
         EXPECT_FALSE(document->createAttribute(name)) << CString(name).ToUtf8();
@@ -140,7 +145,7 @@ TEST_F(XmlDomTest, Names_BeyondTheSavedEncoding_AreRefused)
 
 TEST_F(XmlDomTest, Names_OfADocumentThatIsRead_MayBeAny)
 {
-    IXMLDOMNodePtr const root = rootOf(loaded("<r><\u03A9 \u4E2D='1'/></r>"));
+    OktXml::IXMLDOMNodePtr const root = rootOf(loaded("<r><\u03A9 \u4E2D='1'/></r>"));
     ASSERT_TRUE(root);
     ASSERT_TRUE(root->firstChild());
     EXPECT_EQ(root->firstChild()->nodeName(), u"\u03A9");
@@ -151,18 +156,18 @@ TEST_F(XmlDomTest, Names_OfADocumentThatIsRead_MayBeAny)
 
 TEST_F(XmlDomTest, Names_OfLatin1_AreSavedAndFoundAgain)
 {
-    Document const document = IXMLDOMDocument::create();
+    Document const document = OktXml::IXMLDOMDocument::create();
     document->node()->appendChild(document->createProcessingInstruction(u"xml", u"version='1.0' encoding='ISO-8859-1'"));
-    IXMLDOMElementPtr const root = document->createElement(u"\u00E9t\u00E9");
+    OktXml::IXMLDOMElementPtr const root = document->createElement(u"\u00E9t\u00E9");
     document->node()->appendChild(root->node());
-    IXMLDOMAttributePtr const attribute = document->createAttribute(u"\u00D8");
+    OktXml::IXMLDOMAttributePtr const attribute = document->createAttribute(u"\u00D8");
     attribute->setText(u"1");
     root->attributes()->setNamedItem(attribute);
     CString const path = m_folder.path("x.xml");
     ASSERT_EQ(document->save(path), S_OK);
     EXPECT_EQ(textOf(path), "<?xml version='1.0' encoding='ISO-8859-1'?>\n<\xE9t\xE9 \xD8=\"1\"/>\n");
     EXPECT_EQ(readByPython(path), nlohmann::json::parse("[\"\u00E9t\u00E9\", [[\"\u00D8\", \"1\"]], \"\", []]"));
-    Document const again = IXMLDOMDocument::create();
+    Document const again = OktXml::IXMLDOMDocument::create();
     ASSERT_EQ(again->load(path), S_OK);
     ASSERT_TRUE(rootOf(again));
     EXPECT_TRUE(rootOf(again)->isNamed(OktXmlName(u"\u00E9t\u00E9")));
@@ -217,10 +222,7 @@ TEST_F(XmlDomTest, Values_LoneSurrogates_EachBecomesOneReplacementCharacter)
     EXPECT_EQ(roundTrip(character(0xD83D) + character(0xD83D) + character(0xDE00)), u"\uFFFD\U0001F600");
 }
 
-TEST_F(XmlDomTest, Values_WithAZero_KeepWhatStandsBehindIt)
-{
-    EXPECT_EQ(roundTrip(CString(u"a\0b\0", 4)), u"a\uFFFDb\uFFFD");
-}
+TEST_F(XmlDomTest, Values_WithAZero_KeepWhatStandsBehindIt) { EXPECT_EQ(roundTrip(CString(u"a\0b\0", 4)), u"a\uFFFDb\uFFFD"); }
 
 TEST_F(XmlDomTest, Values_WhiteSpace_IsNotNormalised)
 {
@@ -243,8 +245,8 @@ TEST_F(XmlDomTest, Values_LongOnes)
 
 TEST_F(XmlDomTest, Values_OfVariants_AsText)
 {
-    Document const document = IXMLDOMDocument::create();
-    IXMLDOMAttributePtr const attribute = document->createAttribute(u"a");
+    Document const document = OktXml::IXMLDOMDocument::create();
+    OktXml::IXMLDOMAttributePtr const attribute = document->createAttribute(u"a");
     VARIANT value;
     VariantInit(&value);
     value.vt = VT_I2;
@@ -269,7 +271,7 @@ TEST_F(XmlDomTest, Values_OfVariants_AsText)
 TEST_F(XmlDomTest, NodeValue_OfAnAttributeAWideStringForNumbersToo_OfOtherNodesNull)
 {
     Document const document = loaded("<r a='5'>text</r>");
-    IXMLDOMNodePtr const root = rootOf(document);
+    OktXml::IXMLDOMNodePtr const root = rootOf(document);
     ASSERT_TRUE(root);
     VARIANT value = root->attributes()->getNamedItem(OktXmlName(u"a"))->nodeValue();
     EXPECT_EQ(value.vt, VT_BSTR);
@@ -300,7 +302,7 @@ TEST_F(XmlDomTest, Children_OfTheDocument_WithWhatStandsAheadAndBehind)
 {
     Document const document = loaded("<?xml version='1.0'?>\n<!-- c -->\n<?pi?>\n<r/>\n<!-- d -->\n");
     std::vector<std::string> names;
-    for (IXMLDOMNodePtr node = document->node()->firstChild(); node; node = node->nextSibling())
+    for (OktXml::IXMLDOMNodePtr node = document->node()->firstChild(); node; node = node->nextSibling())
         names.push_back(node->element() ? "E" : "N");
     EXPECT_EQ(names, (std::vector<std::string>{"N", "N", "E", "N"}));
 }
@@ -309,7 +311,7 @@ TEST_F(XmlDomTest, Children_WithADocumentType_ItIsANodeAheadOfTheRoot)
 {
     Document const document = loaded("<!DOCTYPE r [<!ENTITY e 'x'>]><r/>");
     std::vector<std::string> names;
-    for (IXMLDOMNodePtr node = document->node()->firstChild(); node; node = node->nextSibling())
+    for (OktXml::IXMLDOMNodePtr node = document->node()->firstChild(); node; node = node->nextSibling())
         names.push_back(node->element() ? "E" : "N");
     EXPECT_EQ(names, (std::vector<std::string>{"N", "E"}));
 }
@@ -318,7 +320,7 @@ TEST_F(XmlDomTest, NodesThatAreNoElements_HaveNoAttributesAndAreNoElements)
 {
     Document const document = loaded("<r><!-- c --><?pi a='1'?>text</r>");
     int nodes = 0;
-    for (IXMLDOMNodePtr child = rootOf(document)->firstChild(); child; child = child->nextSibling(), ++nodes)
+    for (OktXml::IXMLDOMNodePtr child = rootOf(document)->firstChild(); child; child = child->nextSibling(), ++nodes)
     {
         EXPECT_FALSE(child->attributes());
         EXPECT_FALSE(child->element());
@@ -331,7 +333,7 @@ TEST_F(XmlDomTest, NodesThatAreNoElements_HaveNoAttributesAndAreNoElements)
 
 TEST_F(XmlDomTest, Instruction_IsNamedByItsTarget)
 {
-    Document const document = IXMLDOMDocument::create();
+    Document const document = OktXml::IXMLDOMDocument::create();
     EXPECT_EQ(document->createProcessingInstruction(u"xml", u"version='1.0'")->nodeName(), u"xml");
     Document const read = loaded("<?target data?><r/>");
     EXPECT_EQ(read->node()->firstChild()->nodeName(), u"target");
@@ -339,27 +341,28 @@ TEST_F(XmlDomTest, Instruction_IsNamedByItsTarget)
 
 TEST_F(XmlDomTest, Attributes_OrderOfAdditionIsKept)
 {
-    Document const document = IXMLDOMDocument::create();
+    Document const document = OktXml::IXMLDOMDocument::create();
     document->node()->appendChild(document->createProcessingInstruction(u"xml", u"version='1.0' encoding='ISO-8859-1'"));
-    IXMLDOMElementPtr const root = document->createElement(u"r");
+    OktXml::IXMLDOMElementPtr const root = document->createElement(u"r");
     document->node()->appendChild(root->node());
     for (char16_t const *const name : {u"z", u"a", u"m", u"class", u"B"})
     {
-        IXMLDOMAttributePtr const attribute = document->createAttribute(name);
+        OktXml::IXMLDOMAttributePtr const attribute = document->createAttribute(name);
         attribute->setText(name);
         root->attributes()->setNamedItem(attribute);
     }
     CString const path = m_folder.path("x.xml");
     EXPECT_EQ(document->save(path), S_OK);
-    EXPECT_EQ(textOf(path), "<?xml version='1.0' encoding='ISO-8859-1'?>\n<r z=\"z\" a=\"a\" m=\"m\" class=\"class\" B=\"B\"/>\n");
-    EXPECT_EQ(readByPython(path), nlohmann::json::parse(
-                                      R"(["r", [["z", "z"], ["a", "a"], ["m", "m"], ["class", "class"], ["B", "B"]], "", []])"));
+    EXPECT_EQ(textOf(path),
+              "<?xml version='1.0' encoding='ISO-8859-1'?>\n<r z=\"z\" a=\"a\" m=\"m\" class=\"class\" B=\"B\"/>\n");
+    EXPECT_EQ(readByPython(path),
+              nlohmann::json::parse(R"(["r", [["z", "z"], ["a", "a"], ["m", "m"], ["class", "class"], ["B", "B"]], "", []])"));
 }
 
 TEST_F(XmlDomTest, Attributes_ByExactName)
 {
     Document const document = loaded("<r xmlns:p='u' a='1' p:a='2' A='3'/>");
-    IXMLDOMNodePtr const root = rootOf(document);
+    OktXml::IXMLDOMNodePtr const root = rootOf(document);
     EXPECT_EQ(valueOf(root, u"a"), u"1");
     EXPECT_EQ(valueOf(root, u"p:a"), u"2");
     EXPECT_EQ(valueOf(root, u"A"), u"3");
@@ -370,13 +373,13 @@ TEST_F(XmlDomTest, Attributes_ByExactName)
 TEST_F(XmlDomTest, FreeNodes_AreNotSavedAndGoWithTheDocument)
 {
     CString const path = m_folder.path("x.xml");
-    Document const document = IXMLDOMDocument::create();
+    Document const document = OktXml::IXMLDOMDocument::create();
     document->node()->appendChild(document->createProcessingInstruction(u"xml", u"version='1.0' encoding='ISO-8859-1'"));
-    IXMLDOMElementPtr const root = document->createElement(u"r");
+    OktXml::IXMLDOMElementPtr const root = document->createElement(u"r");
     document->node()->appendChild(root->node());
-    IXMLDOMElementPtr const free = document->createElement(u"free");
+    OktXml::IXMLDOMElementPtr const free = document->createElement(u"free");
     free->appendChild(document->createElement(u"within")->node());
-    IXMLDOMAttributePtr const attribute = document->createAttribute(u"a");
+    OktXml::IXMLDOMAttributePtr const attribute = document->createAttribute(u"a");
     attribute->setText(u"1");
     EXPECT_EQ(document->save(path), S_OK);
     EXPECT_EQ(textOf(path), "<?xml version='1.0' encoding='ISO-8859-1'?>\n<r/>\n");
@@ -384,7 +387,7 @@ TEST_F(XmlDomTest, FreeNodes_AreNotSavedAndGoWithTheDocument)
 
 TEST_F(XmlDomTest, Nodes_KeepTheirDocumentAlive)
 {
-    IXMLDOMNodePtr node;
+    OktXml::IXMLDOMNodePtr node;
     {
         Document const document = loaded("<r><a n='1'/><b/></r>");
         node = rootOf(document)->firstChild();
@@ -407,9 +410,9 @@ TEST_F(XmlDomTest, NullPointers_ThrowThePlatformsError)
         }
         return S_OK;
     };
-    EXPECT_EQ(codeOf([] { IXMLDOMNodePtr()->nodeName(); }), E_POINTER);
-    EXPECT_EQ(codeOf([] { IXMLDOMElementPtr()->attributes(); }), E_POINTER);
-    EXPECT_EQ(codeOf([] { IXMLDOMDocumentPtr()->createElement(u"a"); }), E_POINTER);
+    EXPECT_EQ(codeOf([] { OktXml::IXMLDOMNodePtr()->nodeName(); }), E_POINTER);
+    EXPECT_EQ(codeOf([] { OktXml::IXMLDOMElementPtr()->attributes(); }), E_POINTER);
+    EXPECT_EQ(codeOf([] { OktXml::IXMLDOMDocumentPtr()->createElement(u"a"); }), E_POINTER);
     EXPECT_EQ(static_cast<unsigned int>(E_POINTER), 0x80004003u);
 }
 
@@ -420,7 +423,7 @@ TEST_F(XmlDomTest, Load_Utf8WithAndWithoutMark)
     for (std::string const &head : std::initializer_list<std::string>{"", "\xEF\xBB\xBF", "<?xml version='1.0'?>",
                                                                       "\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?>"})
     {
-        IXMLDOMNodePtr const root = rootOf(loaded(head + "<r a='\u00E9\u03A9\U0001F600'/>"));
+        OktXml::IXMLDOMNodePtr const root = rootOf(loaded(head + "<r a='\u00E9\u03A9\U0001F600'/>"));
         ASSERT_TRUE(root) << head;
         EXPECT_EQ(valueOf(root, u"a"), u"\u00E9\u03A9\U0001F600");
     }
@@ -428,15 +431,17 @@ TEST_F(XmlDomTest, Load_Utf8WithAndWithoutMark)
 
 TEST_F(XmlDomTest, Load_Iso88591)
 {
-    IXMLDOMNodePtr const root = rootOf(loaded("<?xml version='1.0' encoding='ISO-8859-1'?><r a='\xE9\xFF\xA4\x80&#937;'/>"));
+    OktXml::IXMLDOMNodePtr const root =
+        rootOf(loaded("<?xml version='1.0' encoding='ISO-8859-1'?><r a='\xE9\xFF\xA4\x80&#937;'/>"));
     ASSERT_TRUE(root);
     EXPECT_EQ(valueOf(root, u"a"), u"\u00E9\u00FF\u00A4\u0080\u03A9");
 }
 
 TEST_F(XmlDomTest, Load_CharacterReferencesAndEntities)
 {
-    IXMLDOMNodePtr const root = rootOf(loaded("<!DOCTYPE r [<!ENTITY one 'x&#38;#38;y'><!ENTITY two '&one;-&one;'>]>"
-                                              "<r a='&lt;&gt;&amp;&quot;&apos;&#65;&#x3A9;' b='&two;' c=' a\tb\nc '/>"));
+    OktXml::IXMLDOMNodePtr const root =
+        rootOf(loaded("<!DOCTYPE r [<!ENTITY one 'x&#38;#38;y'><!ENTITY two '&one;-&one;'>]>"
+                      "<r a='&lt;&gt;&amp;&quot;&apos;&#65;&#x3A9;' b='&two;' c=' a\tb\nc '/>"));
     ASSERT_TRUE(root);
     EXPECT_EQ(valueOf(root, u"a"), u"<>&\"'A\u03A9");
     EXPECT_EQ(valueOf(root, u"b"), u"x&y-x&y");
@@ -445,8 +450,9 @@ TEST_F(XmlDomTest, Load_CharacterReferencesAndEntities)
 
 TEST_F(XmlDomTest, Load_DeclaredDefaultsOfAttributes_AreNotApplied)
 {
-    IXMLDOMNodePtr const root = rootOf(loaded("<!DOCTYPE r SYSTEM 'no-such.dtd' [<!ELEMENT r ANY><!ATTLIST r b CDATA 'default' "
-                                              "c (x|y) 'x' d CDATA #IMPLIED>]><r a='1'/>"));
+    OktXml::IXMLDOMNodePtr const root =
+        rootOf(loaded("<!DOCTYPE r SYSTEM 'no-such.dtd' [<!ELEMENT r ANY><!ATTLIST r b CDATA 'default' "
+                      "c (x|y) 'x' d CDATA #IMPLIED>]><r a='1'/>"));
     ASSERT_TRUE(root);
     EXPECT_EQ(valueOf(root, u"a"), u"1");
     EXPECT_EQ(valueOf(root, u"b"), u"(none)");
@@ -468,14 +474,14 @@ TEST_F(XmlDomTest, Load_MoreThan100DeclaredDefaults_IsRefused)
 
 TEST_F(XmlDomTest, AppendChild_OfANodeOfAnotherDocument_ACopyComesOver)
 {
-    IXMLDOMNodePtr target;
-    IXMLDOMElementPtr source;
+    OktXml::IXMLDOMNodePtr target;
+    OktXml::IXMLDOMElementPtr source;
     {
         Document const first = loaded("<r/>");
         target = rootOf(first);
-        Document const second = IXMLDOMDocument::create();
+        Document const second = OktXml::IXMLDOMDocument::create();
         source = second->createElement(u"a");
-        IXMLDOMAttributePtr const attribute = second->createAttribute(u"n");
+        OktXml::IXMLDOMAttributePtr const attribute = second->createAttribute(u"n");
         attribute->setText(u"1");
         source->attributes()->setNamedItem(attribute);
         target->appendChild(source->node());

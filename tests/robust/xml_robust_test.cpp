@@ -31,12 +31,13 @@
 
 namespace
 {
-constexpr char kWhole[] = "<?xml version='1.0' encoding='ISO-8859-1'?>\n"
-                          "<Document><m_strUserName string=\"Cover &amp; depth\"/><n long=\"3\"/>"
-                          "<p class=\"OKTGeXYZ\" version=\"1\"><Members version=\"1\"><m_dfX double=\"1.5\"/><m_dfY double=\"0.0\"/>"
-                          "<m_dfZ double=\"-0.25\"/></Members></p><Map name=\"m\"><a long=\"1\"/></Map>"
-                          "<Object class=\"OKTDbRelation\" version=\"1\"><Members version=\"1\"><varConverted long=\"1\"/></Members></Object>"
-                          "</Document>\n";
+constexpr char kWhole[] =
+    "<?xml version='1.0' encoding='ISO-8859-1'?>\n"
+    "<Document><m_strUserName string=\"Cover &amp; depth\"/><n long=\"3\"/>"
+    "<p class=\"OKTGeXYZ\" version=\"1\"><Members version=\"1\"><m_dfX double=\"1.5\"/><m_dfY double=\"0.0\"/>"
+    "<m_dfZ double=\"-0.25\"/></Members></p><Map name=\"m\"><a long=\"1\"/></Map>"
+    "<Object class=\"OKTDbRelation\" version=\"1\"><Members version=\"1\"><varConverted long=\"1\"/></Members></Object>"
+    "</Document>\n";
 
 /// The largest resident size that this process had, in bytes.
 std::size_t peakMemory()
@@ -112,15 +113,15 @@ private:
 };
 
 /// The whole tree of a filer's document as text, whatever stands in it.
-std::string dumpOf(IXMLDOMNodePtr const &from)
+std::string dumpOf(OktXml::IXMLDOMNodePtr const &from)
 {
     std::string text;
-    for (IXMLDOMNodePtr node = from; node; node = node->nextSibling())
+    for (OktXml::IXMLDOMNodePtr node = from; node; node = node->nextSibling())
     {
         text += "<" + node->nodeName().ToUtf8();
-        if (IXMLDOMNamedNodeMapPtr const attributes = node->attributes())
+        if (OktXml::IXMLDOMNamedNodeMapPtr const attributes = node->attributes())
             for (char16_t const *const name : {u"string", u"long", u"double", u"class", u"name", u"version"})
-                if (IXMLDOMAttributePtr const attribute = attributes->getNamedItem(OktXmlName(name)))
+                if (OktXml::IXMLDOMAttributePtr const attribute = attributes->getNamedItem(OktXmlName(name)))
                     text += " " + attribute->text().ToUtf8();
         text += ">" + dumpOf(node->firstChild());
     }
@@ -298,7 +299,8 @@ TEST_F(XmlRobustTest, Utf16_WithAMark_IsRead)
              std::initializer_list<std::string>{"", "<?xml version='1.0'?>", "<?xml version='1.0' encoding='UTF-16'?>"})
         {
             OKTXmlFiler filer;
-            ASSERT_TRUE(filer.NewFiler(put(utf16(head + "<Document><s string='Cover'/><n long='5'/></Document>", bigEndian, true)), false))
+            ASSERT_TRUE(filer.NewFiler(
+                put(utf16(head + "<Document><s string='Cover'/><n long='5'/></Document>", bigEndian, true)), false))
                 << bigEndian << head;
             CString text;
             EXPECT_TRUE(filer.readString(u"s", text));
@@ -323,7 +325,8 @@ TEST_F(XmlRobustTest, Utf16_WithoutAMark_IsReadByItsDeclaration)
     for (bool const bigEndian : {false, true})
     {
         std::string const declared = bigEndian ? "UTF-16BE" : "UTF-16LE";
-        EXPECT_TRUE(opens(utf16("<?xml version='1.0' encoding='" + declared + "'?><Document/>", bigEndian, false))) << bigEndian;
+        EXPECT_TRUE(opens(utf16("<?xml version='1.0' encoding='" + declared + "'?><Document/>", bigEndian, false)))
+            << bigEndian;
         EXPECT_FALSE(opens(utf16("<Document/>", bigEndian, false))) << bigEndian; // nothing tells
     }
 }
@@ -435,7 +438,8 @@ TEST_F(XmlRobustTest, ExternalEntities_ContentDoesNotAppear)
 {
     std::string const secret = "okt-secret-text";
     CString const file = putText(m_folder, "secret.txt", secret);
-    CString const declarations = putText(m_folder, "secret.dtd", "<!ENTITY e '" + secret + "'><!ATTLIST s string CDATA '" + secret + "'>");
+    CString const declarations =
+        putText(m_folder, "secret.dtd", "<!ENTITY e '" + secret + "'><!ATTLIST s string CDATA '" + secret + "'>");
     std::string const path = file.ToUtf8();
     std::string const dtd = declarations.ToUtf8();
     std::vector<std::string> const documents = {
@@ -614,8 +618,9 @@ TEST_F(XmlRobustTest, PathsThatCannotBeRead_NewFilerIsFalse)
 {
     std::string const pipe = m_folder.path("pipe").ToUtf8();
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (std::string const &path : std::initializer_list<std::string>{pipe, m_folder.path("").ToUtf8(), m_folder.path("none").ToUtf8(),
-                                                                      "/dev/null", "/dev/zero", "http://192.0.2.1/x.xml", "-"})
+    for (std::string const &path :
+         std::initializer_list<std::string>{pipe, m_folder.path("").ToUtf8(), m_folder.path("none").ToUtf8(), "/dev/null",
+                                            "/dev/zero", "http://192.0.2.1/x.xml", "-"})
         EXPECT_FALSE(OKTXmlFiler().NewFiler(CString::FromUtf8(path), false)) << path;
     EXPECT_FALSE(OKTXmlFiler().NewFiler(CString(u"a\0b", 3), false));
     EXPECT_FALSE(OKTXmlFiler().NewFiler(CString(u"\xD800"), false));
@@ -711,7 +716,8 @@ TEST(XmlMemoryTest, Writing_AnyAllocationFails_NothingCrashes)
     });
     testing::internal::GetCapturedStderr();
     EXPECT_GT(count, 10);
-    EXPECT_EQ(textOf(path), documentOf("<s string=\"text &#937;\"/><f class=\"C\" version=\"1\"><d double=\"0.50000000000000000\"/></f>"));
+    EXPECT_EQ(textOf(path),
+              documentOf("<s string=\"text &#937;\"/><f class=\"C\" version=\"1\"><d double=\"0.50000000000000000\"/></f>"));
 }
 
 TEST(XmlMemoryTest, Reading_AnyAllocationFails_NothingCrashes)

@@ -28,4 +28,13 @@ bool show(std::vector<std::filesystem::path> const &files, std::string const &un
 /// which the picture cannot be had, and it was told. Throws Failure for everything else that is wrong.
 bool picture(std::filesystem::path const &file, int index, std::filesystem::path const &output);
 
+/// Writes the text form of a pool file to a file in one step, or to standard output when the output is "-". With a folder for
+/// pictures, they go there. `replaces`: files that exist may be replaced. Throws Failure.
+void exportText(std::filesystem::path const &file, std::filesystem::path const &output, std::filesystem::path const &pictures,
+                bool replaces);
+
+/// Writes the pool file of a text form, likewise. Without a folder, pictures are looked for beside the text. Throws Failure.
+void importText(std::filesystem::path const &text, std::filesystem::path const &output, std::filesystem::path const &pictures,
+                bool replaces);
+
 } // namespace okt

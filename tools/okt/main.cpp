@@ -45,6 +45,7 @@ int run(int argc, char **argv)
     CLI::App app("Makes and shows template pools of reinforcement.\n"
                  "Exit code: 0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage.",
                  "okt");
+    app.allow_windows_style_options(false); // a path may begin with a slash on every system
     app.set_version_flag("--version", "okt " OKT_VERSION);
     app.require_subcommand(1);
     app.fallthrough(); // options for all commands stand before or behind the command
@@ -87,6 +88,27 @@ int run(int argc, char **argv)
         ->check(CLI::NonNegativeNumber);
     picture->add_option("-o,--output", image, "the file for the picture; - for standard output")->required();
 
+    std::string source;
+    std::string target;
+    std::string pictures;
+    bool replaces = false;
+    CLI::App *const exporter =
+        app.add_subcommand("export", "Writes a pool file as text (JSON), which gives the same file again.\n"
+                                     "  okt export templates/link-d12.okt -o link.json");
+    CLI::App *const importer = app.add_subcommand("import", "Makes a pool file of its text.\n"
+                                                            "  okt import link.json -o link.okt");
+    exporter->add_option("FILE", source, "a pool file; - for standard input")->required();
+    exporter->add_option("-o,--output", target, "the file for the text; standard output without this option, or with -");
+    importer->add_option("JSON", source, "a text that okt export made; - for standard input")->required();
+    importer->add_option("-o,--output", target, "the pool file; - for standard output")->required();
+    exporter
+        ->add_option("--pictures", pictures, "a folder for pictures and longer byte arrays, which stand in the text otherwise")
+        ->type_name("DIR");
+    importer->add_option("--pictures", pictures, "the folder with the pictures; that of the text without this option")
+        ->type_name("DIR");
+    for (CLI::App *const command : {exporter, importer})
+        command->add_flag("--force", replaces, "replace files that exist");
+
     try
     {
         app.parse(argc, argv);
@@ -105,6 +127,16 @@ int run(int argc, char **argv)
     }
     if (picture->parsed())
         return okt::picture(pathOf(pool), number, pathOf(image)) ? kDone : kFailed;
+    if (exporter->parsed())
+    {
+        okt::exportText(pathOf(source), pathOf(target.empty() ? "-" : target), pathOf(pictures), replaces);
+        return kDone;
+    }
+    if (importer->parsed())
+    {
+        okt::importText(pathOf(source), pathOf(target), pathOf(pictures), replaces);
+        return kDone;
+    }
     std::vector<std::filesystem::path> paths;
     std::transform(files.begin(), files.end(), std::back_inserter(paths), pathOf);
     okt::ShowWhat const what = indexOnly ? okt::ShowWhat::Index : previewOnly ? okt::ShowWhat::Preview : okt::ShowWhat::All;

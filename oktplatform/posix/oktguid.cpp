@@ -1,6 +1,6 @@
 #include <oktplatform/oktguid.h>
 
-#include <oktplatform/oktsystem.h>
+#include <oktplatform/posix/oktrandom.h>
 
 #include <cstring>
 
@@ -61,11 +61,11 @@ HRESULT CoCreateGuid(GUID *guid)
     if (guid == nullptr)
         return E_INVALIDARG;
     RandomBatch &own = batch;
-    if (own.left == 0 || own.generation != OktSystem::processGeneration())
+    if (own.left == 0 || own.generation != OktPosix::processGeneration())
     {
         own.left = 0;
-        own.generation = OktSystem::processGeneration();
-        if (!OktSystem::randomBytes(own.bytes, sizeof own.bytes))
+        own.generation = OktPosix::processGeneration();
+        if (!OktPosix::randomBytes(own.bytes, sizeof own.bytes))
         {
             *guid = GUID{};
             return E_FAIL;

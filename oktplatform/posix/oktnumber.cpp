@@ -111,7 +111,6 @@ long _wtol(WCHAR const *text)
     return static_cast<long>(negative ? -magnitude : magnitude);
 }
 
-#if !defined(_WIN32)
 unsigned long wcstoul(WCHAR const *text, WCHAR **end, int base)
 {
     WCHAR const *behind = text;
@@ -131,4 +130,3 @@ unsigned long wcstoul(WCHAR const *text, WCHAR **end, int base)
         *end = const_cast<WCHAR *>(behind);
     return value;
 }
-#endif

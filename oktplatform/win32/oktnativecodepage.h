@@ -1,0 +1,5 @@
+#pragma once
+
+#include <oktplatform/okttypes.h>
+
+// WideCharToMultiByte, MultiByteToWideChar and lstrlenW are those of kernel32.

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <oktplatform/okttypes.h>
+
+// Ids are made and read by ole32.
+#include <objbase.h>

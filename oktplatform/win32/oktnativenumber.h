@@ -1,0 +1,5 @@
+#pragma once
+
+// Numbers are read by the runtime library.
+#include <cstdlib>
+#include <cwchar>

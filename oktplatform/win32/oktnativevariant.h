@@ -1,0 +1,6 @@
+#pragma once
+
+#include <oktplatform/okttypes.h>
+
+// Variants, system strings and safe arrays are those of oleaut32.
+#include <oleauto.h>

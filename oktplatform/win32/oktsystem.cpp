@@ -1,0 +1,105 @@
+#include <oktplatform/oktsystem.h>
+
+#include <oktplatform/okttext_internal.h>
+#include <oktplatform/okttypes.h>
+#include <oktplatform/win32/oktimage.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <string>
+
+namespace
+{
+constexpr char kWarningPrefix[] = "OKTDatabase10: ";
+constexpr wchar_t kWarningTitle[] = L"OKTDatabase10";
+constexpr std::size_t kWarningSize = 1024;
+
+/// True when somebody can see and close a window of this process: not for a service, and not where no screen is.
+bool hasUser()
+{
+    USEROBJECTFLAGS flags = {};
+    HWINSTA const station = GetProcessWindowStation();
+    if (station == nullptr || !GetUserObjectInformationW(station, UOI_FLAGS, &flags, sizeof flags, nullptr) ||
+        (flags.dwFlags & WSF_VISIBLE) == 0)
+        return false;
+    if (GetSystemMetrics(SM_CMONITORS) < 1)
+        return false;
+    // Where no display driver could be started, not even a hidden window can be made.
+    HWND const trial = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    if (trial == nullptr)
+        return false;
+    DestroyWindow(trial);
+    return true;
+}
+
+void writeLine(wchar_t const *text, std::size_t length)
+{
+    HANDLE const errors = GetStdHandle(STD_ERROR_HANDLE);
+    if (errors == nullptr || errors == INVALID_HANDLE_VALUE)
+        return;
+    char line[kWarningSize];
+    std::size_t size = sizeof kWarningPrefix - 1;
+    std::memcpy(line, kWarningPrefix, size);
+
+    // One line: breaks and other control characters become blanks, those at the start are dropped.
+    wchar_t const *const end = text + length;
+    bool atStart = true;
+    while (text != end && size + 5 <= sizeof line)
+    {
+        char32_t character = OktText::nextCharacter(text, end);
+        if (character < 0x20 || character == 0x7F)
+            character = ' ';
+        if (atStart && character == ' ')
+            continue;
+        atStart = false;
+        size += static_cast<std::size_t>(
+            OktText::putUtf8(OktText::isSurrogate(character) ? OktText::kReplacement : character, line + size));
+    }
+    line[size++] = '\n';
+    DWORD written = 0;
+    WriteFile(errors, line, static_cast<DWORD>(size), &written, nullptr);
+}
+} // namespace
+
+OktSystem::DecimalPoint OktSystem::decimalPoint()
+{
+    char const *const bytes = std::localeconv()->decimal_point;
+    std::size_t const length = bytes == nullptr ? 0 : std::strlen(bytes);
+    if (length == 0)
+        return {".", 1, L'.'};
+    wchar_t unit = 0;
+    if (static_cast<unsigned char>(*bytes) < 0x80 || std::mbtowc(&unit, bytes, length) < 1)
+        unit = static_cast<wchar_t>(static_cast<unsigned char>(*bytes));
+    return {bytes, length, unit};
+}
+
+bool OktSystem::resourceText(unsigned int id, Unit const *&text, std::size_t &length)
+{
+    // With no room to copy into, the place of the text itself is given, which has no closing zero.
+    HINSTANCE const module = reinterpret_cast<HINSTANCE>(const_cast<char *>(oktImageBase));
+    int const count = LoadStringW(module, id, reinterpret_cast<wchar_t *>(&text), 0);
+    length = static_cast<std::size_t>(count);
+    return count > 0;
+}
+
+void OktSystem::showWarning(Unit const *text, std::size_t length)
+{
+    DWORD const savedError = GetLastError();
+    try
+    {
+        if (hasUser())
+        {
+            std::wstring const message(text, length);
+            MessageBoxW(nullptr, message.c_str(), kWarningTitle, MB_OK | MB_ICONWARNING | MB_TASKMODAL);
+        }
+        else
+            writeLine(text, length);
+    }
+    catch (std::exception const &)
+    {
+        writeLine(text, length); // no memory for the box
+    }
+    SetLastError(savedError);
+}
