@@ -94,6 +94,11 @@ void OKTFrameReader::finish()
 
 bool OKTTextTable::find(OKTStoredText const &stored, CString &text)
 {
+    if (stored.count == 0)
+    {
+        text.Truncate(0);
+        return true;
+    }
     std::size_t const size = 2 * static_cast<std::size_t>(stored.count);
     CString &place = m_texts[(scattered(stored) >> 40) % kPlaces];
     OktTextView const known = place.View();

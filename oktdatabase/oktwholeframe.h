@@ -4,6 +4,7 @@
 #include <oktdatabase/oktdbobjectid.h>
 #include <oktdatabase/oktmemoryfiler.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cassert>
@@ -100,8 +101,7 @@ public:
     void putText(OktTextView text)
     {
         putRecord(VarWideString, static_cast<std::uint16_t>(text.size()));
-        std::memcpy(m_place, text.data(), 2 * text.size());
-        m_place += 2 * text.size();
+        m_place = std::copy_n(reinterpret_cast<BYTE const *>(text.data()), 2 * text.size(), m_place);
     }
     void putId(OKTDbObjectId const &id)
     {
