@@ -36,29 +36,43 @@ public:
     // Good until the next call.
     CString const &chunk(int index)
     {
-        // A chunk may begin within a group of four characters, so the groups that cover it are encoded.
         std::int64_t const first = static_cast<std::int64_t>(index) * kChunk;
         std::int64_t const beyond = std::min(first + kChunk, m_length);
-        std::int64_t const firstByte = first / 4 * 3;
-        std::int64_t const bytes = std::min<std::int64_t>((beyond + 3) / 4 * 3, m_data.GetSize()) - firstByte;
-        int size = base64EncodedLength(static_cast<int>(bytes), kTextForm);
-        m_encoded.resize(static_cast<std::size_t>(size));
-        base64Encode(m_data.GetData() + firstByte, static_cast<int>(bytes), m_encoded.data(), &size, kTextForm);
-        char const *const text = m_encoded.data() + first % 4;
-        int const length = static_cast<int>(beyond - first);
         if (OktThreadCodePageKeepsAscii())
-            m_chunk.SetUnits(length, [text](WCHAR *units, int count) { std::copy_n(text, count, units); });
-        else // so that the filer, which narrows it again, stores the text itself
-            m_chunk.SetUnits(OktToWideChar(CP_THREAD_ACP, text, length, nullptr, 0), [text, length](WCHAR *units, int count) {
-                OktToWideChar(CP_THREAD_ACP, text, length, units, count);
+        {
+            m_chunk.SetUnits(static_cast<int>(beyond - first), [&](WCHAR *units, int) {
+                encode(first, beyond, [&](char const *text, int length) { units = std::copy_n(text, length, units); });
             });
+            return m_chunk;
+        }
+        // Widened, so that the filer, which narrows it again, stores the text itself.
+        std::string text;
+        encode(first, beyond, [&](char const *piece, int length) { text.append(piece, static_cast<std::size_t>(length)); });
+        auto const length = static_cast<int>(text.size());
+        m_chunk.SetUnits(OktToWideChar(CP_THREAD_ACP, text.data(), length, nullptr, 0),
+                         [&](WCHAR *units, int count) { OktToWideChar(CP_THREAD_ACP, text.data(), length, units, count); });
         return m_chunk;
     }
 
 private:
+    // Gives the characters from `first` to `beyond` to `take`, a piece at a time. A chunk may begin within a group of four.
+    template <typename F> void encode(std::int64_t first, std::int64_t beyond, F take) const
+    {
+        constexpr int kPiece = 1024; // groups
+        char piece[4 * kPiece];
+        for (std::int64_t group = first / 4; 4 * group < beyond; group += kPiece)
+        {
+            auto const bytes = static_cast<int>(std::min<std::int64_t>(m_data.GetSize() - 3 * group, 3 * kPiece));
+            int size = sizeof piece;
+            base64Encode(m_data.GetData() + 3 * group, bytes, piece, &size, kTextForm);
+            std::int64_t const from = std::max<std::int64_t>(first - 4 * group, 0);
+            std::int64_t const to = std::min<std::int64_t>(beyond - 4 * group, size);
+            take(piece + from, static_cast<int>(to - from));
+        }
+    }
+
     CByteArray const &m_data;
     std::int64_t m_length;
-    std::string m_encoded;
     CString m_chunk;
 };
 

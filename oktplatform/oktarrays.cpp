@@ -13,8 +13,9 @@ namespace
 {
 constexpr int kMaxSize = std::numeric_limits<int>::max();
 
-/// An array grows by half of its size while it is small, by an eighth from here on.
+/// An array grows by half of its size while it is small, then by an eighth, and by a sixteenth when it is large.
 constexpr int kSmall = 64 * 1024;
+constexpr int kLarge = 256 * 1024;
 
 /// Keeps the last large block that was freed for the next that is asked for. The first touch of a page that comes from the system
 /// costs more than all that a save writes into it, and the image of a template has a thousand pages.
@@ -107,7 +108,7 @@ void CByteArray::grow(int count)
 {
     if (count > kMaxSize - m_size)
         throw std::length_error("CByteArray");
-    int const step = std::max(m_growBy, m_size < kSmall ? m_size / 2 : m_size / 8);
+    int const step = std::max(m_growBy, m_size < kSmall ? m_size / 2 : m_size < kLarge ? m_size / 8 : m_size / 16);
     reallocate(std::max(m_size + count, step > kMaxSize - m_size ? kMaxSize : m_size + step));
 }
 
