@@ -56,7 +56,7 @@ private:
         int size;
     };
 
-    static constexpr int kLeast = 1 << 20;
+    static constexpr int kLeast = 128 << 10; // smaller blocks the heap keeps itself
     static constexpr int kMost = 16 << 20; // more is not worth holding
 
     std::atomic<Block *> m_block = nullptr;
