@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <system_error>
 
 namespace okt
@@ -22,6 +23,12 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+struct Options
+{
+    std::string data;
+    std::string folder;
+};
 
 bool isBarTable(fs::path const &path)
 {
@@ -71,8 +78,8 @@ void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string con
             throw Failure(data, "", "two bar tables hold the same size: " + plan.fileName + " would be made twice");
 }
 
-} // namespace
-
+/// Makes templates from a bar table, or from all bar tables of a folder, with the rule tables beside them. Nothing is written
+/// before all tables are read. Says on standard output what was made and what not, and why.
 void build(fs::path const &data, fs::path const &outputFolder)
 {
     Plans plans;
@@ -99,6 +106,27 @@ void build(fs::path const &data, fs::path const &outputFolder)
         print("no " + skipped.stem + ": " + printable(skipped.reason) + "\n");
     print(std::to_string(plans.templates.size()) + " templates in " + printable(pathName(outputFolder)) + ", " +
           std::to_string(plans.skipped.size()) + " not made\n");
+}
+
+} // namespace
+
+void addBuild(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("build", "Makes one template per bar size and kind from published figures.\n"
+                                         "  okt build examples/data -o templates");
+    auto const options = std::make_shared<Options>();
+    command
+        ->add_option("DATA", options->data,
+                     "a bar table (CSV), or a folder with bar tables (bars-*.csv); the rule tables lie beside")
+        ->required();
+    command->add_option("-o,--output", options->folder, "the folder for the templates; made where it is missing")->required();
+    command->callback([&line, options] {
+        line.run = [options] {
+            build(utf8Path(options->data), utf8Path(options->folder));
+            return kDone;
+        };
+    });
 }
 
 } // namespace okt

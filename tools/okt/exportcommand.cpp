@@ -6,14 +6,27 @@
 
 #include <okttext/okttextpool.h>
 
+#include <memory>
 #include <optional>
 #include <system_error>
 
 namespace okt
 {
 
+namespace
+{
+
 namespace fs = std::filesystem;
 
+struct Options
+{
+    std::string file;
+    std::string output = kStandardStream;
+    std::string pictures;
+    bool replaces = false;
+};
+
+/// Writes the text form of a pool file to a file in one step, or to standard output. With a folder for pictures, they go there.
 void exportText(fs::path const &path, fs::path const &output, fs::path const &pictures, bool replaces)
 {
     std::error_code ignored;
@@ -39,6 +52,30 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     text->close();
     folder.commit();
     text->commit();
+}
+
+} // namespace
+
+void addExport(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("export", "Writes a pool file as text (JSON), which gives the same file again.\n"
+                                          "  okt export templates/link-d12.okt -o link.json");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
+    command->add_option("-o,--output", options->output,
+                        "the file for the text; standard output without this option, or with -");
+    command
+        ->add_option("--pictures", options->pictures,
+                     "a folder for pictures and longer byte arrays, which stand in the text otherwise")
+        ->type_name("DIR");
+    command->add_flag("--force", options->replaces, "replace files that exist");
+    command->callback([&line, options] {
+        line.run = [options] {
+            exportText(utf8Path(options->file), utf8Path(options->output), utf8Path(options->pictures), options->replaces);
+            return kDone;
+        };
+    });
 }
 
 } // namespace okt

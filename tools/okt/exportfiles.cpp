@@ -63,8 +63,6 @@ std::string inputName(fs::path const &path) { return path == kStandardStream ? "
 
 CByteArray readInput(fs::path const &path) { return path == kStandardStream ? readStandardInput() : readBytes(path); }
 
-fs::path utf8Path(std::string const &name) { return fs::path(std::u8string(name.begin(), name.end())); }
-
 OutputFile::OutputFile(fs::path path, bool replaces) : m_path(std::move(path))
 {
     if (m_path == kStandardStream)

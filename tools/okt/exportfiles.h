@@ -60,7 +60,4 @@ private:
     std::vector<std::unique_ptr<OutputFile>> m_files;
 };
 
-/// A name in UTF-8 as a path.
-std::filesystem::path utf8Path(std::string const &name);
-
 } // namespace okt

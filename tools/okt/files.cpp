@@ -68,6 +68,8 @@ CString pathText(fs::path const &path)
     return CString::FromUtf8({reinterpret_cast<char const *>(utf8.data()), utf8.size()});
 }
 
+fs::path utf8Path(std::string const &name) { return fs::path(std::u8string(name.begin(), name.end())); }
+
 std::string pathName(fs::path const &path)
 {
     std::u8string const utf8 = path.u8string();

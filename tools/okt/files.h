@@ -11,6 +11,8 @@ namespace okt
 
 /// The path of a file system path in the library's text form.
 CString pathText(std::filesystem::path const &path);
+/// A name in UTF-8, as arguments and texts have it, as a path.
+std::filesystem::path utf8Path(std::string const &name);
 /// The path as the user sees it in messages.
 std::string pathName(std::filesystem::path const &path);
 

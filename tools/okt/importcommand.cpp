@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <system_error>
 
 namespace okt
@@ -17,6 +18,14 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+struct Options
+{
+    std::string text;
+    std::string output;
+    std::string pictures;
+    bool replaces = false;
+};
 
 /// A text may be longer than a pool file can be, so it is read piece by piece.
 std::ifstream openText(fs::path const &path)
@@ -37,8 +46,7 @@ std::ifstream openText(fs::path const &path)
     return text;
 }
 
-} // namespace
-
+/// Makes the pool file of a text form, in one step. Without a folder, pictures are looked for beside the text.
 void importText(fs::path const &path, fs::path const &output, fs::path const &pictures, bool replaces)
 {
     std::error_code ignored;
@@ -58,6 +66,26 @@ void importText(fs::path const &path, fs::path const &output, fs::path const &pi
     pool.write({reinterpret_cast<char const *>(image.GetData()), static_cast<std::size_t>(image.GetSize())});
     pool.close();
     pool.commit();
+}
+
+} // namespace
+
+void addImport(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand("import", "Makes a pool file of its text.\n"
+                                                                "  okt import link.json -o link.okt");
+    auto const options = std::make_shared<Options>();
+    command->add_option("JSON", options->text, "a text that okt export made; - for standard input")->required();
+    command->add_option("-o,--output", options->output, "the pool file; - for standard output")->required();
+    command->add_option("--pictures", options->pictures, "the folder with the pictures; that of the text without this option")
+        ->type_name("DIR");
+    command->add_flag("--force", options->replaces, "replace files that exist");
+    command->callback([&line, options] {
+        line.run = [options] {
+            importText(utf8Path(options->text), utf8Path(options->output), utf8Path(options->pictures), options->replaces);
+            return kDone;
+        };
+    });
 }
 
 } // namespace okt

@@ -24,6 +24,13 @@ namespace
 
 namespace fs = std::filesystem;
 
+struct Options
+{
+    std::string pool;
+    int number = 0; ///< in the pool's list of pictures, counted from 0
+    std::string image;
+};
+
 /// The pictures of a pool file, and where they lie in it.
 struct PictureFile
 {
@@ -138,8 +145,8 @@ void writeImage(CByteArray const &image, fs::path const &path)
     pending.commit();
 }
 
-} // namespace
-
+/// Writes the bytes of a picture to a file in one step, or to standard output. Only the header and the pictures are read where
+/// that is enough. False: the file has a fault for which the picture cannot be had, and it was told.
 bool picture(fs::path const &path, int index, fs::path const &output)
 {
     if (readableLength(path) == 0)
@@ -165,6 +172,25 @@ bool picture(fs::path const &path, int index, fs::path const &output)
     writeImage(*image, output);
     print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + std::to_string(image->GetSize()) + " bytes\n");
     return true;
+}
+
+} // namespace
+
+void addPicture(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("picture", "Writes a picture of a pool file to a file, as it was stored.\n"
+                                           "  okt picture templates/link-d12.okt -o link.png");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->pool, "a pool file")->required();
+    command->add_option("--index", options->number, "which picture of the pool, counted from 0; 0 without this option")
+        ->check(CLI::NonNegativeNumber);
+    command->add_option("-o,--output", options->image, "the file for the picture; - for standard output")->required();
+    command->callback([&line, options] {
+        line.run = [options] {
+            return picture(utf8Path(options->pool), options->number, utf8Path(options->image)) ? kDone : kFailed;
+        };
+    });
 }
 
 } // namespace okt

@@ -2,17 +2,37 @@
 
 #include "console.h"
 #include "failure.h"
+#include "files.h"
 #include "partialprinter.h"
 #include "poolprinter.h"
 #include "poolreader.h"
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace okt
 {
 
 namespace
 {
+
+/// What of a pool file is shown.
+enum class ShowWhat
+{
+    All,
+    Index,  ///< the index object; only this part of the file is read
+    Preview ///< the pictures, likewise
+};
+
+struct Options
+{
+    std::vector<std::string> files;
+    std::string unit = "mm";
+    bool withIds = false;
+    bool indexOnly = false;
+    bool previewOnly = false;
+};
 
 struct Shown
 {
@@ -47,18 +67,18 @@ std::optional<Shown> shownOrTold(std::filesystem::path const &path, DisplayUnit 
     }
 }
 
-} // namespace
-
-bool show(std::vector<std::filesystem::path> const &files, std::string const &unit, bool withIds, ShowWhat what)
+/// A fault in one file goes to standard error, behind what could be read of it, and the next is shown all the same.
+int show(Options const &options)
 {
-    DisplayUnit const *const displayed = findUnit(unit);
+    DisplayUnit const *const displayed = findUnit(options.unit);
     if (displayed == nullptr)
-        throw Failure("--unit", "", "there is no unit " + unit);
+        throw Failure("--unit", "", "there is no unit " + options.unit);
+    ShowWhat const what = options.indexOnly ? ShowWhat::Index : options.previewOnly ? ShowWhat::Preview : ShowWhat::All;
     bool ok = true;
     bool first = true;
-    for (std::filesystem::path const &path : files)
+    for (std::string const &file : options.files)
     {
-        std::optional<Shown> const shown = shownOrTold(path, *displayed, withIds, what);
+        std::optional<Shown> const shown = shownOrTold(utf8Path(file), *displayed, options.withIds, what);
         if (shown)
         {
             print((first ? "" : "\n") + shown->text);
@@ -68,7 +88,26 @@ bool show(std::vector<std::filesystem::path> const &files, std::string const &un
         }
         ok = ok && shown && shown->fault.empty();
     }
-    return ok;
+    return ok ? kDone : kFailed;
+}
+
+} // namespace
+
+void addShow(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("show", "Prints pool files: header, categories, parameters, relations, sizes.\n"
+                                        "  okt show templates/link-no4.okt --unit in");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->files, "pool files")->required();
+    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+    command->add_flag("--ids", options->withIds, "also print the ids of parameters, their categories and owners");
+    CLI::Option *const index = command->add_flag("--index", options->indexOnly,
+                                                 "only the index: title, keywords, counts; only this part of the file is read");
+    command->add_flag("--preview", options->previewOnly, "only the pictures: where they lie, format, size; likewise")
+        ->excludes(index);
+    command->callback([&line, options] { line.run = [options] { return show(*options); }; });
 }
 
 } // namespace okt
