@@ -412,7 +412,8 @@ try
     if (!checkType(VarAnsiString) || !readCount(count, 1))
         return false;
     BYTE const *const bytes = payload();
-    auto const length = static_cast<int>(std::find(bytes, bytes + count, BYTE{0}) - bytes);
+    auto const *const zero = static_cast<BYTE const *>(std::memchr(bytes, 0, static_cast<std::size_t>(count)));
+    auto const length = zero == nullptr ? count : static_cast<int>(zero - bytes);
     BYTE const all = std::accumulate(bytes, bytes + length, BYTE{0}, std::bit_or<>());
     if (all < 0x80 && OktThreadCodePageKeepsAscii())
         text.SetUnits(length, [bytes](WCHAR *units, int size) { std::copy_n(bytes, size, units); });
@@ -467,8 +468,9 @@ bool OKTByteFiler::readIdFrame(unsigned char *guid)
 try
 {
     constexpr int kSize = static_cast<int>(kIdFrame.size());
-    if (m_mode != 0 || !isBeforeEnd(kSize - 1) || !fetchIdFrame(payload(), guid))
+    if (m_mode != 0 || !isBeforeEnd(kSize - 1) || !isIdFrame(payload()))
         return false;
+    fetchGuid(payload(), guid);
     m_position += kSize;
     return true;
 }

@@ -30,6 +30,8 @@ public:
     T &at(int index) { return m_elements.at(static_cast<std::size_t>(index)); }
     T const &at(int index) const { return m_elements.at(static_cast<std::size_t>(index)); }
 
+    /// Makes room for that many elements in all.
+    void reserve(int count) { m_elements.reserve(static_cast<std::size_t>(count)); }
     /// Adds `n` copies at the end and gives the size before.
     int append(ARG element, int n = 1)
     {

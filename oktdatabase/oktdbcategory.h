@@ -15,6 +15,7 @@ class OKT_API OKTDbCategory : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
+    std::int64_t frameSize() const override;
 
     int parameterCount() const;
     /// A default id outside the list.

@@ -5,6 +5,8 @@
 #include <oktdatabase/oktfilerstatus.h>
 #include <oktdatabase/oktruntimeclass.h>
 
+#include <cstdint>
+
 class OKTFiler;
 
 /// The members that every stored class repeats. `slot` is `virtual` in the root and empty below it, `tail` is empty in the root
@@ -78,6 +80,9 @@ class OKT_API OKTDbObject
     /// Reads or writes the class frame of this object. An exception inside is reported and counts as success (quirk 6).
     virtual FilerStatusDb xmlIn(OKTFiler *filer);
     virtual FilerStatusDb xmlOut(OKTFiler *filer) const;
+
+    /// About how many bytes the frame takes in a pool file, by which room is made for it ahead. 0: not known.
+    virtual std::int64_t frameSize() const { return 0; }
 
     OKTDbObjectId objectId() const { return m_objectId; }
     /// As a rule called by the pool only.

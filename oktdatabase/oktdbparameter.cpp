@@ -454,6 +454,15 @@ std::int64_t storedSize(tagVARIANT const &value)
 }
 } // namespace
 
+std::int64_t OKTDbParameter::frameSize() const
+{
+    bool const isText = m_varValue.vt == VT_BSTR;
+    std::int64_t const valueSize =
+        isText ? OKTFrameWriter::kTextHead + 2 * SysStringLen(m_varValue.bstrVal) : storedSize(m_varValue);
+    std::size_t const units = m_strUserName.View().size() + m_strExpression.View().size() + m_strDescription.View().size();
+    return kFixedSize + valueSize + 2 * static_cast<std::int64_t>(units) + kIdSize * m_tabIdsParams.getSize();
+}
+
 // True: the frame is written. Texts as values and kinds that have no stored form go member by member.
 bool OKTDbParameter::writeWhole(OKTFiler &filer) const
 {
@@ -514,9 +523,9 @@ try
     if (ownsMemory(m_varValue.vt))
         return false;
     OKTFrameReader frame(filer);
-    OKTDbObjectId id;
-    OKTDbObjectId category;
-    OKTDbObjectId owner;
+    OKTStoredId id;
+    OKTStoredId category;
+    OKTStoredId owner;
     OKTStoredText name;
     OKTStoredText expression;
     OKTStoredText description;
@@ -550,10 +559,10 @@ try
     IdArray ids;
     for (; count > 0; --count)
     {
-        OKTDbObjectId used;
+        OKTStoredId used;
         if (!frame.takeId(used))
             return false;
-        ids.append(idForList(used));
+        ids.append(idForList(frame.makeId(used)));
     }
     if (!frame.takeText(expression) || !frame.take(kBeforeDescription) || !frame.takeText(description) ||
         !frame.take(kBehindDescription))
@@ -566,14 +575,14 @@ try
         !frame.makeText(description, descriptionText))
         return false;
     frame.finish();
-    setObjectId(id);
+    setObjectId(frame.makeId(id));
     m_strUserName = std::move(nameText);
     m_nParamType = type;
     m_varValue = value;
     m_varValue.vt = static_cast<VARTYPE>(kind);
     m_nListIndex = listIndex;
-    m_idCategory = category;
-    m_idOwner = owner;
+    m_idCategory = frame.makeId(category);
+    m_idOwner = frame.makeId(owner);
     m_tabIdsParams = std::move(ids);
     m_strExpression = std::move(expressionText);
     m_strDescription = std::move(descriptionText);

@@ -29,6 +29,7 @@ class OKT_API OKTDbParameter : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
+    std::int64_t frameSize() const override;
 
     /// A deep copy; the list index stays.
     virtual void setValue(tagVARIANT const &value);

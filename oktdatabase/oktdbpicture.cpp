@@ -4,6 +4,7 @@
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktsmartansistring.h>
 #include <oktdatabase/okttools.h>
+#include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 
 #include <algorithm>
@@ -27,11 +28,14 @@ public:
     explicit PictureText(CByteArray const &data) : m_data(data)
     {
         base64EncodedLength(data.GetSize(), kTextForm); // raises for data that are too long
-        std::int64_t const size = data.GetSize();
-        m_length = size / 3 * 4 + (size % 3 == 0 ? 0 : size % 3 + 1);
+        m_length = lengthOf(data.GetSize());
     }
 
-    int chunkCount() const { return static_cast<int>((m_length + kChunk - 1) / kChunk); }
+    // Characters of the text of that many bytes, and chunks of that many characters.
+    static std::int64_t lengthOf(std::int64_t size) { return size / 3 * 4 + (size % 3 == 0 ? 0 : size % 3 + 1); }
+    static std::int64_t chunksOf(std::int64_t length) { return (length + kChunk - 1) / kChunk; }
+
+    int chunkCount() const { return static_cast<int>(chunksOf(m_length)); }
 
     // Good until the next call.
     CString const &chunk(int index)
@@ -331,5 +335,18 @@ try
     return frame.status();
 }
 OKT_ANSWER_ZERO
+
+std::int64_t OKTDbPicture::frameSize() const
+{
+    constexpr std::size_t kTextHead = OKTFrameWriter::kTextHead;
+    constexpr std::size_t kPoint = (beginClass("OKTGeXYZ", 1) + beginMembers(1) + kEndMembers + kEndClass).size() + 3 * 9;
+    constexpr auto kSections =
+        beginMembers(1) + kEndMembers + beginMembers(2) + longRecord(0) + kEndMembers + beginMembers(3) + kEndMembers;
+    constexpr std::size_t kFixed =
+        beginClass("OKTDbPicture", 3).size() + kObjectFrame.size() + kSections.size() + 3 * kPoint + kEndClass.size();
+    std::int64_t const text = PictureText::lengthOf(m_pictureData.GetSize());
+    std::int64_t const chunks = std::max<std::int64_t>(PictureText::chunksOf(text), 1);
+    return static_cast<std::int64_t>(kFixed) + chunks * static_cast<std::int64_t>(kTextHead) + text;
+}
 
 OKT_STORED_CLASS_SOURCE(OKTDbPicture)

@@ -17,6 +17,7 @@ class OKT_API OKTDbPicture : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
+    std::int64_t frameSize() const override;
 
     /// Camera position, target point, up vector.
     void getCameraData(OKTGeXYZ &camera, OKTGeXYZ &target, OKTGeXYZ &up) const;

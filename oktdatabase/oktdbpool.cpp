@@ -2,6 +2,7 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbparameter.h>
+#include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktidreplacements.h>
 #include <oktdatabase/oktmemoryfiler.h>
@@ -11,6 +12,7 @@
 #include <oktdatabase/oktxmlfiler.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <memory>
 #include <typeinfo>
@@ -39,39 +41,41 @@ private:
     bool &m_flag;
 };
 
-// Foretells the length of an image from its first objects, so that it need not be moved again and again while it grows. The
-// order of ids mixes the classes well. Few large objects at the start do not count: of the objects so far and the later half of
-// them, those that promise less are believed.
-class ImageOutlook
+// The classes of the objects that a load has met, by the place of one object of each: a name that is the same bytes is not
+// looked up again. The last one stands first, since objects of one class often follow each other.
+class KnownClasses
 {
 public:
-    explicit ImageOutlook(int objects)
-        : m_objects(static_cast<unsigned int>(objects)), m_enough(std::clamp(m_objects / 16, 64u, 4096u))
+    /// The class of the object at `place`, where the filer stands; null: there is none of that name. False: nor is there a name.
+    bool find(OKTMemoryFiler &filer, int place, OKTRuntimeClass *&descriptor)
     {
-    }
-
-    /// `objects` are written, and the image has that length.
-    void look(unsigned int objects, std::int64_t length, OKTMemoryFiler &filer)
-    {
-        if (objects == 0)
-            m_start = length;
-        else if (objects == m_enough / 2)
-            m_half = length;
-        else if (objects == m_enough)
+        auto const isSame = [&](Known const &known) { return filer.isSameClassAt(known.place, place); };
+        auto known = std::find_if(m_known.begin(), m_end, isSame);
+        if (known == m_end)
         {
-            double const all = static_cast<double>(length - m_start) / objects;
-            double const half = static_cast<double>(length - m_half) / (objects - objects / 2);
-            double const left = std::min(all, half) * (m_objects - objects);
-            filer.expectLength(length + static_cast<std::int64_t>(left * 1.05));
+            CString className;
+            if (!filer.OKTMemoryFiler::readNextObjectClass(className))
+                return false;
+            OKTRuntimeClass *const *const entry = g_RuntimeClass.find(className);
+            known = m_end == m_known.end() ? m_end - 1 : m_end++;
+            *known = {place, entry == nullptr ? nullptr : *entry};
         }
+        std::iter_swap(m_known.begin(), known);
+        descriptor = m_known.front().descriptor;
+        return true;
     }
 
 private:
-    unsigned int m_objects;
-    unsigned int m_enough; // objects
-    std::int64_t m_start = 0;
-    std::int64_t m_half = 0; // the length when half of these were written
+    struct Known
+    {
+        int place;
+        OKTRuntimeClass *descriptor;
+    };
+
+    std::array<Known, 8> m_known;
+    std::array<Known, 8>::iterator m_end = m_known.begin();
 };
+
 } // namespace
 
 OKTDbPool::OKTDbPool() : m_objectId(OKTDbObjectId::createObjectId(this)) {}
@@ -399,6 +403,35 @@ try
 OKT_ANSWER_ZERO
 
 // Either map gets what is translated, or all ids are replaced as they are written.
+// About how many bytes the frames of all objects take, rather more than less, so that an image grows in one block. Of a large
+// pool a part is asked, spread over the pool, and each of the pictures, which are few and large.
+std::int64_t OKTDbPool::expectedSize() const
+{
+    constexpr int kAsked = 1024;
+    constexpr std::int64_t kUnknown = 512; // an object of a client module
+    int const step = m_mapObjects.getSize() / kAsked + 1;
+    std::int64_t asked = 0;
+    std::int64_t others = 0;
+    std::int64_t pictures = 0;
+    int skipped = 0;
+    for (auto const &[id, object] : m_mapObjects)
+    {
+        if (++skipped < step || object == nullptr)
+            continue;
+        skipped = 0;
+        ++asked;
+        std::int64_t const size = object->frameSize();
+        if (typeid(*object) != typeid(OKTDbPicture))
+            others += size == 0 ? kUnknown : size;
+    }
+    for (OKTDbObjectId const &id : m_tabPictures.ids())
+        if (OKTDbObject *const *const entry = m_mapObjects.find(id); entry != nullptr && *entry != nullptr)
+            pictures += (*entry)->frameSize();
+    double const all =
+        static_cast<double>(others) / static_cast<double>(std::max<std::int64_t>(asked, 1)) * m_mapObjects.getSize();
+    return static_cast<std::int64_t>(all * (step == 1 ? 1.0 : 1.05)) + pictures + 64;
+}
+
 bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const
 {
     image.RemoveAll();
@@ -420,7 +453,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
     if (xmlOut(&filer, info) != eFilerOk)
         return false;
     long const objectsStart = filer.GetFilerLength();
-    ImageOutlook outlook(m_mapObjects.getSize());
+    filer.expectLength(objectsStart + expectedSize());
     // By position: an object may take itself out of the pool while it is written.
     for (unsigned int i = 0; i < static_cast<unsigned int>(m_mapObjects.getSize()); ++i)
     {
@@ -429,7 +462,6 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
         if (object == nullptr)
             continue;
         long const start = filer.GetFilerLength();
-        outlook.look(i, start, filer);
         if (object->xmlOut(&filer) != eFilerOk)
             return false;
         while (next != special.end() && *next < id)
@@ -466,7 +498,9 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
         std::copy_n(bytes.GetData() + objectsStart, objectsSize, head.Extend(objectsSize));
         bytes = std::move(head);
     }
-    bytes.FreeExtra();
+    constexpr int kWaste = 16; // a part that is not worth giving back: the next save takes the block again, as large as it is
+    if (bytes.GetCapacity() - bytes.GetSize() > bytes.GetSize() / kWaste)
+        bytes.FreeExtra();
     image = std::move(bytes);
     return true;
 }
@@ -481,20 +515,19 @@ OKT_ANSWER_ZERO
 
 bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
 {
-    OKTTextTable texts;
+    OKTTextTable texts(image.GetSize());
     filer.readInPlace(image);
     filer.shareTexts(&texts);
     int headerLength;
     InfoMap info;
     if (!filer.readInt(CString(), headerLength) || xmlIn(&filer, info) != eFilerOk)
         return false;
-    CString className;
-    int place = -1;
-    OKTRuntimeClass *descriptor = nullptr;
-    for (bool isSame = false; filer.readNextObjectClass(className, place, isSame);)
+    KnownClasses classes;
+    for (int place; filer.moveToNextObject(place);)
     {
-        OKTRuntimeClass *const *const entry = isSame ? &descriptor : g_RuntimeClass.find(className);
-        descriptor = entry == nullptr ? nullptr : *entry;
+        OKTRuntimeClass *descriptor;
+        if (!classes.find(filer, place, descriptor))
+            break;
         OKTDbObject *const object = descriptor == nullptr ? nullptr : descriptor->CreateObject();
         if (!readObject(filer, object))
             return false;

@@ -172,6 +172,7 @@ private:
 
     bool adoptObject(OKTDbObject *object, OKTDbObjectId const &id);
     bool appendReadObject(OKTDbObject *object);
+    std::int64_t expectedSize() const;
     bool makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const;
     bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, bool &isRefused) const;
     bool loadThrough(OKTMemoryFiler &filer, CByteArray const &image);

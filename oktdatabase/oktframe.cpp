@@ -84,12 +84,13 @@ bool writeIds(OKTFiler &filer, IdArray const &ids)
 void readIds(OKTFiler &filer, IdArray &ids, int count)
 {
     OKTFrameReader frames(filer);
-    OKTDbObjectId id;
+    ids.reserve(
+        static_cast<int>(std::min<std::ptrdiff_t>(count, frames.left() / static_cast<std::ptrdiff_t>(kIdFrame.size()))));
+    OKTStoredId id;
     while (ids.getSize() < count && frames.takeId(id))
-    {
-        ids.append(idForList(id));
+        ids.append(idForList(frames.makeId(id)));
+    if (ids.getSize() > 0)
         frames.finish();
-    }
 }
 } // namespace
 

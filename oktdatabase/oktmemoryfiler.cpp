@@ -396,19 +396,13 @@ try
 }
 OKT_ANSWER_ZERO
 
-bool OKTMemoryFiler::readNextObjectClass(CString &className, int &place, bool &isSame)
-try
+bool OKTMemoryFiler::moveToNextObject(int &place)
 {
-    int where;
-    isSame = m_bytes.findNextObject(where) && m_bytes.isSameClassAt(place, where);
-    if (isSame)
-        m_bytes.setPosition(where);
-    else if (!OKTMemoryFiler::readNextObjectClass(className))
+    if (!m_bytes.findNextObject(place))
         return false;
-    place = where;
+    m_bytes.setPosition(place);
     return true;
 }
-OKT_ANSWER_ZERO
 
 bool OKTMemoryFiler::skipToNextObject() { return false; }
 

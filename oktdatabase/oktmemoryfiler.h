@@ -68,9 +68,10 @@ public:
     /// The class name of the next object frame at or behind the position, which comes to stand on it. False: none, position
     /// unmoved.
     virtual bool readNextObjectClass(CString &className);
-    /// The same for a reader that keeps the name and the place of the object before, -1 for none: when both are of one class, the
-    /// name is left as it is, and `isSame` is true.
-    bool readNextObjectClass(CString &className, int &place, bool &isSame);
+    /// Goes to that frame and tells its place. False: none, position unmoved.
+    bool moveToNextObject(int &place);
+    /// Two frames begin at these places with the same class name.
+    bool isSameClassAt(int first, int second) const { return m_bytes.isSameClassAt(first, second); }
     /// Always false.
     virtual bool skipToNextObject();
     /// The size of the buffer in bytes, in either mode.

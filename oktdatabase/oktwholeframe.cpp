@@ -2,13 +2,6 @@
 
 namespace
 {
-std::uint64_t fourUnits(BYTE const *units)
-{
-    std::uint64_t four;
-    std::memcpy(&four, units, sizeof four);
-    return four;
-}
-
 bool hasZeroUnit(OKTStoredText const &text)
 {
     std::size_t const size = 2 * static_cast<std::size_t>(text.count);
@@ -16,7 +9,7 @@ bool hasZeroUnit(OKTStoredText const &text)
     std::uint64_t zeros = 0;
     for (; at + 8 <= size; at += 8) // four at a time
     {
-        std::uint64_t const units = fourUnits(text.units + at);
+        std::uint64_t const units = eightBytes(text.units + at);
         zeros |= (units - 0x0001000100010001u) & ~units & 0x8000800080008000u;
     }
     bool any = zeros != 0;
@@ -36,9 +29,9 @@ std::uint64_t scattered(OKTStoredText const &text)
         std::memcpy(&first, text.units, size);
         return (first ^ size) * kOdd;
     }
-    first = fourUnits(text.units);
-    std::uint64_t const last = fourUnits(text.units + size - sizeof last);
-    std::uint64_t const middle = fourUnits(text.units + (size - sizeof middle) / 2);
+    first = eightBytes(text.units);
+    std::uint64_t const last = eightBytes(text.units + size - sizeof last);
+    std::uint64_t const middle = eightBytes(text.units + (size - sizeof middle) / 2);
     return ((first ^ size) * kOdd ^ last) * kOdd ^ middle * (kOdd << 1 | 1);
 }
 
@@ -66,16 +59,6 @@ OKTFrameReader::OKTFrameReader(OKTFiler &filer)
     m_start = m_place = m_filer->unreadBytes(m_end);
 }
 
-bool OKTFrameReader::takeText(OKTStoredText &text)
-{
-    std::uint16_t count;
-    if (!takeRecord(VarWideString, count) || left() < 2 * count)
-        return false;
-    text = {m_place, count};
-    m_place += 2 * count;
-    return true;
-}
-
 bool OKTFrameReader::makeText(OKTStoredText const &stored, CString &text) const
 {
     if (m_filer->m_texts != nullptr)
@@ -92,6 +75,13 @@ void OKTFrameReader::finish()
     m_start = m_place;
 }
 
+// A place for each object or two, within bounds: the places take some time to make and belong into the near memory.
+OKTTextTable::OKTTextTable(int imageSize)
+    : m_mask(std::bit_ceil(static_cast<std::size_t>(std::clamp(imageSize / 512, 64, 8192))) - 1),
+      m_texts(std::make_unique<CString[]>(m_mask + 1))
+{
+}
+
 bool OKTTextTable::find(OKTStoredText const &stored, CString &text)
 {
     if (stored.count == 0)
@@ -100,7 +90,7 @@ bool OKTTextTable::find(OKTStoredText const &stored, CString &text)
         return true;
     }
     std::size_t const size = 2 * static_cast<std::size_t>(stored.count);
-    CString &place = m_texts[(scattered(stored) >> 40) % kPlaces];
+    CString &place = m_texts[(scattered(stored) >> 40) & m_mask];
     OktTextView const known = place.View();
     if (known.size() == static_cast<std::size_t>(stored.count) && std::memcmp(known.data(), stored.units, size) == 0)
     {

@@ -10,6 +10,7 @@
 #include <cassert>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 // Frames that are written and read as a whole. What is the same in every frame of a class lies ready as bytes and is copied or
 // compared in one piece; between these pieces stand the values. The outcome is that of the members one by one, which remain the
@@ -48,11 +49,44 @@ inline constexpr OKTBytes<1> kEndClass = {VarClassEnd};
 inline constexpr OKTBytes<1> kEndMembers = {VarMembersEnd};
 
 /// The frame of an id: four longs that hold the bytes of its GUID as they lie in memory.
-inline constexpr auto kIdFrame = beginClass("OKTObjectId", 1) + beginMembers(1) + longRecord(0) + longRecord(0) +
-                                 longRecord(0) + longRecord(0) + kEndMembers + kEndClass;
+constexpr auto idFrame(std::uint32_t word)
+{
+    return beginClass("OKTObjectId", 1) + beginMembers(1) + longRecord(word) + longRecord(word) + longRecord(word) +
+           longRecord(word) + kEndMembers + kEndClass;
+}
+inline constexpr auto kIdFrame = idFrame(0);
 inline constexpr int kIdWords = 26; // where the first of the four stands
 inline constexpr int kIdWordStep = 5;
 static_assert(kIdFrame.size() == 48 && std::endian::native == std::endian::little);
+
+/// The bits that are the same in the frames of all ids.
+inline constexpr auto kIdMask = [] {
+    OKTBytes<kIdFrame.size()> mask = idFrame(~0u);
+    for (std::size_t i = 0; i < mask.size(); ++i)
+        mask[i] = static_cast<BYTE>(~(mask[i] ^ kIdFrame[i]));
+    return mask;
+}();
+
+inline std::uint64_t eightBytes(BYTE const *bytes)
+{
+    std::uint64_t eight;
+    std::memcpy(&eight, bytes, sizeof eight);
+    return eight;
+}
+
+/// The piece stands at that place. Eight bytes at a time without a call, the last eight of them overlap.
+template <std::size_t N> bool isPiece(BYTE const *place, OKTBytes<N> const &piece)
+{
+    if constexpr (N < 8)
+        return std::memcmp(place, piece.data(), N) == 0;
+    else
+    {
+        std::uint64_t difference = eightBytes(place + N - 8) ^ eightBytes(piece.data() + N - 8);
+        for (std::size_t at = 0; at + 8 < N; at += 8)
+            difference |= eightBytes(place + at) ^ eightBytes(piece.data() + at);
+        return difference == 0;
+    }
+}
 
 inline void storeIdFrame(BYTE *place, unsigned char const *guid)
 {
@@ -61,18 +95,24 @@ inline void storeIdFrame(BYTE *place, unsigned char const *guid)
         std::memcpy(place + kIdWords + 1 + i * kIdWordStep, guid + 4 * i, 4);
 }
 
-/// False unless exactly the frame of an id stands there, in 48 bytes.
-inline bool fetchIdFrame(BYTE const *place, unsigned char *guid)
+/// Exactly the frame of an id stands there, in 48 bytes.
+inline bool isIdFrame(BYTE const *place)
 {
-    bool fits = std::memcmp(place, kIdFrame.data(), kIdWords) == 0;
-    for (int i = 0; i < 4; ++i)
-        fits = fits && place[kIdWords + i * kIdWordStep] == VarLong;
-    if (!fits || place[kIdFrame.size() - 2] != VarMembersEnd || place[kIdFrame.size() - 1] != VarClassEnd)
-        return false;
+    std::uint64_t difference = 0;
+    for (std::size_t at = 0; at < kIdFrame.size(); at += 8)
+        difference |= (eightBytes(place + at) ^ eightBytes(kIdFrame.data() + at)) & eightBytes(kIdMask.data() + at);
+    return difference == 0;
+}
+
+/// The GUID in the frame of an id.
+inline void fetchGuid(BYTE const *place, unsigned char *guid)
+{
     for (int i = 0; i < 4; ++i)
         std::memcpy(guid + 4 * i, place + kIdWords + 1 + i * kIdWordStep, 4);
-    return true;
 }
+
+/// The frame of the base class in that of an object.
+inline constexpr auto kObjectFrame = beginClass("OKTDbObject", 1) + beginMembers(1) + kIdFrame + kEndMembers + kEndClass;
 
 /// Puts the pieces of one frame behind each other, into room that is made for all of them at once.
 class OKTFrameWriter
@@ -123,6 +163,12 @@ private:
     BYTE *m_end = nullptr;
 };
 
+/// The frame of an id in a stream.
+struct OKTStoredId
+{
+    BYTE const *frame = nullptr;
+};
+
 /// The units of a text in a stream.
 struct OKTStoredText
 {
@@ -139,7 +185,7 @@ public:
 
     template <std::size_t N> bool take(OKTBytes<N> const &piece)
     {
-        if (left() < static_cast<std::ptrdiff_t>(N) || std::memcmp(m_place, piece.data(), N) != 0)
+        if (left() < static_cast<std::ptrdiff_t>(N) || !isPiece(m_place, piece))
             return false;
         m_place += N;
         return true;
@@ -147,19 +193,34 @@ public:
     bool takeShort(std::int16_t &value) { return takeRecord(VarShort, value); }
     bool takeLong(std::int32_t &value) { return takeRecord(VarLong, value); }
     bool takeDouble(double &value) { return takeRecord(VarDouble, value); }
-    bool takeText(OKTStoredText &text);
-    bool takeId(OKTDbObjectId &id)
+    bool takeText(OKTStoredText &text)
     {
-        if (left() < static_cast<std::ptrdiff_t>(kIdFrame.size()) ||
-            !fetchIdFrame(m_place, reinterpret_cast<unsigned char *>(&id.m_Guid)))
+        std::uint16_t count;
+        if (!takeRecord(VarWideString, count) || left() < 2 * count)
             return false;
-        id.m_pool = m_filer->m_pool;
+        text = {m_place, count};
+        m_place += 2 * count;
+        return true;
+    }
+    bool takeId(OKTStoredId &id)
+    {
+        if (left() < static_cast<std::ptrdiff_t>(kIdFrame.size()) || !isIdFrame(m_place))
+            return false;
+        id.frame = m_place;
         m_place += kIdFrame.size();
         return true;
     }
     /// The bytes that are left.
     std::ptrdiff_t left() const { return m_end - m_place; }
 
+    /// The id, in the pool of the filer.
+    OKTDbObjectId makeId(OKTStoredId const &stored) const
+    {
+        OKTDbObjectId id;
+        fetchGuid(stored.frame, reinterpret_cast<unsigned char *>(&id.m_Guid));
+        id.m_pool = m_filer->m_pool;
+        return id;
+    }
     /// The text, shared with an equal one that the filer met before. False when there is a zero unit in it, where it would end.
     bool makeText(OKTStoredText const &stored, CString &text) const;
     /// What was taken so far is read: the filer goes on behind it.
@@ -186,12 +247,15 @@ private:
 class OKTTextTable
 {
 public:
+    /// For the texts of an image of that many bytes.
+    explicit OKTTextTable(int imageSize);
+
     /// False, and `text` untouched, when there is a zero unit in it.
     bool find(OKTStoredText const &stored, CString &text);
 
 private:
-    static constexpr int kLongest = 64;          // units; a longer text is seldom met twice
-    static constexpr std::size_t kPlaces = 1024; // a power of two
+    static constexpr int kLongest = 64; // units; a longer text is seldom met twice
 
-    std::array<CString, kPlaces> m_texts;
+    std::size_t m_mask; // the number of places, a power of two, less 1
+    std::unique_ptr<CString[]> m_texts;
 };

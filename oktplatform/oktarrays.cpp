@@ -1,5 +1,11 @@
 #include <oktplatform/oktarrays.h>
 
+#if defined(_WIN32)
+#include <oktplatform/win32/oktnativememory.h>
+#else
+#include <oktplatform/posix/oktnativememory.h>
+#endif
+
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
@@ -28,19 +34,21 @@ public:
         std::free(m_block.exchange(nullptr));
     }
 
-    /// A block of `size` bytes with anything in it, or null.
-    void *take(int size)
+    /// A block of `size` bytes or an eighth more, with anything in it, or null. `size` becomes what it has.
+    void *take(int &size)
     {
         if (size < kLeast || size > kMost)
             return nullptr;
         Block *const block = m_block.exchange(nullptr);
         if (block == nullptr)
             return nullptr;
-        bool const fits = block->size / 2 <= size && size <= 2 * block->size;
-        void *const taken = fits ? std::realloc(block, static_cast<std::size_t>(size)) : nullptr;
-        if (taken == nullptr)
+        if (block->size < size || block->size - size > size / 8)
+        {
             std::free(block);
-        return taken;
+            return nullptr;
+        }
+        size = block->size;
+        return block;
     }
     void giveBack(void *memory, int size)
     {
@@ -57,7 +65,7 @@ private:
     };
 
     static constexpr int kLeast = 128 << 10; // smaller blocks the heap keeps itself
-    static constexpr int kMost = 16 << 20; // more is not worth holding
+    static constexpr int kMost = 16 << 20;   // more is not worth holding
 
     std::atomic<Block *> m_block = nullptr;
     std::atomic<bool> m_isEnded = false;
@@ -65,10 +73,23 @@ private:
 
 SpareBlock s_spare;
 
-void *allocate(int size)
+/// Blocks of that many bytes and more, of which no spare is kept, had better lie in large pages: the first touch of the many
+/// small ones takes longer than everything else in a save or a load of that size.
+constexpr int kManyPages = 32 << 20;
+
+/// What the heap gave, or null.
+BYTE *withPages(void *memory, int size)
+{
+    if (memory != nullptr && size >= kManyPages)
+        OktWishLargePages(memory, static_cast<std::size_t>(size));
+    return static_cast<BYTE *>(memory);
+}
+
+/// `size` becomes what the block has, which may be more.
+BYTE *allocate(int &size)
 {
     void *const spare = s_spare.take(size);
-    return spare != nullptr ? spare : std::malloc(static_cast<std::size_t>(size));
+    return withPages(spare != nullptr ? spare : std::malloc(static_cast<std::size_t>(size)), size);
 }
 
 void release(void *memory, int size)
@@ -85,7 +106,8 @@ bool CByteArray::tryReallocate(int capacity) noexcept
 {
     // An array that comes to hold much more.
     bool const isNew = m_data == nullptr || m_size < capacity / 4;
-    void *const memory = isNew ? allocate(capacity) : std::realloc(m_data, static_cast<std::size_t>(capacity));
+    BYTE *const memory =
+        isNew ? allocate(capacity) : withPages(std::realloc(m_data, static_cast<std::size_t>(capacity)), capacity);
     if (memory == nullptr)
         return false;
     if (isNew && m_data != nullptr)
@@ -93,7 +115,7 @@ bool CByteArray::tryReallocate(int capacity) noexcept
         std::memcpy(memory, m_data, static_cast<std::size_t>(m_size));
         std::free(m_data);
     }
-    m_data = static_cast<BYTE *>(memory);
+    m_data = memory;
     m_capacity = capacity;
     return true;
 }
@@ -152,11 +174,11 @@ void CByteArray::SetSize(int size, int growBy)
     if (size > m_capacity && m_size == 0)
     {
         // Fresh memory is zero already, so that its pages are not touched here.
-        void *const memory = std::calloc(static_cast<std::size_t>(size), 1);
+        BYTE *const memory = withPages(std::calloc(static_cast<std::size_t>(size), 1), size);
         if (memory == nullptr)
             throw std::bad_alloc();
         release(m_data, m_capacity);
-        m_data = static_cast<BYTE *>(memory);
+        m_data = memory;
         m_capacity = size;
     }
     else if (size > m_size)
@@ -238,11 +260,11 @@ void CByteArray::Copy(CByteArray const &other)
         return;
     if (other.m_size > m_capacity)
     {
-        void *const memory = std::malloc(static_cast<std::size_t>(other.m_size));
+        BYTE *const memory = withPages(std::malloc(static_cast<std::size_t>(other.m_size)), other.m_size);
         if (memory == nullptr)
             throw std::bad_alloc();
         std::free(m_data);
-        m_data = static_cast<BYTE *>(memory);
+        m_data = memory;
         m_capacity = other.m_size;
     }
     if (other.m_size != 0)

@@ -29,6 +29,8 @@ public:
     void FreeExtra();
     /// Makes room for that many bytes in all, where there is memory for it; the size stays.
     void Reserve(int capacity) noexcept;
+    /// The bytes that there is room for.
+    int GetCapacity() const { return m_capacity; }
 
     BYTE GetAt(int index) const;
     void SetAt(int index, BYTE value);

@@ -43,11 +43,11 @@ inline OktTextBuffer *makeBuffer(OktTextView units)
 }
 
 /// True when nobody else can see the buffer, so that it may be written.
-inline bool isOwn(OktTextBuffer const *buffer) { return buffer->references.load(std::memory_order_acquire) == 1; }
+inline bool isOwn(OktTextBuffer const *buffer) { return __atomic_load_n(&buffer->references, __ATOMIC_ACQUIRE) == 1; }
 
 inline void releaseBuffer(OktTextBuffer *buffer)
 {
-    if (isOwn(buffer) || buffer->references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    if (isOwn(buffer) || buffer->dropReference())
         freeBuffer(buffer);
 }
 

@@ -168,13 +168,6 @@ void CString::assignNarrow(char const *text)
 
 void CString::release() { releaseBuffer(buffer()); }
 
-CString &CString::operator=(CString const &other) noexcept
-{
-    if (this != &other)
-        *this = CString(other);
-    return *this;
-}
-
 // Two threads may look at one wrapped literal for the first time: one of the two conversions stays, the other is freed.
 OktTextView CString::wrappedView() const
 {

@@ -19,6 +19,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include <ext/atomicity.h>
+
 class CString;
 
 /// A character type that is not the unit of texts.
@@ -32,11 +34,14 @@ using OktTextView = std::basic_string_view<WCHAR>;
 /// The head of a text buffer; the units and a closing zero unit follow it in memory.
 struct OktTextBuffer
 {
-    std::atomic<int> references;
+    _Atomic_word references; ///< while the process has one thread, counting needs no locked instructions
     int length;   ///< in units, without the closing zero
     int capacity; ///< in units, without the closing zero
 
     WCHAR *units() { return reinterpret_cast<WCHAR *>(this + 1); }
+    void addReference() { __gnu_cxx::__atomic_add_dispatch(&references, 1); }
+    /// True: that was the last one.
+    bool dropReference() { return __gnu_cxx::__exchange_and_add_dispatch(&references, -1) == 1; }
 };
 
 /// One argument of CString::Format: a number, a character or a text. Made by implicit conversion, used at once.
@@ -94,7 +99,7 @@ public:
     CString(CString const &other) noexcept : m_word(other.word())
     {
         if (isBuffer())
-            buffer()->references.fetch_add(1, std::memory_order_relaxed);
+            buffer()->addReference();
     }
     CString(CString &&other) noexcept : m_word(other.word()) { other.m_word.store(0, std::memory_order_relaxed); }
     ~CString()
@@ -102,7 +107,7 @@ public:
         if (isBuffer())
             release();
     }
-    CString &operator=(CString const &other) noexcept;
+    CString &operator=(CString const &other) noexcept { return *this = CString(other); }
     CString &operator=(CString &&other) noexcept
     {
         if (this == &other)

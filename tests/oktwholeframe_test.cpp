@@ -301,7 +301,7 @@ TEST_F(WholeFrame, Texts_OfOneLoad_EqualOnesShareTheirUnits)
 
 TEST(TextTable, Find_ManyTexts_EachItself)
 {
-    auto const table = std::make_unique<OKTTextTable>();
+    auto const table = std::make_unique<OKTTextTable>(0);
     std::mt19937 random(3);
     for (int round = 0; round < 20000; ++round)
     {
@@ -317,4 +317,89 @@ TEST(TextTable, Find_ManyTexts_EachItself)
     CString untouched = u"as it was";
     EXPECT_FALSE(table->find({reinterpret_cast<BYTE const *>(broken.data()), 7}, untouched));
     EXPECT_EQ(untouched, u"as it was");
+}
+
+// --- The room that is made for a frame ---
+
+TEST(FrameSize, Parameter_AnyTextsValuesAndIds_TheBytesWritten)
+{
+    OKTDbParameter parameter(6, OKTDbObjectId::createObjectId(nullptr));
+    EXPECT_EQ(OKTDbParameter().frameSize(), written<OKTMemoryFiler>(OKTDbParameter()).GetSize());
+    parameter.setExpression(u"2 * D5 + 40");
+    parameter.setDescription(u"Position 7, see drawing");
+    IdArray ids;
+    for (int i = 0; i < 3; ++i)
+        ids.append(OKTDbObjectId::createObjectId(nullptr));
+    parameter.setTabParams(ids);
+    auto const expectExact = [&] { EXPECT_EQ(parameter.frameSize(), written<OKTMemoryFiler>(parameter).GetSize()); };
+    parameter.setValue(12.5, 1);
+    expectExact();
+    parameter.setValue(7, 1);
+    expectExact();
+    parameter.setValue(true, 1);
+    expectExact();
+    parameter.setValue(u"a text", 1);
+    expectExact();
+}
+
+TEST(FrameSize, Category_AnyIds_TheBytesWritten)
+{
+    OKTDbCategory category;
+    EXPECT_EQ(category.frameSize(), written<OKTMemoryFiler>(category).GetSize());
+    category.setCategoryName(u"Bars of the mesh");
+    for (int i = 0; i < 20; ++i)
+        category.appendParameter(OKTDbObjectId::createObjectId(nullptr));
+    EXPECT_EQ(category.frameSize(), written<OKTMemoryFiler>(category).GetSize());
+}
+
+TEST(FrameSize, Picture_AnySize_TheBytesWritten)
+{
+    // 49151 bytes fill a chunk of 65535 characters to the last but one.
+    for (int const size : {0, 1, 2, 3, 4, 49150, 49151, 49152, 49153, 200000})
+    {
+        OKTDbPicture picture;
+        CByteArray data;
+        data.SetSize(size);
+        picture.setPictureData(data);
+        EXPECT_EQ(picture.frameSize(), written<OKTMemoryFiler>(picture).GetSize()) << size;
+    }
+}
+
+TEST(FrameSize, OtherClasses_NotKnown) { EXPECT_EQ(OKTDbRelation().frameSize(), 0); }
+
+// The image grows in one block, which is little larger than the image.
+TEST(FrameSize, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
+{
+    for (int const count : {100, 1000, 20000})
+    {
+        OKTDbPool pool;
+        CByteArray data;
+        data.SetSize(16384);
+        for (int i = 0; i < count; ++i)
+        {
+            if (i % 1000 == 999)
+            {
+                auto *const picture = new OKTDbPicture;
+                picture->setPictureData(data);
+                pool.appendObject(picture);
+            }
+            else if (i % 21 == 0)
+            {
+                auto *const category = new OKTDbCategory;
+                for (int used = 0; used < 20; ++used)
+                    category->appendParameter(OKTDbObjectId::createObjectId(&pool));
+                pool.appendObject(category);
+            }
+            else
+            {
+                auto *const parameter = new OKTDbParameter(i % 82, OKTDbObjectId::kNull);
+                parameter->setValue(1.5 * i, 1);
+                pool.appendObject(parameter);
+            }
+        }
+        CByteArray image;
+        IdMap translated;
+        ASSERT_TRUE(pool.saveFiler(image, translated));
+        EXPECT_LE(image.GetCapacity(), image.GetSize() + image.GetSize() / 16) << count;
+    }
 }
