@@ -242,6 +242,35 @@ TEST_F(OktReport, Report_FileNameAndTitleOfMarkup_Escaped)
     EXPECT_THAT(text, Not(HasSubstr("<b>")));
 }
 
+// What is named often must not be told whole each time, and no text may bury the rest of the page.
+TEST_F(OktReport, Report_LongTexts_FoldedAndCutInReferences)
+{
+    std::string const longText(5000, 'x');
+    OKTDbPool pool;
+    pool.setPoolName(CString::FromUtf8(longText));
+    auto *const named = new OKTDbParameter(4, OKTDbObjectId());
+    auto *const using_ = new OKTDbParameter(39, OKTDbObjectId());
+    ASSERT_TRUE(pool.appendObject(named));
+    ASSERT_TRUE(pool.appendObject(using_));
+    named->setUserName(CString::FromUtf8(longText), false);
+    named->setValue(CString::FromUtf8(longText), 0);
+    using_->setUserName(u"Short", false);
+    using_->setValue(CString(u"4x0.15"), 0);
+    IdArray uses;
+    uses.append(named->objectId());
+    using_->setTabParams(uses);
+    ASSERT_TRUE(pool.writeFile(m_folder.path("long.okt")));
+    std::string const text = page({path("long.okt")});
+    std::string const folded = "<details class=\"text\"><summary>" + std::string(240, 'x') +
+                               "… <span class=\"note\">5\u202F000\u00A0characters</span></summary>" + longText + "</details>";
+    EXPECT_THAT(text, HasSubstr("<div><dt>Name</dt><dd>" + folded + "</dd></div>\n"));
+    EXPECT_THAT(text, HasSubstr("<td class=\"long\">" + folded + "</td>"));
+    EXPECT_THAT(text, HasSubstr("\">" + folded + "</th>"));
+    EXPECT_THAT(text, HasSubstr("<title>" + std::string(160, 'x') + "…</title>"));
+    EXPECT_THAT(text, HasSubstr("<span class=\"uses\">uses " + std::string(80, 'x') + "…</span>"));
+    EXPECT_LT(text.size(), 30000u);
+}
+
 TEST_F(OktReport, Report_LoopsAndDanglingIds_ShownAsSuch)
 {
     OKTDbPool pool;

@@ -100,6 +100,16 @@ with Browser(chromedriver, 1280, 900) as browser:
     check_equal(browser.run(visible, "article"), 46, "templates in the page")
     browser.screenshot(folder / "all-light.png")
 
+    # The side follows the reader.
+    browser.run("document.getElementById('t30').scrollIntoView()")
+    here = """const link = document.querySelector('nav.side [aria-current]');
+        if (!link || link.hash !== '#t30') return false;
+        const [box, side] = [link.getBoundingClientRect(), link.closest('nav').getBoundingClientRect()];
+        return box.top >= side.top && box.bottom <= innerHeight"""
+    check(browser.wait(here), "the template in sight is not marked at the side")
+    check(browser.run("const top = document.querySelector('#t30 h2').getBoundingClientRect().top; return top > 40 && top < 200"),
+          "a link to a template does not bring it to the top")
+
     # Search
     browser.type("#search", "closed no4 cutting")
     check(browser.wait("return document.getElementById('found').textContent"), "the search tells nothing")
@@ -198,7 +208,7 @@ with Browser(chromedriver, 1280, 900) as browser:
     # Paper
     text = printed_text(browser.pdf(), "one.pdf")
     for part in ["Closed link, No. 4", "Cutting length", "146.764 cm", "Quantity expression", "Spacing at the supports",
-                 "OKTDbParamRelation", "Bytes of the file"]:
+                 "OKTDbParamRelation", "Bytes of the file", "Share"]:
         check(part in text, f"{part} is not in print")
     check_equal(text.count("\f"), 2, "sheets of paper")
     check(re.search(r"1\s*/\s*2\s*\f", text), "the number of the sheet is not in print")

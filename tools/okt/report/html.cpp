@@ -14,6 +14,9 @@ namespace
 
 using namespace std::string_view_literals;
 
+/// More characters of a text are folded away.
+constexpr std::size_t kLongestOpen = 240;
+
 constexpr std::string_view kFirmBlank = "\xC2\xA0";
 constexpr std::string_view kNarrowBlank = "\xE2\x80\xAF"; // no line breaks at it
 
@@ -51,6 +54,28 @@ std::string escapedLine(std::string_view text)
 std::string html(CString const &text) { return escapedLine(printable(text)); }
 
 std::string html(std::string_view utf8) { return escapedLine(printable(utf8)); }
+
+std::string shortened(std::string const &text, std::size_t most)
+{
+    std::size_t count = 0;
+    for (std::size_t end = 0; end < text.size(); ++end)
+    {
+        bool const beginsCharacter = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
+        if (beginsCharacter && ++count > most)
+            return text.substr(0, end) + "\xE2\x80\xA6";
+    }
+    return text;
+}
+
+std::string unfolding(CString const &text)
+{
+    std::string const whole = printable(text);
+    std::string const beginning = shortened(whole, kLongestOpen);
+    if (beginning.size() >= whole.size())
+        return escapedLine(whole);
+    return "<details class=\"text\"><summary>" + escapedLine(beginning) + " <span class=\"note\">" +
+           counted(width(whole), "character") + "</span></summary>" + escapedLine(whole) + "</details>";
+}
 
 std::string attribute(char const *name, std::string const &value)
 {

@@ -18,6 +18,11 @@ std::string html(std::string_view utf8);
 /// A text that is printable already, with its escapes as they are.
 std::string escapedLine(std::string_view printableUtf8);
 
+/// The first characters of a printable text and an ellipsis; a text that is not longer stays as it is.
+std::string shortened(std::string const &printableUtf8, std::size_t most);
+/// A text of any length, as HTML: of a long one the beginning, with the rest folded away.
+std::string unfolding(CString const &text);
+
 /// " name="value"", the value being HTML already; nothing for an empty value.
 std::string attribute(char const *name, std::string const &value);
 

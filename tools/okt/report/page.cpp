@@ -13,6 +13,9 @@ namespace okt
 namespace
 {
 
+/// A longer text stands at the left of its column, in several lines.
+constexpr std::size_t kLongestShort = 28;
+
 constexpr char kDot[] = " \xC2\xB7 ";
 
 class Writer
@@ -179,14 +182,11 @@ private:
     {
         std::string const level = m_isSingle ? "h1" : "h2";
         m_text += "<article class=\"template\" id=\"" + facts.anchor + "\" aria-labelledby=\"" + facts.anchor +
-                  "-title\">\n<header>\n<" + level + " id=\"" + facts.anchor + "-title\">" + facts.title + "</" + level +
-                  ">\n<p class=\"sum\"><span class=\"file\">" + facts.file + "</span>";
+                  "-title\">\n<header>\n<" + level + " id=\"" + facts.anchor + "-title\">" + facts.title + "</" + level + ">\n";
         if (facts.isRead)
-        {
-            m_text += kDot + counted(facts.parameters, "parameter") + " in " + counted(facts.categories, "category") + kDot +
-                      counted(facts.objects, "object") + kDot + counted(facts.size, "byte");
-        }
-        m_text += "</p>\n";
+            m_text += "<p class=\"sum\"><span class=\"file\">" + facts.file + "</span>" + kDot +
+                      counted(facts.parameters, "parameter") + " in " + counted(facts.categories, "category") + kDot +
+                      counted(facts.objects, "object") + kDot + counted(facts.size, "byte") + "</p>\n";
         if (!facts.fault.empty())
             m_text += "<p class=\"fault\"><strong>" +
                       std::string(facts.isRead ? "This file has a fault; what could be read of it is shown."
@@ -323,7 +323,9 @@ private:
             return "<td class=\"num note\">none</td><td class=\"unit\"></td>";
         std::string const &text = value.texts[m_options.unit];
         std::string const &exact = value.exact[m_options.unit];
-        bool const isLong = !value.isNumber && text.size() > 28;
+        if (!value.folded.empty() && !value.hasUnit)
+            return "<td class=\"long\">" + value.folded + "</td><td class=\"unit\"></td>";
+        bool const isLong = !value.isNumber && text.size() > kLongestShort;
         std::string cells = "<td class=\"" + std::string(isLong ? "long" : "num") + "\"";
         if (value.hasUnit)
         {

@@ -45,19 +45,6 @@ char const *nameOf(RelationGraph::EdgeKind kind)
 
 bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
 
-/// At most so many characters of a text, with an ellipsis where some are left out.
-std::string shortened(std::string const &utf8, std::size_t most)
-{
-    if (width(utf8) <= most)
-        return utf8;
-    std::size_t count = 0;
-    std::size_t end = 0;
-    for (; end < utf8.size(); ++end)
-        if (beginsCharacter(utf8[end]) && ++count == most)
-            break;
-    return utf8.substr(0, end) + "\xE2\x80\xA6";
-}
-
 /// The width of a text in the letters of the drawing, rather too much than too little: the font is that of the reader's system.
 double textWidth(std::string const &utf8)
 {

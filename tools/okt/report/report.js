@@ -96,10 +96,9 @@
                     continue;
                 for (const word of words) {
                     for (let at = text.indexOf(word); at >= 0; at = text.indexOf(word, at + word.length)) {
-                        const range = new Range();
-                        range.setStart(node, at);
-                        range.setEnd(node, at + word.length);
-                        ranges.push(range);
+                        // Static: live ones would be looked at by each later change of the page.
+                        ranges.push(new StaticRange({ startContainer: node, startOffset: at, endContainer: node,
+                            endOffset: at + word.length }));
                     }
                 }
             }
@@ -257,20 +256,22 @@
 
         const links = new Map(all('nav.side li[data-of]').map(item => [item.dataset.of, item.firstChild]));
         if (links.size > 0 && 'IntersectionObserver' in window) {
+            const side = document.querySelector('nav.side');
+            const inSight = new Set();
             let here = null;
             const observer = new IntersectionObserver(entries => {
-                for (const entry of entries) {
-                    const link = links.get(entry.target.id);
-                    if (!entry.isIntersecting || link === here)
-                        continue;
-                    here?.removeAttribute('aria-current');
-                    here = link;
-                    here.setAttribute('aria-current', 'true');
-                    const side = here.closest('nav');
-                    const top = here.offsetTop - side.offsetTop;
-                    if (top < side.scrollTop || top + here.offsetHeight > side.scrollTop + side.clientHeight)
-                        side.scrollTop = top - side.clientHeight / 3;
-                }
+                for (const entry of entries)
+                    inSight[entry.isIntersecting ? 'add' : 'delete'](entry.target);
+                const first = templates.find(template => inSight.has(template.element));
+                const link = first && links.get(first.element.id);
+                if (!link || link === here)
+                    return;
+                here?.removeAttribute('aria-current');
+                here = link;
+                here.setAttribute('aria-current', 'true');
+                const [box, frame] = [here.getBoundingClientRect(), side.getBoundingClientRect()];
+                if (box.top < frame.top || box.bottom > frame.bottom)
+                    side.scrollTop += box.top - frame.top - frame.height / 3;
             }, { rootMargin: '-15% 0px -75% 0px' });
             for (const template of templates)
                 observer.observe(template.element);

@@ -34,6 +34,11 @@ constexpr std::array<int, kUnits> kDecimals = {2, 3, 5, 3, 4};
 constexpr double kFewSteps = 100;
 constexpr int kFewDigits = 3;
 
+/// Names are cut behind so many characters where they refer to something, and behind those of a heading.
+constexpr std::size_t kLongestReference = 80;
+constexpr std::size_t kLongestTitle = 160;
+constexpr std::size_t kLongestValue = 160;
+
 constexpr char kNotHere[] = " (not in this file)";
 
 std::string idText(OKTDbObjectId const &id) { return html(id.getGuidAsString(false)); }
@@ -78,7 +83,15 @@ void putValue(PageValue &shown, std::size_t unit, OKTDbParameter const &paramete
         exact = shown.hasUnit ? rounded(value.dblVal, kAllDigits) : number(value.dblVal);
         text = shown.hasUnit ? length(value.dblVal, kDecimals[unit]) : exact;
         break;
-    case VT_BSTR: text = html(CString(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal)))); break;
+    case VT_BSTR:
+    {
+        CString const held(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal)));
+        exact = html(held);
+        text = escapedLine(shortened(printable(held), kLongestValue));
+        if (text.size() < exact.size())
+            shown.folded = unfolding(held);
+        break;
+    }
     case VT_BOOL: text = value.lVal == 0 ? "no" : value.lVal == -1 ? "yes" : std::to_string(value.lVal); break;
     default: text = "?"; break;
     }
@@ -133,10 +146,13 @@ std::string pointText(OKTGeXYZ const &point)
 }
 
 /// An expression that may go on in another line behind an operator.
-std::string breakable(std::string const &expression)
+std::string breakable(CString const &expression)
 {
+    std::string const text = unfolding(expression);
+    if (text.starts_with('<'))
+        return text; // too long to be read as a whole
     std::string result;
-    for (char const c : expression)
+    for (char const c : text)
     {
         result += c;
         // A semicolon may end an escape of HTML, behind which a break does no harm.
@@ -218,7 +234,7 @@ private:
         if (target == nullptr)
             return id.isNull() ? "no object" : printable(id.getGuidAsString(false)) + kNotHere;
         if (CString const name = nameOf(target); !name.IsEmpty())
-            return printable(name);
+            return shortened(printable(name), kLongestReference);
         return printable(classOf(target)) + " " + printable(id.getGuidAsString(false));
     }
 
@@ -300,7 +316,7 @@ private:
     PageCategory categoryOf(OKTDbCategory const &category)
     {
         PageCategory shown;
-        shown.title = reference(category.objectId());
+        shown.title = category.CategoryName().IsEmpty() ? reference(category.objectId()) : unfolding(category.CategoryName());
         shown.id = idText(category.objectId());
         // A list may name a category any number of times.
         shown.isAbove = !m_shown.insert(category.objectId()).second;
@@ -358,11 +374,11 @@ private:
         }
         std::string const typeName = html(parameter.getTypeName());
         shown.id = idText(id);
-        shown.name = reference(id);
+        shown.name = parameter.UserName().IsEmpty() ? reference(id) : unfolding(parameter.UserName());
         shown.type = std::to_string(parameter.Type()) + (typeName.empty() ? "" : " " + typeName);
         shown.list = html(parameter.getListIndex());
-        shown.expression = breakable(html(parameter.Expression()));
-        shown.description = html(parameter.Description());
+        shown.expression = breakable(parameter.Expression());
+        shown.description = unfolding(parameter.Description());
         shown.kind = kindName(parameter.Value().vt);
         for (OKTDbObjectId const &used : parameter.TabParams())
             shown.uses.push_back(reference(used));
@@ -502,7 +518,7 @@ private:
             stretch.className = frame.className.IsEmpty() ? "an object" : html(frame.className);
             if (OKTDbObject const *const found = frame.id ? object(toId(*frame.id)) : nullptr)
                 if (CString const name = nameOf(found); !name.IsEmpty())
-                    stretch.name = html(name);
+                    stretch.name = escapedLine(shortened(printable(name), kLongestReference));
             m_facts.stretches.push_back(std::move(stretch));
             at = offset + static_cast<std::uint64_t>(frame.size);
         }
@@ -547,7 +563,13 @@ void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::str
     facts.isRead = true;
     facts.size = static_cast<std::uint64_t>(file.size);
     if (CString const name = file.pool->poolName(); !name.IsEmpty())
-        facts.title = html(name);
+    {
+        std::string const whole = printable(name);
+        std::string const title = shortened(whole, kLongestTitle);
+        facts.title = escapedLine(title);
+        if (title.size() < whole.size())
+            facts.header.push_back({"Name", unfolding(name)});
+    }
     Collector(file, values, facts).run();
 }
 

@@ -23,6 +23,7 @@ struct PageValue
 {
     std::array<std::string, kPageUnits.size()> texts; ///< with as many digits as a drawing needs
     std::array<std::string, kPageUnits.size()> exact; ///< with all digits
+    std::string folded;                               ///< a long text, with its rest folded away
     bool isNumber = false;
     bool isAbsent = false;
     bool hasUnit = false; ///< it is a length, or holds some
