@@ -201,6 +201,11 @@ with Browser(chromedriver, 1280, 900) as browser:
     for width in (320, 500, 760, 1100, 1920):
         browser.size(width, 900, mobile=width < 700)
         check_equal(browser.run("return document.documentElement.scrollWidth - innerWidth"), 0, f"too wide at {width}")
+        # A template cuts off what hangs over its own edge.
+        over = """const box = document.querySelector('article').getBoundingClientRect();
+            return Array.from(document.querySelectorAll('article *')).filter(e => !e.closest('.scroll') && e.checkVisibility() &&
+                e.getBoundingClientRect().right > box.right + 1).map(e => e.tagName + '.' + e.className)"""
+        check_equal(browser.run(over), [], f"over the edge at {width}")
         if width == 320:
             browser.screenshot(folder / "narrow.png")
     browser.devtools("Emulation.clearDeviceMetricsOverride")
@@ -214,6 +219,15 @@ with Browser(chromedriver, 1280, 900) as browser:
     check(re.search(r"1\s*/\s*2\s*\f", text), "the number of the sheet is not in print")
     check("Search names" not in text, "the search is in print")
     check_equal(browser.console(), [], "the console")
+
+    # Without scripts nothing that needs them is there, and all else is.
+    browser.devtools("Emulation.setScriptExecutionDisabled", value=True)
+    browser.open(folder / "all.html")
+    browser.screenshot(folder / "no-script.png")
+    browser.devtools("Emulation.setScriptExecutionDisabled", value=False)
+    check_equal(browser.run("return [document.querySelector('.controls'), document.querySelector('.thumb')]"
+                            ".map(e => getComputedStyle(e).display)"), ["none", "none"], "what needs scripts, without them")
+    check_equal(browser.run(visible, "article"), 46, "templates without scripts")
 
     # Texts that try to leave the page
     browser.open(folder / "hostile.html")

@@ -157,7 +157,8 @@ private:
                       (preview == nullptr ? "" : " data-picture=\"" + pictureAnchor(facts, *preview) + "\"") +
                       "></span><span class=\"name\">" + facts.title + "</span><span class=\"file\">" + facts.file +
                       faultMark(facts) + "</span><span class=\"note\">" +
-                      (facts.isRead ? counted(facts.parameters, "parameter") + kDot + counted(facts.size, "byte")
+                      (facts.isRead ? "<span>" + counted(facts.parameters, "parameter") + "</span> <span>" +
+                                          counted(facts.size, "byte") + "</span>"
                                     : "cannot be read") +
                       "</span></a></li>\n";
         }
