@@ -171,6 +171,42 @@ TEST_F(OktReport, Report_Pictures_EmbeddedOnceOrListed)
     EXPECT_THAT(text, HasSubstr("src=\"" + okt::dataUri("image/png", image) + "\""));
 }
 
+TEST_F(OktReport, Report_PictureFormats_ShownWhereBrowsersDo)
+{
+    struct Row
+    {
+        std::string bytes;
+        char const *source;
+        char const *caption;
+    };
+    Row const rows[] = {
+        {"\xFF\xD8\xFF\xD9", "src=\"data:image/jpeg;base64,/9j/2Q==\"", "JPEG · 4\u00A0bytes<"},
+        {"GIF89a\x02", "src=\"data:image/gif;base64,R0lGODlhAg==\"", "GIF · 7\u00A0bytes<"},
+        {"<svg xmlns='x'/>", "src=\"data:image/svg+xml;base64,PHN2ZyB4bWxucz0neCcvPg==\"", "SVG · 16\u00A0bytes<"},
+        {"%PDF-1.7", nullptr, "PDF · 8\u00A0bytes · browsers do not show it<"},
+        {std::string("II*\0", 4), nullptr, "TIFF · 4\u00A0bytes · browsers do not show it<"},
+        {"<html>", nullptr, "no known format · 6\u00A0bytes · browsers do not show it<"},
+        {"", nullptr, "empty · 0\u00A0bytes<"},
+    };
+    for (Row const &row : rows)
+    {
+        OKTDbPool pool;
+        auto *const picture = new OKTDbPicture;
+        ASSERT_TRUE(pool.appendObject(picture));
+        CByteArray image;
+        for (char const c : row.bytes)
+            image.Add(static_cast<BYTE>(c));
+        picture->setPictureData(image);
+        ASSERT_TRUE(pool.writeFile(m_folder.path("picture.okt")));
+        std::string const text = page({path("picture.okt")});
+        EXPECT_THAT(text, HasSubstr("<figcaption>Picture 0 · " + std::string(row.caption)));
+        if (row.source != nullptr)
+            EXPECT_THAT(text, HasSubstr(row.source));
+        else
+            EXPECT_THAT(text, Not(HasSubstr("<img")));
+    }
+}
+
 TEST_F(OktReport, Report_SeveralFiles_OverviewAndArticles)
 {
     std::string const text = page({golden("stirrup.okt"), golden("quantities.okt"), "--title", "Bars & \"links\""});

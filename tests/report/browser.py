@@ -3,6 +3,7 @@
 Takes the templates that okt makes of DATA, and a file of the folder GOLDEN with texts that try to leave the page. What is made
 goes to FOLDER, screenshots too."""
 
+import base64
 import http.server
 import json
 import pathlib
@@ -81,6 +82,10 @@ for index, name in enumerate(["Stirrup, closed, 135 degrees", "Steelgrade", "Dia
                               "Shape code"]):
     check(json.dumps(name) in text, f"{name} does not stand in the text of the stirrup")
     text = text.replace(json.dumps(name), json.dumps(hostile[index]))
+drawing = (f"<svg xmlns='http://www.w3.org/2000/svg' width='40' height='30' onload=\"fetch('{address}/i')\"><image href='{address}/j'/>"
+           f"<style>@import '{address}/k';</style><script>document.location='{address}/l'</script><rect width='40' height='30'/></svg>")
+text, pictures = re.subn('"picture": "[^"]*"', f'"picture": "{base64.b64encode(drawing.encode()).decode()}"', text)
+check_equal(pictures, 1, "pictures of the stirrup")
 (folder / "hostile.json").write_text(text, encoding="utf-8")
 run("import", folder / "hostile.json", "-o", folder / "hostile.okt")
 run("report", folder / "hostile.okt", pathlib.Path(golden) / "truncated.okt", "-o", folder / "hostile.html", exit_code=1)
@@ -232,7 +237,9 @@ with Browser(chromedriver, 1280, 900) as browser:
     # Texts that try to leave the page
     browser.open(folder / "hostile.html")
     check_equal(browser.run("return document.title"), "Reinforcement templates", "the title")
-    check_equal(browser.run("return document.querySelectorAll('iframe, link[rel=stylesheet], img').length"), 0, "foreign elements")
+    check_equal(browser.run("return document.querySelectorAll('iframe, link[rel=stylesheet], img:not(#t1-picture0, .thumb > img)').length"), 0,
+                "foreign elements")
+    check(browser.wait("return document.getElementById('t1-picture0').naturalWidth === 40"), "the drawing is not shown")
     check_equal(browser.run("return [document.scripts.length, document.styleSheets.length]"), [1, 1], "scripts and styles")
     check_equal(browser.run("return document.querySelector('#t1-title').textContent"), hostile[0], "the hostile name")
     check(browser.run("return document.body.textContent.includes(arguments[0])", "\\u202E\\u200F\\u001B[2J\\uFFFE"),
