@@ -1,0 +1,161 @@
+"""page.py OKT DATA GOLDEN FOLDER: the pages of okt report are well-formed, whole and closed in themselves.
+
+Takes the golden files of the folder GOLDEN, and the templates that okt makes of DATA. What is made goes to FOLDER."""
+
+import base64
+import hashlib
+import html.parser
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import xml.etree.ElementTree as ElementTree
+
+okt, data, golden, folder = sys.argv[1:]
+folder = pathlib.Path(folder)
+failed = False
+
+VOID = {"meta", "link", "input", "img", "wbr", "br", "hr"}
+ADDRESSES = {"href", "src", "srcset", "action", "formaction", "poster", "data", "background", "cite", "ping"}
+
+
+def fault(text):
+    global failed
+    failed = True
+    print(text)
+
+
+def run(*arguments):
+    return subprocess.run([okt, *map(str, arguments)], capture_output=True, text=True)
+
+
+class Reader(html.parser.HTMLParser):
+    """What an HTML parser makes of a page, beside what an XML parser does."""
+
+    def __init__(self):
+        super().__init__(convert_charrefs=True)
+        self.open, self.tags, self.text, self.faults = [], [], [], []
+
+    def handle_starttag(self, tag, attributes):
+        self.tags.append(tag)
+        if tag not in VOID and self.get_starttag_text()[-2:] != "/>":
+            self.open.append(tag)
+
+    def handle_startendtag(self, tag, attributes):
+        self.tags.append(tag)
+
+    def handle_endtag(self, tag):
+        if not self.open or self.open.pop() != tag:
+            self.faults.append(f"</{tag}> closes another element")
+
+    def handle_data(self, text):
+        if self.open and self.open[-1] not in ("style", "script"):
+            self.text.append(text)
+
+
+def parts(page, name):
+    return re.findall(rf"<{name}>(.*?)</{name}>", page, re.S)
+
+
+def check_page(path, name):
+    page = path.read_bytes().decode("utf-8")
+    if not page.startswith("<!DOCTYPE html>\n"):
+        fault(f"{name}: no HTML document")
+    if any(ord(c) < 0x20 and c != "\n" for c in page):
+        fault(f"{name}: a control character")
+    if re.search("[\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069\ufeff\ufff9-\ufffb\ufffe\uffff\x7f-\x9f]", page):
+        fault(f"{name}: a character that steers the display")
+
+    # The policy lets nothing in but what stands in the page, and its digests fit.
+    policy = re.search(r'http-equiv="Content-Security-Policy" content="([^"]*)"', page)[1]
+    style, script = parts(page, "style"), parts(page, "script")
+    if len(style) != 1 or len(script) != 1:
+        fault(f"{name}: {len(style)} styles and {len(script)} scripts")
+    digest = lambda text: base64.b64encode(hashlib.sha256(text.encode()).digest()).decode()
+    expected = (f"default-src 'none'; img-src data:; style-src 'sha256-{digest(style[0])}'; "
+                f"script-src 'sha256-{digest(script[0])}'; base-uri 'none'; form-action 'none'")
+    if policy != expected:
+        fault(f"{name}: the policy is {policy}, not {expected}")
+    for text in (style[0], script[0]):
+        if re.search(r"https?:|//[a-z]|@import|url\((?!#)", text):
+            fault(f"{name}: the style or the script names an address")
+
+    # Style and script hold what XML does not let stand.
+    bare = page.replace(style[0], "").replace(script[0], "")
+    try:
+        root = ElementTree.fromstring(bare.removeprefix("<!DOCTYPE html>\n"))
+    except ElementTree.ParseError as error:
+        fault(f"{name}: not well-formed: {error}")
+        return None
+    reader = Reader()
+    reader.feed(bare)
+    reader.close()
+    if reader.faults or reader.open:
+        fault(f"{name}: {reader.faults or reader.open}")
+    if sorted(reader.tags) != sorted(element.tag.lower() for element in root.iter()):
+        fault(f"{name}: an HTML parser sees other elements than an XML parser")
+    if "".join(reader.text).split() != "".join(root.itertext()).split():
+        fault(f"{name}: an HTML parser sees another text than an XML parser")
+
+    ids = [element.get("id") for element in root.iter() if element.get("id") is not None]
+    if len(ids) != len(set(ids)):
+        fault(f"{name}: an id stands there twice")
+    known = set(ids) | {"top"}  # a link to #top needs no such element
+    for element in root.iter():
+        for attribute, value in element.items():
+            if attribute.startswith("on") or attribute == "style":
+                fault(f"{name}: the attribute {attribute}")
+            if attribute in ADDRESSES and not (value.startswith("#") and value[1:] in known or value.startswith("data:")):
+                fault(f"{name}: {attribute}={value[:80]!r} leads nowhere or out of the page")
+            if attribute in ("aria-labelledby", "for", "data-picture") and value not in known:
+                fault(f"{name}: {attribute}={value!r} leads nowhere")
+        if element.tag == "img" and not element.get("alt"):
+            fault(f"{name}: a picture without a text")
+        if element.tag == "svg" and element.get("aria-hidden") is None and element.get("aria-label") is None:
+            fault(f"{name}: a drawing without a name")
+    levels = [int(element.tag[1]) for element in root.iter() if re.fullmatch("h[1-6]", element.tag)]
+    if levels.count(1) != 1 or levels[0] != 1 or any(b > a + 1 for a, b in zip(levels, levels[1:])):
+        fault(f"{name}: the headings are of the levels {levels}")
+    # In a map, the stretches of all rows follow one another from the first byte to the last.
+    for article in root.iter("article"):
+        at = 0
+        for row in article.iter("div"):
+            if row.get("class") != "row":
+                continue
+            begin = int(row.find("span").text)
+            for rect in row.iter("rect"):
+                if begin + int(rect.get("x")) != at:
+                    fault(f"{name}: the map has a gap at byte {at}")
+                at = begin + int(rect.get("x")) + int(rect.get("width"))
+        size = re.search(r"([\d\u202f]+)\u00a0bytes?$", "".join(article.find("header/p").itertext()))
+        if size and at != int(size[1].replace("\u202f", "")):
+            fault(f"{name}: the map ends at byte {at}")
+    return root
+
+
+shutil.rmtree(folder, ignore_errors=True)
+folder.mkdir(parents=True)
+if run("build", data, "-o", folder / "templates").returncode != 0:
+    fault("no templates were made")
+pools = sorted(pathlib.Path(golden).glob("*.okt"))
+templates = sorted((folder / "templates").glob("*.okt"))
+if len(pools) < 20 or len(templates) < 20:
+    fault(f"{len(pools)} golden files and {len(templates)} templates are too few")
+
+# One page of each, and pages of all.
+for path in pools:
+    page = folder / f"{path.stem}.html"
+    shown, reported = run("show", path), run("report", path, "-o", page)
+    if (reported.returncode, reported.stderr) != (shown.returncode, shown.stderr):
+        fault(f"{path.name}: {reported.returncode}, {reported.stderr!r} where okt show gives {shown.returncode}, {shown.stderr!r}")
+    check_page(page, path.name)
+for name, files in [("golden", pools), ("templates", templates)]:
+    page = folder / f"all-{name}.html"
+    run("report", *files, "-o", page)
+    root = check_page(page, name)
+    if root is not None and len(root.findall(".//article")) != len(files):
+        fault(f"{name}: not every file is in the page")
+
+print(f"{len(pools)} golden files, {len(templates)} templates")
+sys.exit(1 if failed else 0)

@@ -1,0 +1,47 @@
+# cmake -DSTYLE=report.css -DSCRIPT=report.js -DOUTPUT=pageparts.cpp -P embed.cmake
+# Writes the source that holds the two files of the page, with their digests.
+
+cmake_minimum_required(VERSION 3.25)
+
+# base64(VARIABLE HEX): bytes as base64, of which the digests are made.
+function(base64 variable hex)
+    set(letters "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
+    string(LENGTH "${hex}" length)
+    set(text "")
+    set(at 0)
+    while(at LESS length)
+        string(SUBSTRING "${hex}" ${at} 6 group) # three bytes, at the end fewer
+        string(LENGTH "${group}" digits)
+        string(SUBSTRING "${group}00000" 0 6 group)
+        math(EXPR number "0x${group}")
+        math(EXPR used "${digits} / 2 + 1")
+        foreach(place RANGE 0 3)
+            if(place LESS used)
+                math(EXPR letter "(${number} >> (18 - 6 * ${place})) & 63")
+                string(SUBSTRING "${letters}" ${letter} 1 letter)
+            else()
+                set(letter "=")
+            endif()
+            string(APPEND text "${letter}")
+        endforeach()
+        math(EXPR at "${at} + 6")
+    endwhile()
+    set(${variable} "${text}" PARENT_SCOPE)
+endfunction()
+
+set(source "// Made of report.css and report.js.\n\n#include <tools/okt/report/pageparts.h>\n\nnamespace okt\n{\n")
+foreach(part Style Script)
+    string(TOUPPER ${part} path)
+    file(READ ${${path}} text)
+    string(REPLACE "\r\n" "\n" text "${text}")
+    string(FIND "${text}" ")okt\"" end)
+    if(NOT end EQUAL -1)
+        message(FATAL_ERROR "${${path}} holds the end mark of its literal")
+    endif()
+    string(SHA256 hex "${text}")
+    base64(digest "${hex}")
+    string(APPEND source "\nstd::string_view const kPage${part} = R\"okt(${text})okt\";\n"
+                         "std::string_view const kPage${part}Digest = \"${digest}\";\n")
+endforeach()
+string(APPEND source "\n} // namespace okt\n")
+file(WRITE ${OUTPUT} "${source}")

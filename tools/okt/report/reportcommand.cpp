@@ -1,0 +1,77 @@
+#include "html.h"
+#include "page.h"
+
+#include <tools/okt/commands.h>
+#include <tools/okt/console.h>
+#include <tools/okt/exportfiles.h>
+#include <tools/okt/failure.h>
+
+#include <algorithm>
+#include <memory>
+#include <system_error>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+struct Options
+{
+    std::vector<std::string> files;
+    std::string output;
+    std::string title;
+    std::string unit = "mm";
+    bool replaces = false;
+};
+
+int report(Options const &options)
+{
+    fs::path const output = utf8Path(options.output);
+    std::vector<TemplateFacts> templates;
+    std::vector<std::string> faults;
+    for (std::string const &file : options.files)
+    {
+        fs::path const path = utf8Path(file);
+        std::error_code ignored;
+        if (fs::equivalent(path, output, ignored))
+            throw Failure(pathName(output), "", "the file cannot be written: this is one of the pool files");
+        std::string fault;
+        templates.push_back(factsOf(path, "t" + std::to_string(templates.size() + 1), fault));
+        if (!fault.empty())
+            printError(fault);
+    }
+    PageOptions page;
+    page.title = html(std::string_view(options.title));
+    page.unit = static_cast<std::size_t>(std::find(kPageUnits.begin(), kPageUnits.end(), options.unit) - kPageUnits.begin());
+    OutputFile file(output, options.replaces);
+    writePage(templates, page, [&file](std::string_view piece) { file.write(piece); });
+    file.close();
+    file.commit();
+    return std::all_of(templates.begin(), templates.end(), [](TemplateFacts const &facts) { return facts.fault.empty(); })
+               ? kDone
+               : kFailed;
+}
+
+} // namespace
+
+void addReport(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("report", "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.\n"
+                                          "  okt report templates/*.okt -o report.html");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->files, "pool files")->required();
+    command->add_option("-o,--output", options->output, "the file for the page; - for standard output")->required();
+    command
+        ->add_option("-u,--unit", options->unit,
+                     "the unit of lengths at first: mm (default), cm, m, in, ft; the page has a switch")
+        ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+    command->add_option("--title", options->title, "the heading of the page")->type_name("TEXT");
+    command->add_flag("--force", options->replaces, "replace a file that exists");
+    command->callback([&line, options] { line.run = [options] { return report(*options); }; });
+}
+
+} // namespace okt

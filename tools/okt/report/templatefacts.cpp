@@ -1,0 +1,598 @@
+#include "templatefacts.h"
+
+#include "html.h"
+
+#include <tools/okt/exportfiles.h>
+#include <tools/okt/failure.h>
+#include <tools/okt/members.h>
+#include <tools/okt/poolprinter.h>
+#include <tools/okt/standin.h>
+#include <tools/okt/text.h>
+
+#include <oktdatabase/oktdatabase.h>
+
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <set>
+
+namespace okt
+{
+
+namespace
+{
+
+using UnitValues = std::map<OKTDbObjectId, PageValue>;
+
+constexpr std::size_t kUnits = kPageUnits.size();
+constexpr int kAllDigits = 12;
+
+/// Decimals of a length that matter on a drawing, by unit: a hundredth of a millimetre, a thousandth of an inch.
+constexpr std::array<int, kUnits> kDecimals = {2, 3, 5, 3, 4};
+
+/// A length below so many of its last decimals is shown with digits enough to tell it from others.
+constexpr double kFewSteps = 100;
+constexpr int kFewDigits = 3;
+
+/// Names are cut behind so many characters where they refer to something, and behind those of a heading.
+constexpr std::size_t kLongestReference = 80;
+constexpr std::size_t kLongestTitle = 160;
+constexpr std::size_t kLongestValue = 160;
+
+constexpr char kNotHere[] = " (not in this file)";
+
+std::string idText(OKTDbObjectId const &id) { return html(id.getGuidAsString(false)); }
+
+std::string length(double value, int decimals)
+{
+    double const size = std::abs(value);
+    bool const isSmall = size != 0 && size < kFewSteps * std::pow(10.0, -decimals);
+    if (!std::isfinite(value) || size >= 1e15)
+        return rounded(value, kAllDigits);
+    if (isSmall)
+        return rounded(value, kFewDigits);
+    std::array<char, 64> buffer{};
+    std::to_chars_result const end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
+    std::string text(buffer.data(), end.ptr);
+    if (text.find('.') != std::string::npos)
+    {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.back() == '.')
+            text.pop_back();
+    }
+    return text;
+}
+
+/// The value of a parameter under one unit.
+void putValue(PageValue &shown, std::size_t unit, OKTDbParameter const &parameter)
+{
+    tagVARIANT const value = parameter.Value();
+    std::string &text = shown.texts[unit];
+    std::string &exact = shown.exact[unit];
+    shown.isNumber = value.vt == VT_I2 || value.vt == VT_I4 || value.vt == VT_R4 || value.vt == VT_R8;
+    switch (value.vt)
+    {
+    case VT_EMPTY:
+    case VT_NULL: shown.isAbsent = true; break;
+    case VT_I2: text = std::to_string(value.iVal); break;
+    case VT_I4: text = std::to_string(value.lVal); break;
+    case VT_R4: // a file holds a double in this kind too, and reading keeps it as one
+    case VT_R8:
+        shown.hasUnit = parameter.isInDrawingUnits();
+        exact = shown.hasUnit ? rounded(value.dblVal, kAllDigits) : number(value.dblVal);
+        text = shown.hasUnit ? length(value.dblVal, kDecimals[unit]) : exact;
+        break;
+    case VT_BSTR:
+    {
+        CString const held(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal)));
+        exact = html(held);
+        text = escapedLine(shortened(printable(held), kLongestValue));
+        if (text.size() < exact.size())
+            shown.folded = unfolding(held);
+        break;
+    }
+    case VT_BOOL: text = value.lVal == 0 ? "no" : value.lVal == -1 ? "yes" : std::to_string(value.lVal); break;
+    default: text = "?"; break;
+    }
+    if (exact.empty())
+        exact = text;
+}
+
+/// Adds what the pool holds under its factor.
+void putValues(UnitValues &values, std::size_t unit, OKTDbPool &pool)
+{
+    IdArray all;
+    pool.getAllObjects(all);
+    for (OKTDbObjectId const &id : all)
+    {
+        OKTDbObject *object = nullptr;
+        pool.findObject(id, object);
+        auto const *const parameter = OKTDbParameter::cast(object);
+        if (parameter == nullptr)
+            continue;
+        PageValue &value = values[id];
+        putValue(value, unit, *parameter);
+        // A text with lengths in it is another one in another unit.
+        if (unit > 0 && value.exact[unit] != value.exact[0])
+            value.hasUnit = true;
+    }
+}
+
+/// The name that an expression has for a parameter: without blanks, in whatever case.
+std::string expressionName(std::string const &utf8)
+{
+    std::string name;
+    for (char const c : utf8)
+        if (c != ' ')
+            name += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return name;
+}
+
+/// The MIME type of a format that browsers show; null for any other.
+char const *typeOf(ImageFormat const &format)
+{
+    static std::map<std::string, char const *> const kTypes = {
+        {"PNG", "image/png"},   {"JPEG", "image/jpeg"},  {"GIF", "image/gif"},    {"BMP", "image/bmp"},
+        {"WebP", "image/webp"}, {"ICO", "image/x-icon"}, {"SVG", "image/svg+xml"}};
+    auto const found = kTypes.find(format.name);
+    return found == kTypes.end() ? nullptr : found->second;
+}
+
+std::string pointText(OKTGeXYZ const &point)
+{
+    auto const shown = [](double value) { return rounded(value, kAllDigits); };
+    return "(" + shown(point.X()) + ", " + shown(point.Y()) + ", " + shown(point.Z()) + ")";
+}
+
+/// An expression that may go on in another line behind an operator.
+std::string breakable(CString const &expression)
+{
+    std::string const text = unfolding(expression);
+    if (text.starts_with('<'))
+        return text; // too long to be read as a whole
+    std::string result;
+    for (char const c : text)
+    {
+        result += c;
+        // A semicolon may end an escape of HTML, behind which a break does no harm.
+        if (c == '+' || c == '-' || c == '*' || c == '/' || c == ';')
+            result += "<wbr/>";
+    }
+    return result;
+}
+
+class Collector
+{
+public:
+    Collector(PoolFile const &file, UnitValues const &values, TemplateFacts &facts)
+        : m_file(file), m_pool(*file.pool), m_values(values), m_facts(facts)
+    {
+        m_pool.getAllObjects(m_all);
+        for (Frame const &frame : file.frames)
+            if (frame.id)
+                m_frames.emplace(toId(*frame.id), &frame);
+    }
+
+    void run()
+    {
+        header();
+        groups();
+        strays();
+        relations();
+        pictures();
+        others();
+        for (UnreadObject const &object : m_file.unread)
+            unread(object);
+        stretches();
+        tie();
+        m_facts.objects = static_cast<std::uint64_t>(m_pool.objectCount());
+        m_facts.parameters = all<OKTDbParameter>().size();
+        m_facts.categories = all<OKTDbCategory>().size();
+    }
+
+private:
+    static OKTDbObjectId toId(_GUID const &guid)
+    {
+        OKTDbObjectId id;
+        id.setGuid(guid);
+        return id;
+    }
+
+    OKTDbObject *object(OKTDbObjectId const &id) const
+    {
+        OKTDbObject *found = nullptr;
+        m_pool.findObject(id, found);
+        return found;
+    }
+
+    template <typename T> std::vector<T *> all() const
+    {
+        std::vector<T *> found;
+        for (OKTDbObjectId const &id : m_all)
+            if (T *const fitting = T::cast(object(id)))
+                found.push_back(fitting);
+        return found;
+    }
+
+    static CString classOf(OKTDbObject const *object) { return object->isA()->ClassName(); }
+
+    /// What an object is called; empty for one without a name.
+    static CString nameOf(OKTDbObject const *object)
+    {
+        if (auto const *const parameter = OKTDbParameter::cast(object))
+            return parameter->UserName();
+        if (auto const *const category = OKTDbCategory::cast(object))
+            return category->CategoryName();
+        return {};
+    }
+
+    /// How an object is called where another one refers to it, as plain text.
+    std::string plainReference(OKTDbObjectId const &id) const
+    {
+        OKTDbObject *const target = object(id);
+        if (target == nullptr)
+            return id.isNull() ? "no object" : printable(id.getGuidAsString(false)) + kNotHere;
+        if (CString const name = nameOf(target); !name.IsEmpty())
+            return shortened(printable(name), kLongestReference);
+        return printable(classOf(target)) + " " + printable(id.getGuidAsString(false));
+    }
+
+    std::string reference(OKTDbObjectId const &id) const { return escapedLine(plainReference(id)); }
+
+    // Header
+
+    void role(char const *name, OKTDbObjectId const &id, bool hasPlace)
+    {
+        if (id.isNull())
+            return;
+        OKTDbObject *const target = object(id);
+        std::string text = idText(id) + (target == nullptr ? kNotHere : ", " + html(classOf(target)));
+        OKTDbPool::_ObjectInfo const *const place = hasPlace ? m_file.places.find(id) : nullptr;
+        if (place != nullptr && place->nObjectPosition >= 0)
+            text += ", " + counted(static_cast<std::uint64_t>(std::max(place->nObjectSize, 0)), "byte") + " from byte " +
+                    std::to_string(static_cast<long long>(place->nObjectPosition) + m_file.objectsStart);
+        m_facts.header.push_back({name, text});
+    }
+
+    void header()
+    {
+        m_facts.header.push_back({"Pool", idText(m_pool.objectId())});
+        m_facts.header.push_back(
+            {"Metrics factor", m_file.factor ? number(*m_file.factor) + " in the file" : "none in the file"});
+        m_facts.header.push_back({"Header", counted(static_cast<std::uint64_t>(std::max(m_file.headerSize, 0)), "byte")});
+        role("Construct", m_pool.constructId(), true);
+        role("Index", m_pool.indexId(), true);
+        role("Sketch", m_pool.sketchId(), false);
+        role("PP actions", m_pool.ppActionsId(), false);
+        role("Radial", m_pool.RadialReinfId(), false);
+        for (OKTDbObjectId const &id : m_pool.picturesId())
+            role("Picture", id, true);
+    }
+
+    // Categories
+
+    std::size_t addNode(RelationGraph::NodeKind kind, OKTDbObjectId const &id, std::string label, std::string target)
+    {
+        auto const [place, isNew] = m_nodes.emplace(id, m_facts.graph.nodes.size());
+        if (isNew)
+            m_facts.graph.nodes.push_back({kind, std::move(label), std::move(target)});
+        return place->second;
+    }
+
+    void addEdge(RelationGraph::EdgeKind kind, OKTDbObjectId const &from, OKTDbObjectId const &to)
+    {
+        auto const tail = m_nodes.find(from);
+        auto const head = m_nodes.find(to);
+        if (tail == m_nodes.end() || head == m_nodes.end())
+            return;
+        // By name only where nothing stronger ties the two.
+        if (m_tied.insert({tail->second, head->second}).second)
+            m_facts.graph.edges.push_back({kind, tail->second, head->second});
+    }
+
+    void groups()
+    {
+        for (OKTDbGroupCategory const *const group : all<OKTDbGroupCategory>())
+        {
+            addNode(RelationGraph::NodeKind::Group, group->objectId(), "Group", m_facts.anchor + "-parameters");
+            PageGroup shown;
+            shown.title = "Group";
+            shown.id = idText(group->objectId());
+            IdArray ids;
+            group->getAllCategories(ids);
+            for (OKTDbObjectId const &id : ids)
+            {
+                if (auto const *const category = OKTDbCategory::cast(object(id)))
+                    shown.categories.push_back(categoryOf(*category));
+                else
+                    shown.categories.push_back({reference(id), "", {}, false});
+                addEdge(RelationGraph::EdgeKind::Lists, group->objectId(), id);
+            }
+            m_facts.groups.push_back(std::move(shown));
+        }
+    }
+
+    PageCategory categoryOf(OKTDbCategory const &category)
+    {
+        PageCategory shown;
+        shown.title = category.CategoryName().IsEmpty() ? reference(category.objectId()) : unfolding(category.CategoryName());
+        shown.id = idText(category.objectId());
+        // A list may name a category any number of times.
+        shown.isAbove = !m_shown.insert(category.objectId()).second;
+        if (shown.isAbove)
+            return shown;
+        addNode(RelationGraph::NodeKind::Category, category.objectId(), plainReference(category.objectId()),
+                m_facts.anchor + "-parameters");
+        IdArray ids;
+        category.getAllParameters(ids);
+        for (OKTDbObjectId const &id : ids)
+        {
+            if (auto const *const parameter = OKTDbParameter::cast(object(id)))
+            {
+                shown.parameters.push_back(parameterOf(*parameter));
+            }
+            else
+            {
+                PageParameter entry;
+                entry.isLink = false;
+                entry.name = reference(id);
+                shown.parameters.push_back(std::move(entry));
+            }
+            addEdge(RelationGraph::EdgeKind::Lists, category.objectId(), id);
+        }
+        return shown;
+    }
+
+    void strays()
+    {
+        PageGroup loose;
+        loose.title = "In no group";
+        for (OKTDbCategory const *const category : all<OKTDbCategory>())
+            if (m_shown.count(category->objectId()) == 0)
+                loose.categories.push_back(categoryOf(*category));
+        PageCategory none;
+        none.title = "In no category";
+        for (OKTDbParameter const *const parameter : all<OKTDbParameter>())
+            if (m_shown.count(parameter->objectId()) == 0)
+                none.parameters.push_back(parameterOf(*parameter));
+        if (!loose.categories.empty())
+            m_facts.groups.push_back(std::move(loose));
+        if (!none.parameters.empty())
+            m_facts.groups.push_back({"", "", {std::move(none)}});
+    }
+
+    PageParameter parameterOf(OKTDbParameter const &parameter)
+    {
+        OKTDbObjectId const id = parameter.objectId();
+        PageParameter shown;
+        // A list may name a parameter more than once: the first place is the one to go to.
+        if (m_shown.insert(id).second)
+        {
+            shown.anchor = m_facts.anchor + "-" + std::to_string(m_nodes.size());
+            addNode(RelationGraph::NodeKind::Parameter, id, plainReference(id), shown.anchor);
+        }
+        std::string const typeName = html(parameter.getTypeName());
+        shown.id = idText(id);
+        shown.name = parameter.UserName().IsEmpty() ? reference(id) : unfolding(parameter.UserName());
+        shown.type = std::to_string(parameter.Type()) + (typeName.empty() ? "" : " " + typeName);
+        shown.list = html(parameter.getListIndex());
+        shown.expression = breakable(parameter.Expression());
+        shown.description = unfolding(parameter.Description());
+        shown.kind = kindName(parameter.Value().vt);
+        for (OKTDbObjectId const &used : parameter.TabParams())
+            shown.uses.push_back(reference(used));
+        if (auto const value = m_values.find(id); value != m_values.end())
+            shown.value = value->second;
+        return shown;
+    }
+
+    // What else there is
+
+    void relations()
+    {
+        for (OKTDbRelation const *const relation : all<OKTDbRelation>())
+        {
+            m_shown.insert(relation->objectId());
+            PageRelation shown;
+            shown.className = html(classOf(relation));
+            shown.id = idText(relation->objectId());
+            addNode(RelationGraph::NodeKind::Relation, relation->objectId(), printable(classOf(relation)),
+                    m_facts.anchor + "-relations");
+            if (auto const *const members = OKTDbParamRelation::cast(relation))
+            {
+                IdArray ids;
+                members->getAllParameters(ids);
+                for (OKTDbObjectId const &id : ids)
+                {
+                    shown.members.push_back(reference(id));
+                    addEdge(RelationGraph::EdgeKind::Ties, id, relation->objectId());
+                }
+            }
+            m_facts.relations.push_back(std::move(shown));
+        }
+    }
+
+    /// The arrows between parameters, when all boxes are there.
+    void tie()
+    {
+        std::map<std::string, OKTDbObjectId> names;
+        std::vector<OKTDbParameter *> const parameters = all<OKTDbParameter>();
+        for (OKTDbParameter const *const parameter : parameters)
+        {
+            for (OKTDbObjectId const &used : parameter->TabParams())
+                addEdge(RelationGraph::EdgeKind::Uses, parameter->objectId(), used);
+            names.emplace(expressionName(parameter->UserName().ToUtf8()), parameter->objectId());
+        }
+        for (OKTDbParameter const *const parameter : parameters)
+            for (std::string const &name : namesIn(parameter->Expression().ToUtf8()))
+                if (auto const named = names.find(expressionName(name)); named != names.end())
+                    addEdge(RelationGraph::EdgeKind::Named, parameter->objectId(), named->second);
+    }
+
+    void pictures()
+    {
+        // In the order of the pool's list, by which they are asked for.
+        IdArray const listed = m_pool.picturesId();
+        for (int i = 0; i < listed.getSize(); ++i)
+            if (OKTDbPicture *const picture = OKTDbPicture::cast(object(listed.at(i))))
+                if (m_shown.insert(picture->objectId()).second)
+                    addPicture("Picture " + std::to_string(i), *picture);
+        for (OKTDbPicture *const picture : all<OKTDbPicture>())
+            if (m_shown.insert(picture->objectId()).second)
+                addPicture("Picture in no list", *picture);
+    }
+
+    void addPicture(std::string label, OKTDbPicture &picture)
+    {
+        CByteArray data;
+        picture.getPictureData(data);
+        PagePicture shown;
+        shown.label = std::move(label);
+        shown.id = idText(picture.objectId());
+        shown.size = static_cast<std::uint64_t>(data.GetSize());
+        shown.format = formatOf(data);
+        if (char const *const type = typeOf(shown.format))
+            shown.uri = dataUri(type, data);
+        OKTGeXYZ camera;
+        OKTGeXYZ target;
+        OKTGeXYZ up;
+        picture.getCameraData(camera, target, up);
+        shown.camera = "Camera " + pointText(camera) + ", target " + pointText(target) + ", up " + pointText(up);
+        m_facts.pictures.push_back(std::move(shown));
+    }
+
+    void others()
+    {
+        for (OKTDbObjectId const &id : m_all)
+        {
+            OKTDbObject const *const found = object(id);
+            if (found == nullptr || m_shown.count(id) != 0 || OKTDbGroupCategory::cast(found) != nullptr)
+                continue;
+            PageObject shown;
+            shown.className = html(classOf(found));
+            shown.id = idText(id);
+            if (auto const frame = m_frames.find(id); frame != m_frames.end())
+                shown.note = placeOf(*frame->second);
+            if (dynamic_cast<StandIn const *>(found) != nullptr)
+                shown.note += ", a class that is not known here";
+            else
+                for (Member const &member : membersOf(*found))
+                    shown.members.push_back({escapedLine(member.name), escapedLine(member.value)});
+            m_facts.others.push_back(std::move(shown));
+        }
+    }
+
+    static std::string placeOf(Frame const &frame)
+    {
+        return counted(static_cast<std::uint64_t>(frame.size), "byte") + " from byte " + std::to_string(frame.offset);
+    }
+
+    void unread(UnreadObject const &object)
+    {
+        Frame const &frame = object.frame;
+        m_facts.unread.push_back({(frame.className.IsEmpty() ? "An object" : html(frame.className)) +
+                                      (frame.id ? " " + idText(toId(*frame.id)) : ""),
+                                  placeOf(frame) + ": " + escapedLine(object.reason)});
+    }
+
+    // Bytes
+
+    void stretches()
+    {
+        std::uint64_t const size = static_cast<std::uint64_t>(m_file.size);
+        std::uint64_t at = std::min(static_cast<std::uint64_t>(std::max(m_file.objectsStart, 0)), size);
+        m_facts.stretches.push_back({PageStretch::Kind::Header, 0, at, "", ""});
+        auto const fill = [&](std::uint64_t to) {
+            if (to > at)
+                m_facts.stretches.push_back({PageStretch::Kind::Gap, at, to - at, "", ""});
+        };
+        for (Frame const &frame : m_file.frames)
+        {
+            std::uint64_t const offset = static_cast<std::uint64_t>(frame.offset);
+            fill(offset);
+            PageStretch stretch;
+            stretch.kind = frame.state == Frame::State::Whole ? PageStretch::Kind::Object : PageStretch::Kind::Fault;
+            stretch.offset = offset;
+            stretch.size = static_cast<std::uint64_t>(frame.size);
+            stretch.className = frame.className.IsEmpty() ? "an object" : html(frame.className);
+            if (OKTDbObject const *const found = frame.id ? object(toId(*frame.id)) : nullptr)
+                if (CString const name = nameOf(found); !name.IsEmpty())
+                    stretch.name = escapedLine(shortened(printable(name), kLongestReference));
+            m_facts.stretches.push_back(std::move(stretch));
+            at = offset + static_cast<std::uint64_t>(frame.size);
+        }
+        fill(size);
+    }
+
+    PoolFile const &m_file;
+    OKTDbPool &m_pool;
+    UnitValues const &m_values;
+    TemplateFacts &m_facts;
+    IdArray m_all;
+    std::map<OKTDbObjectId, Frame const *> m_frames;
+    std::set<OKTDbObjectId> m_shown;
+    std::map<OKTDbObjectId, std::size_t> m_nodes;
+    std::set<std::pair<std::size_t, std::size_t>> m_tied;
+};
+
+std::string fileName(std::filesystem::path const &path)
+{
+    std::filesystem::path const name = path.filename();
+    return inputName(name.empty() ? path : name);
+}
+
+/// A line for the user in which the file has no folder: whoever gets the page has others.
+std::string withoutFolder(std::string const &line, std::string const &path, std::string const &name)
+{
+    return line.starts_with(path + ":") ? name + line.substr(path.size()) : line;
+}
+
+void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::string &faultLine)
+{
+    UnitValues values;
+    PoolFile file;
+    for (std::size_t unit = 0; unit < kUnits; ++unit)
+    {
+        PoolFile read = readPool(path, findUnit(kPageUnits[unit])->factor);
+        putValues(values, unit, *read.pool);
+        if (unit == 0)
+            file = std::move(read);
+    }
+    faultLine = file.fault;
+    facts.isRead = true;
+    facts.size = static_cast<std::uint64_t>(file.size);
+    if (CString const name = file.pool->poolName(); !name.IsEmpty())
+    {
+        std::string const whole = printable(name);
+        std::string const title = shortened(whole, kLongestTitle);
+        facts.title = escapedLine(title);
+        if (title.size() < whole.size())
+            facts.header.push_back({"Name", unfolding(name)});
+    }
+    Collector(file, values, facts).run();
+}
+
+} // namespace
+
+TemplateFacts factsOf(std::filesystem::path const &path, std::string const &anchor, std::string &faultLine)
+{
+    TemplateFacts facts;
+    facts.anchor = anchor;
+    std::string const name = fileName(path);
+    facts.file = html(std::string_view(name));
+    facts.title = facts.file;
+    try
+    {
+        readFacts(path, facts, faultLine);
+    }
+    catch (Failure const &failure)
+    {
+        faultLine = failure.what();
+    }
+    facts.fault =
+        escapedLine(withoutFolder(faultLine, printable(std::string_view(pathName(path))), printable(std::string_view(name))));
+    return facts;
+}
+
+} // namespace okt
