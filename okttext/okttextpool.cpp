@@ -154,7 +154,7 @@ Image takeApart(Bytes bytes)
     return image;
 }
 
-void writeText(Bytes bytes, Image &image, OKTTextSink const &sink, OKTTextPutFile const &put)
+void writeText(Bytes bytes, Image &image, OKTTextSink const &sink, OKTTextPutFile const &put, OKTTextProgress const &progress)
 {
     TextWriter writer(bytes, sink, put);
     writer.beginDocument();
@@ -163,8 +163,11 @@ void writeText(Bytes bytes, Image &image, OKTTextSink const &sink, OKTTextPutFil
     nameHeader(image.header, bytes);
     writer.header(image.header, image.places);
     writer.beginList("objects");
+    std::size_t objects = 0;
     for (Stretch const &stretch : image.objects)
     {
+        if (progress)
+            progress(stretch.begin, objects++);
         if (!stretch.isObject)
         {
             writer.raw(bytes.substr(stretch.begin, stretch.end - stretch.begin));
@@ -216,7 +219,8 @@ std::string assemble(PoolText const &text)
 }
 } // namespace
 
-bool OktExportText(CByteArray const &image, OKTTextSink const &sink, OKTTextFault &fault, OKTTextPutFile const &put)
+bool OktExportText(CByteArray const &image, OKTTextSink const &sink, OKTTextFault &fault, OKTTextPutFile const &put,
+                   OKTTextProgress const &progress)
 {
     Bytes const bytes = bytesOf(image);
     Image parts;
@@ -229,7 +233,7 @@ bool OktExportText(CByteArray const &image, OKTTextSink const &sink, OKTTextFaul
         fault = std::move(found);
         return false;
     }
-    writeText(bytes, parts, sink, put);
+    writeText(bytes, parts, sink, put, progress);
     return true;
 }
 

@@ -11,6 +11,8 @@ namespace okt
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1; ///< and "different" of okt diff
 inline constexpr int kWrongUsage = 2;
+inline constexpr int kOutputClosed = 141; ///< what a shell has for a program that a closed pipe ended
+inline constexpr int kInterrupted = 130;  ///< and for an interrupt
 
 /// The command line while it is declared and parsed. Each command adds itself as a subcommand of `app` and, when it was given,
 /// sets `run`, which main calls once the client modules are loaded. What `run` needs it owns.

@@ -3,11 +3,92 @@
 #include "failure.h"
 #include "files.h"
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
 
 namespace okt
 {
+
+namespace
+{
+
+// To the start of the line, and nothing behind it.
+constexpr char kEraseLine[] = "\r\x1b[K";
+constexpr std::size_t kEraseLength = sizeof kEraseLine - 1;
+
+std::atomic<bool> g_hasStatus = false;
+
+char const *sequenceOf(Colour colour)
+{
+    switch (colour)
+    {
+    case Colour::Red:
+        return "\x1b[31m";
+    case Colour::Green:
+        return "\x1b[32m";
+    case Colour::Yellow:
+        return "\x1b[33m";
+    case Colour::Cyan:
+        return "\x1b[36m";
+    case Colour::Bold:
+        return "\x1b[1m";
+    case Colour::Faint:
+        return "\x1b[2m";
+    }
+    return "";
+}
+
+bool isSet(char const *variable)
+{
+    char const *const value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool isDumb()
+{
+    char const *const terminal = std::getenv("TERM");
+#if defined(_WIN32)
+    return terminal != nullptr && std::string_view(terminal) == "dumb";
+#else
+    return terminal == nullptr || *terminal == '\0' || std::string_view(terminal) == "dumb";
+#endif
+}
+
+/// The terminal takes escape sequences. A console of Windows has to be asked to.
+bool knowsSequences(Stream stream)
+{
+    if (!isTerminal(stream) || isDumb())
+        return false;
+#if defined(_WIN32)
+    HANDLE const console = GetStdHandle(stream == Stream::Error ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    constexpr DWORD kSequences = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING, which older headers lack
+    return GetConsoleMode(console, &mode) != 0 && SetConsoleMode(console, mode | kSequences) != 0;
+#else
+    return true;
+#endif
+}
+
+bool isClosedPipe(int error)
+{
+#if defined(_WIN32)
+    return error == EPIPE || error == EINVAL;
+#else
+    return error == EPIPE;
+#endif
+}
+
+} // namespace
 
 void guardStandardStreams()
 {
@@ -16,20 +97,78 @@ void guardStandardStreams()
     static std::FILE *held[3];
     for (std::FILE *&file : held)
         file = std::fopen("/dev/null", "rb");
+#if defined(_WIN32)
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
+#else
+    std::signal(SIGPIPE, SIG_IGN); // a write that fails leaves time to clean up
+#endif
+}
+
+bool isTerminal(Stream stream)
+{
+    std::FILE *const file = stream == Stream::Input ? stdin : stream == Stream::Output ? stdout : stderr;
+#if defined(_WIN32)
+    return _isatty(_fileno(file)) != 0;
+#else
+    return isatty(fileno(file)) != 0;
+#endif
 }
 
 void print(std::string_view text)
 {
+    clearStatus();
     errno = 0;
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-        throw Failure("standard output", "", "the output cannot be written: " + systemReason(errno));
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return;
+    if (isClosedPipe(errno))
+        throw OutputClosed();
+    throw Failure("standard output", "", "the output cannot be written: " + systemReason(errno));
 }
 
 void printError(std::string_view text)
 {
+    clearStatus();
     std::string const line = "okt: " + std::string(text) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
+}
+
+bool hasColours(Stream stream) { return !isSet("NO_COLOR") && knowsSequences(stream); }
+
+std::string coloured(std::string_view text, Colour colour)
+{
+    static bool const isColoured = hasColours(Stream::Output);
+    if (!isColoured)
+        return std::string(text);
+    return sequenceOf(colour) + std::string(text) + "\x1b[0m";
+}
+
+void showStatus(std::string_view line)
+{
+    static bool const isShown = knowsSequences(Stream::Error);
+    if (!isShown)
+        return;
+    std::string const text = kEraseLine + std::string(line);
+    g_hasStatus = true;
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr);
+}
+
+void clearStatus()
+{
+    if (!g_hasStatus.exchange(false))
+        return;
+    std::fwrite(kEraseLine, 1, kEraseLength, stderr);
+    std::fflush(stderr);
+}
+
+void clearStatusFromSignal()
+{
+#if !defined(_WIN32)
+    if (g_hasStatus.exchange(false))
+        [[maybe_unused]] auto const written = ::write(2, kEraseLine, kEraseLength);
+#endif
 }
 
 } // namespace okt

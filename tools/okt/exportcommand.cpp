@@ -2,7 +2,9 @@
 
 #include "exportfiles.h"
 #include "failure.h"
+#include "progress.h"
 #include "reportcollector.h"
+#include "text.h"
 
 #include <okttext/okttextpool.h>
 
@@ -47,7 +49,9 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     };
     OKTTextFault fault;
     ReportCollector const collector; // an object that does not read leaves its members without names, no more
-    if (!OktExportText(image, sink, fault, put))
+    Progress progress(printable(inputName(path)), static_cast<std::uintmax_t>(image.GetSize()));
+    auto const tell = [&progress](std::size_t bytes, std::size_t objects) { progress.at(bytes, objects); };
+    if (!OktExportText(image, sink, fault, put, tell))
         throw Failure(inputName(path), fault.place(), fault.reason);
     text->close();
     folder.commit();

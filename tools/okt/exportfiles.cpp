@@ -83,11 +83,14 @@ void OutputFile::write(std::string_view bytes)
 {
     if (!m_pending)
         return print(bytes);
-    constexpr std::size_t kPiece = 1 << 30; // the platform counts in 32 bits
+    constexpr std::size_t kPiece = 1 << 24;
     try
     {
         for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size())))
+        {
+            endIfInterrupted();
             m_file.Write(bytes.data(), static_cast<UINT>(std::min(kPiece, bytes.size())));
+        }
     }
     catch (CFileException const &exception)
     {

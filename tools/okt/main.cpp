@@ -2,6 +2,7 @@
 #include "console.h"
 #include "failure.h"
 #include "files.h"
+#include "interrupt.h"
 #include "modules.h"
 #include "text.h"
 
@@ -70,9 +71,18 @@ int run(int argc, char **argv)
 int main(int argc, char **argv)
 {
     okt::guardStandardStreams();
+    okt::handleInterrupts();
     try
     {
         return run(argc, argv);
+    }
+    catch (okt::OutputClosed const &)
+    {
+        return okt::kOutputClosed;
+    }
+    catch (okt::Interrupted const &)
+    {
+        return okt::kInterrupted;
     }
     catch (okt::Failure const &failure)
     {
