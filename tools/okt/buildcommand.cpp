@@ -120,7 +120,9 @@ void addBuild(CommandLine &line)
         ->add_option("DATA", options->data,
                      "a bar table (CSV), or a folder with bar tables (bars-*.csv); the rule tables lie beside")
         ->required();
-    command->add_option("-o,--output", options->folder, "the folder for the templates; made where it is missing")->required();
+    command->add_option("-o,--output", options->folder, "the folder for the templates; made where it is missing")
+        ->required()
+        ->type_name("DIR");
     command->callback([&line, options] {
         line.run = [options] {
             build(utf8Path(options->data), utf8Path(options->folder));

@@ -9,8 +9,10 @@ namespace okt
 
 // Exit codes of all commands.
 inline constexpr int kDone = 0;
-inline constexpr int kFailed = 1; ///< and "different" of okt diff
+inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
+inline constexpr int kDifferent = 1; ///< of okt diff, which answers as diff does
+inline constexpr int kTrouble = 2;   ///< likewise
 inline constexpr int kOutputClosed = 141; ///< what a shell has for a program that a closed pipe ended
 inline constexpr int kInterrupted = 130;  ///< and for an interrupt
 
@@ -19,8 +21,10 @@ inline constexpr int kInterrupted = 130;  ///< and for an interrupt
 struct CommandLine
 {
     CLI::App &app;
-    /// Gives the exit code. Throws Failure for what stops the command: one line for the user, exit code kFailed.
+    /// Gives the exit code. Throws Failure for what stops the command: one line for the user, and `trouble` as exit code.
     std::function<int()> run;
+    /// The exit code for what stops the command.
+    int trouble = kFailed;
 };
 
 // One function for each command, in the file named after it.
@@ -29,5 +33,6 @@ void addShow(CommandLine &line);
 void addPicture(CommandLine &line);
 void addExport(CommandLine &line);
 void addImport(CommandLine &line);
+void addDiff(CommandLine &line);
 
 } // namespace okt
