@@ -2,19 +2,12 @@
 
 #include "failure.h"
 #include "files.h"
+#include "system.h"
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-
-#if defined(_WIN32)
-#include <fcntl.h>
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace okt
 {
@@ -54,40 +47,6 @@ bool isSet(char const *variable)
     return value != nullptr && *value != '\0';
 }
 
-bool isDumb()
-{
-    char const *const terminal = std::getenv("TERM");
-#if defined(_WIN32)
-    return terminal != nullptr && std::string_view(terminal) == "dumb";
-#else
-    return terminal == nullptr || *terminal == '\0' || std::string_view(terminal) == "dumb";
-#endif
-}
-
-/// The terminal takes escape sequences. A console of Windows has to be asked to.
-bool knowsSequences(Stream stream)
-{
-    if (!isTerminal(stream) || isDumb())
-        return false;
-#if defined(_WIN32)
-    HANDLE const console = GetStdHandle(stream == Stream::Error ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
-    DWORD mode = 0;
-    constexpr DWORD kSequences = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING, which older headers lack
-    return GetConsoleMode(console, &mode) != 0 && SetConsoleMode(console, mode | kSequences) != 0;
-#else
-    return true;
-#endif
-}
-
-bool isClosedPipe(int error)
-{
-#if defined(_WIN32)
-    return error == EPIPE || error == EINVAL;
-#else
-    return error == EPIPE;
-#endif
-}
-
 } // namespace
 
 void guardStandardStreams()
@@ -97,22 +56,7 @@ void guardStandardStreams()
     static std::FILE *held[3];
     for (std::FILE *&file : held)
         file = std::fopen("/dev/null", "rb");
-#if defined(_WIN32)
-    _setmode(_fileno(stdin), _O_BINARY);
-    _setmode(_fileno(stdout), _O_BINARY);
-#else
-    std::signal(SIGPIPE, SIG_IGN); // a write that fails leaves time to clean up
-#endif
-}
-
-bool isTerminal(Stream stream)
-{
-    std::FILE *const file = stream == Stream::Input ? stdin : stream == Stream::Output ? stdout : stderr;
-#if defined(_WIN32)
-    return _isatty(_fileno(file)) != 0;
-#else
-    return isatty(fileno(file)) != 0;
-#endif
+    prepareStreams();
 }
 
 void print(std::string_view text)
@@ -134,7 +78,7 @@ void printError(std::string_view text)
     std::fflush(stderr);
 }
 
-bool hasColours(Stream stream) { return !isSet("NO_COLOR") && knowsSequences(stream); }
+bool hasColours(Stream stream) { return !isSet("NO_COLOR") && takesSequences(stream); }
 
 std::string coloured(std::string_view text, Colour colour)
 {
@@ -146,7 +90,7 @@ std::string coloured(std::string_view text, Colour colour)
 
 void showStatus(std::string_view line)
 {
-    static bool const isShown = knowsSequences(Stream::Error);
+    static bool const isShown = takesSequences(Stream::Error);
     if (!isShown)
         return;
     std::string const text = kEraseLine + std::string(line);
@@ -165,10 +109,8 @@ void clearStatus()
 
 void clearStatusFromSignal()
 {
-#if !defined(_WIN32)
     if (g_hasStatus.exchange(false))
-        [[maybe_unused]] auto const written = ::write(2, kEraseLine, kEraseLength);
-#endif
+        writeErrorFromSignal(kEraseLine, kEraseLength);
 }
 
 } // namespace okt

@@ -1,15 +1,6 @@
 #include "interrupt.h"
 
-#include "console.h"
-
-#include <csignal>
 #include <utility>
-
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace okt
 {
@@ -27,33 +18,6 @@ namespace
 
 std::atomic<HalfWritten::Slot *> g_slots = nullptr;
 
-#if defined(_WIN32)
-
-std::atomic<bool> g_isInterrupted = false;
-
-/// Runs in a thread of its own. The one that writes notices soon, cleans up and ends the process; one that does not is ended.
-BOOL WINAPI onInterrupt(DWORD)
-{
-    constexpr DWORD kPatience = 4000; // the system ends the process after five seconds in any case
-    g_isInterrupted = true;
-    Sleep(kPatience);
-    return FALSE;
-}
-
-#else
-
-extern "C" void onInterrupt(int signal)
-{
-    for (HalfWritten::Slot *slot = g_slots; slot != nullptr; slot = slot->next)
-        if (char const *const path = slot->path)
-            unlink(path);
-    clearStatusFromSignal();
-    // The handler is gone already, so this ends the process, and its parent learns why.
-    raise(signal);
-}
-
-#endif
-
 HalfWritten::Slot *takeSlot()
 {
     for (HalfWritten::Slot *slot = g_slots; slot != nullptr; slot = slot->next)
@@ -67,24 +31,6 @@ HalfWritten::Slot *takeSlot()
 
 } // namespace
 
-void handleInterrupts()
-{
-#if defined(_WIN32)
-    SetConsoleCtrlHandler(onInterrupt, TRUE);
-#else
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP})
-    {
-        struct sigaction before = {};
-        if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler == SIG_IGN)
-            continue;
-        struct sigaction action = {};
-        action.sa_handler = onInterrupt;
-        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
-        sigaction(signal, &action, nullptr);
-    }
-#endif
-}
-
 HalfWritten::HalfWritten(std::string path) : m_slot(takeSlot())
 {
     m_slot->text = std::move(path);
@@ -93,12 +39,11 @@ HalfWritten::HalfWritten(std::string path) : m_slot(takeSlot())
 
 HalfWritten::~HalfWritten() { m_slot->path = nullptr; }
 
-void endIfInterrupted()
+void forEachHalfWritten(void (*act)(char const *path))
 {
-#if defined(_WIN32)
-    if (g_isInterrupted)
-        throw Interrupted();
-#endif
+    for (HalfWritten::Slot *slot = g_slots; slot != nullptr; slot = slot->next)
+        if (char const *const path = slot->path)
+            act(path);
 }
 
 } // namespace okt

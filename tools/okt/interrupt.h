@@ -26,6 +26,9 @@ private:
     Slot *m_slot;
 };
 
+/// For a signal handler.
+void forEachHalfWritten(void (*act)(char const *path));
+
 /// Where the system cannot remove a file that is open, an interrupt only leaves word, and the process is to end itself soon:
 /// this throws Interrupted then. Everywhere else it does nothing.
 struct Interrupted
