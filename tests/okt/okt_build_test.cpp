@@ -100,13 +100,19 @@ TEST_F(OktBuild, Build_Templates_ReadWholeByThePool)
     }
 }
 
-TEST_F(OktBuild, Build_Again_TemplatesReplaced)
+TEST_F(OktBuild, Build_Again_TemplatesKeptUnlessForced)
 {
-    std::vector<std::string> const command = {"build", kData + "/bars-en10080.csv", "-o", path("out")};
+    std::vector<std::string> command = {"build", kData + "/bars-en10080.csv", "-o", path("out")};
     ASSERT_EQ(runOkt(command).exitCode, 0);
     std::set<std::string> const before = namesIn(path("out"));
     put(path("out/link-d12.okt"), "not a pool");
     put(path("out/other.txt"), "stays");
+    ProcessResult const kept = runOkt(command);
+    EXPECT_EQ(kept.exitCode, 1);
+    EXPECT_EQ(kept.out, "");
+    EXPECT_TRUE(kept.err.ends_with(": the file exists already; --force replaces it\n")) << kept.err;
+    EXPECT_EQ(fs::file_size(path("out/link-d12.okt")), 10u);
+    command.push_back("--force");
     ASSERT_EQ(runOkt(command).exitCode, 0);
     std::set<std::string> after = namesIn(path("out"));
     EXPECT_EQ(after.erase("other.txt"), 1u);
@@ -308,7 +314,8 @@ TEST_F(OktBuild, Build_DiskTakesNoMore_FailureOldFilesStayAndNoPartOfANewOne)
     ASSERT_EQ(runOkt({"build", kData + "/bars-en10080.csv", "-o", path("out")}).exitCode, 0);
     std::set<std::string> const before = namesIn(path("out"));
     CByteArray const link = contentsOf(CString::FromUtf8(path("out/link-d6.okt")));
-    ProcessResult const result = runOkt({"build", kData + "/bars-en10080.csv", "-o", path("out")}, ProcessOutput::Kept, 4096);
+    ProcessResult const result =
+        runOkt({"build", kData + "/bars-en10080.csv", "-o", path("out"), "--force"}, ProcessOutput::Kept, 4096);
     expectFailure(result, path("out/link-d6.okt") + ": the file cannot be written: File too large");
     EXPECT_EQ(namesIn(path("out")), before);
     EXPECT_EQ(contentsOf(CString::FromUtf8(path("out/link-d6.okt"))), link);
@@ -321,9 +328,9 @@ TEST_F(OktBuild, Build_DiskTakesNoMore_FailureOldFilesStayAndNoPartOfANewOne)
 TEST_F(OktBuild, Build_StandardOutputTakesNothing_Failure)
 {
     std::string const message = "standard output: the output cannot be written: ";
-    ProcessResult const full = runOkt({"build", kData, "-o", path("out")}, ProcessOutput::Full);
+    ProcessResult const full = runOkt({"build", kData, "-o", path("out"), "--force"}, ProcessOutput::Full);
     expectFailure(full, message + "No space left on device");
-    ProcessResult const closed = runOkt({"build", kData, "-o", path("out")}, ProcessOutput::Closed);
+    ProcessResult const closed = runOkt({"build", kData, "-o", path("out"), "--force"}, ProcessOutput::Closed);
     expectFailure(closed, message + "Bad file descriptor");
     // What was made by then is whole.
     for (std::string const &name : namesIn(path("out")))

@@ -2,9 +2,11 @@
 
 #include "clientobjects.h"
 #include "console.h"
+#include "exportfiles.h"
 #include "failure.h"
 #include "files.h"
 #include "poolbuilder.h"
+#include "progress.h"
 #include "templateplan.h"
 #include "text.h"
 
@@ -28,6 +30,7 @@ struct Options
 {
     std::string data;
     std::string folder;
+    bool replaces = false;
 };
 
 bool isBarTable(fs::path const &path)
@@ -80,7 +83,7 @@ void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string con
 
 /// Makes templates from a bar table, or from all bar tables of a folder, with the rule tables beside them. Nothing is written
 /// before all tables are read. Says on standard output what was made and what not, and why.
-void build(fs::path const &data, fs::path const &outputFolder)
+void build(fs::path const &data, fs::path const &outputFolder, bool replaces)
 {
     Plans plans;
     for (fs::path const &table : barTablesIn(data))
@@ -93,9 +96,12 @@ void build(fs::path const &data, fs::path const &outputFolder)
 
     makeFolder(outputFolder);
     for (TemplatePlan const &plan : plans.templates)
-        checkReplaceable(outputFolder / plan.fileName);
+        checkWritable(outputFolder / plan.fileName, replaces);
+    Progress progress(printable(pathName(outputFolder)), plans.templates.size(), "templates");
+    std::size_t done = 0;
     for (TemplatePlan const &plan : plans.templates)
     {
+        progress.at(done++);
         fs::path const path = outputFolder / plan.fileName;
         std::unique_ptr<OKTDbPool> const pool = buildPool(plan);
         addClientObjects(*pool, plan);
@@ -123,9 +129,10 @@ void addBuild(CommandLine &line)
     command->add_option("-o,--output", options->folder, "the folder for the templates; made where it is missing")
         ->required()
         ->type_name("DIR");
+    command->add_flag("--force", options->replaces, "replace templates that exist");
     command->callback([&line, options] {
         line.run = [options] {
-            build(utf8Path(options->data), utf8Path(options->folder));
+            build(utf8Path(options->data), utf8Path(options->folder), options->replaces);
             return kDone;
         };
     });
