@@ -3,6 +3,7 @@
 #include <oktplatform/oktarrays.h>
 #include <okttext/okttextfault.h>
 
+#include <cstddef>
 #include <functional>
 #include <iosfwd>
 #include <string>
@@ -21,9 +22,13 @@ using OKTTextPutFile = std::function<std::string(std::string const &stem, CByteA
 /// The bytes kept under a name. Whatever it throws goes to the caller.
 using OKTTextGetFile = std::function<CByteArray(std::string const &name)>;
 
+/// Hears how many bytes of the image and how many objects are done. Whatever it throws goes to the caller.
+using OKTTextProgress = std::function<void(std::size_t bytes, std::size_t objects)>;
+
 /// A pool image, from a file or from OKTDbPool::saveFiler, as text. With `put`, pictures and longer byte arrays go into files.
 /// False: the image is damaged; the fault tells the byte, and the sink was not called.
-bool OktExportText(CByteArray const &image, OKTTextSink const &sink, OKTTextFault &fault, OKTTextPutFile const &put = {});
+bool OktExportText(CByteArray const &image, OKTTextSink const &sink, OKTTextFault &fault, OKTTextPutFile const &put = {},
+                   OKTTextProgress const &progress = {});
 
 /// The image of a text. Places and sizes that the text leaves to this function are filled in. False, and `image` empty: the
 /// text is no JSON, not of this form, or gives no pool image; the fault tells the line.

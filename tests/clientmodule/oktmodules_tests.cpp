@@ -172,9 +172,9 @@ TEST_F(OktModules, Build_WithTheModule_EveryTemplateHasConstructAndIndex)
         EXPECT_EQ(index->ParameterCount(), counted.ParameterCount());
         EXPECT_EQ(index->CategoryCount(), 4);
         EXPECT_EQ(index->PictureCount(), counted.PictureCount());
-        EXPECT_EQ(index->keywordCount(), 4); // kind, size, standard, grade
+        EXPECT_EQ(index->keywordCount(), 4); // kind, size, standard or mark, grade
     }
-    EXPECT_EQ(templates, 46);
+    EXPECT_EQ(templates, 48);
 }
 
 TEST_F(OktModules, Build_WithTheModule_GeometryOfTheBarInMetres)
@@ -190,7 +190,8 @@ TEST_F(OktModules, Build_WithTheModule_GeometryOfTheBarInMetres)
     };
     // Cutting lengths of the inch templates are those of the centre line; of straight bars every cutting length is.
     for (Row const &row : {Row{"link-no4.okt", 1 / 0.0254, 0.5, 1.0, 57.780972450961724}, Row{"mesh-d8.okt", 1000, 8, 0, 4800},
-                           Row{"mesh-no4.okt", 1 / 0.0254, 0.5, 0, 240}})
+                           Row{"mesh-no4.okt", 1 / 0.0254, 0.5, 0, 240},
+                           Row{"bar-records-1.okt", 1000, 12, 24, 1000 - 72 + 47.12388980384690}})
     {
         OKTDbPool pool;
         pool.setMetricsFactor(row.factor);

@@ -65,15 +65,16 @@ TEST_F(OktBuild, Build_ExampleFolder_AllTemplatesAndTheirSummary)
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     std::set<std::string> const names = namesIn(path("new/out"));
-    EXPECT_EQ(names.size(), 46u);
+    EXPECT_EQ(names.size(), 48u);
     for (char const *const name :
-         {"link-d6.okt", "link-d50.okt", "hooked-d12.okt", "mesh-d14.okt", "link-no8.okt", "hooked-no18.okt", "mesh-no5.okt"})
+         {"link-d6.okt", "link-d50.okt", "hooked-d12.okt", "mesh-d14.okt", "link-no8.okt", "hooked-no18.okt", "mesh-no5.okt",
+                                   "bar-records-2.okt"})
         EXPECT_EQ(names.count(name), 1u) << name;
     EXPECT_NE(result.out.find(path("new/out/link-d12.okt") + ": Closed link, 12 mm, EN 1992 / BS 8666, "), std::string::npos);
     EXPECT_NE(result.out.find("no link-d14: " + kData + "/bends-bs8666.csv has no row for 14 mm\n"), std::string::npos);
-    EXPECT_TRUE(result.out.ends_with("46 templates in " + path("new/out") + ", 23 not made\n")) << result.out;
+    EXPECT_TRUE(result.out.ends_with("48 templates in " + path("new/out") + ", 23 not made\n")) << result.out;
     // One line a template or reason, and the sum.
-    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 46 + 23 + 1);
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 48 + 23 + 1);
 }
 
 TEST_F(OktBuild, Build_OneTable_OnlyItsSizes)
@@ -100,13 +101,19 @@ TEST_F(OktBuild, Build_Templates_ReadWholeByThePool)
     }
 }
 
-TEST_F(OktBuild, Build_Again_TemplatesReplaced)
+TEST_F(OktBuild, Build_Again_TemplatesKeptUnlessForced)
 {
-    std::vector<std::string> const command = {"build", kData + "/bars-en10080.csv", "-o", path("out")};
+    std::vector<std::string> command = {"build", kData + "/bars-en10080.csv", "-o", path("out")};
     ASSERT_EQ(runOkt(command).exitCode, 0);
     std::set<std::string> const before = namesIn(path("out"));
     put(path("out/link-d12.okt"), "not a pool");
     put(path("out/other.txt"), "stays");
+    ProcessResult const kept = runOkt(command);
+    EXPECT_EQ(kept.exitCode, 1);
+    EXPECT_EQ(kept.out, "");
+    EXPECT_TRUE(kept.err.ends_with(": the file exists already; --force replaces it\n")) << kept.err;
+    EXPECT_EQ(fs::file_size(path("out/link-d12.okt")), 10u);
+    command.push_back("--force");
     ASSERT_EQ(runOkt(command).exitCode, 0);
     std::set<std::string> after = namesIn(path("out"));
     EXPECT_EQ(after.erase("other.txt"), 1u);
@@ -129,7 +136,7 @@ TEST_F(OktBuild, Build_FolderWithoutTables_Failure)
 {
     fs::create_directory(path("data"));
     expectFailure(runOkt({"build", path("data"), "-o", path("out")}),
-                  path("data") + ": the folder has no bar table (bars-*.csv)");
+                  path("data") + ": the folder has no bar table (bars-*.csv) and no bar records (*.bf2d)");
 }
 
 TEST_F(OktBuild, Build_EmptyTable_Failure)
@@ -267,7 +274,7 @@ TEST_F(OktBuild, Build_OutputFolderThatTakesNoFiles_Failure)
 {
     ProcessResult const result = runOkt({"build", kData, "-o", "/proc"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.err.starts_with("okt: /proc/hooked-no3.okt: ") || result.err.starts_with("okt: /proc/link-no3.okt: "))
+    EXPECT_TRUE(result.err.starts_with("okt: /proc/bar-records-1.okt: ") || result.err.starts_with("okt: /proc/link-no3.okt: "))
         << result.err;
     EXPECT_NE(result.err.find("the file cannot be written: "), std::string::npos) << result.err;
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
@@ -308,7 +315,8 @@ TEST_F(OktBuild, Build_DiskTakesNoMore_FailureOldFilesStayAndNoPartOfANewOne)
     ASSERT_EQ(runOkt({"build", kData + "/bars-en10080.csv", "-o", path("out")}).exitCode, 0);
     std::set<std::string> const before = namesIn(path("out"));
     CByteArray const link = contentsOf(CString::FromUtf8(path("out/link-d6.okt")));
-    ProcessResult const result = runOkt({"build", kData + "/bars-en10080.csv", "-o", path("out")}, ProcessOutput::Kept, 4096);
+    ProcessResult const result =
+        runOkt({"build", kData + "/bars-en10080.csv", "-o", path("out"), "--force"}, ProcessOutput::Kept, 4096);
     expectFailure(result, path("out/link-d6.okt") + ": the file cannot be written: File too large");
     EXPECT_EQ(namesIn(path("out")), before);
     EXPECT_EQ(contentsOf(CString::FromUtf8(path("out/link-d6.okt"))), link);
@@ -321,9 +329,9 @@ TEST_F(OktBuild, Build_DiskTakesNoMore_FailureOldFilesStayAndNoPartOfANewOne)
 TEST_F(OktBuild, Build_StandardOutputTakesNothing_Failure)
 {
     std::string const message = "standard output: the output cannot be written: ";
-    ProcessResult const full = runOkt({"build", kData, "-o", path("out")}, ProcessOutput::Full);
+    ProcessResult const full = runOkt({"build", kData, "-o", path("out"), "--force"}, ProcessOutput::Full);
     expectFailure(full, message + "No space left on device");
-    ProcessResult const closed = runOkt({"build", kData, "-o", path("out")}, ProcessOutput::Closed);
+    ProcessResult const closed = runOkt({"build", kData, "-o", path("out"), "--force"}, ProcessOutput::Closed);
     expectFailure(closed, message + "Bad file descriptor");
     // What was made by then is whole.
     for (std::string const &name : namesIn(path("out")))

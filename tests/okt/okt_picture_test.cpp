@@ -122,11 +122,11 @@ TEST_F(OktPicture, Picture_EveryIndex_ThePictureAtThatPlaceOfTheList)
     std::string const file = poolFile("four.okt", sizes);
     for (std::size_t i = 0; i < sizes.size(); ++i)
     {
-        ProcessResult const result = runOkt({"picture", file, "--index", std::to_string(i), "-o", path("image")});
+        ProcessResult const result = runOkt({"picture", file, "--index", std::to_string(i), "-o", path("image"), "--force"});
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(fileBytes("image"), bytesOfSize(sizes[i]));
     }
-    ASSERT_EQ(runOkt({"picture", file, "--output", path("image")}).exitCode, 0);
+    ASSERT_EQ(runOkt({"picture", file, "--output", path("image"), "--force"}).exitCode, 0);
     EXPECT_EQ(fileBytes("image"), bytesOfSize(1000));
     EXPECT_EQ(filesInFolder(), 2u);
 }
@@ -141,6 +141,18 @@ TEST_F(OktPicture, Picture_StandardOutput_TheBytesAlone)
     EXPECT_EQ(filesInFolder(), 1u);
 }
 
+TEST_F(OktPicture, Picture_StandardInput_AsFromTheFile)
+{
+    std::string const file = poolFile("one.okt", {5000});
+    ProcessResult const result = runProgram("/bin/sh", {"-c", "\"$0\" picture - -o - <\"$1\"", OKT_EXE, file});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, textOf(bytesOfSize(5000)));
+    ProcessResult const empty = runProgram("/bin/sh", {"-c", "\"$0\" picture - -o - </dev/null", OKT_EXE});
+    EXPECT_EQ(empty.exitCode, 1);
+    EXPECT_EQ(empty.err, "okt: standard input: the file is empty\n");
+}
+
 // The partial readers refuse files below 1024 bytes.
 TEST_F(OktPicture, Picture_SmallFile_ReadAsAWhole)
 {
@@ -152,11 +164,14 @@ TEST_F(OktPicture, Picture_SmallFile_ReadAsAWhole)
     EXPECT_EQ(fileBytes("image"), bytesOfSize(31));
 }
 
-TEST_F(OktPicture, Picture_ExistingOutput_ReplacedAndNothingLeftBeside)
+TEST_F(OktPicture, Picture_ExistingOutput_KeptUnlessForcedAndNothingLeftBeside)
 {
     std::string const file = poolFile("one.okt", {5000});
     m_folder.put("image", bytesOfSize(9000));
-    ASSERT_EQ(runOkt({"picture", file, "-o", path("image")}).exitCode, 0);
+    expectFailure(runOkt({"picture", file, "-o", path("image")}),
+                  path("image") + ": the file exists already; --force replaces it");
+    EXPECT_EQ(fileBytes("image"), bytesOfSize(9000));
+    ASSERT_EQ(runOkt({"picture", file, "-o", path("image"), "--force"}).exitCode, 0);
     EXPECT_EQ(fileBytes("image"), bytesOfSize(5000));
     EXPECT_EQ(filesInFolder(), 2u);
 }
@@ -341,7 +356,7 @@ TEST_F(OktPicture, Picture_DiskTakesNoMore_FailureAndOldFileStays)
 {
     std::string const file = poolFile("one.okt", {20000});
     m_folder.put("image", bytesOfSize(4));
-    expectFailure(runOkt({"picture", file, "-o", path("image")}, ProcessOutput::Kept, 4096),
+    expectFailure(runOkt({"picture", file, "-o", path("image"), "--force"}, ProcessOutput::Kept, 4096),
                   path("image") + ": the file cannot be written: File too large");
     EXPECT_EQ(fileBytes("image"), bytesOfSize(4));
     EXPECT_EQ(filesInFolder(), 2u);

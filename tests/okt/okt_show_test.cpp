@@ -50,6 +50,24 @@ protected:
     ScratchFolder m_folder;
 };
 
+TEST_F(OktShow, Show_StandardInput_AsFromTheFile)
+{
+    std::string const file = OKT_TEST_DATA_DIR "/golden/stirrup.okt";
+    for (std::string const option : {"--ids", "--index", "--preview"})
+    {
+        std::string const command = "\"$0\" show " + option + " - <\"$1\"";
+        ProcessResult const piped = runProgram("/bin/sh", {"-c", command, OKT_EXE, file});
+        ProcessResult named = runOkt({"show", option, file});
+        EXPECT_EQ(piped.exitCode, named.exitCode);
+        for (std::string *const text : {&named.out, &named.err})
+            for (std::size_t at = 0; (at = text->find(file)) != std::string::npos;)
+                text->replace(at, file.size(), "standard input");
+        EXPECT_EQ(piped.out, named.out);
+        EXPECT_EQ(piped.err, named.err);
+    }
+    EXPECT_EQ(runOkt({"show", "-", "-"}).err, "okt: standard input: it can be read only once\n");
+}
+
 TEST_F(OktShow, Show_Stirrup_HeaderTreeRelationsPicturesSizes)
 {
     ProcessResult const result = runOkt({"show", golden("stirrup.okt"), "--unit", "m"});

@@ -1,10 +1,13 @@
 #include "commands.h"
 
+#include "recordtemplate.h"
 #include "clientobjects.h"
 #include "console.h"
+#include "exportfiles.h"
 #include "failure.h"
 #include "files.h"
 #include "poolbuilder.h"
+#include "progress.h"
 #include "templateplan.h"
 #include "text.h"
 
@@ -28,6 +31,7 @@ struct Options
 {
     std::string data;
     std::string folder;
+    bool replaces = false;
 };
 
 bool isBarTable(fs::path const &path)
@@ -36,7 +40,10 @@ bool isBarTable(fs::path const &path)
     return name.starts_with("bars-") && name.ends_with(".csv");
 }
 
-std::vector<fs::path> barTablesIn(fs::path const &data)
+bool isBarRecords(fs::path const &path) { return path.extension() == ".bf2d"; }
+
+/// The bar tables and the files of bar records that are meant.
+std::vector<fs::path> sourcesIn(fs::path const &data)
 {
     std::error_code error;
     fs::file_status const status = fs::status(data, error);
@@ -47,12 +54,12 @@ std::vector<fs::path> barTablesIn(fs::path const &data)
     std::vector<fs::path> tables;
     fs::directory_iterator entries(data, error);
     for (; !error && entries != fs::directory_iterator(); entries.increment(error))
-        if (isBarTable(entries->path()))
+        if (isBarTable(entries->path()) || isBarRecords(entries->path()))
             tables.push_back(entries->path());
     if (error)
         throw Failure(pathName(data), "", "the folder cannot be read: " + systemReason(error.value()));
     if (tables.empty())
-        throw Failure(pathName(data), "", "the folder has no bar table (bars-*.csv)");
+        throw Failure(pathName(data), "", "the folder has no bar table (bars-*.csv) and no bar records (*.bf2d)");
     std::sort(tables.begin(), tables.end());
     return tables;
 }
@@ -69,6 +76,14 @@ Plans plansFrom(fs::path const &table)
     return metricPlans(bars, bends, rules, shapes);
 }
 
+/// Of bar records. The faults are lines for the user.
+Plans plansFromRecords(fs::path const &records, std::vector<std::string> &faults)
+{
+    Bf2dPlans made = bf2dPlans(records, BarTable::load(records.parent_path() / "bars-en10080.csv"));
+    std::move(made.faults.begin(), made.faults.end(), std::back_inserter(faults));
+    return {std::move(made.templates), {}};
+}
+
 /// Two tables of one folder may hold the same size.
 void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string const &data)
 {
@@ -78,24 +93,31 @@ void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string con
             throw Failure(data, "", "two bar tables hold the same size: " + plan.fileName + " would be made twice");
 }
 
-/// Makes templates from a bar table, or from all bar tables of a folder, with the rule tables beside them. Nothing is written
-/// before all tables are read. Says on standard output what was made and what not, and why.
-void build(fs::path const &data, fs::path const &outputFolder)
+/// Makes templates from a bar table or bar records, or from all of a folder, with the rule tables beside them. Nothing is
+/// written before all are read. Says on standard output what was made and what not, and why. False: a record is wrong, and it
+/// was told.
+bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
 {
     Plans plans;
-    for (fs::path const &table : barTablesIn(data))
+    std::vector<std::string> faults;
+    for (fs::path const &source : sourcesIn(data))
     {
-        Plans more = plansFrom(table);
+        Plans more = isBarRecords(source) ? plansFromRecords(source, faults) : plansFrom(source);
         std::move(more.templates.begin(), more.templates.end(), std::back_inserter(plans.templates));
         std::move(more.skipped.begin(), more.skipped.end(), std::back_inserter(plans.skipped));
     }
     refuseSameFiles(plans.templates, pathName(data));
 
+    for (std::string const &fault : faults)
+        printError(fault);
     makeFolder(outputFolder);
     for (TemplatePlan const &plan : plans.templates)
-        checkReplaceable(outputFolder / plan.fileName);
+        checkWritable(outputFolder / plan.fileName, replaces);
+    Progress progress(printable(pathName(outputFolder)), plans.templates.size(), "templates");
+    std::size_t done = 0;
     for (TemplatePlan const &plan : plans.templates)
     {
+        progress.at(done++);
         fs::path const path = outputFolder / plan.fileName;
         std::unique_ptr<OKTDbPool> const pool = buildPool(plan);
         addClientObjects(*pool, plan);
@@ -105,7 +127,8 @@ void build(fs::path const &data, fs::path const &outputFolder)
     for (SkippedTemplate const &skipped : plans.skipped)
         print("no " + skipped.stem + ": " + printable(skipped.reason) + "\n");
     print(std::to_string(plans.templates.size()) + " templates in " + printable(pathName(outputFolder)) + ", " +
-          std::to_string(plans.skipped.size()) + " not made\n");
+          std::to_string(plans.skipped.size() + faults.size()) + " not made\n");
+    return faults.empty();
 }
 
 } // namespace
@@ -113,18 +136,25 @@ void build(fs::path const &data, fs::path const &outputFolder)
 void addBuild(CommandLine &line)
 {
     CLI::App *const command =
-        line.app.add_subcommand("build", "Makes one template per bar size and kind from published figures.\n"
-                                         "  okt build examples/data -o templates");
+        line.app.add_subcommand("build", "Makes templates from tables of bar sizes, one per size and kind, and from bar records (BF2D).\n"
+                                         "  okt build examples/data -o templates\n"
+                                         "  okt build examples/data/bar-records.bf2d -o bars --force\n"
+                                         "  okt --module libokt_example_module.so build examples/data -o templates");
+    command->footer("0 all made, 1 failed, or a bar record is wrong: one line on standard error for each, the good ones are "
+                    "made; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command
         ->add_option("DATA", options->data,
-                     "a bar table (CSV), or a folder with bar tables (bars-*.csv); the rule tables lie beside")
+                     "a bar table (CSV), bar records (*.bf2d), or a folder with such files (bars-*.csv, *.bf2d); the rule "
+                     "tables lie beside")
         ->required();
-    command->add_option("-o,--output", options->folder, "the folder for the templates; made where it is missing")->required();
+    command->add_option("-o,--output", options->folder, "the folder for the templates; made where it is missing")
+        ->required()
+        ->type_name("DIR");
+    command->add_flag("--force", options->replaces, "replace templates that exist");
     command->callback([&line, options] {
         line.run = [options] {
-            build(utf8Path(options->data), utf8Path(options->folder));
-            return kDone;
+            return build(utf8Path(options->data), utf8Path(options->folder), options->replaces) ? kDone : kFailed;
         };
     });
 }

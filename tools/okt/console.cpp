@@ -2,12 +2,52 @@
 
 #include "failure.h"
 #include "files.h"
+#include "system.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 
 namespace okt
 {
+
+namespace
+{
+
+// To the start of the line, and nothing behind it.
+constexpr char kEraseLine[] = "\r\x1b[K";
+constexpr std::size_t kEraseLength = sizeof kEraseLine - 1;
+
+std::atomic<bool> g_hasStatus = false;
+
+char const *sequenceOf(Colour colour)
+{
+    switch (colour)
+    {
+    case Colour::Red:
+        return "\x1b[31m";
+    case Colour::Green:
+        return "\x1b[32m";
+    case Colour::Yellow:
+        return "\x1b[33m";
+    case Colour::Cyan:
+        return "\x1b[36m";
+    case Colour::Bold:
+        return "\x1b[1m";
+    case Colour::Faint:
+        return "\x1b[2m";
+    }
+    return "";
+}
+
+bool isSet(char const *variable)
+{
+    char const *const value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+} // namespace
 
 void guardStandardStreams()
 {
@@ -16,20 +56,61 @@ void guardStandardStreams()
     static std::FILE *held[3];
     for (std::FILE *&file : held)
         file = std::fopen("/dev/null", "rb");
+    prepareStreams();
 }
 
 void print(std::string_view text)
 {
+    clearStatus();
     errno = 0;
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-        throw Failure("standard output", "", "the output cannot be written: " + systemReason(errno));
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return;
+    if (isClosedPipe(errno))
+        throw OutputClosed();
+    throw Failure("standard output", "", "the output cannot be written: " + systemReason(errno));
 }
 
 void printError(std::string_view text)
 {
+    clearStatus();
     std::string const line = "okt: " + std::string(text) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
+}
+
+bool hasColours(Stream stream) { return !isSet("NO_COLOR") && takesSequences(stream); }
+
+std::string coloured(std::string_view text, Colour colour)
+{
+    static bool const isColoured = hasColours(Stream::Output);
+    if (!isColoured)
+        return std::string(text);
+    return sequenceOf(colour) + std::string(text) + "\x1b[0m";
+}
+
+void showStatus(std::string_view line)
+{
+    static bool const isShown = takesSequences(Stream::Error);
+    if (!isShown)
+        return;
+    std::string const text = kEraseLine + std::string(line);
+    g_hasStatus = true;
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr);
+}
+
+void clearStatus()
+{
+    if (!g_hasStatus.exchange(false))
+        return;
+    std::fwrite(kEraseLine, 1, kEraseLength, stderr);
+    std::fflush(stderr);
+}
+
+void clearStatusFromSignal()
+{
+    if (g_hasStatus.exchange(false))
+        writeErrorFromSignal(kEraseLine, kEraseLength);
 }
 
 } // namespace okt

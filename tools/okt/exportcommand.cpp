@@ -1,8 +1,13 @@
 #include "commands.h"
 
+#include "recordtemplate.h"
+#include "console.h"
 #include "exportfiles.h"
 #include "failure.h"
+#include "poolreader.h"
+#include "progress.h"
 #include "reportcollector.h"
+#include "text.h"
 
 #include <okttext/okttextpool.h>
 
@@ -23,6 +28,7 @@ struct Options
     std::string file;
     std::string output = kStandardStream;
     std::string pictures;
+    std::string format = "json";
     bool replaces = false;
 };
 
@@ -47,11 +53,45 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     };
     OKTTextFault fault;
     ReportCollector const collector; // an object that does not read leaves its members without names, no more
-    if (!OktExportText(image, sink, fault, put))
+    Progress progress(printable(inputName(path)), static_cast<std::uintmax_t>(image.GetSize()));
+    auto const tell = [&progress](std::size_t bytes, std::size_t objects) { progress.at(bytes, objects); };
+    if (!OktExportText(image, sink, fault, put, tell))
         throw Failure(inputName(path), fault.place(), fault.reason);
     text->close();
     folder.commit();
     text->commit();
+}
+
+/// The bar record that a template came from; nothing where a fault of the file keeps it from being had, which was told. A fault
+/// elsewhere does not matter.
+std::optional<std::string> recordOf(fs::path const &path)
+{
+    constexpr double kMillimetres = 1000;
+    InputFile const input(path);
+    PoolFile const file = readPool(input.path(), kMillimetres, input.name());
+    try
+    {
+        return bf2dLineOf(*file.pool, input.name());
+    }
+    catch (Failure const &)
+    {
+        if (file.fault.empty())
+            throw;
+        printError(file.fault);
+        return std::nullopt;
+    }
+}
+
+bool exportRecord(fs::path const &path, fs::path const &output, bool replaces)
+{
+    std::optional<std::string> const line = recordOf(path);
+    if (!line)
+        return false;
+    OutputFile text(output, replaces);
+    text.write(*line + "\n");
+    text.close();
+    text.commit();
+    return true;
 }
 
 } // namespace
@@ -59,8 +99,10 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
 void addExport(CommandLine &line)
 {
     CLI::App *const command =
-        line.app.add_subcommand("export", "Writes a pool file as text (JSON), which gives the same file again.\n"
-                                          "  okt export templates/link-d12.okt -o link.json");
+        line.app.add_subcommand("export", "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.\n"
+                                          "  okt export templates/link-d12.okt -o link.json\n"
+                                          "  okt export - <link.okt | okt import - -o copy.okt\n"
+                                          "  okt export --format bf2d templates/bar-records-1.okt");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
     command->add_option("-o,--output", options->output,
@@ -69,9 +111,15 @@ void addExport(CommandLine &line)
         ->add_option("--pictures", options->pictures,
                      "a folder for pictures and longer byte arrays, which stand in the text otherwise")
         ->type_name("DIR");
+    command
+        ->add_option("--format", options->format,
+                     "json (default): the whole file; bf2d: the bar record that a template of okt build came from")
+        ->check(CLI::IsMember({"json", "bf2d"}));
     command->add_flag("--force", options->replaces, "replace files that exist");
     command->callback([&line, options] {
         line.run = [options] {
+            if (options->format == "bf2d")
+                return exportRecord(utf8Path(options->file), utf8Path(options->output), options->replaces) ? kDone : kFailed;
             exportText(utf8Path(options->file), utf8Path(options->output), utf8Path(options->pictures), options->replaces);
             return kDone;
         };

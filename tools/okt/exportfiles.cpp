@@ -3,6 +3,7 @@
 #include "console.h"
 #include "failure.h"
 #include "imageformat.h"
+#include "progress.h"
 
 #include <algorithm>
 #include <cctype>
@@ -25,8 +26,10 @@ CByteArray readStandardInput()
     constexpr int kPiece = 1 << 16;
     CByteArray bytes;
     bytes.SetSize(0, 1 << 20);
+    Progress progress(inputName(kStandardStream), 0);
     for (;;)
     {
+        progress.at(static_cast<std::uintmax_t>(bytes.GetSize()));
         int const before = bytes.GetSize();
         if (before > kLargestInput - kPiece)
             throw Failure(inputName(kStandardStream), "", "it is larger than 2147483647 bytes");
@@ -63,14 +66,44 @@ std::string inputName(fs::path const &path) { return path == kStandardStream ? "
 
 CByteArray readInput(fs::path const &path) { return path == kStandardStream ? readStandardInput() : readBytes(path); }
 
+InputFile::InputFile(fs::path const &path) : m_path(path), m_name(inputName(path))
+{
+    if (path != kStandardStream)
+        return;
+    CByteArray const bytes = readStandardInput();
+    std::error_code error;
+    fs::path const folder = fs::temp_directory_path(error);
+    if (error)
+        throw Failure(m_name, "", "there is no folder to keep it in: " + systemReason(error.value()));
+    m_kept.emplace(folder / "okt-input");
+    try
+    {
+        CFile file;
+        CFileException refused;
+        if (!file.Open(pathText(m_kept->path()), CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive, &refused))
+            throw Failure(m_name, "", "it cannot be kept in a file: " + systemReason(refused.m_lOsError));
+        file.Write(bytes.GetData(), static_cast<UINT>(bytes.GetSize()));
+        file.Close();
+    }
+    catch (CFileException const &exception)
+    {
+        throw Failure(m_name, "", "it cannot be kept in a file: " + systemReason(exception.m_lOsError));
+    }
+}
+
+void checkWritable(fs::path const &path, bool replaces)
+{
+    checkReplaceable(path);
+    std::error_code ignored;
+    if (!replaces && fs::exists(fs::symlink_status(path, ignored)))
+        throw Failure(pathName(path), "", "the file exists already; --force replaces it");
+}
+
 OutputFile::OutputFile(fs::path path, bool replaces) : m_path(std::move(path))
 {
     if (m_path == kStandardStream)
         return;
-    std::error_code ignored;
-    if (!replaces && fs::exists(fs::symlink_status(m_path, ignored)))
-        throw Failure(pathName(m_path), "", "the file exists already; --force replaces it");
-    checkReplaceable(m_path);
+    checkWritable(m_path, replaces);
     m_pending.emplace(m_path);
     CFileException refused;
     if (!m_file.Open(pathText(m_pending->path()), CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive, &refused))
@@ -83,11 +116,14 @@ void OutputFile::write(std::string_view bytes)
 {
     if (!m_pending)
         return print(bytes);
-    constexpr std::size_t kPiece = 1 << 30; // the platform counts in 32 bits
+    constexpr std::size_t kPiece = 1 << 24;
     try
     {
         for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size())))
+        {
+            endIfInterrupted();
             m_file.Write(bytes.data(), static_cast<UINT>(std::min(kPiece, bytes.size())));
+        }
     }
     catch (CFileException const &exception)
     {

@@ -21,6 +21,26 @@ std::string inputName(std::filesystem::path const &path);
 /// All bytes of a file or of standard input. Throws Failure.
 CByteArray readInput(std::filesystem::path const &path);
 
+/// An input that has to be a file, since it is read at places: standard input is kept in a file for the time being.
+class InputFile
+{
+public:
+    /// Throws Failure when standard input cannot be read or kept. What is wrong with a file shows when it is read.
+    explicit InputFile(std::filesystem::path const &path);
+
+    std::filesystem::path const &path() const { return m_kept ? m_kept->path() : m_path; }
+    /// For messages.
+    std::string const &name() const { return m_name; }
+
+private:
+    std::filesystem::path m_path;
+    std::string m_name;
+    std::optional<PendingFile> m_kept;
+};
+
+/// Throws Failure where a file has that name, unless it may be replaced and can be.
+void checkWritable(std::filesystem::path const &path, bool replaces);
+
 /// What becomes a file in one step: it is written beside its final name, which it gets at the end, or goes to standard output
 /// as it comes.
 class OutputFile

@@ -1,8 +1,10 @@
 #include "files.h"
 
 #include "failure.h"
+#include "progress.h"
 #include "text.h"
 
+#include <algorithm>
 #include <random>
 #include <system_error>
 
@@ -60,6 +62,31 @@ std::uintmax_t openedLength(fs::path const &path, CFile &file)
     }
 }
 
+/// Fills the bytes, and gives the number of those that were there.
+std::uintmax_t readAll(CFile &file, CByteArray &bytes, std::string const &name)
+{
+    constexpr UINT kPiece = 1 << 24;
+    auto const length = static_cast<UINT>(bytes.GetSize());
+    Progress progress(printable(name), length);
+    UINT count = 0;
+    while (count < length)
+    {
+        UINT const piece = file.Read(bytes.GetData() + count, std::min(kPiece, length - count));
+        if (piece == 0)
+            break;
+        count += piece;
+        progress.at(count);
+    }
+    return count;
+}
+
+/// Drawn anew, so that two runs into one folder do not meet.
+fs::path pathBeside(fs::path const &target)
+{
+    fs::path path = target;
+    return path.replace_filename("." + target.filename().string() + "." + std::to_string(std::random_device()()) + ".part");
+}
+
 } // namespace
 
 CString pathText(fs::path const &path)
@@ -96,7 +123,7 @@ CByteArray readBytes(fs::path const &path)
         CFile file;
         std::uintmax_t const length = openedLength(path, file);
         bytes.SetSize(static_cast<int>(length));
-        UINT const count = length == 0 ? 0 : file.Read(bytes.GetData(), static_cast<UINT>(length));
+        std::uintmax_t const count = readAll(file, bytes, name);
         if (count != length)
             throw Failure(name, "byte " + std::to_string(count), "the file became shorter while it was read");
     }
@@ -113,10 +140,9 @@ std::string readText(fs::path const &path)
     return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
 }
 
-PendingFile::PendingFile(fs::path target) : m_target(std::move(target)), m_path(m_target)
+PendingFile::PendingFile(fs::path target)
+    : m_target(std::move(target)), m_path(pathBeside(m_target)), m_halfWritten(pathName(m_path))
 {
-    // Drawn anew, so that two runs into one folder do not meet.
-    m_path.replace_filename("." + m_target.filename().string() + "." + std::to_string(std::random_device()()) + ".part");
 }
 
 PendingFile::~PendingFile()

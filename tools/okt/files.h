@@ -1,5 +1,7 @@
 #pragma once
 
+#include "interrupt.h"
+
 #include <oktplatform/oktplatform.h>
 
 #include <cstdint>
@@ -27,7 +29,8 @@ CByteArray readBytes(std::filesystem::path const &path);
 /// The same as text.
 std::string readText(std::filesystem::path const &path);
 
-/// A name beside the final file under which its contents are written first. The destructor removes what still has the name.
+/// A name beside the final file under which its contents are written first. The destructor removes what still has the name,
+/// and so does an interrupt.
 class PendingFile
 {
 public:
@@ -43,6 +46,7 @@ public:
 private:
     std::filesystem::path m_target;
     std::filesystem::path m_path;
+    HalfWritten m_halfWritten;
 };
 
 /// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, or in use.

@@ -2,13 +2,17 @@
 
 #include "exportfiles.h"
 #include "failure.h"
+#include "progress.h"
+#include "text.h"
 
 #include <okttext/okttextpool.h>
 
+#include <array>
 #include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <streambuf>
 #include <system_error>
 
 namespace okt
@@ -46,6 +50,31 @@ std::ifstream openText(fs::path const &path)
     return text;
 }
 
+/// Passes a text on in pieces, and tells how far it is.
+class ToldText : public std::streambuf
+{
+public:
+    ToldText(std::streambuf &text, std::string name, std::uintmax_t size) : m_text(text), m_progress(std::move(name), size) {}
+
+protected:
+    int_type underflow() override
+    {
+        std::streamsize const count = m_text.sgetn(m_piece.data(), static_cast<std::streamsize>(m_piece.size()));
+        if (count <= 0)
+            return traits_type::eof();
+        m_done += static_cast<std::uintmax_t>(count);
+        m_progress.at(m_done);
+        setg(m_piece.data(), m_piece.data(), m_piece.data() + count);
+        return traits_type::to_int_type(m_piece.front());
+    }
+
+private:
+    std::streambuf &m_text;
+    Progress m_progress;
+    std::uintmax_t m_done = 0;
+    std::array<char, 1 << 16> m_piece;
+};
+
 /// Makes the pool file of a text form, in one step. Without a folder, pictures are looked for beside the text.
 void importText(fs::path const &path, fs::path const &output, fs::path const &pictures, bool replaces)
 {
@@ -60,7 +89,10 @@ void importText(fs::path const &path, fs::path const &output, fs::path const &pi
     std::ifstream file;
     if (!isStandardInput)
         file = openText(path);
-    if (!OktImportText(isStandardInput ? std::cin : file, image, fault, get))
+    std::uintmax_t const size = isStandardInput ? 0 : fs::file_size(path, ignored);
+    ToldText told(isStandardInput ? *std::cin.rdbuf() : *file.rdbuf(), printable(inputName(path)), ignored ? 0 : size);
+    std::istream text(&told);
+    if (!OktImportText(text, image, fault, get))
         throw Failure(inputName(path), fault.place(), fault.reason);
     OutputFile pool(output, replaces);
     pool.write({reinterpret_cast<char const *>(image.GetData()), static_cast<std::size_t>(image.GetSize())});
@@ -73,7 +105,8 @@ void importText(fs::path const &path, fs::path const &output, fs::path const &pi
 void addImport(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand("import", "Makes a pool file of its text.\n"
-                                                                "  okt import link.json -o link.okt");
+                                                                "  okt import link.json -o link.okt\n"
+                                                                "  okt import - -o - <link.json | okt show -");
     auto const options = std::make_shared<Options>();
     command->add_option("JSON", options->text, "a text that okt export made; - for standard input")->required();
     command->add_option("-o,--output", options->output, "the pool file; - for standard output")->required();

@@ -2,6 +2,8 @@
 #include "console.h"
 #include "failure.h"
 #include "files.h"
+#include "help.h"
+#include "interrupt.h"
 #include "modules.h"
 #include "text.h"
 
@@ -32,11 +34,10 @@ int answerParser(CLI::App const &app, CLI::ParseError const &error)
     return kWrongUsage;
 }
 
-int run(int argc, char **argv)
+/// `trouble` becomes the exit code for what is thrown.
+int run(int argc, char **argv, int &trouble)
 {
-    CLI::App app("Makes and shows template pools of reinforcement.\n"
-                 "Exit code: 0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage.",
-                 "okt");
+    CLI::App app("Makes template pools of reinforcement, looks into them, compares and converts them.", "okt");
     app.allow_windows_style_options(false); // a path may begin with a slash on every system
     app.set_version_flag("--version", "okt " OKT_VERSION);
     app.require_subcommand(1);
@@ -48,8 +49,10 @@ int run(int argc, char **argv)
         ->allow_extra_args(false);
 
     okt::CommandLine line{app, {}};
-    for (auto const add : {okt::addBuild, okt::addShow, okt::addPicture, okt::addExport, okt::addImport, okt::addReport})
+    for (auto const add : {okt::addBuild, okt::addShow, okt::addPicture, okt::addExport, okt::addImport, okt::addDiff,
+                           okt::addReport})
         add(line);
+    okt::finishHelp(app);
 
     try
     {
@@ -59,6 +62,7 @@ int run(int argc, char **argv)
     {
         return answerParser(app, error);
     }
+    trouble = line.trouble;
     okt::Modules loader;
     for (std::string const &module : modules)
         loader.load(okt::utf8Path(module));
@@ -70,9 +74,19 @@ int run(int argc, char **argv)
 int main(int argc, char **argv)
 {
     okt::guardStandardStreams();
+    okt::handleInterrupts();
+    int trouble = kFailed;
     try
     {
-        return run(argc, argv);
+        return run(argc, argv, trouble);
+    }
+    catch (okt::OutputClosed const &)
+    {
+        return okt::kOutputClosed;
+    }
+    catch (okt::Interrupted const &)
+    {
+        return okt::kInterrupted;
     }
     catch (okt::Failure const &failure)
     {
@@ -86,5 +100,5 @@ int main(int argc, char **argv)
     {
         okt::printError(okt::printable(std::string_view(exception.what())));
     }
-    return kFailed;
+    return trouble;
 }

@@ -19,7 +19,8 @@ constexpr std::uintmax_t kProbeSize = 1024;
 
 } // namespace
 
-PartialFile::PartialFile(std::filesystem::path const &path) : m_path(path), m_name(pathName(path)), m_size(readableLength(path))
+PartialFile::PartialFile(std::filesystem::path const &path, std::string const &name)
+    : m_path(path), m_name(name.empty() ? pathName(path) : name), m_size(readableLength(path))
 {
     if (m_size < kProbeSize)
         throw Failure(m_name, "",

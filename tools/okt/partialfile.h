@@ -29,8 +29,8 @@ struct LoneObject
 class PartialFile
 {
 public:
-    /// Reads the header. Throws Failure.
-    explicit PartialFile(std::filesystem::path const &path);
+    /// Reads the header. Throws Failure. `name` is how messages call the file; its path without it.
+    explicit PartialFile(std::filesystem::path const &path, std::string const &name = {});
 
     std::string const &name() const { return m_name; }
     std::uintmax_t size() const { return m_size; }

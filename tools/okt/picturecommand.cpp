@@ -1,6 +1,7 @@
 #include "commands.h"
 
 #include "console.h"
+#include "exportfiles.h"
 #include "failure.h"
 #include "files.h"
 #include "imageformat.h"
@@ -29,6 +30,7 @@ struct Options
     std::string pool;
     int number = 0; ///< in the pool's list of pictures, counted from 0
     std::string image;
+    bool replaces = false;
 };
 
 /// The pictures of a pool file, and where they lie in it.
@@ -41,11 +43,12 @@ struct PictureFile
 };
 
 /// Reads no more than the header and the pictures; nothing where that cannot be done.
-std::optional<PictureFile> readPicturesAlone(fs::path const &path)
+std::optional<PictureFile> readPicturesAlone(InputFile const &input)
 {
+    fs::path const &path = input.path();
     ReportCollector const collector; // the whole read tells what is wrong
     PictureFile file;
-    file.name = pathName(path);
+    file.name = input.name();
     file.pool = std::make_unique<OKTDbPool>();
     OKTDbPool header;
     if (!header.readFileHeader(pathText(path), file.places))
@@ -62,9 +65,9 @@ std::optional<PictureFile> readPicturesAlone(fs::path const &path)
     return file;
 }
 
-PictureFile readWhole(fs::path const &path)
+PictureFile readWhole(InputFile const &input)
 {
-    PoolFile whole = readPool(path, 1.0);
+    PoolFile whole = readPool(input.path(), 1.0, input.name());
     PictureFile file;
     file.name = whole.name;
     for (Frame const &frame : whole.frames)
@@ -122,55 +125,31 @@ std::optional<CByteArray> imageOf(PictureFile const &file, fs::path const &path,
     return image;
 }
 
-void writeImage(CByteArray const &image, fs::path const &path)
-{
-    checkReplaceable(path);
-    PendingFile pending(path);
-    auto const unwritable = [&path](int error) {
-        return Failure(pathName(path), "", "the file cannot be written: " + systemReason(error));
-    };
-    try
-    {
-        CFile file;
-        CFileException refused;
-        if (!file.Open(pathText(pending.path()), CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive, &refused))
-            throw unwritable(refused.m_lOsError);
-        file.Write(image.GetData(), static_cast<UINT>(image.GetSize()));
-        file.Close();
-    }
-    catch (CFileException const &exception)
-    {
-        throw unwritable(exception.m_lOsError);
-    }
-    pending.commit();
-}
-
 /// Writes the bytes of a picture to a file in one step, or to standard output. Only the header and the pictures are read where
 /// that is enough. False: the file has a fault for which the picture cannot be had, and it was told.
-bool picture(fs::path const &path, int index, fs::path const &output)
+bool picture(fs::path const &path, int index, fs::path const &output, bool replaces)
 {
-    if (readableLength(path) == 0)
-        throw Failure(pathName(path), "", "the file is empty");
+    InputFile const input(path);
+    if (readableLength(input.path()) == 0)
+        throw Failure(input.name(), "", "the file is empty");
     std::error_code ignored;
-    bool const toStandardOutput = output == "-";
-    if (!toStandardOutput && fs::equivalent(path, output, ignored))
+    if (fs::equivalent(path, output, ignored))
         throw Failure(pathName(output), "", "the file cannot be written: this is the pool file itself");
-    std::optional<PictureFile> file = readPicturesAlone(path);
-    if (!file)
-        file = readWhole(path);
-    std::optional<CByteArray> const image = imageOf(*file, path, index);
+    std::optional<PictureFile> pictures = readPicturesAlone(input);
+    if (!pictures)
+        pictures = readWhole(input);
+    std::optional<CByteArray> const image = imageOf(*pictures, input.path(), index);
     if (!image)
     {
-        printError(file->fault);
+        printError(pictures->fault);
         return false;
     }
-    if (toStandardOutput)
-    {
-        print({reinterpret_cast<char const *>(image->GetData()), static_cast<std::size_t>(image->GetSize())});
-        return true;
-    }
-    writeImage(*image, output);
-    print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + std::to_string(image->GetSize()) + " bytes\n");
+    OutputFile file(output, replaces);
+    file.write({reinterpret_cast<char const *>(image->GetData()), static_cast<std::size_t>(image->GetSize())});
+    file.close();
+    file.commit();
+    if (output != kStandardStream)
+        print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + std::to_string(image->GetSize()) + " bytes\n");
     return true;
 }
 
@@ -180,15 +159,19 @@ void addPicture(CommandLine &line)
 {
     CLI::App *const command =
         line.app.add_subcommand("picture", "Writes a picture of a pool file to a file, as it was stored.\n"
-                                           "  okt picture templates/link-d12.okt -o link.png");
+                                           "  okt picture templates/link-d12.okt -o link.png\n"
+                                           "  okt picture templates/link-d12.okt -o - | display -");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->pool, "a pool file")->required();
+    command->add_option("FILE", options->pool, "a pool file; - for standard input")->required();
     command->add_option("--index", options->number, "which picture of the pool, counted from 0; 0 without this option")
         ->check(CLI::NonNegativeNumber);
     command->add_option("-o,--output", options->image, "the file for the picture; - for standard output")->required();
+    command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] {
         line.run = [options] {
-            return picture(utf8Path(options->pool), options->number, utf8Path(options->image)) ? kDone : kFailed;
+            bool const done =
+                picture(utf8Path(options->pool), options->number, utf8Path(options->image), options->replaces);
+            return done ? kDone : kFailed;
         };
     });
 }

@@ -50,7 +50,7 @@ OKTDbParameter &addParameter(OKTDbPool &pool, ParameterPlan const &plan, OKTDbOb
     OKTDbParameter &parameter = added<OKTDbParameter>(pool, plan.key.type, owner);
     setValue(parameter, plan);
     // Behind the value, which brings the list index that the name may end with.
-    parameter.setUserName(plan.name.empty() ? parameter.getTypeName() : text(plan.name), true);
+    parameter.setUserName(plan.name.empty() ? parameter.getTypeName() : text(plan.name), !plan.isNameWhole);
     parameter.setExpression(text(plan.expression));
     parameter.setDescription(text(plan.description));
     parameter.setCategory(category.objectId());

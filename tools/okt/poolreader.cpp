@@ -3,6 +3,7 @@
 #include "failure.h"
 #include "files.h"
 #include "picturetext.h"
+#include "progress.h"
 #include "reportcollector.h"
 #include "standin.h"
 #include "text.h"
@@ -70,9 +71,14 @@ public:
 
     void run()
     {
+        Progress progress(printable(m_file.name), static_cast<std::uintmax_t>(m_file.size));
+        std::uintmax_t objects = 0;
         for (Frame const &frame : m_file.frames)
+        {
+            progress.at(static_cast<std::uintmax_t>(frame.offset), ++objects);
             if (take(frame))
                 m_good.push_back(&frame);
+        }
     }
 
     std::vector<Frame const *> const &good() const { return m_good; }
@@ -184,12 +190,12 @@ void noteStop(PoolFile &file)
 
 } // namespace
 
-PoolFile readPool(std::filesystem::path const &path, double metricsFactor)
+PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name)
 {
     ReportCollector const collector;
     CByteArray const bytes = readBytes(path);
     PoolFile file;
-    file.name = pathName(path);
+    file.name = name.empty() ? pathName(path) : name;
     file.size = bytes.GetSize();
     if (file.size == 0)
         throw Failure(file.name, "", "the file is empty");

@@ -37,7 +37,7 @@ struct PoolFile
 
 /// Reads a pool file under a metrics factor (drawing units per metre). A load of the library stops at the first object at
 /// fault; here the whole objects behind it are read too, and those of classes that are not known here as stand-ins. Throws
-/// Failure when not even a header can be read.
-PoolFile readPool(std::filesystem::path const &path, double metricsFactor);
+/// Failure when not even a header can be read. `name` is how messages call the file; its path without it.
+PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name = {});
 
 } // namespace okt

@@ -1,5 +1,7 @@
 #include "preview.h"
 
+#include "recordtemplate.h"
+
 #include "canvas.h"
 #include "failure.h"
 #include "text.h"
@@ -363,6 +365,44 @@ Box drawMesh(Canvas &canvas, Figures const &figures)
     return shape;
 }
 
+// Bars from records
+
+/// Each leg is measured on the outside of the bend behind it, or of the one before.
+Box drawBent(Canvas &canvas, Figures const &figures)
+{
+    double const diameter = figures.real(kDiameter);
+    double const radius = figures.real(kBendingRadius);
+    heading(canvas, figures,
+            "d = " + figures.length(diameter) + ", r = " + figures.length(radius) + ", length " +
+                figures.length(figures.real(kLength)));
+    BarLine const line = bentLine(figures.plan());
+    Box const shape = line.box(diameter);
+    Box const room = {{kMargin + 90, 150}, {kPreviewWidth - kMargin - 90, kPreviewHeight - 110}};
+    View const view = fitted(shape, room, kNoLimit);
+    canvas.bar(view, line, diameter, true, true);
+
+    std::vector<BarPiece> const &pieces = line.pieces();
+    auto const reach = [&](BarPiece const *bend) {
+        double const sharp = bend == nullptr ? 0 : std::min(std::abs(bend->turn), 90.0);
+        return (radius + diameter) * std::tan(sharp * std::numbers::pi / 360);
+    };
+    int leg = 0;
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+    {
+        if (pieces[i].isBend())
+            continue;
+        BarPiece const *const before = i > 0 ? &pieces[i - 1] : nullptr;
+        BarPiece const *const after = i + 1 < pieces.size() ? &pieces[i + 1] : nullptr;
+        double const turn = after != nullptr ? after->turn : before != nullptr ? before->turn : 1;
+        double const side = turn > 0 ? -1 : 1; // left of the direction is positive
+        Point const out = turned(pieces[i].heading + 90, side * diameter / 2);
+        Point const from = plus(pieces[i].at(-reach(before)), out);
+        Point const to = plus(pieces[i].at(pieces[i].length + reach(after)), out);
+        canvas.dimension(view(from), view(to), side * 34, figures.length(figures.real(kLength, ++leg)));
+    }
+    return shape;
+}
+
 } // namespace
 
 BarFigures figuresOf(TemplatePlan const &plan)
@@ -392,6 +432,7 @@ std::optional<Preview> drawPreview(TemplatePlan const &plan)
     {
     case TemplateKind::Link: preview.shape = drawLink(canvas, figures); break;
     case TemplateKind::Hooked: preview.shape = drawHooked(canvas, figures); break;
+    case TemplateKind::Bent: preview.shape = drawBent(canvas, figures); break;
     default: preview.shape = drawMesh(canvas, figures); break;
     }
     preview.png = canvas.png();

@@ -1,12 +1,14 @@
 #include "commands.h"
 
 #include "console.h"
+#include "exportfiles.h"
 #include "failure.h"
 #include "files.h"
 #include "partialprinter.h"
 #include "poolprinter.h"
 #include "poolreader.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -40,15 +42,15 @@ struct Shown
     std::string fault; ///< empty when all is well
 };
 
-Shown whole(std::filesystem::path const &path, DisplayUnit const &unit, bool withIds)
+Shown whole(InputFile const &input, DisplayUnit const &unit, bool withIds)
 {
-    PoolFile const file = readPool(path, unit.factor);
+    PoolFile const file = readPool(input.path(), unit.factor, input.name());
     return {describe(file, unit, withIds), file.fault};
 }
 
-Shown part(std::filesystem::path const &path, ShowWhat what)
+Shown part(InputFile const &input, ShowWhat what)
 {
-    PartialFile file(path);
+    PartialFile file(input.path(), input.name());
     PartialText text = what == ShowWhat::Index ? describeIndex(file) : describePictures(file);
     return {std::move(text.text), std::move(text.fault)};
 }
@@ -58,7 +60,8 @@ std::optional<Shown> shownOrTold(std::filesystem::path const &path, DisplayUnit 
 {
     try
     {
-        return what == ShowWhat::All ? whole(path, unit, withIds) : part(path, what);
+        InputFile const input(path);
+        return what == ShowWhat::All ? whole(input, unit, withIds) : part(input, what);
     }
     catch (Failure const &failure)
     {
@@ -74,6 +77,8 @@ int show(Options const &options)
     if (displayed == nullptr)
         throw Failure("--unit", "", "there is no unit " + options.unit);
     ShowWhat const what = options.indexOnly ? ShowWhat::Index : options.previewOnly ? ShowWhat::Preview : ShowWhat::All;
+    if (std::count(options.files.begin(), options.files.end(), kStandardStream) > 1)
+        throw Failure(inputName(kStandardStream), "", "it can be read only once");
     bool ok = true;
     bool first = true;
     for (std::string const &file : options.files)
@@ -97,9 +102,11 @@ void addShow(CommandLine &line)
 {
     CLI::App *const command =
         line.app.add_subcommand("show", "Prints pool files: header, categories, parameters, relations, sizes.\n"
-                                        "  okt show templates/link-no4.okt --unit in");
+                                        "  okt show templates/link-no4.okt --unit in\n"
+                                        "  okt show --index templates/*.okt\n"
+                                        "  okt import link.json -o - | okt show -");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->files, "pool files")->required();
+    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
     command->add_flag("--ids", options->withIds, "also print the ids of parameters, their categories and owners");

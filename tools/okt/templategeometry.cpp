@@ -1,6 +1,7 @@
 #include "templategeometry.h"
 
 #include "barline.h"
+#include "recordtemplate.h"
 #include "failure.h"
 #include "preview.h"
 
@@ -66,6 +67,7 @@ BarGeometry geometryOf(TemplatePlan const &plan)
     case TemplateKind::Mesh:
         return geometryOfLine(BarLine({0, 0}, 0).straight(figure(plan, {types::kLength, 1})),
                               figure(plan, {types::kDiameter, 0}));
+    case TemplateKind::Bent: return geometryOfLine(bentLine(plan), figure(plan, {types::kDiameter, 0}));
     case TemplateKind::Other: break;
     }
     return {};

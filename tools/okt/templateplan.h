@@ -58,6 +58,7 @@ struct ParameterPlan
     ParameterKey key;
     std::variant<double, int, bool, std::string> value;
     std::string name; ///< empty: the name of the type
+    bool isNameWhole = false; ///< the list index does not show in the name
     std::string expression;
     std::string description;
     std::vector<ParameterKey> uses; ///< parameters that the value is made of
@@ -76,7 +77,8 @@ enum class TemplateKind
     Other,
     Link,
     Hooked,
-    Mesh
+    Mesh,
+    Bent ///< a bar of legs and bends, from a bar record
 };
 
 /// A template as plain data: what a pool is then made from.

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <okttext/oktrecords.h>
+#include <okttext/okttextwriter.h>
+
+#include <cstdint>
+#include <vector>
+
+/// A pool image taken apart into records. Not installed.
+namespace okttext
+{
+
+/// Bytes of the record ahead of the header.
+inline constexpr std::size_t kLengthRecord = 5;
+
+struct PoolParts
+{
+    std::int32_t headerSize = 0; ///< what its first record says
+    Record header;
+    std::vector<Stretch> objects;
+    TextWriter::Places places;
+};
+
+/// Throws OKTTextFault with the byte at fault.
+PoolParts takeApart(Bytes bytes);
+
+/// Give the records the names under which the object, or the pool, itself writes what it has read. Where the class is not
+/// registered they stay as they are.
+void nameObject(Record &frame, Bytes image);
+void nameHeader(Record &frame, Bytes image);
+
+} // namespace okttext

@@ -1,0 +1,285 @@
+#include "process.h"
+
+#include "support/scratchfolder.h"
+
+#include <oktdatabase/oktdatabase.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <thread>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A running process with its streams in our hands. A stream that is -1 is that of /dev/null.
+class RunningOkt
+{
+public:
+    struct Streams
+    {
+        int in = -1;
+        int out = -1;
+        int err = -1;
+    };
+
+    RunningOkt(std::vector<std::string> arguments, Streams streams)
+    {
+        arguments.insert(arguments.begin(), OKT_EXE);
+        std::vector<char *> argv;
+        for (std::string &argument : arguments)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        m_child = fork();
+        if (m_child != 0)
+            return;
+        int const nothing = open("/dev/null", O_RDWR);
+        dup2(streams.in < 0 ? nothing : streams.in, 0);
+        dup2(streams.out < 0 ? nothing : streams.out, 1);
+        dup2(streams.err < 0 ? nothing : streams.err, 2);
+        for (int number = 3; number < 64; ++number)
+            close(number);
+        for (int const signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
+            ::signal(signal, SIG_DFL);
+        execv(OKT_EXE, argv.data());
+        _exit(127);
+    }
+    ~RunningOkt()
+    {
+        if (m_child > 0)
+            kill(m_child, SIGKILL);
+        wait();
+    }
+
+    void signal(int number) const { kill(m_child, number); }
+    /// As waitpid tells it.
+    int wait()
+    {
+        int status = -1;
+        if (m_child > 0)
+            waitpid(m_child, &status, 0);
+        m_child = -1;
+        return status;
+    }
+
+private:
+    pid_t m_child = -1;
+};
+
+struct Pipe
+{
+    Pipe() { EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0); }
+    ~Pipe()
+    {
+        closeEnd(0);
+        closeEnd(1);
+    }
+    void closeEnd(int end)
+    {
+        if (ends[end] >= 0)
+            close(ends[end]);
+        ends[end] = -1;
+    }
+    int ends[2] = {-1, -1};
+};
+
+/// The master of a terminal, and the name of what a process takes for one.
+struct Terminal
+{
+    Terminal()
+    {
+        EXPECT_EQ(grantpt(master), 0);
+        EXPECT_EQ(unlockpt(master), 0);
+        slave = open(ptsname(master), O_RDWR | O_NOCTTY);
+        EXPECT_GE(slave, 0);
+    }
+    ~Terminal()
+    {
+        if (slave >= 0)
+            close(slave);
+        close(master);
+    }
+    /// What was written there; to be called when the process has ended.
+    std::string contents()
+    {
+        close(slave);
+        slave = -1;
+        std::string text;
+        char buffer[4096];
+        for (ssize_t count = 0; (count = read(master, buffer, sizeof buffer)) > 0;)
+            text.append(buffer, static_cast<std::size_t>(count));
+        return text;
+    }
+    int master = posix_openpt(O_RDWR | O_NOCTTY);
+    int slave = -1;
+};
+
+class OktHabits : public testing::Test
+{
+protected:
+    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
+
+    /// A pool whose text is far longer than a pipe takes, behind a picture.
+    std::string largePool() const
+    {
+        OKTDbPool pool;
+        pool.setPoolName(u"Large");
+        CByteArray image;
+        image.SetSize(4096);
+        for (int i = 0; i < 200; ++i)
+        {
+            auto *const picture = new OKTDbPicture;
+            image[0] = static_cast<BYTE>(i);
+            picture->setPictureData(image);
+            pool.appendObject(picture);
+        }
+        auto *const owner = new OKTDbParamRelation;
+        pool.appendObject(owner);
+        for (int i = 0; i < 3000; ++i)
+        {
+            auto *const parameter = new OKTDbParameter(10, owner->objectId());
+            pool.appendObject(parameter);
+            parameter->setValue(0.5 * i, 0);
+        }
+        EXPECT_TRUE(pool.writeFile(m_folder.path("large.okt")));
+        return path("large.okt");
+    }
+
+    static std::set<std::string> namesIn(std::string const &folder)
+    {
+        std::set<std::string> names;
+        std::error_code ignored;
+        for (fs::directory_entry const &entry : fs::directory_iterator(folder, ignored))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    template <typename F> static bool becomesTrue(F condition)
+    {
+        for (int i = 0; i < 2000; ++i)
+        {
+            if (condition())
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+
+    ScratchFolder m_folder;
+};
+
+// ---- Interrupts --------------------------------------------------------------------------------------------------------------
+
+TEST_F(OktHabits, Interrupt_WhileExporting_NothingHalfWrittenIsLeft)
+{
+    std::string const pool = largePool();
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP})
+    {
+        Pipe out;
+        // Nobody reads: it stops in the middle of the text, with pictures that wait for their names.
+        RunningOkt okt({"export", pool, "--pictures", path("pictures")}, {-1, out.ends[1], -1});
+        auto const hasPending = [&] {
+            std::set<std::string> const names = namesIn(path("pictures"));
+            return std::any_of(names.begin(), names.end(), [](std::string const &name) { return name.ends_with(".part"); });
+        };
+        ASSERT_TRUE(becomesTrue(hasPending));
+        okt.signal(signal);
+        int const status = okt.wait();
+        ASSERT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(WTERMSIG(status), signal);
+        EXPECT_EQ(namesIn(path("pictures")), std::set<std::string>());
+    }
+    EXPECT_EQ(namesIn(path("")), (std::set<std::string>{"large.okt", "pictures"}));
+}
+
+// ---- A reader who goes away --------------------------------------------------------------------------------------------------
+
+TEST_F(OktHabits, BrokenPipe_Show_EndsWithoutAWord)
+{
+    std::string const pool = largePool();
+    Pipe out;
+    Pipe err;
+    RunningOkt okt({"show", pool, pool, pool, pool}, {-1, out.ends[1], err.ends[1]});
+    out.closeEnd(1);
+    err.closeEnd(1);
+    char first = 0;
+    ASSERT_EQ(read(out.ends[0], &first, 1), 1);
+    out.closeEnd(0);
+    int const status = okt.wait();
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 141);
+    char byte = 0;
+    EXPECT_EQ(read(err.ends[0], &byte, 1), 0) << "there is a message";
+}
+
+TEST_F(OktHabits, BrokenPipe_Export_NoPictureIsLeftHalfWritten)
+{
+    std::string const pool = largePool();
+    Pipe out;
+    RunningOkt okt({"export", pool, "--pictures", path("pictures")}, {-1, out.ends[1], -1});
+    out.closeEnd(1);
+    char first = 0;
+    ASSERT_EQ(read(out.ends[0], &first, 1), 1);
+    out.closeEnd(0);
+    int const status = okt.wait();
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 141);
+    EXPECT_EQ(namesIn(path("pictures")), std::set<std::string>());
+}
+
+// ---- Progress ----------------------------------------------------------------------------------------------------------------
+
+/// Imports a text that comes slowly, and gives what standard error has then.
+std::string errorOfSlowImport(std::string const &text, std::string const &output, int err, auto contents)
+{
+    Pipe in;
+    RunningOkt okt({"import", "-", "-o", output}, {in.ends[0], -1, err});
+    in.closeEnd(0);
+    std::size_t const half = text.size() / 2;
+    EXPECT_EQ(write(in.ends[1], text.data(), half), static_cast<ssize_t>(half));
+    std::this_thread::sleep_for(std::chrono::milliseconds(1300));
+    EXPECT_EQ(write(in.ends[1], text.data() + half, text.size() - half), static_cast<ssize_t>(text.size() - half));
+    in.closeEnd(1);
+    int const status = okt.wait();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    return contents();
+}
+
+TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
+{
+    setenv("TERM", "xterm", 1);
+    std::string const pool = largePool();
+    ASSERT_EQ(runOkt({"export", pool, "-o", path("large.json")}).exitCode, 0);
+    CByteArray const bytes = contentsOf(m_folder.path("large.json"));
+    std::string const text(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+    Terminal terminal;
+    std::string const shown =
+        errorOfSlowImport(text, path("a.okt"), terminal.slave, [&] { return terminal.contents(); });
+    EXPECT_THAT(shown, HasSubstr("\r\x1b[Kstandard input: "));
+    EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << "the line is taken away at the end";
+
+    Pipe err;
+    std::string const unseen = errorOfSlowImport(text, path("b.okt"), err.ends[1], [&] {
+        err.closeEnd(1);
+        char buffer[256];
+        ssize_t const count = read(err.ends[0], buffer, sizeof buffer);
+        return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    });
+    EXPECT_EQ(unseen, "");
+}
+
+} // namespace

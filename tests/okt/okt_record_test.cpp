@@ -1,0 +1,98 @@
+#include "process.h"
+
+#include "support/scratchfolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+std::string const kData = OKT_EXAMPLES_DIR "/data";
+
+class OktBf2dCommands : public testing::Test
+{
+protected:
+    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
+
+    std::string put(std::string const &name, std::string const &text) const
+    {
+        std::ofstream(path(name), std::ios::binary) << text;
+        return path(name);
+    }
+
+    static std::string textOf(std::string const &file)
+    {
+        CByteArray const bytes = contentsOf(CString::FromUtf8(file));
+        return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
+    }
+
+    ScratchFolder m_folder;
+};
+
+TEST_F(OktBf2dCommands, BuildAndExport_TheExamples_TheSameBytes)
+{
+    ProcessResult const built = runOkt({"build", kData + "/bar-records.bf2d", "-o", path("out")});
+    EXPECT_EQ(built.exitCode, 0) << built.err;
+    EXPECT_TRUE(built.out.ends_with("2 templates in " + path("out") + ", 0 not made\n")) << built.out;
+    std::string lines;
+    for (char const *const name : {"out/bar-records-1.okt", "out/bar-records-2.okt"})
+    {
+        ProcessResult const exported = runOkt({"export", "--format", "bf2d", path(name)});
+        EXPECT_EQ(exported.exitCode, 0) << exported.err;
+        lines += exported.out;
+    }
+    EXPECT_EQ(lines, textOf(kData + "/bar-records.bf2d"));
+
+    ProcessResult const file = runOkt({"export", "--format", "bf2d", path("out/bar-records-1.okt"), "-o", path("one.bf2d")});
+    EXPECT_EQ(file.exitCode, 0);
+    EXPECT_EQ(textOf(path("one.bf2d")), lines.substr(0, lines.find('\n') + 1));
+    EXPECT_EQ(runOkt({"export", "--format", "bf2d", path("out/bar-records-1.okt"), "-o", path("one.bf2d")}).err,
+              "okt: " + path("one.bf2d") + ": the file exists already; --force replaces it\n");
+}
+
+TEST_F(OktBf2dCommands, Build_WrongRecords_OneLineForEachAndTheGoodOnesMade)
+{
+    fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
+    std::string const good = textOf(kData + "/bar-records.bf2d");
+    std::string const one = good.substr(0, good.find('\n'));
+    std::string wrongSum = one;
+    wrongSum.replace(wrongSum.find("C72"), 3, "C71");
+    std::string const file = put("mixed.bf2d", wrongSum + "\r\n\r\n" + one + "\r\nBF2D@\n" + one); // no end of the last line
+    ProcessResult const result = runOkt({"build", file, "-o", path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "okt: " + file + ":1:80: the check sum is 71, by the line it is 72\nokt: " + file +
+                              ":4:6: here is the end of the line, where the header begins with \"H\"\n");
+    EXPECT_TRUE(result.out.ends_with("2 templates in " + path("out") + ", 2 not made\n")) << result.out;
+    EXPECT_TRUE(fs::exists(path("out/mixed-3.okt")));
+    EXPECT_TRUE(fs::exists(path("out/mixed-5.okt")));
+    EXPECT_EQ(runOkt({"export", "--format", "bf2d", path("out/mixed-3.okt")}).out, one + "\n");
+}
+
+TEST_F(OktBf2dCommands, Build_NoRecordOrNoTable_Failure)
+{
+    std::string const empty = put("empty.bf2d", "\r\n\n");
+    fs::copy(kData + "/bar-records.bf2d", path("alone.bf2d"));
+    ProcessResult const noTable = runOkt({"build", path("alone.bf2d"), "-o", path("out")});
+    EXPECT_EQ(noTable.exitCode, 1);
+    EXPECT_EQ(noTable.err, "okt: " + path("bars-en10080.csv") + ": there is no such file\n");
+    fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
+    EXPECT_EQ(runOkt({"build", empty, "-o", path("out")}).err, "okt: " + empty + ": the file has no bar record\n");
+    EXPECT_FALSE(fs::exists(path("out")));
+}
+
+TEST_F(OktBf2dCommands, Export_TemplateOfATable_NoRecord)
+{
+    ASSERT_EQ(runOkt({"build", kData + "/bars-astm-a615.csv", "-o", path("out")}).exitCode, 0);
+    ProcessResult const result = runOkt({"export", "--format", "bf2d", path("out/link-no4.okt")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "okt: " + path("out/link-no4.okt") + ": this template did not come from a BF2D record\n");
+}
+
+} // namespace

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace okt
+{
+
+/// A leg of a bent bar, and the bend behind it.
+struct Bf2dLeg
+{
+    double length = 0; ///< outer dimension in mm
+    double angle = 0;  ///< degrees, positive to the left; 0 behind the last leg
+
+    bool operator==(Bf2dLeg const &) const = default;
+};
+
+/// A bar record of the trade's exchange format: one line of ASCII.
+struct Bf2dRecord
+{
+    std::string project;              ///< j
+    std::string drawing;              ///< r
+    std::string index;                ///< i
+    std::string position;             ///< p
+    double length = 0;                ///< l: the sum of the legs, in mm
+    int count = 0;                    ///< n
+    double mass = 0;                  ///< e: of one bar, in kg
+    double diameter = 0;              ///< d, in mm
+    std::string grade;                ///< g
+    double mandrel = 0;               ///< s: its diameter, in mm
+    std::optional<std::string> other; ///< v: kept as it is
+    std::vector<Bf2dLeg> legs;
+
+    bool operator==(Bf2dRecord const &) const = default;
+};
+
+/// What is wrong with a line, and where: the column counts from 1.
+struct Bf2dFault
+{
+    std::size_t column = 1;
+    std::string reason;
+};
+
+/// The check sum of a line up to and including the "C" ahead of it: 65 to 96.
+int bf2dCheckSum(std::string_view upToC);
+
+/// Reads a line without its end. Strict: every field in its place, nothing behind the check sum, which is proved, and so is
+/// that the legs sum to the length. Throws Bf2dFault.
+Bf2dRecord parseBf2d(std::string_view line);
+
+/// The line of a record, without its end, with the shortest notation of every number.
+std::string bf2dLine(Bf2dRecord const &record);
+
+} // namespace okt

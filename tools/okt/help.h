@@ -1,0 +1,39 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace okt
+{
+
+// A command's help is the one source of its text: the man pages and the completions are made of it.
+//
+// In the description of a command the first lines tell what it does, and each line that begins with two blanks and "okt" is an
+// example. A footer tells its exit codes where they are others than usual.
+
+struct CommandHelp
+{
+    std::string summary;
+    std::vector<std::string> examples;
+    std::string exitCodes; ///< without the words "Exit code: "
+};
+
+/// To be called when all commands are declared: brings their texts into the form of the help.
+void finishHelp(CLI::App &app);
+/// Of a command, behind finishHelp.
+CommandHelp const &helpOf(CLI::App const &command);
+
+/// The commands that are told of, in the order in which they were added.
+std::vector<CLI::App const *> commandsOf(CLI::App const &app);
+/// The options of a command that are told of, without its positionals.
+std::vector<CLI::Option const *> optionsOf(CLI::App const &command);
+/// "FILE", "mm|cm|m|in|ft"; empty for a flag.
+std::string valueNameOf(CLI::Option const &option);
+/// The values that an option takes, where it takes no others.
+std::vector<std::string> choicesOf(CLI::Option const &option);
+/// The option is given a file or a folder. What has no other kind and no choices is one.
+bool takesFile(CLI::Option const &option);
+
+} // namespace okt

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace okt
+{
+
+/// Tells how far something is that takes longer than a second: a line on standard error, where that is a terminal, with bytes,
+/// objects and the time that is left.
+///
+///     Progress progress(name, size);
+///     for (...)
+///         progress.at(position, ++objects);
+///
+/// The line goes away with the object. Of several at the same time the first one speaks. at() costs no more than a look at the
+/// clock.
+class Progress
+{
+public:
+    /// `what` is printable: the file, or what is done. `total` is what counts: bytes, or pieces where `unit` names them
+    /// ("templates", "files"). 0: not known.
+    Progress(std::string what, std::uintmax_t total, std::string unit = "");
+    ~Progress();
+    Progress(Progress const &) = delete;
+    Progress &operator=(Progress const &) = delete;
+
+    /// `done` of the total; with objects, their number so far.
+    void at(std::uintmax_t done, std::uintmax_t objects = 0);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    std::string m_what;
+    std::uintmax_t m_total;
+    std::string m_unit;
+    Clock::time_point m_start;
+    Clock::time_point m_next; ///< when the line is to be written again
+    bool m_speaks;
+};
+
+/// The line: "link.okt: 34 % of 1.2 GB, 12345 objects, 12 s left".
+std::string progressLine(std::string const &what, std::uintmax_t done, std::uintmax_t total, std::string const &unit,
+                         std::uintmax_t objects, double seconds);
+
+/// "999 bytes", "1.5 kB", "34 MB", "1.2 GB": powers of 1000, two digits at least.
+std::string bytesText(std::uintmax_t bytes);
+
+} // namespace okt

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "console.h"
+
+/// What okt asks of the operating system beside the library: terminals and interrupts. One of the sources system_*.cpp answers.
+namespace okt
+{
+
+/// Bytes pass through the standard streams as they are, and a write to a pipe without a reader fails like any other.
+void prepareStreams();
+/// The error of a write that nobody reads.
+bool isClosedPipe(int error);
+
+/// The stream is a terminal that takes escape sequences; the system may have to ask it to.
+bool takesSequences(Stream stream);
+/// Writes to standard error with nothing but what a signal handler may do.
+void writeErrorFromSignal(char const *bytes, std::size_t count);
+
+} // namespace okt
