@@ -27,5 +27,6 @@ void addShow(CommandLine &line);
 void addPicture(CommandLine &line);
 void addExport(CommandLine &line);
 void addImport(CommandLine &line);
+void addRecover(CommandLine &line);
 
 } // namespace okt

@@ -48,7 +48,8 @@ int run(int argc, char **argv)
         ->allow_extra_args(false);
 
     okt::CommandLine line{app, {}};
-    for (auto const add : {okt::addBuild, okt::addShow, okt::addPicture, okt::addExport, okt::addImport})
+    for (auto const add : {okt::addBuild, okt::addShow, okt::addPicture, okt::addExport, okt::addImport,
+                           okt::addRecover})
         add(line);
 
     try
