@@ -35,5 +35,6 @@ void addExport(CommandLine &line);
 void addImport(CommandLine &line);
 void addReport(CommandLine &line);
 void addDiff(CommandLine &line);
+void addRecover(CommandLine &line);
 
 } // namespace okt

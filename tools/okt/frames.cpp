@@ -1,9 +1,10 @@
 #include "frames.h"
 
+#include "inspect/valuewalk.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <string>
 
 namespace okt
 {
@@ -11,119 +12,60 @@ namespace okt
 namespace
 {
 
-enum Record : int
-{
-    kBool = 0,
-    kShort = 1,
-    kLong = 2,
-    kDouble = 3,
-    kWideText = 4,
-    kText = 5,
-    kClassBegin = 6,
-    kClassEnd = 7,
-    kMembersBegin = 8,
-    kMembersEnd = 9,
-    kBytes = 10
-};
+constexpr BYTE kClassBegin = static_cast<BYTE>(RecordType::FrameBegin);
+constexpr BYTE kClassEnd = static_cast<BYTE>(RecordType::FrameEnd);
+constexpr BYTE kText = static_cast<BYTE>(RecordType::Text8);
 
+/// Notes whose frame it is while its records pass.
 class FrameReader
 {
 public:
-    FrameReader(CByteArray const &bytes, int offset) : m_bytes(bytes), m_position(offset) { m_frame.offset = offset; }
+    FrameReader(CByteArray const &bytes, int offset) : m_source(bytes), m_walk(m_source, offset) { m_frame.offset = offset; }
 
     Frame frame()
     {
-        do
-        {
-            if (!record())
-                break;
-        } while (!m_open.empty());
-        m_frame.size = m_position - m_frame.offset;
+        while (m_walk.next())
+            note(m_walk.record());
+        // A fault behind the name leaves the name.
+        if (m_walk.open().empty() && m_walk.state() != RecordWalk::State::Whole && m_walk.record().payloadSize > 0)
+            m_frame.className = text8At(m_source, m_walk.record().payload, m_walk.record().payloadSize);
+        m_frame.size = static_cast<int>(m_walk.position()) - m_frame.offset;
+        m_frame.state = m_walk.state() == RecordWalk::State::Whole ? Frame::State::Whole
+                        : m_walk.state() == RecordWalk::State::Cut ? Frame::State::Cut
+                                                                   : Frame::State::Damaged;
         return std::move(m_frame);
     }
 
 private:
-    bool stop(Frame::State state)
+    void note(RecordPlace const &record)
     {
-        m_frame.state = state;
-        return false;
-    }
-
-    bool has(std::int64_t count) { return m_bytes.GetSize() - m_position >= count || stop(Frame::State::Cut); }
-
-    /// Only behind `has`.
-    std::uint32_t unsignedAt(int position, int size) const
-    {
-        std::uint32_t value = 0;
-        for (int i = size - 1; i >= 0; --i)
-            value = (value << 8) | m_bytes.GetData()[position + i];
-        return value;
-    }
-
-    bool skip(std::int64_t count)
-    {
-        if (!has(count))
-            return false;
-        m_position += static_cast<int>(count);
-        return true;
-    }
-
-    bool expect(Record record)
-    {
-        if (!has(1))
-            return false;
-        if (m_bytes.GetData()[m_position] != record)
-            return stop(Frame::State::Damaged);
-        ++m_position;
-        return true;
-    }
-
-    bool record()
-    {
-        if (!has(1))
-            return false;
-        int const type = m_bytes.GetData()[m_position];
-        if (m_open.empty() && type != kClassBegin)
-            return stop(Frame::State::Damaged);
-        switch (type)
+        switch (record.type)
         {
-        case kBool: return skip(2);
-        case kShort: return skip(3);
-        case kLong: return longRecord();
-        case kDouble: return skip(9);
-        case kWideText: return countedRecord(2, 2);
-        case kText: return countedRecord(2, 1);
-        case kBytes: return countedRecord(4, 1);
-        case kClassBegin: ++m_position; return classBegin();
-        case kMembersBegin: ++m_position; return membersBegin();
-        case kClassEnd:
-        case kMembersEnd: return end(type == kClassEnd ? kClassBegin : kMembersBegin);
-        default: return stop(Frame::State::Damaged);
+        case RecordType::FrameBegin: return noteClass(record);
+        case RecordType::SectionBegin: m_sectionSeen = true; return;
+        case RecordType::Long:
+            if (m_idWords >= 0 && m_idWords < 4)
+                idWord(record);
+            return;
+        default: return;
         }
     }
 
-    bool countedRecord(int countSize, int unitSize)
+    void noteClass(RecordPlace const &record)
     {
-        if (!has(1 + countSize))
-            return false;
-        std::uint32_t const count = unsignedAt(m_position + 1, countSize);
-        if (count > 0x7FFFFFFF)
-            return stop(Frame::State::Damaged);
-        return skip(1 + countSize + static_cast<std::int64_t>(count) * unitSize);
-    }
-
-    bool longRecord()
-    {
-        if (!has(5))
-            return false;
-        if (m_idWords >= 0 && m_idWords < 4)
-            idWord(unsignedAt(m_position + 1, 4));
-        return skip(5);
+        CString const name = text8At(m_source, record.payload, record.payloadSize);
+        if (m_walk.open().size() == 1)
+            m_frame.className = name;
+        else if (!m_sectionSeen)
+            m_frame.bases.push_back(name);
+        if (m_sectionSeen && m_idWords < 0 && name.CompareNoCase(u"OKTObjectId") == 0)
+            m_idWords = 0;
     }
 
     /// The four words of an id: Data1, Data2 with Data3 above it, and two times four bytes of Data4.
-    void idWord(std::uint32_t word)
+    void idWord(RecordPlace const &record)
     {
+        auto const word = static_cast<std::uint32_t>(record.number);
         if (m_idWords == 0)
         {
             m_id.Data1 = word;
@@ -135,57 +77,14 @@ private:
         }
         else
         {
-            std::memcpy(m_id.Data4 + 4 * (m_idWords - 2), m_bytes.GetData() + m_position + 1, 4);
+            std::memcpy(m_id.Data4 + 4 * (m_idWords - 2), m_source.look(record.payload, 4).data(), 4);
         }
         if (++m_idWords == 4)
             m_frame.id = m_id;
     }
 
-    bool classBegin()
-    {
-        if (!has(1))
-            return false;
-        if (m_bytes.GetData()[m_position] != kText)
-            return stop(Frame::State::Damaged);
-        int const text = m_position;
-        if (!countedRecord(2, 1))
-            return false;
-        std::string const bytes(reinterpret_cast<char const *>(m_bytes.GetData()) + text + 3,
-                                static_cast<std::size_t>(m_position - text - 3));
-        CString const name(bytes.c_str());
-        if (m_open.empty())
-            m_frame.className = name;
-        if (!expect(kLong) || !skip(4))
-            return false;
-        if (!m_open.empty() && !m_sectionSeen)
-            m_frame.bases.push_back(name);
-        if (m_sectionSeen && m_idWords < 0 && name.CompareNoCase(u"OKTObjectId") == 0)
-            m_idWords = 0;
-        m_open.push_back(kClassBegin);
-        return true;
-    }
-
-    bool membersBegin()
-    {
-        m_sectionSeen = true;
-        if (!expect(kLong) || !skip(4))
-            return false;
-        m_open.push_back(kMembersBegin);
-        return true;
-    }
-
-    bool end(Record begin)
-    {
-        if (m_open.empty() || m_open.back() != begin)
-            return stop(Frame::State::Damaged);
-        ++m_position;
-        m_open.pop_back();
-        return true;
-    }
-
-    CByteArray const &m_bytes;
-    int m_position;
-    std::vector<Record> m_open;
+    ByteSource m_source;
+    RecordWalk m_walk;
     bool m_sectionSeen = false;
     int m_idWords = -1; ///< words of the first id that were read; -1: not met yet
     _GUID m_id = {};

@@ -8,11 +8,7 @@
 namespace okt
 {
 
-/// One outermost class frame of the objects block, found by its records alone, whatever its class is.
-///
-///     frame   = 6 text long { frame } { section } 7          class name, version, bases, sections
-///     section = 8 long { value | frame } 9                    section number
-///     value   = 0 bool | 1 short | 2 long | 3 double | 4 wide text | 5 8-bit text | 10 bytes
+/// One outermost class frame of the objects block, found by its records alone (RecordWalk), whatever its class is.
 struct Frame
 {
     enum class State
