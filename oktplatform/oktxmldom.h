@@ -143,9 +143,10 @@ public:
     IXMLDOMNodePtr createProcessingInstruction(CString const &target, CString const &data) const;
     IXMLDOMElementPtr createElement(CString const &name) const;
     IXMLDOMAttributePtr createAttribute(CString const &name) const;
-    /// Reads a whole file into a document that is still empty. External entities are taken as empty and nothing outside the
-    /// file is opened; the expansion of entities, the depth of elements (256) and the length of a text (10 million bytes) are
-    /// bounded. A file that cannot be read or parsed leaves the document without children.
+    /// Reads a whole file into a document that is still empty. The "xml" instruction of the file is the first node. External
+    /// entities are taken as empty and nothing outside the file is opened; the expansion of entities, the depth of elements (256)
+    /// and the length of a text (10 million bytes) are bounded. A file that cannot be read or parsed leaves the document without
+    /// children.
     HRESULT load(CString const &path) const;
     /// Writes the document in ISO-8859-1, with character references for what that cannot hold.
     HRESULT save(CString const &path) const;

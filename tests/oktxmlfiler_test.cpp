@@ -332,7 +332,7 @@ TEST_F(OKTXmlFilerTest, WriteString_Empty_AnEmptyAttribute)
               documentOf("<a string=\"\"/>"));
 }
 
-TEST_F(OKTXmlFilerTest, WriteString_WithAnsiStringsOn_NoDifference)
+TEST_F(OKTXmlFilerTest, WriteString_WithAnsiStringsOn_NoDifference_Quirk93)
 {
     EXPECT_EQ(saved([](OpenXmlFiler &filer) {
                   filer.setIsAnsiString(true);
@@ -412,6 +412,23 @@ TEST_F(OKTXmlFilerTest, EndOneTooMany_DropsTheRoot_ValuesAreRefusedFromThenOn_Qu
     EXPECT_TRUE(filer.CloseFiler());
     EXPECT_EQ(textOf(path), documentOf("<before long=\"1\"/>")); // the root stands in the document all the same
     EXPECT_EQ(reports.count(), 0u);
+}
+
+TEST_F(OKTXmlFilerTest, NewFiler_AfterTheRootWasDropped_TheEarlierDocumentIsNeverSaved_Quirk76)
+{
+    // The stack is empty, though nobody closed the filer.
+    CString const first = m_folder.path("first.xml");
+    CString const second = m_folder.path("second.xml");
+    {
+        OKTXmlFiler filer;
+        ASSERT_TRUE(filer.NewFiler(first, true));
+        EXPECT_TRUE(filer.writeInt(u"n", 1));
+        EXPECT_TRUE(filer.endWriteMap());
+        EXPECT_TRUE(filer.NewFiler(second, true));
+        EXPECT_TRUE(filer.writeInt(u"m", 2));
+    }
+    EXPECT_FALSE(fileExists(first));
+    EXPECT_EQ(textOf(second), documentOf("<m long=\"2\"/>"));
 }
 
 TEST_F(OKTXmlFilerTest, Stack_PushIgnoresNull_PopGivesAndLeaves)
@@ -554,7 +571,7 @@ TEST_F(OKTXmlFilerTest, WriteObjectIdArray_StopsAtTheFirstId_Quirk72)
                          "<two.0 class=\"OKTObjectId\" version=\"1\"><Members version=\"1\"/></two.0>"));
 }
 
-TEST_F(OKTXmlFilerTest, WriteObjectId_WithTranslationOn_NotTranslatedAndNothingNoted)
+TEST_F(OKTXmlFilerTest, WriteObjectId_WithTranslationOn_NotTranslatedAndNothingNoted_Quirk93)
 {
     OKTXmlFiler filer;
     ASSERT_TRUE(filer.NewFiler(m_folder.path("x.xml"), true));
@@ -658,7 +675,7 @@ TEST_F(OKTXmlFilerTest, Construct_ClosedWithoutFlags)
     EXPECT_FALSE(filer.CloseFiler());
 }
 
-TEST_F(OKTXmlFilerTest, ClosedFiler_ValuesAreReportedAndFalse_FramesAreFalse)
+TEST_F(OKTXmlFilerTest, ClosedFiler_ValuesAreReportedAndFalse_FramesAreFalse_Quirk89)
 {
     ReportCatcher reports;
     OKTXmlFiler filer;
@@ -714,7 +731,7 @@ TEST_F(OKTXmlFilerTest, NewFiler_WhileOpen_FalseAndNothingChanges)
     EXPECT_EQ(textOf(first), documentOf("<n long=\"1\"/><m long=\"2\"/>"));
 }
 
-TEST_F(OKTXmlFilerTest, NewFiler_WithoutAPath_OpensAndCannotBeClosed)
+TEST_F(OKTXmlFilerTest, NewFiler_WithoutAPath_OpensAndCannotBeClosed_Quirk92)
 {
     OpenXmlFiler filer;
     EXPECT_TRUE(filer.NewFiler(CString(), true));

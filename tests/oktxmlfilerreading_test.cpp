@@ -534,6 +534,26 @@ TEST_F(OKTXmlFilerReadingTest, ReadObjectId_FalseAlsoWithTheOtherWordsInPlace_Qu
     EXPECT_FALSE(filer.readObjectId(u"none", id));
 }
 
+TEST_F(OKTXmlFilerReadingTest, ReadObjectId_TakesThePoolOfTheFilerThoughItFails_TranslationOnOrOff_Quirk43_Quirk93)
+{
+    OKTDbPool pool;
+    OKTXmlFiler filer(&pool);
+    open(filer, "<id class='OKTObjectId'><Members version='1'/></id>");
+    for (bool const translated : {false, true})
+    {
+        filer.setTranslatedIds(translated);
+        for (char16_t const *const name : {u"id", u"none"})
+        {
+            OKTDbObjectId id;
+            EXPECT_FALSE(filer.readObjectId(name, id));
+            EXPECT_EQ(id.getPool(), &pool);
+        }
+    }
+    IdMap map;
+    EXPECT_TRUE(filer.saveMapTranslatedIds(map));
+    EXPECT_TRUE(map.isEmpty());
+}
+
 TEST_F(OKTXmlFilerReadingTest, ReadObjectIdArray_EmptyListPasses_AnyOtherFails_Quirk72)
 {
     OKTXmlFiler filer;
@@ -582,7 +602,7 @@ TEST_F(OKTXmlFilerReadingTest, BeginReadClass_EmptyNameMeansObject)
     EXPECT_EQ(filer.working(), "Object");
 }
 
-TEST_F(OKTXmlFilerReadingTest, BeginReadClass_VersionIsNeverLookedAt)
+TEST_F(OKTXmlFilerReadingTest, BeginReadClass_VersionIsNeverLookedAt_Quirk90)
 {
     OKTXmlFiler filer;
     open(filer, "<f class='A' version='rubbish'/><g version='1' class='A'/><h class='A'/>");
@@ -670,7 +690,7 @@ TEST_F(OKTXmlFilerReadingTest, EndOperations_LookAtNothingButTheStack_Quirk76)
     EXPECT_TRUE(filer.CloseFiler());
 }
 
-TEST_F(OKTXmlFilerReadingTest, EndOfRead_OnAWriter_PopsWithoutAttaching)
+TEST_F(OKTXmlFilerReadingTest, EndOfRead_OnAWriter_PopsWithoutAttaching_Quirk76)
 {
     CString const path = m_folder.path("x.xml");
     OpenXmlFiler filer;
@@ -695,6 +715,10 @@ TEST_F(OKTXmlFilerReadingTest, WritingWhileReading_ValuesAreFoundAndNeverSaved_F
     EXPECT_TRUE(filer.writeInt(u"n", 3));
     EXPECT_TRUE(filer.writeString(u"s", u"x"));
     EXPECT_TRUE(filer.writeDouble(u"d", 0.5));
+    EXPECT_TRUE(filer.writeLong(u"ul", 4294967295ul));
+    EXPECT_TRUE(filer.writeBool(u"b", true));
+    EXPECT_TRUE(filer.writeShort(u"sh", static_cast<short>(-1)));
+    EXPECT_FALSE(filer.writeInt(u"no name", 1));
     EXPECT_FALSE(filer.beginWriteClass(u"f", u"C", 1));
     EXPECT_FALSE(filer.beginWriteMembers(1));
     EXPECT_FALSE(filer.beginWriteMap(u"m"));
@@ -746,7 +770,7 @@ TEST_F(OKTXmlFilerReadingTest, Map_EntriesByNameAreReadToo)
     EXPECT_EQ(nextEntry(filer), "a 3 1"); // look-ups do not move the cursor
 }
 
-TEST_F(OKTXmlFilerReadingTest, Map_LaterKindsOverwriteEarlierOnes)
+TEST_F(OKTXmlFilerReadingTest, Map_LaterKindsOverwriteEarlierOnes_Quirk87)
 {
     OKTXmlFiler filer;
     open(filer, "<Map name='m'><a string='s' double='0.5' long='1'/><b double='0.5' long='1'/></Map>");
@@ -765,7 +789,7 @@ TEST_F(OKTXmlFilerReadingTest, Map_ChildrenWithoutAValueArePassedOver)
     EXPECT_EQ(nextEntry(filer), "");
 }
 
-TEST_F(OKTXmlFilerReadingTest, Map_UnsignedLongsAreReadAsSigned)
+TEST_F(OKTXmlFilerReadingTest, Map_UnsignedLongsAreReadAsSigned_Quirk87)
 {
     OKTXmlFiler filer;
     open(filer, "<Map name='m'><a long='4294967295'/><b long='-1'/><c long='x'/></Map>");
@@ -775,7 +799,7 @@ TEST_F(OKTXmlFilerReadingTest, Map_UnsignedLongsAreReadAsSigned)
     EXPECT_EQ(nextEntry(filer), "c 3 0");
 }
 
-TEST_F(OKTXmlFilerReadingTest, Map_CursorAnswersAfterTheEndOfTheMap)
+TEST_F(OKTXmlFilerReadingTest, Map_CursorAnswersAfterTheEndOfTheMap_Quirk87)
 {
     OKTXmlFiler filer;
     open(filer, "<Map name='m'><a long='1'/><b long='2'/></Map><n long='3'/>");
@@ -1072,6 +1096,31 @@ TEST_F(OKTXmlFilerReadingTest, NodeAheadOfTheRoot_OpenWithoutAnElement_Quirk84)
     }
 }
 
+TEST_F(OKTXmlFilerReadingTest, RootNamedLikeTheInstruction_IsTakenForItWhereThereIsNone_Quirk84)
+{
+    // One node named "xml" is stepped over, whatever it is, and no other one.
+    std::string const root = "<xml><n long='1'/></xml>";
+    for (std::string const &ahead : std::initializer_list<std::string>{
+             "<?xml version='1.0'?>", "<?xml version='1.0' encoding='UTF-8' standalone='yes'?>\n",
+             "\xEF\xBB\xBF<?xml version='1.0'?>", "<!DOCTYPE xml>"})
+    {
+        OpenXmlFiler filer;
+        openDocument(filer, ahead + root);
+        EXPECT_EQ(filer.working(), "xml") << ahead;
+        int value = 0;
+        EXPECT_TRUE(filer.readInt(u"n", value)) << ahead;
+        EXPECT_EQ(value, 1) << ahead;
+    }
+    OpenXmlFiler filer;
+    EXPECT_FALSE(filer.NewFiler(putText(m_folder, "alone.xml", root), false));
+    EXPECT_FALSE(filer.getWorkingNode());
+    openDocument(filer, root + "<!-- behind -->"); // the comment is the node that counts
+    EXPECT_EQ(filer.working(), "");
+    EXPECT_TRUE(filer.CloseFiler());
+    openDocument(filer, "<?xml version='1.0'?><!DOCTYPE xml>" + root);
+    EXPECT_EQ(filer.working(), "");
+}
+
 TEST_F(OKTXmlFilerReadingTest, NodeBehindTheRoot_ChangesNothing)
 {
     OKTXmlFiler filer;
@@ -1092,6 +1141,24 @@ TEST_F(OKTXmlFilerReadingTest, Prefixes_ArePartOfTheName)
     EXPECT_EQ(value, 1);
     EXPECT_TRUE(filer.readLong(u"m", value)); // a default namespace changes no name
     EXPECT_EQ(value, 3);
+}
+
+TEST_F(OKTXmlFilerReadingTest, NamesWithAColon_ComeBackWithoutANamespace)
+{
+    OKTXmlFiler filer;
+    openWritten(filer, [](OKTXmlFiler &writer) {
+        EXPECT_TRUE(writer.writeInt(u"p:n", 1));
+        EXPECT_TRUE(writer.writeInt(u":n", 2));
+        EXPECT_TRUE(writer.writeInt(u"n:", 3));
+        EXPECT_TRUE(writer.writeInt(u"a:b:c", 4));
+    });
+    int expected = 0;
+    for (char16_t const *const name : {u"p:n", u":n", u"n:", u"a:b:c"})
+    {
+        int value = 0;
+        EXPECT_TRUE(filer.readInt(name, value)) << CString(name).ToUtf8();
+        EXPECT_EQ(value, ++expected);
+    }
 }
 
 TEST_F(OKTXmlFilerReadingTest, InternalEntities_InAValue)
@@ -1126,7 +1193,7 @@ TEST_F(OKTXmlFilerReadingTest, NewFiler_NoSuchFile_FalseAndOpenAgainAfterwards)
     EXPECT_EQ(reports.count(), 0u);
 }
 
-TEST_F(OKTXmlFilerReadingTest, NewFiler_AfterAFailure_PathIsStoredAndCloseFilerIsTrueOnce)
+TEST_F(OKTXmlFilerReadingTest, NewFiler_AfterAFailure_PathIsStoredAndCloseFilerIsTrueOnce_Quirk92)
 {
     OKTXmlFiler filer;
     EXPECT_FALSE(filer.NewFiler(putText(m_folder, "x.xml", "no document"), false));
@@ -1163,7 +1230,7 @@ TEST_F(OKTXmlFilerReadingTest, CommaLocale_BothWaysNothingIsLost)
     EXPECT_EQ(entry.dblVal, 2.5);
 }
 
-TEST_F(OKTXmlFilerReadingTest, AcrossLocales_TheFractionIsLost)
+TEST_F(OKTXmlFilerReadingTest, AcrossLocales_TheFractionIsLost_Quirk88)
 {
     OKTXmlFiler filer;
     {

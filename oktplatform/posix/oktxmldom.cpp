@@ -14,6 +14,7 @@
 #include <new>
 #include <string>
 #include <unordered_set>
+#include <utility>
 
 // libxml2 behind the names of the platform's parser. Its texts are UTF-8.
 
@@ -38,7 +39,9 @@ struct OktXmlTree
 namespace
 {
 constexpr char kSavedEncoding[] = "ISO-8859-1";
+constexpr char kInstructionText[] = "version='1.0' encoding='ISO-8859-1'";
 constexpr int kMostDefaults = 100; // of attributes, in one document
+constexpr int kMostDepth = 256;    // of elements
 
 xmlNodePtr raw(OktXmlNode *node) { return reinterpret_cast<xmlNodePtr>(node); }
 
@@ -115,15 +118,23 @@ std::string contentOf(xmlNodePtr attribute)
 
 bool isBlankText(xmlNodePtr node) { return node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1; }
 
-// White space between elements is no part of a document here, whatever surrounds it.
-void dropBlankTexts(xmlDocPtr document)
+// White space between elements is no part of a document here, whatever surrounds it. False where elements stand too deep: the
+// parser's own bound is one more, or far more, by its version.
+bool tidy(xmlDocPtr document)
 {
     auto *const root = reinterpret_cast<xmlNodePtr>(document);
+    int depth = 1;
     for (xmlNodePtr node = root->children; node != nullptr;)
     {
+        if (node->type == XML_ELEMENT_NODE && depth > kMostDepth)
+            return false;
         xmlNodePtr next = node->type == XML_ELEMENT_NODE ? node->children : nullptr;
+        depth += next != nullptr ? 1 : 0;
         for (xmlNodePtr up = node; next == nullptr && up != nullptr && up != root; up = up->parent)
+        {
             next = up->next;
+            depth -= next == nullptr ? 1 : 0;
+        }
         if (isBlankText(node))
         {
             xmlUnlinkNode(node);
@@ -131,6 +142,19 @@ void dropBlankTexts(xmlDocPtr document)
         }
         node = next;
     }
+    return true;
+}
+
+// The "xml" instruction of a file is a node like any other here, while the parser keeps but a note of it. Its text is that of a
+// saved document.
+void addInstruction(xmlDocPtr document)
+{
+    constexpr int kNoInstruction = -1; // -2 is one that does not name it
+    if (document->standalone == kNoInstruction)
+        return;
+    xmlNodePtr const instruction = needed(
+        xmlNewDocPI(document, reinterpret_cast<xmlChar const *>("xml"), reinterpret_cast<xmlChar const *>(kInstructionText)));
+    xmlAddPrevSibling(document->children, instruction); // there is a root
 }
 
 // While one lives, the parser tells nobody of its troubles; its results tell enough.
@@ -384,13 +408,13 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     parser->sax->entityDecl = &declareEntity;
     parser->sax->attributeDecl = &declareAttribute;
     constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-    xmlDocPtr const parsed = xmlCtxtReadIO(parser, &readFile, &closeNothing, &file, nullptr, nullptr, kOptions);
+    OktXmlTree read;
+    read.document = xmlCtxtReadIO(parser, &readFile, &closeNothing, &file, nullptr, nullptr, kOptions);
     xmlFreeParserCtxt(parser);
-    if (parsed == nullptr)
+    if (read.document == nullptr || !tidy(read.document))
         return S_FALSE;
-    dropBlankTexts(parsed);
-    xmlFreeDoc(m_tree->document);
-    m_tree->document = parsed;
+    addInstruction(read.document);
+    std::swap(m_tree->document, read.document);
     return S_OK;
 }
 

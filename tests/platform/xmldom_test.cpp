@@ -300,11 +300,34 @@ TEST_F(XmlDomTest, Children_BlankTextIsDroppedInMixedContentToo)
 
 TEST_F(XmlDomTest, Children_OfTheDocument_WithWhatStandsAheadAndBehind)
 {
-    Document const document = loaded("<?xml version='1.0'?>\n<!-- c -->\n<?pi?>\n<r/>\n<!-- d -->\n");
-    std::vector<std::string> names;
-    for (OktXml::IXMLDOMNodePtr node = document->node()->firstChild(); node; node = node->nextSibling())
-        names.push_back(node->element() ? "E" : "N");
-    EXPECT_EQ(names, (std::vector<std::string>{"N", "N", "E", "N"}));
+    Document const document = loaded("<!-- c -->\n<?pi?>\n<r/>\n<!-- d -->\n");
+    EXPECT_EQ(childrenOf(document->node()), (std::vector<std::string>{"N", "N", "E r", "N"}));
+}
+
+TEST_F(XmlDomTest, Children_OfTheDocument_TheXmlInstructionIsTheFirst)
+{
+    for (std::string const &instruction : std::initializer_list<std::string>{
+             "<?xml version='1.0'?>", "<?xml version='1.0' encoding='UTF-8'?>\n", "<?xml version='1.0' standalone='yes'?>",
+             "<?xml version='1.0' encoding='UTF-8' standalone='no'?>", "\xEF\xBB\xBF<?xml version='1.0'?>"})
+    {
+        Document const document = loaded(instruction + "<!-- c --><r><a/></r><!-- d -->");
+        EXPECT_EQ(childrenOf(document->node()), (std::vector<std::string>{"N", "N", "E r", "N"})) << instruction;
+        EXPECT_EQ(document->node()->firstChild()->nodeName(), u"xml") << instruction;
+        EXPECT_FALSE(document->node()->firstChild()->attributes()) << instruction;
+    }
+    EXPECT_EQ(childrenOf(loaded("<?xml version='1.0'?><r/>")->node()), (std::vector<std::string>{"N", "E r"}));
+    EXPECT_EQ(childrenOf(loaded("<r/>")->node()), (std::vector<std::string>{"E r"}));
+}
+
+TEST_F(XmlDomTest, Load_ThenSave_TheInstructionTellsTheEncoding)
+{
+    CString const path = m_folder.path("x.xml");
+    ASSERT_EQ(loaded("<?xml version='1.0' encoding='UTF-8'?><r a='\u00E9\u03A9'/>")->save(path), S_OK);
+    Document const again = OktXml::IXMLDOMDocument::create();
+    ASSERT_EQ(again->load(path), S_OK);
+    ASSERT_TRUE(rootOf(again));
+    EXPECT_EQ(valueOf(rootOf(again), u"a"), u"\u00E9\u03A9");
+    EXPECT_EQ(readByPython(path), nlohmann::json::parse("[\"r\", [[\"a\", \"\u00E9\u03A9\"]], \"\", []]"));
 }
 
 TEST_F(XmlDomTest, Children_WithADocumentType_ItIsANodeAheadOfTheRoot)
