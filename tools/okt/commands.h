@@ -36,5 +36,7 @@ void addImport(CommandLine &line);
 void addReport(CommandLine &line);
 void addDiff(CommandLine &line);
 void addRecover(CommandLine &line);
+void addCompletion(CommandLine &line);
+void addPages(CommandLine &line);
 
 } // namespace okt

@@ -50,7 +50,7 @@ int run(int argc, char **argv, int &trouble)
 
     okt::CommandLine line{app, {}};
     for (auto const add : {okt::addBuild, okt::addShow, okt::addPicture, okt::addExport, okt::addImport, okt::addDiff,
-                           okt::addReport, okt::addRecover})
+                           okt::addReport, okt::addRecover, okt::addCompletion, okt::addPages})
         add(line);
     okt::finishHelp(app);
 

@@ -1,0 +1,136 @@
+#include "process.h"
+
+#include "support/scratchfolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::Contains;
+using testing::HasSubstr;
+
+/// What the help lists.
+std::vector<std::string> commands()
+{
+    std::istringstream help(runOkt({"--help"}).out);
+    std::vector<std::string> names;
+    bool isList = false;
+    for (std::string line; std::getline(help, line);)
+    {
+        if (isList && line.empty())
+            break;
+        if (isList && line.starts_with("  ") && line[2] != ' ')
+            names.push_back(line.substr(2, line.find(' ', 2) - 2));
+        isList = isList || line == "Subcommands:";
+    }
+    return names;
+}
+
+TEST(OktHelp, Help_EveryCommand_ExampleAndExitCodes)
+{
+    ASSERT_GE(commands().size(), 7u);
+    EXPECT_THAT(commands(), Contains("diff"));
+    for (std::string const &command : commands())
+    {
+        ProcessResult const help = runOkt({command, "--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_EQ(help.err, "");
+        std::size_t const examples = help.out.find("\nExamples:\n");
+        ASSERT_NE(examples, std::string::npos) << command;
+        EXPECT_NE(help.out.find(" " + command + " ", examples), std::string::npos) << command;
+        EXPECT_NE(help.out.find("\nExit code: 0 ", examples), std::string::npos) << command;
+        EXPECT_THAT(help.out.substr(examples), HasSubstr(" 2 ")) << command;
+        // Wrong usage is one line and the same code everywhere.
+        ProcessResult const wrong = runOkt({command, "--no-such-option"});
+        EXPECT_EQ(wrong.exitCode, 2) << command;
+        EXPECT_EQ(wrong.out, "") << command;
+        EXPECT_EQ(std::count(wrong.err.begin(), wrong.err.end(), '\n'), 1) << wrong.err;
+    }
+    EXPECT_THAT(runOkt({"--help"}).out, HasSubstr("\nExit code: 0 done, 1 failed"));
+}
+
+class OktPages : public testing::Test
+{
+protected:
+    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
+    static ProcessResult shell(std::string const &script, std::string const &argument = "")
+    {
+        return runProgram("/bin/bash", {"-c", script, OKT_EXE, argument});
+    }
+    static std::string textOf(std::string const &file)
+    {
+        CByteArray const bytes = contentsOf(CString::FromUtf8(file));
+        return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
+    }
+
+    ScratchFolder m_folder;
+};
+
+TEST_F(OktPages, ManPages_EveryCommand_FormattedWithoutAWarning)
+{
+    ASSERT_EQ(runOkt({"pages", "-o", path("share")}).exitCode, 0);
+    std::vector<std::string> pages = {"okt"};
+    for (std::string const &command : commands())
+        pages.push_back("okt-" + command);
+    for (std::string const &page : pages)
+    {
+        std::string const file = path("share/man/man1/" + page + ".1");
+        ASSERT_TRUE(fs::exists(file)) << file;
+        ProcessResult const shown = shell("groff -man -Tascii -ww -P-c -P-b -P-o -P-u \"$1\"", file);
+        EXPECT_EQ(shown.exitCode, 0) << file;
+        EXPECT_EQ(shown.err, "") << file;
+        for (char const *const part : {"NAME", "SYNOPSIS", "OPTIONS", "EXIT STATUS"})
+            EXPECT_THAT(shown.out, HasSubstr(part)) << file;
+    }
+    EXPECT_THAT(shell("groff -man -Tascii -P-c -P-b -P-o -P-u \"$1\"", path("share/man/man1/okt-diff.1")).out,
+                HasSubstr("okt diff --by-name link.okt clone.okt\n"));
+}
+
+TEST_F(OktPages, Pages_Completions_ThoseThatTheCommandWrites)
+{
+    ASSERT_EQ(runOkt({"pages", "-o", path("share")}).exitCode, 0);
+    EXPECT_EQ(textOf(path("share/bash-completion/completions/okt")), runOkt({"completion", "bash"}).out);
+    EXPECT_EQ(textOf(path("share/zsh/site-functions/_okt")), runOkt({"completion", "zsh"}).out);
+    EXPECT_EQ(textOf(path("share/fish/vendor_completions.d/okt.fish")), runOkt({"completion", "fish"}).out);
+    for (char const *const name : {"bash", "zsh", "fish"})
+        for (std::string const &command : commands())
+            EXPECT_THAT(runOkt({"completion", name}).out, HasSubstr(command)) << name;
+    EXPECT_EQ(runOkt({"completion", "cmd"}).exitCode, 2);
+}
+
+/// What bash offers at the end of a command line.
+std::string offered(std::string const &words, int current)
+{
+    return runProgram("/bin/bash", {"-c",
+                                    "source <(\"$0\" completion bash); COMP_WORDS=(" + words + "); COMP_CWORD=" +
+                                        std::to_string(current) + "; _okt; echo \"${COMPREPLY[*]}\"",
+                                    OKT_EXE})
+        .out;
+}
+
+TEST_F(OktPages, BashCompletion_CommandsOptionsValuesFiles)
+{
+    EXPECT_EQ(offered("okt sh", 1), "show\n");
+    EXPECT_EQ(offered("okt ex", 1), "export\n");
+    EXPECT_EQ(offered("okt show --un", 2), "--unit\n");
+    EXPECT_EQ(offered("okt show --unit ''", 3), "mm cm m in ft\n");
+    EXPECT_EQ(offered("okt show --unit m", 3), "mm m\n");
+    EXPECT_EQ(offered("okt --module x.so show --un", 4), "--unit\n");
+    EXPECT_EQ(offered("okt completion ''", 2), "bash zsh fish\n");
+    EXPECT_EQ(offered("okt export --format b", 3), "bf2d\n");
+    EXPECT_EQ(offered("okt --ver", 1), "--version\n");
+    std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
+    EXPECT_EQ(offered("okt build " + data, 2), data + "ords.bf2d\n");
+    EXPECT_EQ(shell("source <(\"$0\" completion bash); complete -p okt").out, "complete -F _okt okt\n");
+}
+
+} // namespace
