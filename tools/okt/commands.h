@@ -28,5 +28,7 @@ void addPicture(CommandLine &line);
 void addExport(CommandLine &line);
 void addImport(CommandLine &line);
 void addRecover(CommandLine &line);
+void addInfo(CommandLine &line);
+void addLs(CommandLine &line);
 
 } // namespace okt
