@@ -53,8 +53,9 @@ TEST_F(OktRecover, OneByteFlipped_TheOtherObjectsAndTheHeader)
     ProcessResult const result = runOkt({"recover", damaged, "-o", path("good.okt")});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out, damaged + ":byte 581: lost: damaged inside an OKTDbParameter that begins at byte 563; 463 bytes from byte "
-                                    "563\n" +
+    EXPECT_EQ(result.out, damaged +
+                              ":byte 581: lost: damaged inside an OKTDbParameter that begins at byte 563; 463 bytes from byte "
+                              "563\n" +
                               path("good.okt") + ": 20 objects with 8285 bytes rescued, 1 lost, the header kept\n");
     EXPECT_EQ(objectsIn(path("good.okt")), 20);
     OKTDbPool pool;
@@ -79,11 +80,11 @@ TEST_F(OktRecover, HeaderCut_WhatIsLeftAndWhatTheObjectsTell)
     std::string const damaged = put("damaged.okt", contents(golden("stirrup.okt")).erase(200, 300));
     ProcessResult const result = runOkt({"recover", damaged, "-o", path("good.okt")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out,
-              damaged + ":byte 193: the header is damaged here\n" + damaged + ": new header: the name of the pool is lost\n" +
-                  damaged + ": new header: the list of pictures ends in 1 found by their class, in the order of the file\n" +
-                  damaged + ": new header: the ids of these are lost: ppActions, sketch\n" + path("good.okt") +
-                  ": 21 objects with 8748 bytes rescued, 0 lost, the header made anew\n");
+    EXPECT_EQ(result.out, damaged + ":byte 193: the header is damaged here\n" + damaged +
+                              ": new header: the name of the pool is lost\n" + damaged +
+                              ": new header: the list of pictures ends in 1 found by their class, in the order of the file\n" +
+                              damaged + ": new header: the ids of these are lost: ppActions, sketch\n" + path("good.okt") +
+                              ": 21 objects with 8748 bytes rescued, 0 lost, the header made anew\n");
     OKTDbPool pool;
     EXPECT_TRUE(pool.readFile(m_folder.path("good.okt")));
     EXPECT_EQ(pool.objectCount(), 21);
@@ -95,10 +96,11 @@ TEST_F(OktRecover, EndCutOff)
 {
     ProcessResult const result = runOkt({"recover", golden("truncated.okt"), "-o", path("good.okt")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out, golden("truncated.okt") +
-                              ":byte 1595: lost {31882FDD-D649-4893-A02B-DECFCDD39355} \"Parameter 3\": the file ends inside an "
-                              "OKTDbParameter that begins at byte 1358; 237 bytes from byte 1358\n" +
-                              path("good.okt") + ": 3 objects with 891 bytes rescued, 1 lost, the header kept\n");
+    EXPECT_EQ(result.out,
+              golden("truncated.okt") +
+                  ":byte 1595: lost {31882FDD-D649-4893-A02B-DECFCDD39355} \"Parameter 3\": the file ends inside an "
+                  "OKTDbParameter that begins at byte 1358; 237 bytes from byte 1358\n" +
+                  path("good.okt") + ": 3 objects with 891 bytes rescued, 1 lost, the header kept\n");
     EXPECT_EQ(objectsIn(path("good.okt")), 3);
 }
 
@@ -106,9 +108,10 @@ TEST_F(OktRecover, UnknownClass_StandsLast)
 {
     ProcessResult const result = runOkt({"recover", golden("unknown-class.okt"), "-o", path("good.okt")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out, path("good.okt") + ": 3 objects with 512 bytes rescued, 0 lost, the header kept\n" + path("good.okt") +
-                              ": 1 object of classes that are not known here, behind the others; a load stops there unless a module "
-                              "brings the classes\n");
+    EXPECT_EQ(result.out,
+              path("good.okt") + ": 3 objects with 512 bytes rescued, 0 lost, the header kept\n" + path("good.okt") +
+                  ": 1 object of classes that are not known here, behind the others; a load stops there unless a module "
+                  "brings the classes\n");
     OKTDbPool pool;
     EXPECT_FALSE(pool.readFile(m_folder.path("good.okt")));
     EXPECT_EQ(pool.objectCount(), 2);
@@ -119,10 +122,11 @@ TEST_F(OktRecover, StandardOutput_TheFileAloneAndTheReportOnTheOtherStream)
     ProcessResult const result = runOkt({"recover", golden("truncated.okt"), "-o", "-"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out.size(), 1358u);
-    EXPECT_EQ(result.err, "okt: " + golden("truncated.okt") +
-                              ":byte 1595: lost {31882FDD-D649-4893-A02B-DECFCDD39355} \"Parameter 3\": the file ends inside an "
-                              "OKTDbParameter that begins at byte 1358; 237 bytes from byte 1358\n"
-                              "okt: standard output: 3 objects with 891 bytes rescued, 1 lost, the header kept\n");
+    EXPECT_EQ(result.err,
+              "okt: " + golden("truncated.okt") +
+                  ":byte 1595: lost {31882FDD-D649-4893-A02B-DECFCDD39355} \"Parameter 3\": the file ends inside an "
+                  "OKTDbParameter that begins at byte 1358; 237 bytes from byte 1358\n"
+                  "okt: standard output: 3 objects with 891 bytes rescued, 1 lost, the header kept\n");
 }
 
 TEST_F(OktRecover, Refused)
@@ -139,8 +143,9 @@ TEST_F(OktRecover, Refused)
     expectFailure(put("empty.okt", ""), path("good.okt"), path("empty.okt") + ": the file is empty");
     expectFailure(path("none.okt"), path("good.okt"), path("none.okt") + ": there is no such file");
     expectFailure(put("text.okt", "no pool file"), path("good.okt"),
-                  path("text.okt") + ":byte 0: nothing can be rescued: there is neither a header nor a whole object; this is no "
-                                     "pool file: it does not begin with the size of a header");
+                  path("text.okt") +
+                      ":byte 0: nothing can be rescued: there is neither a header nor a whole object; this is no "
+                      "pool file: it does not begin with the size of a header");
     EXPECT_FALSE(fs::exists(path("good.okt")));
     EXPECT_EQ(contents(there), "x");
     EXPECT_EQ(runOkt({"recover", golden("empty.okt")}).exitCode, 2);

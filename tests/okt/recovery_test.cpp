@@ -70,7 +70,8 @@ std::string recovered(std::string const &damaged, std::vector<Part> *objects = n
         for (Recovery::Object const &object : recovery.objects())
             objects->push_back({static_cast<std::size_t>(object.begin), static_cast<std::size_t>(object.begin + object.size)});
     if (objects != nullptr)
-        std::sort(objects->begin(), objects->end(), [](Part const &left, Part const &right) { return left.begin < right.begin; });
+        std::sort(objects->begin(), objects->end(),
+                  [](Part const &left, Part const &right) { return left.begin < right.begin; });
     return bytes;
 }
 
@@ -135,8 +136,8 @@ void tally(Tally &sum, std::string const &whole, std::vector<Part> const &object
 {
     std::vector<Part> found;
     std::string const file = recovered(damage.of(whole), &found);
-    auto const shift = static_cast<std::ptrdiff_t>(damage.instead.size()) -
-                       static_cast<std::ptrdiff_t>(damage.end - damage.begin);
+    auto const shift =
+        static_cast<std::ptrdiff_t>(damage.instead.size()) - static_cast<std::ptrdiff_t>(damage.end - damage.begin);
     std::size_t next = 0;
     for (Part const &object : objects)
     {
@@ -147,10 +148,8 @@ void tally(Tally &sum, std::string const &whole, std::vector<Part> const &object
         auto const moved = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(object.begin) + (isBefore ? 0 : shift));
         while (next < found.size() && found[next].begin < moved)
             ++next;
-        sum.back += next < found.size() && found[next].begin == moved &&
-                            found[next].end - moved == object.end - object.begin
-                        ? 1u
-                        : 0u;
+        sum.back +=
+            next < found.size() && found[next].begin == moved && found[next].end - moved == object.end - object.begin ? 1u : 0u;
     }
     // At most the damaged object, if it is still a whole frame, comes on top of the untouched ones.
     std::size_t const most = wholeFrames(whole);
@@ -226,10 +225,9 @@ TEST(Recovery, WholeFiles_TheSameBytes)
 {
     ClientClasses const classes;
     for (char const *const name :
-         {"empty.okt", "every-class.okt", "factor-in-header.okt", "float-value.okt", "long-strings.okt",
-          "metrics-factor.okt", "newer-sections.okt", "object-order.okt", "odd-members.okt", "old-sections.okt",
-          "oldest-header.okt", "other-case.okt", "pictures.okt", "quantities.okt", "stirrup.okt", "value-kinds.okt",
-          "zero-in-text.okt"})
+         {"empty.okt", "every-class.okt", "factor-in-header.okt", "float-value.okt", "long-strings.okt", "metrics-factor.okt",
+          "newer-sections.okt", "object-order.okt", "odd-members.okt", "old-sections.okt", "oldest-header.okt",
+          "other-case.okt", "pictures.okt", "quantities.okt", "stirrup.okt", "value-kinds.okt", "zero-in-text.okt"})
         EXPECT_TRUE(recovered(golden(name)) == golden(name)) << name;
 }
 

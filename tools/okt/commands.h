@@ -38,5 +38,7 @@ void addDiff(CommandLine &line);
 void addRecover(CommandLine &line);
 void addCompletion(CommandLine &line);
 void addPages(CommandLine &line);
+void addInfo(CommandLine &line);
+void addLs(CommandLine &line);
 
 } // namespace okt

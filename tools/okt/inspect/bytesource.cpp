@@ -89,8 +89,8 @@ std::string_view ByteSource::lookElsewhere(std::int64_t offset, std::size_t coun
 {
     if (offset < 0 || offset >= m_size || count == 0)
         return {};
-    count = static_cast<std::size_t>(std::min<std::int64_t>({static_cast<std::int64_t>(count),
-                                                             static_cast<std::int64_t>(kWidestLook), m_size - offset}));
+    count = static_cast<std::size_t>(
+        std::min<std::int64_t>({static_cast<std::int64_t>(count), static_cast<std::int64_t>(kWidestLook), m_size - offset}));
     std::int64_t const inWindow = offset - m_windowBegin;
     if (inWindow < 0 || inWindow + static_cast<std::int64_t>(count) > static_cast<std::int64_t>(m_window.size()))
         moveWindow(offset, count);

@@ -25,10 +25,7 @@ CByteArray bytesAt(ByteSource &source, std::int64_t begin, std::int64_t size)
 
 } // namespace
 
-bool isRegistered(CString const &className)
-{
-    return g_RuntimeClass.contains(className) && !StandIn::isRegistered(className);
-}
+bool isRegistered(CString const &className) { return g_RuntimeClass.contains(className) && !StandIn::isRegistered(className); }
 
 std::string libraryReadFault(ByteSource &source, Stretch const &object, std::int64_t largest)
 {

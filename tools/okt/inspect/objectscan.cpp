@@ -16,6 +16,10 @@ using State = RecordWalk::State;
 
 // More levels of classes than anybody derives.
 constexpr int kMostBases = 32;
+// The begin of the frame of an id, which every object has.
+constexpr std::string_view kIdHead("\x06\x05\x0B\x00OKTObjectId", 15);
+// Of bytes that are no object.
+constexpr std::int64_t kLookedThrough = 1 << 20;
 // A longer class name is none.
 constexpr std::size_t kLongestName = 512;
 
@@ -74,6 +78,9 @@ std::optional<Stretch> ObjectScan::next()
         stretch.begin = m_position;
         stretch.faultAt = m_position;
         stretch.end = findNext(m_position);
+        // The begin of an object is what is damaged then.
+        if (m_source.copy(m_position, std::min(stretch.size(), kLookedThrough)).find(kIdHead) != std::string::npos)
+            stretch.kind = Stretch::Kind::Damaged;
     }
     m_position = stretch.end;
     m_unclosed.erase(m_unclosed.begin(), m_unclosed.lower_bound(m_position));

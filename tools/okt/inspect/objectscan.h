@@ -70,7 +70,7 @@ private:
 struct HeaderPlace
 {
     std::int64_t begin = 0; ///< of the frame OKTDbPool
-    std::int64_t end = 0; ///< of a whole header; else where the search for objects may begin
+    std::int64_t end = 0;   ///< of a whole header; else where the search for objects may begin
     bool isWhole = false;
     std::string fault; ///< why it is not, in words
     std::int64_t faultAt = 0;

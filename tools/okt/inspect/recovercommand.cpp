@@ -39,7 +39,8 @@ std::string lossLine(std::string const &name, Recovery::Loss const &loss, bool i
     std::string const bytes = counted(loss.end - loss.begin, "byte") + " from byte " + std::to_string(loss.begin);
     if (!loss.isObject)
         return Failure(name, place, "left out: " + bytes + " that belong to no whole object").what();
-    return Failure(name, place, "lost" + (loss.object.empty() ? "" : " " + loss.object) + ": " + loss.what + "; " + bytes).what();
+    return Failure(name, place, "lost" + (loss.object.empty() ? "" : " " + loss.object) + ": " + loss.what + "; " + bytes)
+        .what();
 }
 
 /// One line for each loss, then the sum.
@@ -63,8 +64,9 @@ std::string report(std::string const &name, std::string const &output, Recovery 
             counted(bytes, "byte") + " rescued, " + std::to_string(lost) + " lost, the header " +
             (recovery.isHeaderKept() ? "kept" : "made anew") + "\n";
     if (int const unknown = recovery.unknownObjects(); unknown > 0)
-        text += printable(output) + ": " + counted(unknown, "object") +
-                " of classes that are not known here, behind the others; a load stops there unless a module brings the classes\n";
+        text +=
+            printable(output) + ": " + counted(unknown, "object") +
+            " of classes that are not known here, behind the others; a load stops there unless a module brings the classes\n";
     return text;
 }
 

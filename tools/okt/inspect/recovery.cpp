@@ -51,9 +51,8 @@ void putLong(std::string &bytes, std::size_t at, std::int64_t value)
 
 bool hasClass(Stretch const &stretch, char16_t const *name)
 {
-    return std::any_of(stretch.classNames.begin(), stretch.classNames.end(), [name](std::string const &each) {
-        return CString(each.c_str()).CompareNoCase(CString(name)) == 0;
-    });
+    return std::any_of(stretch.classNames.begin(), stretch.classNames.end(),
+                       [name](std::string const &each) { return CString(each.c_str()).CompareNoCase(CString(name)) == 0; });
 }
 
 std::string asText(CByteArray const &bytes)
@@ -138,7 +137,7 @@ Recovery::Recovery(ByteSource &source) : m_source(source), m_header(findHeader(s
     while (std::optional<Stretch> const stretch = scan.next())
     {
         // What is left of a damaged header.
-        if (isFirst && !m_header.isWhole && stretch->kind == Stretch::Kind::Gap)
+        if (isFirst && !m_header.isWhole && stretch->kind != Stretch::Kind::Object)
             m_losses.back().end = stretch->end;
         else if (stretch->kind == Stretch::Kind::Object)
             take(*stretch);
@@ -225,9 +224,7 @@ std::string Recovery::keptHeader()
         {
             auto const place = m_places.find(keyOf(id));
             bool const isThere = place != m_places.end();
-            numbers.emplace_back(value.payload, !isThere        ? -1
-                                                : behindId == 0 ? place->second.position
-                                                                : place->second.size);
+            numbers.emplace_back(value.payload, !isThere ? -1 : behindId == 0 ? place->second.position : place->second.size);
             ++behindId;
         }
         else
@@ -336,9 +333,9 @@ void Recovery::write(std::function<void(std::string_view)> const &sink)
     for (Object const &object : m_objects)
         for (std::int64_t at = 0; at < object.size;)
         {
-            std::string_view const piece = m_source.look(
-                object.begin + at, static_cast<std::size_t>(std::min<std::int64_t>(
-                                       object.size - at, static_cast<std::int64_t>(ByteSource::kWidestLook))));
+            std::string_view const piece =
+                m_source.look(object.begin + at, static_cast<std::size_t>(std::min<std::int64_t>(
+                                                     object.size - at, static_cast<std::int64_t>(ByteSource::kWidestLook))));
             sink(piece);
             at += static_cast<std::int64_t>(piece.size());
         }

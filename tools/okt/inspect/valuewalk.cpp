@@ -145,8 +145,7 @@ bool ValueWalk::beginFrame(RecordPlace const &record)
     std::size_t const depth = m_walk.open().size();
     bool const inSection =
         depth >= 2 && (m_walk.open()[depth - 2].type == RecordType::SectionBegin || m_walk.open()[depth - 2].hasSections);
-    KnownClass const known =
-        knownClass(m_source.look(record.payload, static_cast<std::size_t>(record.payloadSize)));
+    KnownClass const known = knownClass(m_source.look(record.payload, static_cast<std::size_t>(record.payloadSize)));
     if (m_nestedDepth == 0 && !inSection)
     {
         m_classNames.emplace_back(m_source.look(record.payload, static_cast<std::size_t>(record.payloadSize)));
@@ -173,8 +172,9 @@ bool ValueWalk::beginFrame(RecordPlace const &record)
 
 bool ValueWalk::plainValue(RecordPlace const &record)
 {
-    static constexpr std::array<Kind, 11> kKinds = {Kind::Bool,  Kind::Short, Kind::Long,  Kind::Double, Kind::Text16, Kind::Text8,
-                                                    Kind::Frame, Kind::Frame, Kind::Frame, Kind::Frame,  Kind::Bytes};
+    static constexpr std::array<Kind, 11> kKinds = {Kind::Bool,   Kind::Short, Kind::Long,  Kind::Double,
+                                                    Kind::Text16, Kind::Text8, Kind::Frame, Kind::Frame,
+                                                    Kind::Frame,  Kind::Frame, Kind::Bytes};
     place(kKinds[static_cast<std::size_t>(record.type)], record);
     if (record.type == RecordType::Double)
         m_value.reals.push_back(realAt(m_source, record.payload));
@@ -263,8 +263,7 @@ CString text8At(ByteSource &source, std::int64_t payload, std::int64_t size)
 
 CString textOf(ByteSource &source, StoredValue const &value)
 {
-    bool const isWide =
-        value.kind == Kind::Text16 || (value.kind == Kind::Variant && value.variantValue == Kind::Text16);
+    bool const isWide = value.kind == Kind::Text16 || (value.kind == Kind::Variant && value.variantValue == Kind::Text16);
     return isWide ? text16At(source, value.payload, value.payloadSize) : text8At(source, value.payload, value.payloadSize);
 }
 
