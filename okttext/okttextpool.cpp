@@ -22,7 +22,8 @@ CByteArray arrayOf(Bytes bytes)
     return array;
 }
 
-void writeText(Bytes bytes, PoolParts &image, OKTTextSink const &sink, OKTTextPutFile const &put, OKTTextProgress const &progress)
+void writeText(Bytes bytes, PoolParts &image, OKTTextSink const &sink, OKTTextPutFile const &put,
+               OKTTextProgress const &progress)
 {
     TextWriter writer(bytes, sink, put);
     writer.beginDocument();

@@ -1,6 +1,6 @@
-#include <tools/okt/recordtemplate.h>
 #include <tools/okt/failure.h>
 #include <tools/okt/poolbuilder.h>
+#include <tools/okt/recordtemplate.h>
 
 #include "support/scratchfolder.h"
 
@@ -204,7 +204,8 @@ TEST(OktBf2d, Refusal_MassAndLegs_HeldAgainstTheTable)
     record.mass = 0.888 * 1.045;
     EXPECT_EQ(bf2dRefusal(record, bars()), "");
     record.mass = 0.93;
-    EXPECT_EQ(bf2dRefusal(record, bars()), "the mass \"e\" is 0.93 kg, by length and table it is 0.888 kg, more than 4.5 % away");
+    EXPECT_EQ(bf2dRefusal(record, bars()),
+              "the mass \"e\" is 0.93 kg, by length and table it is 0.888 kg, more than 4.5 % away");
     record.mass = 0.84;
     EXPECT_THAT(bf2dRefusal(record, bars()), HasSubstr("more than 4.5 % away"));
     record.diameter = 8;
@@ -294,7 +295,8 @@ TEST_F(OktBf2dTemplate, ChangedParameter_ShowsInTheLine)
     EXPECT_THROW(bf2dLineOf(*pool, "x"), Failure) << "the legs do not sum to the length";
     find(*pool, types::kLength, 0)->setValue(1100.0, 0);
     find(*pool, types::kNumber, 0)->setValue(12, 0);
-    EXPECT_EQ(bf2dLineOf(*pool, "x"), proved("BF2D@HjTestPDF@r417@ia@p1@l1100@n12@e0.888@d12@gB500A@s48@v@Gl500@w90@l600@w0@C"));
+    EXPECT_EQ(bf2dLineOf(*pool, "x"),
+              proved("BF2D@HjTestPDF@r417@ia@p1@l1100@n12@e0.888@d12@gB500A@s48@v@Gl500@w90@l600@w0@C"));
     find(*pool, types::kStandard, 1)->setValue(CString(u"a@b"), 1);
     EXPECT_THROW(bf2dLineOf(*pool, "x"), Failure);
 }

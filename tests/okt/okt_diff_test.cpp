@@ -172,8 +172,7 @@ TEST_F(OktDiff, Diff_Picture_FormatAndSize)
     picture->setPictureData(image);
     ProcessResult const result = runOkt({"diff", before, write("b.okt")});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.out,
-                HasSubstr("    picture: no known format, 100 bytes -> no known format, 100 bytes, another\n"));
+    EXPECT_THAT(result.out, HasSubstr("    picture: no known format, 100 bytes -> no known format, 100 bytes, another\n"));
 }
 
 TEST_F(OktDiff, Diff_ObjectsInAnotherOrder_Told)

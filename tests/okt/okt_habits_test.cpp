@@ -267,8 +267,7 @@ TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
     CByteArray const bytes = contentsOf(m_folder.path("large.json"));
     std::string const text(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
     Terminal terminal;
-    std::string const shown =
-        errorOfSlowImport(text, path("a.okt"), terminal.slave, [&] { return terminal.contents(); });
+    std::string const shown = errorOfSlowImport(text, path("a.okt"), terminal.slave, [&] { return terminal.contents(); });
     EXPECT_THAT(shown, HasSubstr("\r\x1b[Kstandard input: "));
     EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << "the line is taken away at the end";
 
@@ -280,6 +279,35 @@ TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
         return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     });
     EXPECT_EQ(unseen, "");
+}
+
+// ---- Colours -----------------------------------------------------------------------------------------------------------------
+
+TEST_F(OktHabits, Colours_OnATerminal_UnlessSwitchedOff)
+{
+    OKTDbPool pool;
+    pool.setPoolName(u"One");
+    ASSERT_TRUE(pool.writeFile(m_folder.path("one.okt")));
+    pool.setPoolName(u"Two");
+    ASSERT_TRUE(pool.writeFile(m_folder.path("two.okt")));
+    auto const shown = [this] {
+        Terminal terminal;
+        RunningOkt okt({"diff", path("one.okt"), path("two.okt")}, {-1, terminal.slave, -1});
+        int const status = okt.wait();
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1);
+        return terminal.contents();
+    };
+    setenv("TERM", "xterm", 1);
+    unsetenv("NO_COLOR");
+    EXPECT_THAT(shown(), HasSubstr("\x1b[31m\"One\"\x1b[0m -> \x1b[32m\"Two\"\x1b[0m"));
+    setenv("NO_COLOR", "", 1);
+    EXPECT_THAT(shown(), HasSubstr("\x1b[31m"));
+    setenv("NO_COLOR", "1", 1);
+    EXPECT_THAT(shown(), HasSubstr("\"One\" -> \"Two\""));
+    EXPECT_THAT(shown(), Not(HasSubstr("\x1b")));
+    unsetenv("NO_COLOR");
+    setenv("TERM", "dumb", 1);
+    EXPECT_THAT(shown(), Not(HasSubstr("\x1b")));
 }
 
 } // namespace

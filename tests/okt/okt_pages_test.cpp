@@ -111,8 +111,8 @@ TEST_F(OktPages, Pages_Completions_ThoseThatTheCommandWrites)
 std::string offered(std::string const &words, int current)
 {
     return runProgram("/bin/bash", {"-c",
-                                    "source <(\"$0\" completion bash); COMP_WORDS=(" + words + "); COMP_CWORD=" +
-                                        std::to_string(current) + "; _okt; echo \"${COMPREPLY[*]}\"",
+                                    "source <(\"$0\" completion bash); COMP_WORDS=(" + words +
+                                        "); COMP_CWORD=" + std::to_string(current) + "; _okt; echo \"${COMPREPLY[*]}\"",
                                     OKT_EXE})
         .out;
 }

@@ -110,7 +110,8 @@ private:
             return !text.empty() && text.size() <= most && text.find_first_not_of("0123456789") == std::string_view::npos;
         };
         if (!areDigits(wholes, kWholeDigits) || !areDigits(decimals, kDecimals))
-            refuse(m_valueAt, "the field " + name(letter) + " is no number of up to 6 digits and 6 decimals: " + excerpt(value));
+            refuse(m_valueAt,
+                   "the field " + name(letter) + " is no number of up to 6 digits and 6 decimals: " + excerpt(value));
         double result = 0;
         std::from_chars(value.data(), value.data() + value.size(), result);
         return result;

@@ -11,8 +11,8 @@ namespace okt
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
-inline constexpr int kDifferent = 1; ///< of okt diff, which answers as diff does
-inline constexpr int kTrouble = 2;   ///< likewise
+inline constexpr int kDifferent = 1;      ///< of okt diff, which answers as diff does
+inline constexpr int kTrouble = 2;        ///< likewise
 inline constexpr int kOutputClosed = 141; ///< what a shell has for a program that a closed pipe ended
 inline constexpr int kInterrupted = 130;  ///< and for an interrupt
 

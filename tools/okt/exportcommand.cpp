@@ -1,11 +1,11 @@
 #include "commands.h"
 
-#include "recordtemplate.h"
 #include "console.h"
 #include "exportfiles.h"
 #include "failure.h"
 #include "poolreader.h"
 #include "progress.h"
+#include "recordtemplate.h"
 #include "reportcollector.h"
 #include "text.h"
 
@@ -98,11 +98,11 @@ bool exportRecord(fs::path const &path, fs::path const &output, bool replaces)
 
 void addExport(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("export", "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.\n"
-                                          "  okt export templates/link-d12.okt -o link.json\n"
-                                          "  okt export - <link.okt | okt import - -o copy.okt\n"
-                                          "  okt export --format bf2d templates/bar-records-1.okt");
+    CLI::App *const command = line.app.add_subcommand(
+        "export", "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.\n"
+                  "  okt export templates/link-d12.okt -o link.json\n"
+                  "  okt export - <link.okt | okt import - -o copy.okt\n"
+                  "  okt export --format bf2d templates/bar-records-1.okt");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
     command->add_option("-o,--output", options->output,

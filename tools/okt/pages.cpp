@@ -41,7 +41,10 @@ std::string upper(std::string text)
     return text;
 }
 
-std::string heading(std::string const &name) { return ".TH " + upper(name) + " 1 \"\" \"okt " OKT_VERSION "\" \"User commands\"\n"; }
+std::string heading(std::string const &name)
+{
+    return ".TH " + upper(name) + " 1 \"\" \"okt " OKT_VERSION "\" \"User commands\"\n";
+}
 
 std::vector<std::string> namesOf(CLI::Option const &option)
 {
@@ -78,8 +81,9 @@ std::string optionsSection(CLI::App const &command)
 
 std::string exitSection(std::string const &codes) { return ".SH EXIT STATUS\n" + roff(codes) + "\n"; }
 
-constexpr char kUsual[] = "0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage. okt diff: 0 the same, "
-                          "1 different, 2 trouble. 141: whoever read standard output has gone.";
+constexpr char kUsual[] =
+    "0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage. okt diff: 0 the same, "
+    "1 different, 2 trouble. 141: whoever read standard output has gone.";
 
 /// A text between single quotation marks of a shell.
 std::string shellText(std::string_view text)
@@ -142,13 +146,13 @@ std::string zshAction(CLI::Option const &option)
 
 std::string manPage(CLI::App const &app)
 {
-    std::string page = heading("okt") + ".SH NAME\nokt \\- " + roff(app.get_description()) + "\n.SH SYNOPSIS\n" + bold("okt") + " [" +
-                       italic("OPTIONS") + "] " + italic("COMMAND") + " ...\n.SH COMMANDS\n";
+    std::string page = heading("okt") + ".SH NAME\nokt \\- " + roff(app.get_description()) + "\n.SH SYNOPSIS\n" + bold("okt") +
+                       " [" + italic("OPTIONS") + "] " + italic("COMMAND") + " ...\n.SH COMMANDS\n";
     for (CLI::App const *const command : commandsOf(app))
         page += ".TP\n" + bold("okt-" + command->get_name()) + "(1)\n" + roff(helpOf(*command).summary) + "\n";
     page += optionsSection(app) + exitSection(kUsual);
-    page += ".SH ENVIRONMENT\n.TP\n" + bold("NO_COLOR") + "\nnot empty: no colours, whatever the terminal\n.TP\n" + bold("TERM") +
-            "\ndumb: neither colours nor progress\n";
+    page += ".SH ENVIRONMENT\n.TP\n" + bold("NO_COLOR") + "\nnot empty: no colours, whatever the terminal\n.TP\n" +
+            bold("TERM") + "\ndumb: neither colours nor progress\n";
     return page;
 }
 
@@ -156,8 +160,8 @@ std::string manPage(CLI::App const &app, CLI::App const &command)
 {
     CommandHelp const &help = helpOf(command);
     std::string const name = "okt-" + command.get_name();
-    std::string page = heading(name) + ".SH NAME\n" + roff(name) + " \\- " + roff(firstLine(help.summary)) + "\n.SH SYNOPSIS\n" +
-                       bold("okt " + command.get_name()) + " [" + italic("OPTIONS") + "]";
+    std::string page = heading(name) + ".SH NAME\n" + roff(name) + " \\- " + roff(firstLine(help.summary)) +
+                       "\n.SH SYNOPSIS\n" + bold("okt " + command.get_name()) + " [" + italic("OPTIONS") + "]";
     for (CLI::Option const *const option : positionalsOf(command))
         page += " " + italic(option->get_name(true) + (option->get_expected_max() > 1 ? " ..." : ""));
     page += "\n.SH DESCRIPTION\n" + roff(help.summary) + "\n" + optionsSection(command) + ".SH EXAMPLES\n.nf\n";
@@ -195,7 +199,8 @@ std::string bashCompletion(CLI::App const &app)
         for (CLI::Option const *const option : positionalsOf(*command))
             for (std::string const &choice : choicesOf(*option))
                 fixed.push_back(choice);
-        cases += "    " + command->get_name() + ") options=" + shellText(joined(words)) + " fixed=" + shellText(joined(fixed)) + ";;\n";
+        cases += "    " + command->get_name() + ") options=" + shellText(joined(words)) + " fixed=" + shellText(joined(fixed)) +
+                 ";;\n";
     }
     std::vector<std::string> global;
     for (CLI::Option const *const option : optionsOf(app))
@@ -204,7 +209,8 @@ std::string bashCompletion(CLI::App const &app)
     return "# Completion of okt for bash; okt completion bash writes it.\n"
            "_okt()\n"
            "{\n"
-           "    local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command= options= fixed= words= files= i\n"
+           "    local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command= options= fixed= words= "
+           "files= i\n"
            "    for ((i = 1; i < COMP_CWORD; ++i)); do\n"
            "        case ${COMP_WORDS[i]} in\n"
            "        --module) ((++i));;\n"
@@ -218,7 +224,8 @@ std::string bashCompletion(CLI::App const &app)
            "        --module:*) files=1;;\n"
            "        *:-*) words=" +
            shellText(joined(global)) + ";;\n        *) words=" + shellText(joined(commands)) +
-           ";;\n        esac\n    fi\n    case $command in\n" + cases + "    esac\n    case $command:$before in\n" + valueCases +
+           ";;\n        esac\n    fi\n    case $command in\n" + cases + "    esac\n    case $command:$before in\n" +
+           valueCases +
            "    *:*)\n"
            "        if [[ -n $command && $current == -* ]]; then words=$options\n"
            "        elif [[ -n $command && -n $fixed ]]; then words=$fixed\n"

@@ -46,9 +46,10 @@ void writePages(CLI::App const &app, fs::path const &folder)
 
 void addCompletion(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("completion", "Writes the script with which a shell completes command lines of okt.\n"
-                                                                    "  source <(okt completion bash)\n"
-                                                                    "  okt completion fish >~/.config/fish/completions/okt.fish");
+    CLI::App *const command =
+        line.app.add_subcommand("completion", "Writes the script with which a shell completes command lines of okt.\n"
+                                              "  source <(okt completion bash)\n"
+                                              "  okt completion fish >~/.config/fish/completions/okt.fish");
     auto const shell = std::make_shared<std::string>();
     command->add_option("SHELL", *shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
     command->callback([&line, shell] {

@@ -149,7 +149,8 @@ bool picture(fs::path const &path, int index, fs::path const &output, bool repla
     file.close();
     file.commit();
     if (output != kStandardStream)
-        print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + std::to_string(image->GetSize()) + " bytes\n");
+        print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + std::to_string(image->GetSize()) +
+              " bytes\n");
     return true;
 }
 
@@ -169,8 +170,7 @@ void addPicture(CommandLine &line)
     command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] {
         line.run = [options] {
-            bool const done =
-                picture(utf8Path(options->pool), options->number, utf8Path(options->image), options->replaces);
+            bool const done = picture(utf8Path(options->pool), options->number, utf8Path(options->image), options->replaces);
             return done ? kDone : kFailed;
         };
     });

@@ -91,10 +91,10 @@ CategoryPlan legsOf(Bf2dRecord const &record)
         int const number = static_cast<int>(i) + 1;
         std::string const place = std::to_string(number);
         bool const isLast = i + 1 == record.legs.size();
-        category.parameters.push_back(
-            parameter({kLength, number}, record.legs[i].length, "Leg " + place, "Outer dimension"));
-        ParameterPlan angle = parameter({kHookAngle1, number}, record.legs[i].angle, "Bend " + place,
-                                        isLast ? "Degrees; behind the last leg there is no bend" : "Degrees, positive to the left");
+        category.parameters.push_back(parameter({kLength, number}, record.legs[i].length, "Leg " + place, "Outer dimension"));
+        ParameterPlan angle =
+            parameter({kHookAngle1, number}, record.legs[i].angle, "Bend " + place,
+                      isLast ? "Degrees; behind the last leg there is no bend" : "Degrees, positive to the left");
         angle.inBend = !isLast;
         category.parameters.push_back(std::move(angle));
     }
@@ -204,8 +204,7 @@ TemplatePlan bf2dPlan(Bf2dRecord const &record, std::string const &line, std::st
     plan.fileName = stem + ".okt";
     plan.poolName = (record.legs.size() == 1 ? "Straight bar, " : "Bent bar, ") + number(record.diameter) + " mm, " +
                     record.project + " " + record.drawing + "/" + record.position;
-    ParameterPlan diameter =
-        parameter({kDiameter, 0}, record.diameter, "", "Nominal diameter in millimetres");
+    ParameterPlan diameter = parameter({kDiameter, 0}, record.diameter, "", "Nominal diameter in millimetres");
     diameter.inBend = true;
     ParameterPlan radius = parameter({kBendingRadius, 0}, record.mandrel / 2, "", "Inside of the bends: half the mandrel");
     radius.inBend = true;
@@ -221,8 +220,9 @@ TemplatePlan bf2dPlan(Bf2dRecord const &record, std::string const &line, std::st
         return parameter({kStandard, index}, value, name, description);
     };
     CategoryPlan origin{"Record",
-                        {text(kProject, record.project, "Project", "Field j"), text(kDrawing, record.drawing, "Drawing", "Field r"),
-                         text(kIndex, record.index, "Index", "Field i"), text(kPosition, record.position, "Position", "Field p")}};
+                        {text(kProject, record.project, "Project", "Field j"),
+                         text(kDrawing, record.drawing, "Drawing", "Field r"), text(kIndex, record.index, "Index", "Field i"),
+                         text(kPosition, record.position, "Position", "Field p")}};
     if (record.other)
         origin.parameters.push_back(text(kOther, *record.other, "Field v", "Kept as it came"));
     origin.parameters.push_back(text(kLine, line, "Line", "As it was read; it counts for as long as it says the same"));

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "barline.h"
-#include "bartable.h"
 #include "barrecord.h"
+#include "bartable.h"
 #include "templateplan.h"
 
 #include <filesystem>

@@ -57,7 +57,7 @@ struct ParameterPlan
 {
     ParameterKey key;
     std::variant<double, int, bool, std::string> value;
-    std::string name; ///< empty: the name of the type
+    std::string name;         ///< empty: the name of the type
     bool isNameWhole = false; ///< the list index does not show in the name
     std::string expression;
     std::string description;

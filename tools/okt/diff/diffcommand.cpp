@@ -25,10 +25,7 @@ struct Options
     bool fromGit = false;
 };
 
-DiffPool poolOf(std::string const &file, std::string name)
-{
-    return DiffPool(std::move(name), readInput(utf8Path(file)));
-}
+DiffPool poolOf(std::string const &file, std::string name) { return DiffPool(std::move(name), readInput(utf8Path(file))); }
 
 /// Git has no file for a side that does not exist.
 DiffPool poolFromGit(std::string const &file, std::string const &name)
@@ -85,8 +82,9 @@ void addDiff(CommandLine &line)
     command->footer("0 the files hold the same, 1 they differ, 2 trouble or wrong usage; with --git 0 also where they differ.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->files, "two pool files; one of them may be -, standard input")->required();
-    command->add_flag("--by-name", options->byName,
-                      "for clones, whose ids are new: objects belong together by what they hold, their relations and their names");
+    command->add_flag(
+        "--by-name", options->byName,
+        "for clones, whose ids are new: objects belong together by what they hold, their relations and their names");
     command->add_flag("--json", options->asJson, "one JSON document, for programs");
     command->add_flag("--git", options->fromGit, "as git's external diff: FILE is what git passes");
     command->callback([&line, options] {

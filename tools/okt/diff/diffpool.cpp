@@ -26,8 +26,8 @@ std::string firstText(Record const &record)
             okttext::appendUnits(json, child.payload);
             return Json::parse('"' + json + '"').get<std::string>();
         }
-        bool const isPart = child.kind == Record::Kind::Section ||
-                            (child.kind == Record::Kind::Frame && record.kind == Record::Kind::Frame);
+        bool const isPart =
+            child.kind == Record::Kind::Section || (child.kind == Record::Kind::Frame && record.kind == Record::Kind::Frame);
         if (!isPart)
             continue;
         if (std::string text = firstText(child); !text.empty())

@@ -30,10 +30,7 @@ std::string idText(std::string const &guid, DiffPool const &pool)
     return name.empty() ? guid : guid + " " + excerpt(name);
 }
 
-std::string bytesOf(std::string const &base64)
-{
-    return okttext::parseBase64(base64).value_or("");
-}
+std::string bytesOf(std::string const &base64) { return okttext::parseBase64(base64).value_or(""); }
 
 std::string imageText(std::string const &base64)
 {
