@@ -51,7 +51,7 @@ shutil.rmtree(folder, ignore_errors=True)
 folder.mkdir(parents=True)
 run("build", data, "-o", folder / "templates")
 templates = sorted((folder / "templates").glob("*.okt"))
-check_equal(len(templates), 46, "templates")
+check_equal(len(templates), 48, "templates")
 run("report", *templates, "-o", folder / "all.html")
 run("report", folder / "templates" / "link-no4.okt", "-o", folder / "one.html", "--unit", "in")
 
@@ -98,11 +98,11 @@ colour = "return getComputedStyle(document.body).backgroundColor"
 with Browser(chromedriver, 1280, 900) as browser:
     # All templates: pictures, overview, side
     browser.open(folder / "all.html")
-    loaded = "return document.images.length === 92 && Array.from(document.querySelectorAll('article img')).every(i => i.naturalWidth === 800)"
+    loaded = "return document.images.length === 96 && Array.from(document.querySelectorAll('article img')).every(i => i.naturalWidth === 800)"
     check(browser.wait(loaded), "not every picture is shown")
-    check_equal(browser.run(visible, "nav.side li"), 47, "entries at the side")
-    check_equal(browser.run(visible, ".card"), 46, "cards")
-    check_equal(browser.run(visible, "article"), 46, "templates in the page")
+    check_equal(browser.run(visible, "nav.side li"), 49, "entries at the side")
+    check_equal(browser.run(visible, ".card"), 48, "cards")
+    check_equal(browser.run(visible, "article"), 48, "templates in the page")
     browser.screenshot(folder / "all-light.png")
 
     # The side follows the reader.
@@ -122,22 +122,22 @@ with Browser(chromedriver, 1280, 900) as browser:
     check_equal(browser.run(visible, "nav.side li[data-of]"), 1, "entries at the side while searching")
     check_equal(browser.run(visible, "tr.find"), 1, "rows with a cutting length")
     check_equal(browser.run(visible, ".drawing"), 0, "graphs beside found rows")
-    check_equal(browser.run("return document.getElementById('found').textContent"), "1 of 46, 1 row", "the count")
+    check_equal(browser.run("return document.getElementById('found').textContent"), "1 of 48, 1 row", "the count")
     browser.screenshot(folder / "search.png")
     browser.run("document.getElementById('search').value = ''")
     browser.type("#search", "1467.64")
-    check(browser.wait("return document.getElementById('found').textContent === '1 of 46, 1 row'"), "a value is not found")
+    check(browser.wait("return document.getElementById('found').textContent === '1 of 48, 1 row'"), "a value is not found")
     browser.run("document.querySelector('input[value=in]').click()")
-    check_equal(browser.run("return document.getElementById('found').textContent"), "0 of 46", "millimetres while inches are shown")
+    check_equal(browser.run("return document.getElementById('found').textContent"), "0 of 48", "millimetres while inches are shown")
     check_equal(browser.run(visible, "#nothing"), 1, "the line that nothing matches")
     browser.type("#search", "\ue00c")  # Escape
-    check_equal(browser.run(visible, "article"), 46, "templates behind Escape")
+    check_equal(browser.run(visible, "article"), 48, "templates behind Escape")
     browser.run("document.activeElement.blur()")
     browser.type("body", "/")
     check_equal(browser.run("return document.activeElement.id"), "search", "what / leads to")
     browser.run("document.getElementById('search').value = ''")
     browser.type("#search", "OKTDbPicture")
-    check(browser.wait("return document.getElementById('found').textContent === '46 of 46, 46 rows'"), "a class is not found")
+    check(browser.wait("return document.getElementById('found').textContent === '48 of 48, 48 rows'"), "a class is not found")
 
     # Nothing was asked for but the page, and nothing went wrong in it.
     check_equal(browser.console(), [], "the console")
@@ -232,7 +232,7 @@ with Browser(chromedriver, 1280, 900) as browser:
     browser.devtools("Emulation.setScriptExecutionDisabled", value=False)
     check_equal(browser.run("return [document.querySelector('.controls'), document.querySelector('.thumb')]"
                             ".map(e => getComputedStyle(e).display)"), ["none", "none"], "what needs scripts, without them")
-    check_equal(browser.run(visible, "article"), 46, "templates without scripts")
+    check_equal(browser.run(visible, "article"), 48, "templates without scripts")
 
     # Texts that try to leave the page
     browser.open(folder / "hostile.html")
