@@ -30,5 +30,6 @@ void addImport(CommandLine &line);
 void addRecover(CommandLine &line);
 void addInfo(CommandLine &line);
 void addLs(CommandLine &line);
+void addVerify(CommandLine &line);
 
 } // namespace okt

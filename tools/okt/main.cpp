@@ -49,7 +49,7 @@ int run(int argc, char **argv)
 
     okt::CommandLine line{app, {}};
     for (auto const add : {okt::addBuild, okt::addShow, okt::addPicture, okt::addExport, okt::addImport,
-                           okt::addRecover, okt::addInfo, okt::addLs})
+                           okt::addRecover, okt::addInfo, okt::addLs, okt::addVerify})
         add(line);
 
     try
