@@ -40,5 +40,6 @@ void addCompletion(CommandLine &line);
 void addPages(CommandLine &line);
 void addInfo(CommandLine &line);
 void addLs(CommandLine &line);
+void addVerify(CommandLine &line);
 
 } // namespace okt

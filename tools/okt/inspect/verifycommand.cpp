@@ -1,0 +1,89 @@
+#include "../commands.h"
+
+#include "verifier.h"
+
+#include "../console.h"
+#include "../failure.h"
+#include "../text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+
+namespace okt
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+struct Options
+{
+    std::vector<std::string> files;
+    bool asJson = false;
+};
+
+char const *severityName(Finding const &finding) { return finding.severity == Finding::Severity::Error ? "error" : "warning"; }
+
+std::string findingLine(std::string const &file, Finding const &finding, bool asJson)
+{
+    if (!asJson)
+        return Failure(file, byteAt(finding.offset), std::string(severityName(finding)) + ": " + finding.text).what();
+    Json json;
+    json["file"] = file;
+    json["offset"] = finding.offset;
+    json["severity"] = severityName(finding);
+    json["finding"] = finding.text;
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string counted(std::int64_t number, char const *noun)
+{
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+bool isSound(std::string const &file, bool asJson)
+{
+    FileScan scan(file);
+    Verdict const verdict =
+        verify(scan, [&](Finding const &finding) { print(findingLine(scan.name(), finding, asJson) + "\n"); });
+    if (!asJson)
+        print(printable(scan.name()) + ": " + counted(verdict.objects, "object") + ", " + counted(verdict.errors, "error") +
+              ", " + counted(verdict.warnings, "warning") + "\n");
+    return verdict.errors == 0;
+}
+
+int verifyAll(Options const &options)
+{
+    bool ok = true;
+    for (std::string const &file : options.files)
+    {
+        try
+        {
+            ok = isSound(file, options.asJson) && ok;
+        }
+        catch (Failure const &failure)
+        {
+            printError(failure.what());
+            ok = false;
+        }
+    }
+    return ok ? kDone : kFailed;
+}
+
+} // namespace
+
+void addVerify(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "verify", "Checks pool files: structure, ids and what names them, lists, places, values. One line for each finding.\n"
+                  "  okt verify templates/*.okt\n"
+                  "Exit code: 0 no error, warnings or not; 1 an error, or a file that cannot be read; 2 wrong usage.");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
+    command->add_flag("--json", options->asJson, "one JSON object a line, one for each finding");
+    command->callback([&line, options] { line.run = [options] { return verifyAll(*options); }; });
+}
+
+} // namespace okt
