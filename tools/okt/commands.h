@@ -41,5 +41,8 @@ void addPages(CommandLine &line);
 void addInfo(CommandLine &line);
 void addLs(CommandLine &line);
 void addVerify(CommandLine &line);
+void addDump(CommandLine &line);
+void addFind(CommandLine &line);
+void addTree(CommandLine &line);
 
 } // namespace okt

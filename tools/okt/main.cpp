@@ -49,9 +49,9 @@ int run(int argc, char **argv, int &trouble)
         ->allow_extra_args(false);
 
     okt::CommandLine line{app, {}};
-    for (auto const add :
-         {okt::addInfo, okt::addLs, okt::addShow, okt::addReport, okt::addPicture, okt::addBuild, okt::addExport, okt::addImport,
-          okt::addDiff, okt::addVerify, okt::addRecover, okt::addCompletion, okt::addPages})
+    for (auto const add : {okt::addInfo, okt::addLs, okt::addShow, okt::addTree, okt::addFind, okt::addDump, okt::addReport,
+                           okt::addPicture, okt::addBuild, okt::addExport, okt::addImport, okt::addDiff, okt::addVerify,
+                           okt::addRecover, okt::addCompletion, okt::addPages})
         add(line);
     okt::finishHelp(app);
 

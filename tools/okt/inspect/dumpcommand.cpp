@@ -1,0 +1,94 @@
+#include "../commands.h"
+
+#include "dumper.h"
+
+#include "../console.h"
+#include "../failure.h"
+
+#include <oktdatabase/okttools.h>
+
+#include <cstring>
+#include <memory>
+
+namespace okt
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string file;
+    std::int64_t offset = -1;
+    std::string id;
+};
+
+_GUID idOf(std::string const &text)
+{
+    return OKTTools::getGUIDFromString(CString::FromUtf8(text.starts_with('{') ? text : "{" + text + "}"));
+}
+
+/// For the parser: what is wrong with an id; empty: nothing.
+std::string idFault(std::string const &text)
+{
+    bool const isNull = text.find_first_not_of("{}-0") == std::string::npos;
+    static constexpr _GUID kNoId = {};
+    _GUID const id = idOf(text);
+    return !isNull && std::memcmp(&id, &kNoId, sizeof id) == 0 ? text + " is no id" : "";
+}
+
+// What is printed at once.
+constexpr std::size_t kPiece = 1 << 16;
+
+int dumpFile(Options const &options)
+{
+    DumpRange range;
+    if (options.offset >= 0)
+        range.offset = options.offset;
+    if (!options.id.empty())
+    {
+        range.id = idOf(options.id);
+    }
+    FileScan scan(options.file);
+    std::string text;
+    auto const flush = [&text] {
+        if (!text.empty())
+            print(text);
+        text.clear();
+    };
+    bool const isWhole = dump(
+        scan, range,
+        [&](std::string_view piece) {
+            text += piece;
+            if (text.size() > kPiece)
+                flush();
+        },
+        [&](std::string const &fault) {
+            flush();
+            printError(fault);
+        });
+    flush();
+    return isWhole ? kDone : kFailed;
+}
+
+} // namespace
+
+void addDump(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "dump", "Prints the records of a pool file with their offsets and bytes, also those of a damaged one.\n"
+                "  okt dump templates/link-d12.okt --at 581\n"
+                "Exit code: 0 done, 1 the file cannot be read or has a fault, or there is no such object, 2 wrong usage.");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
+    CLI::Option *const at =
+        command
+            ->add_option("--at", options->offset,
+                         "only the record at this byte: a frame, or what stands from there to the end of its section")
+            ->type_name("OFFSET")
+            ->check(CLI::NonNegativeNumber);
+    command->add_option("--object", options->id, "only the object of this id")->type_name("ID")->check(idFault)->excludes(at);
+    command->callback([&line, options] { line.run = [options] { return dumpFile(*options); }; });
+}
+
+} // namespace okt

@@ -1,0 +1,308 @@
+#include "../commands.h"
+
+#include "../console.h"
+#include "../exportfiles.h"
+#include "../failure.h"
+#include "../imageformat.h"
+#include "../poolprinter.h"
+#include "../poolreader.h"
+#include "../text.h"
+
+#include <oktdatabase/oktdatabase.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <set>
+#include <string_view>
+#include <vector>
+
+namespace okt
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string file;
+    std::string unit = "mm";
+    bool inAscii = false;
+};
+
+/// The branches in front of a line.
+struct Style
+{
+    char const *middle;
+    char const *last;
+    char const *passed;
+    char const *nothing;
+};
+
+constexpr Style kBoxes = {"\u251C\u2500 ", "\u2514\u2500 ", "\u2502  ", "   "};
+constexpr Style kAscii = {"|- ", "`- ", "|  ", "   "};
+
+struct Node
+{
+    std::string text;
+    std::vector<Node> children;
+};
+
+// Parameters that use each other are not followed deeper.
+constexpr std::size_t kDeepest = 32;
+constexpr int kLengthDigits = 12;
+
+void append(std::string &text, Style const &style, std::string const &indent, std::vector<Node> const &nodes)
+{
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+    {
+        bool const isLast = i + 1 == nodes.size();
+        text += indent + (isLast ? style.last : style.middle) + nodes[i].text + "\n";
+        append(text, style, indent + (isLast ? style.nothing : style.passed), nodes[i].children);
+    }
+}
+
+std::string idOf(OKTDbObjectId const &id) { return printable(id.getGuidAsString(false)); }
+
+class TreeMaker
+{
+public:
+    TreeMaker(OKTDbPool &pool, DisplayUnit const &unit) : m_pool(pool), m_unit(unit) { pool.getAllObjects(m_all); }
+
+    std::vector<Node> nodes()
+    {
+        std::vector<Node> made;
+        for (auto const *const each : all<OKTDbGroupCategory>())
+            made.push_back(group(*each));
+        addStray<OKTDbCategory>(made, "Categories in no group", [this](OKTDbCategory const &each) { return category(each); });
+        addStray<OKTDbParameter>(made, "Parameters in no category",
+                                 [this](OKTDbParameter const &each) { return parameter(each, {}); });
+        addAll<OKTDbRelation>(made, "Relations", [this](OKTDbRelation const &each) { return relation(each); });
+        addAll<OKTDbPicture>(made, "Pictures", [this](OKTDbPicture &each) { return picture(each); });
+        addOthers(made);
+        return made;
+    }
+
+private:
+    template <typename T> std::vector<T *> all() const
+    {
+        std::vector<T *> found;
+        for (OKTDbObjectId const &id : m_all)
+            if (T *const fitting = T::cast(object(id)))
+                found.push_back(fitting);
+        return found;
+    }
+
+    OKTDbObject *object(OKTDbObjectId const &id) const
+    {
+        OKTDbObject *found = nullptr;
+        m_pool.findObject(id, found);
+        return found;
+    }
+
+    /// In place of what a list names, which is not there, or of another class than is meant.
+    Node missing(OKTDbObjectId const &id) const
+    {
+        OKTDbObject const *const found = object(id);
+        return {found == nullptr ? idOf(id) + " (not in this file)"
+                                 : printable(found->isA()->ClassName()) + " " + idOf(id) + " (does not belong here)",
+                {}};
+    }
+
+    template <typename T, typename Make> void addAll(std::vector<Node> &made, char const *title, Make make)
+    {
+        Node node{title, {}};
+        for (T *const each : all<T>())
+        {
+            m_shown.insert(each->objectId());
+            node.children.push_back(make(*each));
+        }
+        if (!node.children.empty())
+            made.push_back(std::move(node));
+    }
+
+    template <typename T, typename Make> void addStray(std::vector<Node> &made, char const *title, Make make)
+    {
+        Node node{title, {}};
+        for (T *const each : all<T>())
+            if (m_shown.count(each->objectId()) == 0)
+                node.children.push_back(make(*each));
+        if (!node.children.empty())
+            made.push_back(std::move(node));
+    }
+
+    void addOthers(std::vector<Node> &made)
+    {
+        Node node{"Other objects", {}};
+        for (OKTDbObjectId const &id : m_all)
+            if (OKTDbObject const *const each = object(id); each != nullptr && m_shown.count(id) == 0)
+                node.children.push_back({printable(each->isA()->ClassName()) + " " + idOf(id), {}});
+        if (!node.children.empty())
+            made.push_back(std::move(node));
+    }
+
+    Node group(OKTDbGroupCategory const &self)
+    {
+        m_shown.insert(self.objectId());
+        Node node{"Group category " + idOf(self.objectId()), {}};
+        IdArray ids;
+        self.getAllCategories(ids);
+        for (OKTDbObjectId const &id : ids)
+        {
+            auto const *const found = OKTDbCategory::cast(object(id));
+            node.children.push_back(found == nullptr ? missing(id) : category(*found));
+        }
+        return node;
+    }
+
+    Node category(OKTDbCategory const &self)
+    {
+        Node node{"Category " + quoted(self.CategoryName()), {}};
+        // A list may name a category any number of times.
+        if (!m_shown.insert(self.objectId()).second)
+        {
+            node.text += ", shown above";
+            return node;
+        }
+        IdArray ids;
+        self.getAllParameters(ids);
+        for (OKTDbObjectId const &id : ids)
+        {
+            auto const *const found = OKTDbParameter::cast(object(id));
+            node.children.push_back(found == nullptr ? missing(id) : parameter(*found, {}));
+        }
+        return node;
+    }
+
+    Node parameter(OKTDbParameter const &self, std::vector<OKTDbParameter const *> above)
+    {
+        m_shown.insert(self.objectId());
+        Node node{title(self), {}};
+        if (std::find(above.begin(), above.end(), &self) != above.end() || above.size() >= kDeepest)
+        {
+            node.text += ", shown above";
+            return node;
+        }
+        bool const isShown = !above.empty() && !m_followed.insert(&self).second && self.TabParams().getSize() > 0;
+        if (isShown)
+        {
+            node.text += ", with what it uses shown elsewhere";
+            return node;
+        }
+        m_followed.insert(&self);
+        above.push_back(&self);
+        IdArray const ids = self.TabParams();
+        for (OKTDbObjectId const &id : ids)
+        {
+            auto const *const found = OKTDbParameter::cast(object(id));
+            node.children.push_back(found == nullptr ? missing(id) : parameter(*found, above));
+        }
+        return node;
+    }
+
+    std::string title(OKTDbParameter const &self) const
+    {
+        std::string const name = self.UserName().IsEmpty() ? idOf(self.objectId()) : printable(self.UserName());
+        std::string const value = valueText(self);
+        return name + (value.empty() ? "" : " = " + value) +
+               (self.Expression().IsEmpty() ? "" : "  [" + printable(self.Expression()) + "]");
+    }
+
+    std::string valueText(OKTDbParameter const &self) const
+    {
+        tagVARIANT const value = self.Value();
+        switch (value.vt)
+        {
+        case VT_I2: return std::to_string(value.iVal);
+        case VT_I4: return std::to_string(value.lVal);
+        case VT_R4: // a file holds a double in this kind too, and reading keeps it as one
+        case VT_R8:
+            return self.isInDrawingUnits() ? rounded(value.dblVal, kLengthDigits) + " " + m_unit.name : number(value.dblVal);
+        case VT_BSTR: return quoted(CString(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal))));
+        case VT_BOOL: return value.lVal == 0 ? "false" : "true";
+        default: return "";
+        }
+    }
+
+    Node relation(OKTDbRelation const &self) const
+    {
+        Node node{printable(self.isA()->ClassName()) + " " + idOf(self.objectId()), {}};
+        auto const *const members = OKTDbParamRelation::cast(&self);
+        if (members == nullptr)
+            return node;
+        IdArray ids;
+        members->getAllParameters(ids);
+        for (OKTDbObjectId const &id : ids)
+        {
+            auto const *const found = OKTDbParameter::cast(object(id));
+            node.children.push_back(found == nullptr ? missing(id) : Node{title(*found), {}});
+        }
+        return node;
+    }
+
+    static Node picture(OKTDbPicture &self)
+    {
+        CByteArray data;
+        self.getPictureData(data);
+        return {idOf(self.objectId()) + ", " + std::to_string(data.GetSize()) + " bytes" +
+                    (data.IsEmpty() ? "" : ", " + formatOf(data).text()),
+                {}};
+    }
+
+    OKTDbPool &m_pool;
+    DisplayUnit const &m_unit;
+    IdArray m_all;
+    std::set<OKTDbObjectId> m_shown;
+    std::set<OKTDbParameter const *> m_followed;
+};
+
+/// The locale writes in UTF-8, as the variables that decide say.
+bool isUtf8Locale()
+{
+#if defined(_WIN32)
+    return true;
+#else
+    for (char const *const name : {"LC_ALL", "LC_CTYPE", "LANG"})
+    {
+        char const *const value = std::getenv(name);
+        if (value == nullptr || *value == '\0')
+            continue;
+        std::string_view const text = value;
+        return text.find("UTF-8") != std::string_view::npos || text.find("utf8") != std::string_view::npos ||
+               text.find("UTF8") != std::string_view::npos || text.find("utf-8") != std::string_view::npos;
+    }
+    return false;
+#endif
+}
+
+int tree(Options const &options)
+{
+    DisplayUnit const *const unit = findUnit(options.unit);
+    if (unit == nullptr)
+        throw Failure("--unit", "", "there is no unit " + options.unit);
+    PoolFile const file = readPool(utf8Path(options.file), unit->factor);
+    std::string text = quoted(file.pool->poolName()) + " " + idOf(file.pool->objectId()) + "\n";
+    append(text, options.inAscii || !isUtf8Locale() ? kAscii : kBoxes, "", TreeMaker(*file.pool, *unit).nodes());
+    print(text);
+    if (!file.fault.empty())
+        printError(file.fault);
+    return file.fault.empty() ? kDone : kFailed;
+}
+
+} // namespace
+
+void addTree(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "tree", "Prints a pool file as a tree: groups, their categories, parameters and what these use; relations, pictures.\n"
+                "  okt tree templates/link-d12.okt\n"
+                "Exit code: 0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->file, "a pool file")->required();
+    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+    command->add_flag("--ascii", options->inAscii, "branches in plain characters, as where the locale is not UTF-8");
+    command->callback([&line, options] { line.run = [options] { return tree(*options); }; });
+}
+
+} // namespace okt
