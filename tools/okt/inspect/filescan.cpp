@@ -3,6 +3,8 @@
 #include "../exportfiles.h"
 #include "../failure.h"
 #include "../files.h"
+#include "../progress.h"
+#include "../text.h"
 
 namespace okt
 {
@@ -22,8 +24,11 @@ bool FileScan::run(std::function<void(Stretch const &)> const &onObject,
         onFault(Failure(m_name, byteAt(m_header.faultAt), m_header.fault).what());
     bool isHeader = !isWhole;
     ObjectScan scan(*m_source, m_header.end);
+    Progress progress(printable(m_name), static_cast<std::uintmax_t>(m_source->size()));
+    std::uintmax_t objects = 0;
     while (std::optional<Stretch> const stretch = scan.next())
     {
+        progress.at(static_cast<std::uintmax_t>(stretch->end), ++objects);
         if (stretch->kind == Stretch::Kind::Object)
             onObject(*stretch);
         // What follows a damaged header up to the first object is its rest.

@@ -266,8 +266,8 @@ void addFind(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
         "find", "Searches pool files, and folders with all below them, for names, texts, values, ids and classes.\n"
-                "  okt find 'hook*' templates --name\n"
-                "Exit code: 0 found, 1 nothing found, 2 wrong usage, or nothing found and a file that cannot be read.");
+                "  okt find 'hook*' templates --name");
+    command->footer("0 found, 1 nothing found, 2 wrong usage, or nothing found and a file that cannot be read.");
     auto const options = std::make_shared<Options>();
     command
         ->add_option("PATTERN", options->pattern,

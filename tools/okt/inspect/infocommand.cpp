@@ -315,8 +315,8 @@ void addInfo(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
         "info", "Tells what is in pool files: the header, and how many objects of which classes and how large.\n"
-                "  okt info templates/link-d12.okt\n"
-                "Exit code: 0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
+                "  okt info templates/link-d12.okt");
+    command->footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->files, "pool files; - for standard input")->required();
     command->add_flag("--header", options->headerOnly, "only the header: nothing behind it is read");

@@ -146,11 +146,10 @@ int list(Options const &options)
 
 void addLs(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("ls", "Lists the objects of pool files: offset, size, class, id, name.\n"
-                                      "  okt ls templates/link-d12.okt --class OKTDbCategory\n"
-                                      "  okt ls templates/link-d12.okt --name '*hook*' --json\n"
-                                      "Exit code: 0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
+    CLI::App *const command = line.app.add_subcommand("ls", "Lists the objects of pool files: offset, size, class, id, name.\n"
+                                                            "  okt ls templates/link-d12.okt --class OKTDbCategory\n"
+                                                            "  okt ls templates/link-d12.okt --name '*hook*' --json");
+    command->footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->files, "pool files; - for standard input")->required();
     command->add_option("--class", options->className, "only objects of this class or derived from it; * and ? as in a shell")

@@ -100,8 +100,8 @@ void addRecover(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
         "recover", "Makes a pool file of all objects of a damaged one that are still whole, and tells what was lost.\n"
-                   "  okt recover damaged.okt -o good.okt\n"
-                   "Exit code: 0 a file was written, whatever was lost; 1 nothing could be rescued or written; 2 wrong usage.");
+                   "  okt recover damaged.okt -o good.okt");
+    command->footer("0 a file was written, whatever was lost; 1 nothing could be rescued or written; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("DAMAGED", options->file, "a pool file; - for standard input")->required();
     command->add_option("-o,--output", options->output, "the new pool file; - for standard output")->required();

@@ -2,6 +2,7 @@
 
 #include "libraryread.h"
 
+#include "../progress.h"
 #include "../text.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -134,8 +135,10 @@ Recovery::Recovery(ByteSource &source) : m_source(source), m_header(findHeader(s
         m_losses.push_back({m_header.begin, m_header.end, m_header.faultAt, m_header.fault, "", false});
     ObjectScan scan(source, m_header.end);
     bool isFirst = true;
+    Progress progress("looking for objects", static_cast<std::uintmax_t>(source.size()));
     while (std::optional<Stretch> const stretch = scan.next())
     {
+        progress.at(static_cast<std::uintmax_t>(stretch->end), m_objects.size());
         // What is left of a damaged header.
         if (isFirst && !m_header.isWhole && stretch->kind != Stretch::Kind::Object)
             m_losses.back().end = stretch->end;

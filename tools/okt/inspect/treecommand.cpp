@@ -295,8 +295,8 @@ void addTree(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
         "tree", "Prints a pool file as a tree: groups, their categories, parameters and what these use; relations, pictures.\n"
-                "  okt tree templates/link-d12.okt\n"
-                "Exit code: 0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
+                "  okt tree templates/link-d12.okt");
+    command->footer("0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "a pool file")->required();
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")

@@ -4,6 +4,7 @@
 
 #include "../picturetext.h"
 #include "../poolprinter.h"
+#include "../progress.h"
 #include "../text.h"
 
 #include <oktdatabase/oktdbparameter.h>
@@ -112,7 +113,8 @@ class Verifier
 {
 public:
     Verifier(FileScan &scan, std::function<void(Finding const &)> const &onFinding)
-        : m_source(scan.source()), m_header(scan.header()), m_onFinding(onFinding)
+        : m_source(scan.source()), m_header(scan.header()), m_onFinding(onFinding),
+          m_progress(printable(scan.name()), 2 * static_cast<std::uintmax_t>(scan.source().size()))
     {
     }
 
@@ -122,7 +124,11 @@ public:
         sortIds();
         header();
         for (std::size_t i = 0; i < m_entries.size(); ++i)
+        {
+            // The second time through the file.
+            m_progress.at(static_cast<std::uintmax_t>(m_source.size() + m_entries[i].begin), i);
             object(static_cast<std::int32_t>(i));
+        }
         links();
         unknownClasses();
         return m_verdict;
@@ -156,6 +162,7 @@ private:
         bool isHeader = !m_header.isWhole;
         while (std::optional<Stretch> const stretch = scan.next())
         {
+            m_progress.at(static_cast<std::uintmax_t>(stretch->end), m_entries.size());
             if (stretch->kind == Stretch::Kind::Object)
                 take(*stretch);
             else if (stretch->kind == Stretch::Kind::Gap && !isHeader)
@@ -487,6 +494,7 @@ private:
     ByteSource &m_source;
     HeaderPlace const &m_header;
     std::function<void(Finding const &)> const &m_onFinding;
+    Progress m_progress;
     Verdict m_verdict;
     _GUID m_pool = {};
     std::vector<Entry> m_entries; ///< in the order of the file

@@ -78,8 +78,8 @@ void addVerify(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
         "verify", "Checks pool files: structure, ids and what names them, lists, places, values. One line for each finding.\n"
-                  "  okt verify templates/*.okt\n"
-                  "Exit code: 0 no error, warnings or not; 1 an error, or a file that cannot be read; 2 wrong usage.");
+                  "  okt verify templates/*.okt");
+    command->footer("0 no error, warnings or not; 1 an error, or a file that cannot be read; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->files, "pool files; - for standard input")->required();
     command->add_flag("--json", options->asJson, "one JSON object a line, one for each finding");
