@@ -62,7 +62,7 @@ public:
         std::int64_t begin;
     };
 
-    RecordWalk(ByteSource &source, std::int64_t begin) : m_source(source), m_begin(begin), m_position(begin) {}
+    RecordWalk(ByteSource &source, std::int64_t begin) : m_source(source), m_position(begin) {}
 
     /// The next record. False: the frame has ended, or cannot be followed further.
     bool next();
@@ -92,7 +92,6 @@ private:
     void checkName();
 
     ByteSource &m_source;
-    std::int64_t m_begin;
     std::int64_t m_position;
     RecordPlace m_record;
     char const *m_oddity = nullptr;

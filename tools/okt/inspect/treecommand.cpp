@@ -78,7 +78,7 @@ public:
         addStray<OKTDbParameter>(made, "Parameters in no category",
                                  [this](OKTDbParameter const &each) { return parameter(each, {}); });
         addAll<OKTDbRelation>(made, "Relations", [this](OKTDbRelation const &each) { return relation(each); });
-        addAll<OKTDbPicture>(made, "Pictures", [this](OKTDbPicture &each) { return picture(each); });
+        addAll<OKTDbPicture>(made, "Pictures", [](OKTDbPicture &each) { return picture(each); });
         addOthers(made);
         return made;
     }
