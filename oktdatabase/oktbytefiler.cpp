@@ -644,6 +644,7 @@ bool OKTByteFiler::isSameClassAt(int first, int second) const
         return false;
     BYTE const *const data = bytes().GetData();
     int const size = kHead + fetch<2, std::uint16_t>(data + first + 2);
-    return size <= length - first && size <= length - second &&
+    // Behind a text there must be one more byte (quirk 27).
+    return size < length - first && size < length - second &&
            std::memcmp(data + first, data + second, static_cast<std::size_t>(size)) == 0;
 }

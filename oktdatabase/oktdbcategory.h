@@ -15,7 +15,8 @@ class OKT_API OKTDbCategory : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
-    std::int64_t frameSize() const override;
+    /// How many bytes the frame takes in a pool file, by which room is made for it ahead.
+    std::int64_t frameSize() const;
 
     int parameterCount() const;
     /// A default id outside the list.

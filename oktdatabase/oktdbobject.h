@@ -81,9 +81,6 @@ class OKT_API OKTDbObject
     virtual FilerStatusDb xmlIn(OKTFiler *filer);
     virtual FilerStatusDb xmlOut(OKTFiler *filer) const;
 
-    /// About how many bytes the frame takes in a pool file, by which room is made for it ahead. 0: not known.
-    virtual std::int64_t frameSize() const { return 0; }
-
     OKTDbObjectId objectId() const { return m_objectId; }
     /// As a rule called by the pool only.
     void setObjectId(OKTDbObjectId const &id) { m_objectId = id; }

@@ -29,7 +29,8 @@ class OKT_API OKTDbParameter : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
-    std::int64_t frameSize() const override;
+    /// How many bytes the frame takes in a pool file, by which room is made for it ahead.
+    std::int64_t frameSize() const;
 
     /// A deep copy; the list index stays.
     virtual void setValue(tagVARIANT const &value);

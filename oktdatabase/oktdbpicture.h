@@ -17,7 +17,8 @@ class OKT_API OKTDbPicture : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
-    std::int64_t frameSize() const override;
+    /// How many bytes the frame takes in a pool file, by which room is made for it ahead.
+    std::int64_t frameSize() const;
 
     /// Camera position, target point, up vector.
     void getCameraData(OKTGeXYZ &camera, OKTGeXYZ &target, OKTGeXYZ &up) const;

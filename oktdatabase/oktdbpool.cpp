@@ -402,15 +402,25 @@ try
 }
 OKT_ANSWER_ZERO
 
-// Either map gets what is translated, or all ids are replaced as they are written.
+// 0: a class that does not tell.
+static std::int64_t frameSizeOf(OKTDbObject const &object)
+{
+    std::type_info const &type = typeid(object);
+    if (type == typeid(OKTDbParameter) || type == typeid(OKTDbGroupParameter))
+        return static_cast<OKTDbParameter const &>(object).frameSize();
+    if (type == typeid(OKTDbCategory))
+        return static_cast<OKTDbCategory const &>(object).frameSize();
+    return type == typeid(OKTDbPicture) ? static_cast<OKTDbPicture const &>(object).frameSize() : 0;
+}
+
 // About how many bytes the frames of all objects take, rather more than less, so that an image grows in one block. Of a large
 // pool a part is asked, spread over the pool, and each of the pictures, which are few and large.
 std::int64_t OKTDbPool::expectedSize() const
 {
     constexpr int kAsked = 1024;
-    constexpr std::int64_t kUnknown = 512; // an object of a client module
+    constexpr std::int64_t kUnknown = 512; // an object of another class
     int const step = m_mapObjects.getSize() / kAsked + 1;
-    std::int64_t asked = 0;
+    int asked = 0;
     std::int64_t others = 0;
     std::int64_t pictures = 0;
     int skipped = 0;
@@ -420,18 +430,18 @@ std::int64_t OKTDbPool::expectedSize() const
             continue;
         skipped = 0;
         ++asked;
-        std::int64_t const size = object->frameSize();
+        std::int64_t const size = frameSizeOf(*object);
         if (typeid(*object) != typeid(OKTDbPicture))
             others += size == 0 ? kUnknown : size;
     }
     for (OKTDbObjectId const &id : m_tabPictures.ids())
         if (OKTDbObject *const *const entry = m_mapObjects.find(id); entry != nullptr && *entry != nullptr)
-            pictures += (*entry)->frameSize();
-    double const all =
-        static_cast<double>(others) / static_cast<double>(std::max<std::int64_t>(asked, 1)) * m_mapObjects.getSize();
-    return static_cast<std::int64_t>(all * (step == 1 ? 1.0 : 1.05)) + pictures + 64;
+            pictures += frameSizeOf(**entry);
+    double const share = step == 1 ? 1.0 : 1.05 * m_mapObjects.getSize() / std::max(asked, 1);
+    return static_cast<std::int64_t>(static_cast<double>(others) * share) + pictures + 64;
 }
 
+// Either map gets what is translated, or all ids are replaced as they are written.
 bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const
 {
     image.RemoveAll();
@@ -453,6 +463,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
     if (xmlOut(&filer, info) != eFilerOk)
         return false;
     long const objectsStart = filer.GetFilerLength();
+    long start = objectsStart;
     filer.expectLength(objectsStart + expectedSize());
     // By position: an object may take itself out of the pool while it is written.
     for (unsigned int i = 0; i < static_cast<unsigned int>(m_mapObjects.getSize()); ++i)
@@ -461,14 +472,14 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
         OKTDbObject const *const object = m_mapObjects.valueAt(i);
         if (object == nullptr)
             continue;
-        long const start = filer.GetFilerLength();
         if (object->xmlOut(&filer) != eFilerOk)
             return false;
+        long const end = filer.GetFilerLength();
         while (next != special.end() && *next < id)
             ++next;
         if (next != special.end() && *next == id)
-            info[id] = {static_cast<std::int32_t>(start - objectsStart),
-                        static_cast<std::int32_t>(filer.GetFilerLength() - start)};
+            info[id] = {static_cast<std::int32_t>(start - objectsStart), static_cast<std::int32_t>(end - start)};
+        start = end;
     }
     if (translated != nullptr)
         filer.saveMapTranslatedIds(*translated);
@@ -498,7 +509,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
         std::copy_n(bytes.GetData() + objectsStart, objectsSize, head.Extend(objectsSize));
         bytes = std::move(head);
     }
-    constexpr int kWaste = 16; // a part that is not worth giving back: the next save takes the block again, as large as it is
+    constexpr int kWaste = 8; // a part that is not worth giving back: the next save takes the block again, as large as it is
     if (bytes.GetCapacity() - bytes.GetSize() > bytes.GetSize() / kWaste)
         bytes.FreeExtra();
     image = std::move(bytes);

@@ -63,9 +63,9 @@ BYTE const *OKTMemoryFiler::unreadBytes(BYTE const *&end) const { return m_bytes
 
 void OKTMemoryFiler::moveBehindFrame(int size) { m_bytes.setPosition(m_bytes.getPosition() + size); }
 
-OKTDbObjectId const &OKTMemoryFiler::idToWrite(OKTDbObjectId const &id) const
+OKTDbObjectId const &OKTMemoryFiler::replaced(OKTDbObjectId const &id) const
 {
-    return m_replacements == nullptr ? id : m_replacements->forWriting(id);
+    return m_replacements->forWriting(id);
 }
 
 // --- Writing ---
@@ -306,7 +306,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::readBool(CString const &name, int &value)
 try
 {
-    long number = 0;
+    long number = value;
     bool const done = readLong(name, number);
     value = static_cast<int>(number);
     return done;
@@ -316,7 +316,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::readInt(CString const &name, unsigned int &value)
 try
 {
-    long number = 0;
+    long number = static_cast<int>(value);
     bool const done = readLong(name, number);
     value = static_cast<unsigned int>(number);
     return done;
@@ -326,7 +326,7 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::readInt(CString const &name, int &value)
 try
 {
-    long number = 0;
+    long number = value;
     bool const done = readLong(name, number);
     value = static_cast<int>(number);
     return done;

@@ -108,7 +108,8 @@ private:
     /// The filer as one whose frames may go in and out as a whole, or null.
     static OKTMemoryFiler *forWholeFrames(OKTFiler &filer);
     BYTE *extendForFrame(std::int64_t size);
-    OKTDbObjectId const &idToWrite(OKTDbObjectId const &id) const;
+    OKTDbObjectId const &idToWrite(OKTDbObjectId const &id) const { return m_replacements == nullptr ? id : replaced(id); }
+    OKTDbObjectId const &replaced(OKTDbObjectId const &id) const;
     BYTE const *unreadBytes(BYTE const *&end) const;
     void moveBehindFrame(int size);
 

@@ -17,10 +17,11 @@ OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDb
         if (className.IsEmpty() || prototype == nullptr || g_RuntimeClass.contains(className))
             return;
         // The entry outlives the module of the descriptor, so it must not wrap a literal there.
-        m_baseClassName = baseClassName.Owned();
         CString const name = className.Owned();
+        CString const baseName = baseClassName.Owned();
         g_RuntimeClass[name] = this;
         m_className = name;
+        m_baseClassName = baseName;
         m_prototype = prototype;
         m_baseClassDesc = baseClassDesc;
         m_classCounter = s_nextClassCounter++;

@@ -1060,6 +1060,23 @@ TEST_F(PoolFileTest, LoadFiler_StartOfAFrameWithoutName_EndsTheLoadWithTrue_Quir
     EXPECT_THAT(ids(pool), ElementsAre(k1));
 }
 
+TEST_F(PoolFileTest, LoadFiler_CutBehindANameThatWasMetBefore_EndsTheLoadWithTrue_Quirk27)
+{
+    CByteArray const whole = poolImage({}, StreamBuilder(relationFrame(k1)).append(relationFrame(k2)));
+    int const second = whole.GetSize() - relationFrame(k2).bytes().GetSize();
+    int const nameEnd = second + 4 + 13; // OKTDbRelation
+    for (int size = second; size <= nameEnd; ++size)
+    {
+        OKTDbPool pool;
+        EXPECT_TRUE(pool.loadFiler(cut(whole, size))) << size;
+        EXPECT_THAT(ids(pool), ElementsAre(k1)) << size;
+    }
+    ExpectedLeak const leak; // the object at fault is lost (quirk 18)
+    OKTDbPool pool;
+    EXPECT_FALSE(pool.loadFiler(cut(whole, nameEnd + 1)));
+    EXPECT_THAT(ids(pool), ElementsAre(k1));
+}
+
 TEST_F(PoolFileTest, ReadFile_NamesBeyondAscii_ReadAndWritten)
 {
     OKTDbPool pool;

@@ -452,6 +452,23 @@ TEST(OKTFiler, ReadInt_EitherForm_GoesThroughTheSignedReadLong)
                 ElementsAre("readUnsignedInt a", "  readLong a", "readInt b", "  readLong b", "readBoolInt c", "  readLong c"));
 }
 
+TEST(OKTFiler, ReadIntAndReadBool_ReadLongFails_TargetsKeepTheirNumbers)
+{
+    RecordingFiler filer;
+    filer.loadFiler(hex("02 01 00 00 00 02 02 00 00 00 02 03 00 00 00 07"));
+    for (int nth = 1; nth <= 3; ++nth)
+        filer.failInsideAt("readLong", nth);
+    unsigned int first = 4294967290u;
+    EXPECT_FALSE(filer.readInt(u"a", first));
+    EXPECT_EQ(first, 4294967290u);
+    int second = -7;
+    EXPECT_FALSE(filer.readInt(u"b", second));
+    EXPECT_EQ(second, -7);
+    int third = 7;
+    EXPECT_FALSE(filer.readBool(u"c", third));
+    EXPECT_EQ(third, 7);
+}
+
 TEST(OKTFiler, WritePoint3d_WordRefusedInside_FalseAndTheOthersWritten)
 {
     RecordingFiler filer;

@@ -365,8 +365,6 @@ TEST(FrameSize, Picture_AnySize_TheBytesWritten)
     }
 }
 
-TEST(FrameSize, OtherClasses_NotKnown) { EXPECT_EQ(OKTDbRelation().frameSize(), 0); }
-
 // The image grows in one block, which is little larger than the image.
 TEST(FrameSize, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
 {

@@ -131,7 +131,7 @@ TEST_F(OktRecover, StandardOutput_TheFileAloneAndTheReportOnTheOtherStream)
 
 TEST_F(OktRecover, Refused)
 {
-    auto const expectFailure = [this](std::string const &file, std::string const &output, std::string const &message) {
+    auto const expectFailure = [](std::string const &file, std::string const &output, std::string const &message) {
         ProcessResult const result = runOkt({"recover", file, "-o", output});
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.out, "");

@@ -106,6 +106,34 @@ CByteArray imageOf(OKTDbPool const &pool)
 }
 } // namespace
 
+// --- Classes -----------------------------------------------------------------------------------------------------------------
+
+TEST(AllocationFaults, ClassDescriptor_EachAllocationFails_EmptyAndNotRegistered)
+{
+    CString const name = ownText(1);
+    CString const base = ownText(2);
+    int const faults = forEachAllocation([&](std::size_t n) {
+        ReportCatcher const reports;
+        std::unique_ptr<OKTDbObject> prototype(OKTDbParameter::desc()->CreateObject());
+        std::optional<OKTRuntimeClass> descriptor;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            descriptor.emplace(name, base, prototype.get(), OKTDbObject::desc());
+            struck = fault.struck();
+        }
+        EXPECT_EQ(descriptor->ClassName(), struck ? CString() : name);
+        EXPECT_EQ(descriptor->BaseClass(), struck ? CString() : base);
+        EXPECT_EQ(descriptor->ClassCounter() < 0, struck);
+        EXPECT_EQ(g_RuntimeClass.contains(name), !struck);
+        if (!struck)
+            prototype.release(); // the descriptor deletes it
+        g_RuntimeClass.erase(name);
+        return struck;
+    });
+    EXPECT_GE(faults, 1);
+}
+
 // --- Filers ------------------------------------------------------------------------------------------------------------------
 
 TEST(AllocationFaults, Write_EachAllocationFails_FalseWithAReportAndTheOtherRecordsWhole)
