@@ -7,6 +7,7 @@
 #include "imageformat.h"
 #include "picturetext.h"
 #include "poolreader.h"
+#include "progress.h"
 #include "reportcollector.h"
 #include "text.h"
 
@@ -47,6 +48,7 @@ std::optional<PictureFile> readPicturesAlone(InputFile const &input)
 {
     fs::path const &path = input.path();
     ReportCollector const collector; // the whole read tells what is wrong
+    Waiting const waiting(printable(input.name()), readableLength(path));
     PictureFile file;
     file.name = input.name();
     file.pool = std::make_unique<OKTDbPool>();

@@ -550,11 +550,12 @@ std::string withoutFolder(std::string const &line, std::string const &path, std:
 
 void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::string &faultLine)
 {
+    InputFile const input(path);
     UnitValues values;
     PoolFile file;
     for (std::size_t unit = 0; unit < kUnits; ++unit)
     {
-        PoolFile read = readPool(path, findUnit(kPageUnits[unit])->factor);
+        PoolFile read = readPool(input.path(), findUnit(kPageUnits[unit])->factor, input.name());
         putValues(values, unit, *read.pool);
         if (unit == 0)
             file = std::move(read);
