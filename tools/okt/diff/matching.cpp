@@ -55,7 +55,7 @@ public:
             node.className = object.className;
             node.name = object.name;
             if (object.stretch.isObject)
-                add(node, object.record, object.stretch.id);
+                add(node, pool.recordOf(object), object.stretch.id);
             else
                 node.colour = mixed(node.colour, pool.bytesOf(object));
         }
@@ -364,8 +364,7 @@ Matching matchById(DiffPool const &first, DiffPool const &second)
         matching.first[found->second.back()] = i;
         found->second.pop_back();
     }
-    setIds(matching, first, second);
-    return matching;
+    return matching; // every id stands for itself
 }
 
 Matching matchByName(DiffPool const &first, DiffPool const &second)
