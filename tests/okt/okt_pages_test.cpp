@@ -59,6 +59,22 @@ TEST(OktHelp, Help_EveryCommand_ExampleAndExitCodes)
     EXPECT_THAT(runOkt({"--help"}).out, HasSubstr("\nExit code: 0 done, 1 failed"));
 }
 
+TEST(OktHelp, WrongUsage_LineThatHelps)
+{
+    auto const told = [](std::vector<std::string> const &arguments) {
+        ProcessResult const result = runOkt(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        return result.err;
+    };
+    EXPECT_EQ(told({}), "okt: A subcommand is required (see okt --help)\n");
+    EXPECT_EQ(told({"shwo", "link.okt"}), "okt: there is no command shwo (see okt --help)\n");
+    EXPECT_EQ(told({"--no-such"}), "okt: there is no option --no-such (see okt --help)\n");
+    EXPECT_EQ(told({"picture", "link.okt", "-o", "-", "--index", "-1"}),
+              "okt: --index: -1 is no whole number from 0 on (see okt --help)\n");
+    EXPECT_EQ(told({"dump", "link.okt", "--at", "x"}), "okt: --at: x is no whole number from 0 on (see okt --help)\n");
+}
+
 class OktPages : public testing::Test
 {
 protected:
@@ -161,6 +177,7 @@ TEST_F(OktPages, FishCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offeredByFish("okt find diff --by"), "") << "diff is a pattern here";
     EXPECT_EQ(offeredByFish("okt completion "), "bash\nfish\nzsh\n");
     EXPECT_EQ(offeredByFish("okt export --format b"), "bf2d\n");
+    EXPECT_EQ(offeredByFish("okt report --title "), "") << "no file";
     EXPECT_EQ(offeredByFish("okt --ver"), "--version\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offeredByFish("okt build " + data), data + "ords.bf2d\n");

@@ -4,6 +4,7 @@
 #include "exportfiles.h"
 #include "failure.h"
 #include "files.h"
+#include "help.h"
 #include "imageformat.h"
 #include "picturetext.h"
 #include "poolreader.h"
@@ -167,7 +168,7 @@ void addPicture(CommandLine &line)
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->pool, "a pool file; - for standard input")->required();
     command->add_option("--index", options->number, "which picture of the pool, counted from 0; 0 without this option")
-        ->check(CLI::NonNegativeNumber);
+        ->check(wholeNumberFault);
     command->add_option("-o,--output", options->image, "the file for the picture; - for standard output")->required();
     command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] {

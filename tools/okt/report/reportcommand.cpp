@@ -84,7 +84,7 @@ void addReport(CommandLine &line)
         ->add_option("-u,--unit", options->unit,
                      "the unit of lengths at first: mm (default), cm, m, in, ft; the page has a switch")
         ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
-    command->add_option("--title", options->title, "the heading of the page")->type_name("TEXT");
+    command->add_option("--title", options->title, "the heading of the page")->type_name("HEADING");
     command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] { line.run = [options] { return report(*options); }; });
 }

@@ -6,6 +6,7 @@
 #include <tools/okt/failure.h>
 #include <tools/okt/members.h>
 #include <tools/okt/poolprinter.h>
+#include <tools/okt/progress.h>
 #include <tools/okt/standin.h>
 #include <tools/okt/text.h>
 
@@ -560,6 +561,7 @@ void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::str
         if (unit == 0)
             file = std::move(read);
     }
+    Waiting const waiting(printable(input.name()), static_cast<std::uintmax_t>(file.size));
     faultLine = file.fault;
     facts.isRead = true;
     facts.size = static_cast<std::uint64_t>(file.size);
