@@ -2,6 +2,9 @@
 
 #include "support/scratchfolder.h"
 
+#include <tools/okt/console.h>
+#include <tools/okt/progress.h>
+
 #include <oktdatabase/oktdatabase.h>
 
 #include <gmock/gmock.h>
@@ -133,8 +136,9 @@ class OktHabits : public testing::Test
 protected:
     std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
 
-    /// A pool whose text is far longer than a pipe takes, behind a picture.
-    std::string largePool() const
+    /// A pool whose text is longer than a pipe takes. Objects stand in the order of their ids, so a picture is among the first
+    /// for certain only where there is little else.
+    std::string largePool(int parameters = 3000) const
     {
         OKTDbPool pool;
         pool.setPoolName(u"Large");
@@ -149,7 +153,7 @@ protected:
         }
         auto *const owner = new OKTDbParamRelation;
         pool.appendObject(owner);
-        for (int i = 0; i < 3000; ++i)
+        for (int i = 0; i < parameters; ++i)
         {
             auto *const parameter = new OKTDbParameter(10, owner->objectId());
             pool.appendObject(parameter);
@@ -186,7 +190,7 @@ protected:
 
 TEST_F(OktHabits, Interrupt_WhileExporting_NothingHalfWrittenIsLeft)
 {
-    std::string const pool = largePool();
+    std::string const pool = largePool(0);
     for (int const signal : {SIGINT, SIGTERM, SIGHUP})
     {
         Pipe out;
@@ -228,7 +232,7 @@ TEST_F(OktHabits, BrokenPipe_Show_EndsWithoutAWord)
 
 TEST_F(OktHabits, BrokenPipe_Export_NoPictureIsLeftHalfWritten)
 {
-    std::string const pool = largePool();
+    std::string const pool = largePool(0);
     Pipe out;
     RunningOkt okt({"export", pool, "--pictures", path("pictures")}, {-1, out.ends[1], -1});
     out.closeEnd(1);
@@ -239,6 +243,32 @@ TEST_F(OktHabits, BrokenPipe_Export_NoPictureIsLeftHalfWritten)
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 141);
     EXPECT_EQ(namesIn(path("pictures")), std::set<std::string>());
+}
+
+// ---- Standard input and output -------------------------------------------------------------------------------------------------
+
+TEST_F(OktHabits, StandardInput_EveryCommandThatReadsPools)
+{
+    std::string const file = OKT_TEST_DATA_DIR "/golden/pictures.okt";
+    auto const piped = [&file](std::string const &arguments) {
+        return runProgram("/bin/sh", {"-c", "exec <\"$1\"; \"$0\" " + arguments, OKT_EXE, file});
+    };
+    for (std::string const command :
+         {"info -", "ls -", "show -", "tree -", "find a -", "dump -", "verify -", "export -", "report - -o -",
+          "picture - --index 1 -o -", "diff - \"$1\" && echo same"})
+    {
+        ProcessResult const result = piped(command);
+        EXPECT_EQ(result.exitCode, 0) << command;
+        EXPECT_EQ(result.err, "") << command;
+        EXPECT_NE(result.out, "") << command;
+    }
+    ProcessResult const recovered = piped("recover - -o - 2>/dev/null");
+    EXPECT_EQ(recovered.exitCode, 0);
+    CByteArray const whole = contentsOf(CString(file.c_str()));
+    EXPECT_EQ(recovered.out.size(), static_cast<std::size_t>(whole.GetSize()));
+    ProcessResult const page = piped("report - -o -");
+    EXPECT_THAT(page.out, HasSubstr("standard input"));
+    EXPECT_EQ(piped("report - - -o -").err, "okt: standard input: it can be read only once\n");
 }
 
 // ---- Progress ----------------------------------------------------------------------------------------------------------------
@@ -279,6 +309,66 @@ TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
         return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     });
     EXPECT_EQ(unseen, "");
+}
+
+/// What a second process writes to a terminal as its standard error.
+std::string errorOf(auto action)
+{
+    Terminal terminal;
+    pid_t const child = fork();
+    if (child == 0)
+    {
+        dup2(terminal.slave, 2);
+        action();
+        _exit(0);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    return terminal.contents();
+}
+
+TEST_F(OktHabits, Waiting_LongCall_LineThatIsTakenAway)
+{
+    using namespace std::chrono_literals;
+    auto const longCall = [](std::chrono::milliseconds patience) {
+        okt::Waiting const waiting("link.okt", 1'200'000'000, patience);
+        std::this_thread::sleep_for(600ms);
+    };
+    setenv("TERM", "xterm", 1);
+    std::string const shown = errorOf([&] { longCall(0ms); });
+    EXPECT_TRUE(shown.starts_with("\r\x1b[Klink.okt: 1.2 GB, 1 s so far\r\x1b[K")) << shown;
+    EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << shown;
+    EXPECT_EQ(errorOf([&] { longCall(24h); }), "");
+    setenv("TERM", "dumb", 1);
+    EXPECT_EQ(errorOf([&] { longCall(0ms); }), "");
+}
+
+TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
+{
+    using namespace std::chrono_literals;
+    setenv("TERM", "xterm", 1);
+    EXPECT_EQ(errorOf([] {
+                  okt::Progress const first("report", 10, "files");
+                  okt::Waiting const waiting("link.okt", 0, 0ms);
+                  std::this_thread::sleep_for(500ms);
+              }),
+              "");
+}
+
+/// Results on the same screen: a line of them is not taken away before it is complete.
+TEST_F(OktHabits, Status_BehindHalfALine_NotShown)
+{
+    setenv("TERM", "xterm", 1);
+    EXPECT_EQ(errorOf([] {
+                  dup2(2, 1);
+                  okt::print("one, ");
+                  okt::showStatus("half");
+                  okt::print("two\n");
+                  okt::showStatus("done");
+                  okt::clearStatus();
+              }),
+              "one, two\r\n\r\x1b[Kdone\r\x1b[K");
 }
 
 // ---- Colours -----------------------------------------------------------------------------------------------------------------

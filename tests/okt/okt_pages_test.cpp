@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -56,6 +57,22 @@ TEST(OktHelp, Help_EveryCommand_ExampleAndExitCodes)
         EXPECT_EQ(std::count(wrong.err.begin(), wrong.err.end(), '\n'), 1) << wrong.err;
     }
     EXPECT_THAT(runOkt({"--help"}).out, HasSubstr("\nExit code: 0 done, 1 failed"));
+}
+
+TEST(OktHelp, WrongUsage_LineThatHelps)
+{
+    auto const told = [](std::vector<std::string> const &arguments) {
+        ProcessResult const result = runOkt(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        return result.err;
+    };
+    EXPECT_EQ(told({}), "okt: A subcommand is required (see okt --help)\n");
+    EXPECT_EQ(told({"shwo", "link.okt"}), "okt: there is no command shwo (see okt --help)\n");
+    EXPECT_EQ(told({"--no-such"}), "okt: there is no option --no-such (see okt --help)\n");
+    EXPECT_EQ(told({"picture", "link.okt", "-o", "-", "--index", "-1"}),
+              "okt: --index: -1 is no whole number from 0 on (see okt --help)\n");
+    EXPECT_EQ(told({"dump", "link.okt", "--at", "x"}), "okt: --at: x is no whole number from 0 on (see okt --help)\n");
 }
 
 class OktPages : public testing::Test
@@ -131,6 +148,69 @@ TEST_F(OktPages, BashCompletion_CommandsOptionsValuesFiles)
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offered("okt build " + data, 2), data + "ords.bf2d\n");
     EXPECT_EQ(shell("source <(\"$0\" completion bash); complete -p okt").out, "complete -F _okt okt\n");
+}
+
+/// What fish offers at the end of a command line, without the descriptions; a line each.
+std::string offeredByFish(std::string const &line)
+{
+    ProcessResult const result =
+        runProgram("/usr/bin/fish", {"--no-config", "-c",
+                                     "$argv[1] completion fish | source; complete -C $argv[2] | string replace -r '\\t.*' ''",
+                                     OKT_EXE, line});
+    EXPECT_EQ(result.err, "") << line;
+    return result.out;
+}
+
+TEST_F(OktPages, FishCompletion_CommandsOptionsValuesFiles)
+{
+    std::string all;
+    std::vector<std::string> names = commands();
+    std::sort(names.begin(), names.end());
+    for (std::string const &name : names)
+        all += name + "\n";
+    EXPECT_EQ(offeredByFish("okt "), all);
+    EXPECT_EQ(offeredByFish("okt ex"), "export\n");
+    EXPECT_EQ(offeredByFish("okt show --un"), "--unit\n");
+    EXPECT_EQ(offeredByFish("okt show --unit "), "cm\nft\nin\nm\nmm\n");
+    EXPECT_EQ(offeredByFish("okt --module x.so ex"), "export\n");
+    EXPECT_EQ(offeredByFish("okt --module x.so show --un"), "--unit\n");
+    EXPECT_EQ(offeredByFish("okt find diff --by"), "") << "diff is a pattern here";
+    EXPECT_EQ(offeredByFish("okt completion "), "bash\nfish\nzsh\n");
+    EXPECT_EQ(offeredByFish("okt export --format b"), "bf2d\n");
+    EXPECT_EQ(offeredByFish("okt report --title "), "") << "no file";
+    EXPECT_EQ(offeredByFish("okt --ver"), "--version\n");
+    std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
+    EXPECT_EQ(offeredByFish("okt build " + data), data + "ords.bf2d\n");
+}
+
+/// What an interactive zsh makes of the beginnings of command lines when Tab is pressed behind each; a line each.
+std::string completedByZsh(std::string const &setUp, std::vector<std::string> const &lines)
+{
+    std::vector<std::string> arguments = {"-f", OKT_TEST_DATA_DIR "/okt/complete.zsh", setUp};
+    arguments.insert(arguments.end(), lines.begin(), lines.end());
+    ProcessResult const result = runProgram("/usr/bin/zsh", arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    return result.out;
+}
+
+TEST_F(OktPages, ZshCompletion_CommandsOptionsValuesFiles)
+{
+    std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
+    EXPECT_EQ(completedByZsh("source <('" OKT_EXE "' completion zsh)",
+                             {"okt ex", "okt show --un", "okt show --unit i", "okt show --ids --unit i", "okt --module x.so ex",
+                              "okt --module x.so show --un", "okt completion z", "okt export --format b", "okt --ver",
+                              "okt build " + data, "okt diff a.okt " + data, "okt nothing --un"}),
+              "okt export \nokt show --unit \nokt show --unit in \nokt show --ids --unit in \nokt --module x.so export \n"
+              "okt --module x.so show --unit \nokt completion zsh \nokt export --format bf2d \nokt --version \nokt build " +
+                  data + "ords.bf2d \nokt diff a.okt " + data + "ords.bf2d \nokt nothing --un\n");
+}
+
+TEST_F(OktPages, ZshCompletion_FromAFolderOfFunctions)
+{
+    ASSERT_EQ(runOkt({"pages", "-o", path("share")}).exitCode, 0);
+    EXPECT_EQ(completedByZsh("fpath=('" + path("share/zsh/site-functions") + "' $fpath); compinit -u -D",
+                             {"okt ex", "okt show --un"}),
+              "okt export \nokt show --unit \n");
 }
 
 } // namespace

@@ -47,4 +47,10 @@ TEST(OktProgress, ProgressLine_OtherPieces_Counted)
     EXPECT_EQ(progressLine("templates", 23, 46, "templates", 0, 3), "templates: 50 % of 46 templates, 3 s left");
 }
 
+TEST(OktProgress, WaitingLine_SizeAndTime)
+{
+    EXPECT_EQ(waitingLine("link.okt", 1'200'000'000, 12), "link.okt: 1.2 GB, 12 s so far");
+    EXPECT_EQ(waitingLine("report", 0, 62), "report: 1 min 2 s so far");
+}
+
 } // namespace

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 
 namespace okt
 {
@@ -20,6 +21,18 @@ constexpr char kEraseLine[] = "\r\x1b[K";
 constexpr std::size_t kEraseLength = sizeof kEraseLine - 1;
 
 std::atomic<bool> g_hasStatus = false;
+/// Of the screen, and of what stands here.
+std::mutex g_screen;
+/// Standard output is a terminal, and its last line has no end yet.
+bool g_isMidLine = false;
+
+void eraseStatus()
+{
+    if (!g_hasStatus.exchange(false))
+        return;
+    std::fwrite(kEraseLine, 1, kEraseLength, stderr);
+    std::fflush(stderr);
+}
 
 char const *sequenceOf(Colour colour)
 {
@@ -55,7 +68,11 @@ void guardStandardStreams()
 
 void print(std::string_view text)
 {
-    clearStatus();
+    static bool const isOnTerminal = isTerminal(Stream::Output);
+    std::scoped_lock const lock(g_screen);
+    eraseStatus();
+    if (isOnTerminal && !text.empty())
+        g_isMidLine = text.back() != '\n';
     errno = 0;
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
         return;
@@ -66,7 +83,8 @@ void print(std::string_view text)
 
 void printError(std::string_view text)
 {
-    clearStatus();
+    std::scoped_lock const lock(g_screen);
+    eraseStatus();
     std::string const line = "okt: " + std::string(text) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
@@ -82,10 +100,12 @@ std::string coloured(std::string_view text, Colour colour)
     return sequenceOf(colour) + std::string(text) + "\x1b[0m";
 }
 
+bool showsStatus() { return takesSequences(Stream::Error); }
+
 void showStatus(std::string_view line)
 {
-    static bool const isShown = takesSequences(Stream::Error);
-    if (!isShown)
+    std::scoped_lock const lock(g_screen);
+    if (g_isMidLine || !showsStatus())
         return;
     std::string const text = kEraseLine + std::string(line);
     g_hasStatus = true;
@@ -95,10 +115,8 @@ void showStatus(std::string_view line)
 
 void clearStatus()
 {
-    if (!g_hasStatus.exchange(false))
-        return;
-    std::fwrite(kEraseLine, 1, kEraseLength, stderr);
-    std::fflush(stderr);
+    std::scoped_lock const lock(g_screen);
+    eraseStatus();
 }
 
 void clearStatusFromSignal()

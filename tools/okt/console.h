@@ -46,8 +46,10 @@ bool hasColours(Stream stream);
 /// The text, between the signs for the colour where standard output has colours.
 std::string coloured(std::string_view text, Colour colour);
 
-/// A line on standard error that the next one takes the place of, where that is a terminal; else nothing happens. print and
-/// printError take it away.
+/// Standard error is a terminal that can take a line away again.
+bool showsStatus();
+/// A line on standard error that the next one takes the place of, where showsStatus; else nothing happens, and neither does it
+/// behind a line of results that is not complete on the same screen. print and printError take it away. Any thread may call it.
 void showStatus(std::string_view line);
 void clearStatus();
 /// The same from a signal handler.

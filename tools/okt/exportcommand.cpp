@@ -53,8 +53,16 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     };
     OKTTextFault fault;
     ReportCollector const collector; // an object that does not read leaves its members without names, no more
-    Progress progress(printable(inputName(path)), static_cast<std::uintmax_t>(image.GetSize()));
-    auto const tell = [&progress](std::size_t bytes, std::size_t objects) { progress.at(bytes, objects); };
+    std::string const name = printable(inputName(path));
+    auto const size = static_cast<std::uintmax_t>(image.GetSize());
+    std::optional<Waiting> waiting(std::in_place, name, size); // while the file is looked through
+    std::optional<Progress> progress;
+    auto const tell = [&](std::size_t bytes, std::size_t objects) {
+        waiting.reset();
+        if (!progress)
+            progress.emplace(name, size);
+        progress->at(bytes, objects);
+    };
     if (!OktExportText(image, sink, fault, put, tell))
         throw Failure(inputName(path), fault.place(), fault.reason);
     text->close();

@@ -4,6 +4,7 @@
 #include "failure.h"
 #include "imageformat.h"
 #include "progress.h"
+#include "text.h"
 
 #include <algorithm>
 #include <cctype>
@@ -119,9 +120,15 @@ void OutputFile::write(std::string_view bytes)
     constexpr std::size_t kPiece = 1 << 24;
     try
     {
+        std::size_t const size = bytes.size();
+        std::optional<Progress> progress;
+        if (size > kPiece)
+            progress.emplace(printable(pathName(m_path)), size);
         for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size())))
         {
             endIfInterrupted();
+            if (progress)
+                progress->at(size - bytes.size());
             m_file.Write(bytes.data(), static_cast<UINT>(std::min(kPiece, bytes.size())));
         }
     }

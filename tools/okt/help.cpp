@@ -131,4 +131,10 @@ bool takesFile(CLI::Option const &option)
     return option.get_positional() ? choicesOf(option).empty() : name == "FILE" || name == "DIR";
 }
 
+std::string wholeNumberFault(std::string const &text)
+{
+    bool const isOne = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return isOne ? "" : text + " is no whole number from 0 on";
+}
+
 } // namespace okt

@@ -36,4 +36,7 @@ std::vector<std::string> choicesOf(CLI::Option const &option);
 /// The option is given a file or a folder. What has no other kind and no choices is one.
 bool takesFile(CLI::Option const &option);
 
+/// For CLI::Option::check: why a text is no whole number from 0 on; empty: it is one.
+std::string wholeNumberFault(std::string const &text);
+
 } // namespace okt

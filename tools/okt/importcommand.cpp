@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <streambuf>
 #include <system_error>
 
@@ -50,27 +51,38 @@ std::ifstream openText(fs::path const &path)
     return text;
 }
 
-/// Passes a text on in pieces, and tells how far it is.
+/// Passes a text on in pieces, and tells how far it is; behind its end, that something is made of it.
 class ToldText : public std::streambuf
 {
 public:
-    ToldText(std::streambuf &text, std::string name, std::uintmax_t size) : m_text(text), m_progress(std::move(name), size) {}
+    ToldText(std::streambuf &text, std::string const &name, std::uintmax_t size) : m_text(text), m_name(name)
+    {
+        m_progress.emplace(name, size);
+    }
 
 protected:
     int_type underflow() override
     {
         std::streamsize const count = m_text.sgetn(m_piece.data(), static_cast<std::streamsize>(m_piece.size()));
         if (count <= 0)
+        {
+            m_progress.reset();
+            if (!m_waiting)
+                m_waiting.emplace(m_name, m_done);
             return traits_type::eof();
+        }
         m_done += static_cast<std::uintmax_t>(count);
-        m_progress.at(m_done);
+        if (m_progress)
+            m_progress->at(m_done);
         setg(m_piece.data(), m_piece.data(), m_piece.data() + count);
         return traits_type::to_int_type(m_piece.front());
     }
 
 private:
     std::streambuf &m_text;
-    Progress m_progress;
+    std::string m_name;
+    std::optional<Progress> m_progress;
+    std::optional<Waiting> m_waiting;
     std::uintmax_t m_done = 0;
     std::array<char, 1 << 16> m_piece;
 };

@@ -29,6 +29,8 @@ int answerParser(CLI::App const &app, CLI::ParseError const &error)
         return kDone;
     }
     std::string line = error.what();
+    if (std::vector<std::string> const left = app.remaining(); app.get_subcommands().empty() && !left.empty())
+        line = (left.front().starts_with("-") ? "there is no option " : "there is no command ") + left.front();
     std::replace(line.begin(), line.end(), '\n', ' ');
     okt::printError(okt::printable(line) + " (see okt --help)");
     return kWrongUsage;

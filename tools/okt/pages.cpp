@@ -272,12 +272,37 @@ std::string zshCompletion(CLI::App const &app)
                 rest = action;
         script += "                '*" + rest + "' ;;\n";
     }
-    return script + "        esac ;;\n    esac\n}\n\n_okt \"$@\"\n";
+    // From a folder of functions it is loaded by the first completion, which it then has to do; a shell that sources it only
+    // learns of it.
+    return script + "        esac ;;\n    esac\n}\n\n"
+                    "if [[ ${funcstack[1]} == _okt ]]; then\n    _okt \"$@\"\nelse\n    compdef _okt okt\nfi\n";
 }
 
 std::string fishCompletion(CLI::App const &app)
 {
-    std::string script = "# Completion of okt for fish; okt completion fish writes it.\n";
+    // The conditions that fish brings take the value of an option in front of the command for the command.
+    std::string script = "# Completion of okt for fish; okt completion fish writes it.\n\n"
+                         "function __okt_command -d 'The command on the line, if any'\n"
+                         "    set -l isValue 0\n"
+                         "    for word in (commandline -opc)[2..-1]\n"
+                         "        if test $isValue = 1\n"
+                         "            set isValue 0\n"
+                         "            continue\n"
+                         "        end\n"
+                         "        switch $word\n"
+                         "            case --module\n"
+                         "                set isValue 1\n"
+                         "            case '-*'\n"
+                         "            case '*'\n"
+                         "                echo $word\n"
+                         "                return\n"
+                         "        end\n"
+                         "    end\n"
+                         "end\n\n"
+                         "function __okt_is -d 'The command is this one; without an argument, there is none yet'\n"
+                         "    set -l command (__okt_command)\n"
+                         "    test \"$command\" = \"$argv\"\n"
+                         "end\n\n";
     auto const add = [&script](std::string const &condition, CLI::Option const &option) {
         script += "complete -c okt";
         if (!condition.empty())
@@ -296,9 +321,9 @@ std::string fishCompletion(CLI::App const &app)
         add("", *option);
     for (CLI::App const *const command : commandsOf(app))
     {
-        script += "complete -c okt -n __fish_use_subcommand -f -a " + command->get_name() + " -d " +
+        script += "complete -c okt -n __okt_is -f -a " + command->get_name() + " -d " +
                   shellText(firstLine(helpOf(*command).summary)) + "\n";
-        std::string const condition = "__fish_seen_subcommand_from " + command->get_name();
+        std::string const condition = "__okt_is " + command->get_name();
         for (CLI::Option const *const option : optionsOf(*command))
             if (option->get_lnames() != std::vector<std::string>{"help"})
                 add(condition, *option);

@@ -4,9 +4,11 @@
 #include "exportfiles.h"
 #include "failure.h"
 #include "files.h"
+#include "help.h"
 #include "imageformat.h"
 #include "picturetext.h"
 #include "poolreader.h"
+#include "progress.h"
 #include "reportcollector.h"
 #include "text.h"
 
@@ -47,6 +49,7 @@ std::optional<PictureFile> readPicturesAlone(InputFile const &input)
 {
     fs::path const &path = input.path();
     ReportCollector const collector; // the whole read tells what is wrong
+    Waiting const waiting(printable(input.name()), readableLength(path));
     PictureFile file;
     file.name = input.name();
     file.pool = std::make_unique<OKTDbPool>();
@@ -165,7 +168,7 @@ void addPicture(CommandLine &line)
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->pool, "a pool file; - for standard input")->required();
     command->add_option("--index", options->number, "which picture of the pool, counted from 0; 0 without this option")
-        ->check(CLI::NonNegativeNumber);
+        ->check(wholeNumberFault);
     command->add_option("-o,--output", options->image, "the file for the picture; - for standard output")->required();
     command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] {

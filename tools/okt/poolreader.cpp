@@ -201,10 +201,14 @@ PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::
         throw Failure(file.name, "", "the file is empty");
     OKTDbPool header;
     readHeader(file, bytes, header);
-    file.frames = readFrames(bytes, file.objectsStart);
+    {
+        Waiting const waiting(printable(file.name), static_cast<std::uintmax_t>(file.size));
+        file.frames = readFrames(bytes, file.objectsStart);
+    }
     ObjectSieve sieve(file, bytes);
     sieve.run();
 
+    Waiting const waiting(printable(file.name), static_cast<std::uintmax_t>(file.size));
     file.pool = std::make_unique<OKTDbPool>();
     file.pool->setMetricsFactor(metricsFactor);
     if (file.fault.empty())

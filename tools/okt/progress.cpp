@@ -16,7 +16,16 @@ namespace
 constexpr std::chrono::milliseconds kPatience{1000};
 constexpr std::chrono::milliseconds kPause{200};
 
+using Clock = std::chrono::steady_clock;
+
 bool g_isSpokenFor = false;
+
+/// When the first line may be shown, by the first that might have one.
+Clock::time_point firstLine(std::chrono::milliseconds patience)
+{
+    static Clock::time_point const begin = Clock::now();
+    return begin + patience;
+}
 
 /// "12 s", "3 min 5 s", "2 h 10 min".
 std::string timeText(double seconds)
@@ -64,8 +73,8 @@ std::string progressLine(std::string const &what, std::uintmax_t done, std::uint
 }
 
 Progress::Progress(std::string what, std::uintmax_t total, std::string unit)
-    : m_what(std::move(what)), m_total(total), m_unit(std::move(unit)), m_start(Clock::now()), m_next(m_start + kPatience),
-      m_speaks(!std::exchange(g_isSpokenFor, true))
+    : m_what(std::move(what)), m_total(total), m_unit(std::move(unit)), m_start(Clock::now()),
+      m_next(std::max(firstLine(kPatience), m_start + kPause)), m_speaks(!std::exchange(g_isSpokenFor, true))
 {
 }
 
@@ -86,6 +95,48 @@ void Progress::at(std::uintmax_t done, std::uintmax_t objects)
         return;
     m_next = now + kPause;
     showStatus(progressLine(m_what, done, m_total, m_unit, objects, std::chrono::duration<double>(now - m_start).count()));
+}
+
+std::string waitingLine(std::string const &what, std::uintmax_t size, double seconds)
+{
+    return what + ": " + (size == 0 ? "" : bytesText(size) + ", ") + timeText(seconds) + " so far";
+}
+
+Waiting::Waiting(std::string what, std::uintmax_t size, std::chrono::milliseconds patience)
+    : m_speaks(!std::exchange(g_isSpokenFor, true))
+{
+    firstLine(patience);
+    if (m_speaks && showsStatus())
+        m_thread = std::thread([this, what = std::move(what), size, patience] { tell(what, size, patience); });
+}
+
+Waiting::~Waiting()
+{
+    if (!m_speaks)
+        return;
+    if (m_thread.joinable())
+    {
+        {
+            std::scoped_lock const lock(m_mutex);
+            m_isOver = true;
+        }
+        m_change.notify_one();
+        m_thread.join();
+        clearStatus();
+    }
+    g_isSpokenFor = false;
+}
+
+void Waiting::tell(std::string const &what, std::uintmax_t size, std::chrono::milliseconds patience)
+{
+    Clock::time_point const start = Clock::now();
+    Clock::time_point next = std::max(firstLine(patience), start + kPause);
+    std::unique_lock lock(m_mutex);
+    while (!m_change.wait_until(lock, next, [this] { return m_isOver; }))
+    {
+        next = Clock::now() + kPause;
+        showStatus(waitingLine(what, size, std::chrono::duration<double>(Clock::now() - start).count()));
+    }
 }
 
 } // namespace okt

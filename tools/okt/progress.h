@@ -1,9 +1,12 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 
 namespace okt
 {
@@ -15,8 +18,8 @@ namespace okt
 ///     for (...)
 ///         progress.at(position, ++objects);
 ///
-/// The line goes away with the object. Of several at the same time the first one speaks. at() costs no more than a look at the
-/// clock.
+/// The line goes away with the object. Of several at the same time the first one speaks. The second counts from the first of
+/// all on, so that many short steps are told too. at() costs no more than a look at the clock.
 class Progress
 {
 public:
@@ -40,6 +43,37 @@ private:
     Clock::time_point m_next; ///< when the line is to be written again
     bool m_speaks;
 };
+
+/// The same for one long call that does not tell how far it is: the line has the size and the time that has passed.
+///
+///     {
+///         Waiting const waiting(name, size);
+///         pool.readFile(path);
+///     }
+///
+/// A thread of its own writes the line, and lives only where there is a terminal to write it to.
+class Waiting
+{
+public:
+    /// `patience`: until the line first shows.
+    explicit Waiting(std::string what, std::uintmax_t size = 0,
+                     std::chrono::milliseconds patience = std::chrono::milliseconds(1000));
+    ~Waiting();
+    Waiting(Waiting const &) = delete;
+    Waiting &operator=(Waiting const &) = delete;
+
+private:
+    void tell(std::string const &what, std::uintmax_t size, std::chrono::milliseconds patience);
+
+    bool m_speaks;
+    std::mutex m_mutex;
+    std::condition_variable m_change;
+    bool m_isOver = false;
+    std::thread m_thread;
+};
+
+/// Its line: "link.okt: 1.2 GB, 12 s so far"; without a size that it does not know, 0.
+std::string waitingLine(std::string const &what, std::uintmax_t size, double seconds);
 
 /// The line: "link.okt: 34 % of 1.2 GB, 12345 objects, 12 s left".
 std::string progressLine(std::string const &what, std::uintmax_t done, std::uintmax_t total, std::string const &unit,

@@ -7,6 +7,8 @@
 #include "partialprinter.h"
 #include "poolprinter.h"
 #include "poolreader.h"
+#include "progress.h"
+#include "text.h"
 
 #include <algorithm>
 #include <memory>
@@ -45,6 +47,7 @@ struct Shown
 Shown whole(InputFile const &input, DisplayUnit const &unit, bool withIds)
 {
     PoolFile const file = readPool(input.path(), unit.factor, input.name());
+    Waiting const waiting(printable(input.name()), static_cast<std::uintmax_t>(file.size));
     return {describe(file, unit, withIds), file.fault};
 }
 

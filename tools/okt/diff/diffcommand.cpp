@@ -4,10 +4,12 @@
 #include <tools/okt/console.h>
 #include <tools/okt/exportfiles.h>
 #include <tools/okt/files.h>
+#include <tools/okt/progress.h>
 #include <tools/okt/reportcollector.h>
 #include <tools/okt/text.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,11 +52,12 @@ int diff(Options const &options)
         options.fromGit ? poolFromGit(files[kOldFile], "a/" + files.front()) : poolOf(files[0], inputName(utf8Path(files[0])));
     DiffPool const second =
         options.fromGit ? poolFromGit(files[kNewFile], "b/" + files.front()) : poolOf(files[1], inputName(utf8Path(files[1])));
+    std::optional<Waiting> waiting(std::in_place, printable(std::string_view(second.name())),
+                                   first.bytes().size() + second.bytes().size());
     PoolDiff const found = compare(first, second, options.byName ? MatchBy::Name : MatchBy::Id);
-    if (options.asJson)
-        print(describeAsJson(found, first, second));
-    else
-        print(describe(found, first, second));
+    std::string const text = options.asJson ? describeAsJson(found, first, second) : describe(found, first, second);
+    waiting.reset();
+    print(text);
     return found.isSame() || options.fromGit ? kDone : kDifferent;
 }
 

@@ -1,6 +1,8 @@
 #include "diffpool.h"
 
 #include <tools/okt/failure.h>
+#include <tools/okt/progress.h>
+#include <tools/okt/text.h>
 
 #include <okttext/oktnotation.h>
 
@@ -51,19 +53,25 @@ DiffPool::DiffPool(std::string name, CByteArray image) : m_name(std::move(name))
         throw Failure(m_name, "", "the file is empty");
     try
     {
-        m_parts = okttext::takeApart(bytes());
+        std::string const shown = printable(std::string_view(m_name));
+        {
+            Waiting const waiting(shown, bytes().size());
+            m_parts = okttext::takeApart(bytes());
+        }
+        Progress progress(shown, bytes().size());
         m_objects.reserve(m_parts.objects.size());
         for (okttext::Stretch const &stretch : m_parts.objects)
         {
+            progress.at(stretch.begin, m_objects.size());
             DiffObject &object = m_objects.emplace_back();
             object.stretch = stretch;
             if (!stretch.isObject)
                 continue;
-            object.record = okttext::parseRecord(bytes(), stretch.begin);
-            object.className = classNameOf(object.record);
-            object.name = firstText(object.record);
-            if (!stretch.id.empty())
-                m_names.emplace(okttext::guidText(stretch.id), object.name);
+            Record const record = recordOf(object);
+            object.className = classNameOf(record);
+            object.name = firstText(record);
+            if (!stretch.id.empty() && !object.name.empty())
+                m_named.emplace(okttext::guidText(stretch.id), m_objects.size() - 1);
         }
     }
     catch (OKTTextFault const &fault)
@@ -82,6 +90,11 @@ Bytes DiffPool::bytesOf(DiffObject const &object) const
     return bytes().substr(object.stretch.begin, object.stretch.end - object.stretch.begin);
 }
 
+Record DiffPool::recordOf(DiffObject const &object) const
+{
+    return object.stretch.isObject ? okttext::parseRecord(bytes(), object.stretch.begin) : Record();
+}
+
 Json DiffPool::textOf(DiffObject const &object) const
 {
     std::string text;
@@ -90,7 +103,7 @@ Json DiffPool::textOf(DiffObject const &object) const
     writer.beginList("objects");
     if (object.stretch.isObject)
     {
-        Record frame = object.record;
+        Record frame = recordOf(object);
         okttext::nameObject(frame, bytes());
         writer.record(frame);
     }
@@ -117,8 +130,8 @@ Json DiffPool::textOfHeader() const
 
 std::string DiffPool::nameOf(std::string const &guid) const
 {
-    auto const found = m_names.find(guid);
-    return found == m_names.end() ? "" : found->second;
+    auto const found = m_named.find(guid);
+    return found == m_named.end() ? "" : m_objects[found->second].name;
 }
 
 } // namespace okt

@@ -22,9 +22,8 @@ using IdPairs = std::map<std::string, std::string>;
 struct DiffObject
 {
     okttext::Stretch stretch;
-    okttext::Record record; ///< without names of members; of a raw stretch nothing
-    std::string className;  ///< in UTF-8
-    std::string name;       ///< the first text in it, in UTF-8; empty: it has none
+    std::string className; ///< in UTF-8
+    std::string name;      ///< the first text in it, in UTF-8; empty: it has none
 };
 
 /// A pool file taken apart for a comparison.
@@ -40,6 +39,9 @@ public:
     bool exists() const { return !m_image.IsEmpty(); }
     okttext::Bytes bytes() const;
     okttext::Bytes bytesOf(DiffObject const &object) const;
+    /// The records of an object, without names of members; of a raw stretch nothing. They are made anew each time, since those
+    /// of all objects would take many times the bytes of the file.
+    okttext::Record recordOf(DiffObject const &object) const;
     okttext::PoolParts const &parts() const { return m_parts; }
     std::vector<DiffObject> const &objects() const { return m_objects; }
 
@@ -54,7 +56,7 @@ private:
     CByteArray m_image;
     okttext::PoolParts m_parts;
     std::vector<DiffObject> m_objects;
-    std::map<std::string, std::string> m_names; ///< by id in registry form
+    std::map<std::string, std::size_t> m_named; ///< objects with a name, by id in registry form
 };
 
 } // namespace okt

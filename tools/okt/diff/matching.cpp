@@ -55,7 +55,7 @@ public:
             node.className = object.className;
             node.name = object.name;
             if (object.stretch.isObject)
-                add(node, object.record, object.stretch.id);
+                add(node, pool.recordOf(object), object.stretch.id);
             else
                 node.colour = mixed(node.colour, pool.bytesOf(object));
         }
@@ -233,10 +233,11 @@ private:
         follow();
     }
 
-    bool areFree(std::size_t n, std::size_t other) const
+    static bool isFree(std::vector<std::size_t> const &pairs, std::size_t n)
     {
-        return n != kUnmatched && other != kUnmatched && m_toSecond[n] == kUnmatched && m_toFirst[other] == kUnmatched;
+        return n != kUnmatched && pairs[n] == kUnmatched;
     }
+    bool areFree(std::size_t n, std::size_t other) const { return isFree(m_toSecond, n) && isFree(m_toFirst, other); }
 
     bool isLike(std::size_t n, std::size_t other) const
     {
@@ -263,12 +264,16 @@ private:
                     pair(left[i], right[i]);
             if (m_likeness != Likeness::Named || left.size() == right.size())
                 continue;
+            std::vector<std::size_t> open; // few, as a rule, of lists that may be long
+            for (std::size_t const reference : right)
+                if (isFree(m_toFirst, reference))
+                    open.push_back(reference);
             std::size_t next = 0;
             for (std::size_t const reference : left)
-                for (std::size_t i = next; i < right.size(); ++i)
-                    if (areFree(reference, right[i]) && isLike(reference, right[i]))
+                for (std::size_t i = isFree(m_toSecond, reference) ? next : open.size(); i < open.size(); ++i)
+                    if (areFree(reference, open[i]) && isLike(reference, open[i]))
                     {
-                        pair(reference, right[i]);
+                        pair(reference, open[i]);
                         next = i + 1;
                         break;
                     }
@@ -364,8 +369,7 @@ Matching matchById(DiffPool const &first, DiffPool const &second)
         matching.first[found->second.back()] = i;
         found->second.pop_back();
     }
-    setIds(matching, first, second);
-    return matching;
+    return matching; // every id stands for itself
 }
 
 Matching matchByName(DiffPool const &first, DiffPool const &second)

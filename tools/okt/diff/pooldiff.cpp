@@ -261,7 +261,7 @@ PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
         DiffObject const &before = first.objects()[i];
         DiffObject const &after = second.objects()[other];
         bool const isSame = ids.empty() || !before.stretch.isObject ? first.bytesOf(before) == second.bytesOf(after)
-                                                                    : isSameRecord(before.record, after.record, ids);
+                                                                    : isSameRecord(first.recordOf(before), second.recordOf(after), ids);
         if (isSame)
         {
             ++diff.same;

@@ -4,6 +4,7 @@
 
 #include "../console.h"
 #include "../failure.h"
+#include "../help.h"
 
 #include <oktdatabase/okttools.h>
 
@@ -86,7 +87,7 @@ void addDump(CommandLine &line)
             ->add_option("--at", options->offset,
                          "only the record at this byte: a frame, or what stands from there to the end of its section")
             ->type_name("OFFSET")
-            ->check(CLI::NonNegativeNumber);
+            ->check(wholeNumberFault);
     command->add_option("--object", options->id, "only the object of this id")->type_name("ID")->check(idFault)->excludes(at);
     command->callback([&line, options] { line.run = [options] { return dumpFile(*options); }; });
 }

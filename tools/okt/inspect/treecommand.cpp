@@ -6,6 +6,7 @@
 #include "../imageformat.h"
 #include "../poolprinter.h"
 #include "../poolreader.h"
+#include "../progress.h"
 #include "../text.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -280,9 +282,12 @@ int tree(Options const &options)
     DisplayUnit const *const unit = findUnit(options.unit);
     if (unit == nullptr)
         throw Failure("--unit", "", "there is no unit " + options.unit);
-    PoolFile const file = readPool(utf8Path(options.file), unit->factor);
+    InputFile const input(utf8Path(options.file));
+    PoolFile const file = readPool(input.path(), unit->factor, input.name());
     std::string text = quoted(file.pool->poolName()) + " " + idOf(file.pool->objectId()) + "\n";
+    std::optional<Waiting> waiting(std::in_place, printable(input.name()), static_cast<std::uintmax_t>(file.size));
     append(text, options.inAscii || !isUtf8Locale() ? kAscii : kBoxes, "", TreeMaker(*file.pool, *unit).nodes());
+    waiting.reset();
     print(text);
     if (!file.fault.empty())
         printError(file.fault);
@@ -298,7 +303,7 @@ void addTree(CommandLine &line)
                 "  okt tree templates/link-d12.okt");
     command->footer("0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "a pool file")->required();
+    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
     command->add_flag("--ascii", options->inAscii, "branches in plain characters, as where the locale is not UTF-8");

@@ -5,9 +5,11 @@
 #include <tools/okt/console.h>
 #include <tools/okt/exportfiles.h>
 #include <tools/okt/failure.h>
+#include <tools/okt/progress.h>
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <system_error>
 
 namespace okt
@@ -30,19 +32,32 @@ struct Options
 int report(Options const &options)
 {
     fs::path const output = utf8Path(options.output);
+    if (std::count(options.files.begin(), options.files.end(), kStandardStream) > 1)
+        throw Failure(inputName(kStandardStream), "", "it can be read only once");
     std::vector<TemplateFacts> templates;
-    std::vector<std::string> faults;
     for (std::string const &file : options.files)
     {
-        fs::path const path = utf8Path(file);
         std::error_code ignored;
-        if (fs::equivalent(path, output, ignored))
+        if (fs::equivalent(utf8Path(file), output, ignored))
             throw Failure(pathName(output), "", "the file cannot be written: this is one of the pool files");
+    }
+    if (output != kStandardStream)
+        checkWritable(output, options.replaces);
+    std::optional<Progress> progress; // of one file the steps tell more
+    if (options.files.size() > 1)
+        progress.emplace("report", options.files.size(), "files");
+    for (std::string const &file : options.files)
+    {
+        if (progress)
+            progress->at(templates.size());
+        fs::path const path = utf8Path(file);
         std::string fault;
         templates.push_back(factsOf(path, "t" + std::to_string(templates.size() + 1), fault));
         if (!fault.empty())
             printError(fault);
     }
+    progress.reset();
+    Waiting const waiting("report");
     PageOptions page;
     page.title = html(std::string_view(options.title));
     page.unit = static_cast<std::size_t>(std::find(kPageUnits.begin(), kPageUnits.end(), options.unit) - kPageUnits.begin());
@@ -63,13 +78,13 @@ void addReport(CommandLine &line)
         line.app.add_subcommand("report", "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.\n"
                                           "  okt report templates/*.okt -o report.html");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->files, "pool files")->required();
+    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
     command->add_option("-o,--output", options->output, "the file for the page; - for standard output")->required();
     command
         ->add_option("-u,--unit", options->unit,
                      "the unit of lengths at first: mm (default), cm, m, in, ft; the page has a switch")
         ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
-    command->add_option("--title", options->title, "the heading of the page")->type_name("TEXT");
+    command->add_option("--title", options->title, "the heading of the page")->type_name("HEADING");
     command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] { line.run = [options] { return report(*options); }; });
 }

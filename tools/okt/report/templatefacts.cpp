@@ -6,6 +6,7 @@
 #include <tools/okt/failure.h>
 #include <tools/okt/members.h>
 #include <tools/okt/poolprinter.h>
+#include <tools/okt/progress.h>
 #include <tools/okt/standin.h>
 #include <tools/okt/text.h>
 
@@ -550,15 +551,17 @@ std::string withoutFolder(std::string const &line, std::string const &path, std:
 
 void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::string &faultLine)
 {
+    InputFile const input(path);
     UnitValues values;
     PoolFile file;
     for (std::size_t unit = 0; unit < kUnits; ++unit)
     {
-        PoolFile read = readPool(path, findUnit(kPageUnits[unit])->factor);
+        PoolFile read = readPool(input.path(), findUnit(kPageUnits[unit])->factor, input.name());
         putValues(values, unit, *read.pool);
         if (unit == 0)
             file = std::move(read);
     }
+    Waiting const waiting(printable(input.name()), static_cast<std::uintmax_t>(file.size));
     faultLine = file.fault;
     facts.isRead = true;
     facts.size = static_cast<std::uint64_t>(file.size);
