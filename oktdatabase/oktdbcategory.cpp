@@ -6,6 +6,21 @@
 
 OKTDbCategory::OKTDbCategory() = default;
 
+OKTDbCategory::OKTDbCategory(OKTDbCategory const &other) : OKTDbObject(other) { *this = other; }
+
+OKTDbCategory &OKTDbCategory::operator=(OKTDbCategory const &other)
+{
+    try
+    {
+        OKTDbObject::operator=(other);
+        m_idGroupCategory = other.m_idGroupCategory;
+        m_tabParameters = other.m_tabParameters;
+        m_strCategoryName = other.m_strCategoryName;
+    }
+    OKT_ANSWER_NOTHING
+    return *this;
+}
+
 OKTDbCategory::~OKTDbCategory() = default;
 
 int OKTDbCategory::parameterCount() const { return m_tabParameters.getSize(); }

@@ -9,8 +9,8 @@ class OKT_API OKTDbCategory : public OKTDbObject
     OKT_STORED_CLASS(OKTDbCategory)
 
     OKTDbCategory();
-    OKTDbCategory(OKTDbCategory const &) = default;
-    OKTDbCategory &operator=(OKTDbCategory const &) = default;
+    OKTDbCategory(OKTDbCategory const &other);
+    OKTDbCategory &operator=(OKTDbCategory const &other);
     ~OKTDbCategory() override;
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;

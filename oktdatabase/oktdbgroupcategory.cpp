@@ -5,6 +5,19 @@
 
 OKTDbGroupCategory::OKTDbGroupCategory() = default;
 
+OKTDbGroupCategory::OKTDbGroupCategory(OKTDbGroupCategory const &other) : OKTDbObject(other) { *this = other; }
+
+OKTDbGroupCategory &OKTDbGroupCategory::operator=(OKTDbGroupCategory const &other)
+{
+    try
+    {
+        OKTDbObject::operator=(other);
+        m_tabCategory = other.m_tabCategory;
+    }
+    OKT_ANSWER_NOTHING
+    return *this;
+}
+
 OKTDbGroupCategory::~OKTDbGroupCategory() = default;
 
 int OKTDbGroupCategory::categoryCount() const { return m_tabCategory.getSize(); }

@@ -9,8 +9,8 @@ class OKT_API OKTDbGroupCategory : public OKTDbObject
     OKT_STORED_CLASS(OKTDbGroupCategory)
 
     OKTDbGroupCategory();
-    OKTDbGroupCategory(OKTDbGroupCategory const &) = default;
-    OKTDbGroupCategory &operator=(OKTDbGroupCategory const &) = default;
+    OKTDbGroupCategory(OKTDbGroupCategory const &other);
+    OKTDbGroupCategory &operator=(OKTDbGroupCategory const &other);
     ~OKTDbGroupCategory() override;
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;

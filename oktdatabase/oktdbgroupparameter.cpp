@@ -13,6 +13,20 @@ OKTDbParameter *elementOf(OKTDbObjectId id) { return OKTDbParameter::cast(id); }
 
 OKTDbGroupParameter::OKTDbGroupParameter() = default;
 
+OKTDbGroupParameter::OKTDbGroupParameter(OKTDbGroupParameter const &other) : OKTDbParameter() { *this = other; }
+
+OKTDbGroupParameter &OKTDbGroupParameter::operator=(OKTDbGroupParameter const &other)
+{
+    try
+    {
+        OKTDbParameter::operator=(other);
+        m_tabElements = other.m_tabElements;
+        m_tabElementNames = other.m_tabElementNames;
+    }
+    OKT_ANSWER_NOTHING
+    return *this;
+}
+
 OKTDbGroupParameter::~OKTDbGroupParameter() = default;
 
 void OKTDbGroupParameter::setValue(tagVARIANT const &value)

@@ -13,8 +13,8 @@ class OKT_API OKTDbGroupParameter : public OKTDbParameter
     OKT_STORED_CLASS(OKTDbGroupParameter)
 
     OKTDbGroupParameter();
-    OKTDbGroupParameter(OKTDbGroupParameter const &) = default;
-    OKTDbGroupParameter &operator=(OKTDbGroupParameter const &) = default;
+    OKTDbGroupParameter(OKTDbGroupParameter const &other);
+    OKTDbGroupParameter &operator=(OKTDbGroupParameter const &other);
     ~OKTDbGroupParameter() override;
 
     using OKTDbParameter::setValue;

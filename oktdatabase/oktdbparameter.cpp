@@ -62,10 +62,11 @@ tagVARIANT emptyVariant()
     return variant;
 }
 
-// Raises for an array that somebody has locked, which stays.
+// Raises for an array that somebody has locked, which stays. A kind that the platform does not know, as a damaged file may have
+// it, owns nothing.
 void clearVariant(tagVARIANT &variant)
 {
-    if (HRESULT const result = VariantClear(&variant); FAILED(result))
+    if (HRESULT const result = VariantClear(&variant); FAILED(result) && result != DISP_E_BADVARTYPE)
         throw COleException(result);
     variant = emptyVariant();
 }
@@ -120,28 +121,26 @@ OKTDbParameter::OKTDbParameter(ParamType const &type, OKTDbObjectId const &owner
 {
 }
 
-OKTDbParameter::OKTDbParameter(OKTDbParameter const &other)
-    : OKTDbObject(other), m_strUserName(other.m_strUserName), m_nParamType(other.m_nParamType), m_varValue(emptyVariant()),
-      m_nListIndex(other.m_nListIndex), m_idCategory(other.m_idCategory), m_idOwner(other.m_idOwner),
-      m_strExpression(other.m_strExpression), m_strDescription(other.m_strDescription), m_tabIdsParams(other.m_tabIdsParams)
-{
-    copyVariant(m_varValue, other.m_varValue);
-}
+OKTDbParameter::OKTDbParameter(OKTDbParameter const &other) : OKTDbObject(other), m_varValue(emptyVariant()) { *this = other; }
 
 OKTDbParameter &OKTDbParameter::operator=(OKTDbParameter const &other)
 {
     if (this == &other)
         return *this;
-    OKTDbObject::operator=(other);
-    m_strUserName = other.m_strUserName;
-    m_nParamType = other.m_nParamType;
-    copyVariant(m_varValue, other.m_varValue);
-    m_nListIndex = other.m_nListIndex;
-    m_idCategory = other.m_idCategory;
-    m_idOwner = other.m_idOwner;
-    m_strExpression = other.m_strExpression;
-    m_strDescription = other.m_strDescription;
-    m_tabIdsParams = other.m_tabIdsParams;
+    try
+    {
+        OKTDbObject::operator=(other);
+        m_strUserName = other.m_strUserName;
+        m_nParamType = other.m_nParamType;
+        copyVariant(m_varValue, other.m_varValue);
+        m_nListIndex = other.m_nListIndex;
+        m_idCategory = other.m_idCategory;
+        m_idOwner = other.m_idOwner;
+        m_strExpression = other.m_strExpression;
+        m_strDescription = other.m_strDescription;
+        m_tabIdsParams = other.m_tabIdsParams;
+    }
+    OKT_ANSWER_NOTHING
     return *this;
 }
 

@@ -5,6 +5,19 @@
 
 OKTDbParamRelation::OKTDbParamRelation() = default;
 
+OKTDbParamRelation::OKTDbParamRelation(OKTDbParamRelation const &other) : OKTDbRelation(other) { *this = other; }
+
+OKTDbParamRelation &OKTDbParamRelation::operator=(OKTDbParamRelation const &other)
+{
+    try
+    {
+        OKTDbRelation::operator=(other);
+        m_tabParameters = other.m_tabParameters;
+    }
+    OKT_ANSWER_NOTHING
+    return *this;
+}
+
 OKTDbParamRelation::~OKTDbParamRelation() = default;
 
 void OKTDbParamRelation::appendParameter(OKTDbObjectId const &id)

@@ -8,8 +8,8 @@ class OKT_API OKTDbParamRelation : public OKTDbRelation
     OKT_STORED_CLASS(OKTDbParamRelation)
 
     OKTDbParamRelation();
-    OKTDbParamRelation(OKTDbParamRelation const &) = default;
-    OKTDbParamRelation &operator=(OKTDbParamRelation const &) = default;
+    OKTDbParamRelation(OKTDbParamRelation const &other);
+    OKTDbParamRelation &operator=(OKTDbParamRelation const &other);
     ~OKTDbParamRelation() override;
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;

@@ -197,6 +197,22 @@ private:
 
 OKTDbPicture::OKTDbPicture() = default;
 
+OKTDbPicture::OKTDbPicture(OKTDbPicture const &other) : OKTDbObject(other) { *this = other; }
+
+OKTDbPicture &OKTDbPicture::operator=(OKTDbPicture const &other)
+{
+    try
+    {
+        OKTDbObject::operator=(other);
+        m_pictureData = other.m_pictureData;
+        m_pntCamera = other.m_pntCamera;
+        m_pntTarget = other.m_pntTarget;
+        m_vecUp = other.m_vecUp;
+    }
+    OKT_ANSWER_NOTHING
+    return *this;
+}
+
 OKTDbPicture::~OKTDbPicture() = default;
 
 void OKTDbPicture::getCameraData(OKTGeXYZ &camera, OKTGeXYZ &target, OKTGeXYZ &up) const

@@ -11,8 +11,8 @@ class OKT_API OKTDbPicture : public OKTDbObject
     OKT_STORED_CLASS(OKTDbPicture)
 
     OKTDbPicture();
-    OKTDbPicture(OKTDbPicture const &) = default;
-    OKTDbPicture &operator=(OKTDbPicture const &) = default;
+    OKTDbPicture(OKTDbPicture const &other);
+    OKTDbPicture &operator=(OKTDbPicture const &other);
     ~OKTDbPicture() override;
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;

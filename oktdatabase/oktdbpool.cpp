@@ -1,6 +1,8 @@
 #include <oktdatabase/oktdbpool.h>
 
 #include <oktdatabase/oktcrashhandler.h>
+#include <oktdatabase/oktdbcategory.h>
+#include <oktdatabase/oktdbgroupparameter.h>
 #include <oktdatabase/oktdbparameter.h>
 #include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktframe.h>

@@ -17,11 +17,6 @@ struct ThreadPage
     bool keepsAscii = true;
 };
 
-// Asked for each frame, so its few bytes lie, where ELF knows that, in the block that each thread has from its start: they are
-// found there without a call.
-#if defined(__ELF__)
-[[gnu::tls_model("initial-exec")]]
-#endif
 thread_local ThreadPage t_page;
 
 /// The characters of the bytes 0x80 to 0x9F in windows-1252; its other bytes are the characters of the same number.

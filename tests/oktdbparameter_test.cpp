@@ -899,6 +899,34 @@ TEST_F(ParameterTest, XmlIn_ValueThatFails_IsConvertedAllTheSame_Quirk48)
     EXPECT_EQ(parameter.Expression(), u"e");
 }
 
+TEST_F(ParameterTest, XmlIn_QuantityOfAnyOtherKind_Status1AndAnEmptyTextWhereAFactorApplies)
+{
+    OKTDbPool plain;
+    OKTDbPool scaled;
+    scaled.setMetricsFactor(10.0);
+    ParameterFields fields;
+    fields.type = 39;
+    for (int kind = 0; kind <= 0xFFFF; ++kind)
+    {
+        if (kind == VT_I2 || kind == VT_I4 || kind == VT_R4 || kind == VT_R8 || kind == VT_BSTR || kind == VT_BOOL)
+            continue;
+        fields.value = StreamBuilder().variant(static_cast<VARTYPE>(kind), {});
+        CByteArray const frame = parameterFrame(fields).bytes();
+        OKTDbParameter kept;
+        ASSERT_EQ(read(kept, frame, &plain), eFilerMemberFailed) << kind;
+        ASSERT_EQ(kept.Value().vt, kind);
+        kept.setValue(2.5, 6);
+        ASSERT_EQ(kept.Value().vt, VT_R8) << kind;
+        ASSERT_EQ(kept.Value().dblVal, 2.5) << kind;
+        ASSERT_EQ(kept.ListIndex(), 6) << kind;
+        OKTDbParameter converted;
+        ASSERT_EQ(read(converted, frame, &scaled), eFilerMemberFailed) << kind;
+        ASSERT_EQ(converted.Value().vt, VT_BSTR) << kind;
+        ASSERT_EQ(textIn(converted.Value()), u"") << kind;
+    }
+    EXPECT_EQ(m_reports.count(), 0u);
+}
+
 // --- Statuses and failures ---------------------------------------------------------------------------------------------------
 
 TEST_F(ParameterTest, NullFiler_3)

@@ -150,6 +150,7 @@ TEST_F(OktDiff, Diff_AddedAndRemoved_ObjectsAndTheListsTheyStandIn)
     std::string const id = textOf(last);
     m_category->removeParameter(last->objectId());
     m_pool.removeObject(last->objectId());
+    delete last;
     std::string const less = write("less.okt");
     std::string const category = "~ OKTDbCategory " + textOf(m_category) + " \"Bar\"\n";
     expectDifferent(runOkt({"diff", full, less}), "- OKTDbParameter " + id + " \"Leg C\"\n" + category +

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
@@ -174,7 +175,7 @@ protected:
 
     template <typename F> static bool becomesTrue(F condition)
     {
-        for (int i = 0; i < 2000; ++i)
+        for (int i = 0; i < 9000; ++i) // a sanitizer may take a minute
         {
             if (condition())
                 return true;
@@ -314,6 +315,7 @@ TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
 /// What a second process writes to a terminal as its standard error.
 std::string errorOf(auto action)
 {
+    std::fflush(nullptr); // the second process would write it again
     Terminal terminal;
     pid_t const child = fork();
     if (child == 0)

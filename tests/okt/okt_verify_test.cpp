@@ -55,7 +55,7 @@ TEST_F(OktVerify, BuiltTemplates_Clean)
     std::vector<std::string> arguments = {"verify", "--json"};
     for (fs::directory_entry const &entry : fs::directory_iterator(path("t")))
         arguments.push_back(entry.path().string());
-    EXPECT_EQ(arguments.size(), 48u);
+    EXPECT_EQ(arguments.size(), 2u + 48u);
     ProcessResult const result = runOkt(arguments);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out, "");
@@ -218,12 +218,11 @@ TEST_F(OktVerifyPool, PlacesOfTheHeader)
     std::string bytes = contents(path("pool.okt"));
     std::size_t const header = static_cast<unsigned char>(bytes[1]) + 256u * static_cast<unsigned char>(bytes[2]);
     // The place of the picture: its position, then its size.
+    auto const record = [](std::size_t number) {
+        return std::string{'\x02', static_cast<char>(number & 0xFF), static_cast<char>(number >> 8), '\0', '\0'};
+    };
     std::size_t const begin = bytes.find("\x06\x05\x0C" + std::string(1, '\0') + "OKTDbPicture") - 5 - header;
-    std::string needle(5, '\0');
-    needle[0] = 2;
-    needle[1] = static_cast<char>(begin & 0xFF);
-    needle[2] = static_cast<char>(begin >> 8);
-    std::size_t const place = bytes.find(needle);
+    std::size_t const place = bytes.find(record(begin) + record(static_cast<std::size_t>(picture->frameSize())));
     ASSERT_NE(place, std::string::npos);
     bytes[place + 1] = static_cast<char>(bytes[place + 1] ^ 1);
     EXPECT_EQ(findingsOf(bytes).substr(0, 40), "error: the header places a picture at by");

@@ -1,3 +1,7 @@
+#include <oktdatabase/oktdbcategory.h>
+#include <oktdatabase/oktdbgroupcategory.h>
+#include <oktdatabase/oktdbgroupparameter.h>
+#include <oktdatabase/oktdbparamrelation.h>
 #include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktdbrelation.h>
@@ -110,8 +114,8 @@ CByteArray imageOf(OKTDbPool const &pool)
 
 TEST(AllocationFaults, ClassDescriptor_EachAllocationFails_EmptyAndNotRegistered)
 {
-    CString const name = ownText(1);
-    CString const base = ownText(2);
+    CString const name = u"ADescriptorWithoutMemory"; // a literal, of which the registry makes a text of its own
+    CString const base = u"ItsBase";
     int const faults = forEachAllocation([&](std::size_t n) {
         ReportCatcher const reports;
         std::unique_ptr<OKTDbObject> prototype(OKTDbParameter::desc()->CreateObject());
@@ -132,6 +136,82 @@ TEST(AllocationFaults, ClassDescriptor_EachAllocationFails_EmptyAndNotRegistered
         return struck;
     });
     EXPECT_GE(faults, 1);
+}
+
+// --- Copies ------------------------------------------------------------------------------------------------------------------
+
+/// A copy or an assignment whose n-th allocation fails reports that, and both objects can be used on.
+template <typename T> void copyWithFaults(T const &source)
+{
+    int const copied = forEachAllocation([&](std::size_t n) {
+        ReportCatcher const reports;
+        std::optional<T> copy;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            copy.emplace(source);
+            struck = fault.struck();
+        }
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        *copy = source;
+        OKTMemoryFiler first;
+        OKTMemoryFiler second;
+        EXPECT_EQ(copy->xmlOut(&first), eFilerOk);
+        EXPECT_EQ(source.xmlOut(&second), eFilerOk);
+        EXPECT_EQ(written(first), written(second));
+        return struck;
+    });
+    EXPECT_GE(copied, kLeastFaults);
+    int const assigned = forEachAllocation([&](std::size_t n) {
+        ReportCatcher const reports;
+        T copy;
+        bool struck = false;
+        {
+            AllocationFault const fault(n);
+            copy = source;
+            struck = fault.struck();
+        }
+        EXPECT_EQ(reports.count(), struck ? 1u : 0u);
+        return struck;
+    });
+    EXPECT_GE(assigned, kLeastFaults);
+}
+
+TEST(AllocationFaults, Copies_EachAllocationFails_AReport)
+{
+    OKTDbObjectId const id = OKTDbObjectId::createObjectId(nullptr);
+    IdArray ids;
+    ids.append(id);
+
+    OKTDbParameter parameter(6, id);
+    parameter.setValue(u"a text as value", 2);
+    parameter.setTabParams(ids);
+    copyWithFaults(parameter);
+
+    OKTDbPool pool;
+    auto *const element = new OKTDbParameter(6, id);
+    pool.appendObject(element);
+    OKTDbGroupParameter group;
+    group.addElement(element->objectId());
+    copyWithFaults(group);
+
+    OKTDbCategory category;
+    category.appendParameter(id);
+    copyWithFaults(category);
+
+    OKTDbGroupCategory groups;
+    groups.appendCategory(id);
+    copyWithFaults(groups);
+
+    OKTDbParamRelation relation;
+    relation.appendParameter(id);
+    copyWithFaults(relation);
+
+    OKTDbPicture picture;
+    CByteArray data;
+    data.SetSize(3000);
+    picture.setPictureData(data);
+    copyWithFaults(picture);
 }
 
 // --- Filers ------------------------------------------------------------------------------------------------------------------

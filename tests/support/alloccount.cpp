@@ -92,6 +92,8 @@ void *operator new(std::size_t size) { return allocate(size); }
 
 void *operator new[](std::size_t size) { return allocate(size); }
 
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept { return passes() ? std::malloc(size == 0 ? 1 : size) : nullptr; }
+
 void operator delete(void *memory) noexcept { std::free(memory); }
 
 void operator delete[](void *memory) noexcept { std::free(memory); }

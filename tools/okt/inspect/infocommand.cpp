@@ -58,14 +58,14 @@ HeaderFields readHeader(ByteSource &source, HeaderPlace const &place)
         if (records.record().type == RecordType::SectionBegin && records.open().size() == 2)
             fields.sections.push_back(records.record().number);
 
-    static std::map<int, std::string> const kRoles = {{101, "construct"}, {104, "old picture"}, {107, "index"},
+    static std::map<std::int64_t, std::string> const kRoles = {{101, "construct"}, {104, "old picture"}, {107, "index"},
                                                       {300, "ppActions"}, {400, "sketch"},      {600, "radial"}};
     ValueWalk walk(source, place.begin);
     int numbers = 2; // behind an id its position, then its size
     while (walk.next())
     {
         StoredValue const &value = walk.value();
-        int const member = 100 * value.section + value.ordinal;
+        std::int64_t const member = std::int64_t{100} * value.section + value.ordinal; // a damaged section may be any number
         if (value.nested > 0)
             continue;
         if (value.kind == Kind::Id)
