@@ -65,6 +65,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     endforeach()
 endif()
 
+# A caller must not count on the registers that its own copy of an inline function leaves alone: the linker may take the copy of
+# another source, which uses others. The compiler does so there (not so for ELF).
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-fno-ipa-ra)
+endif()
+
 # okt_module_resources(<library>): the string table, the type library, the manifest, and the entry points under their own names.
 function(okt_module_resources library)
     enable_language(RC)

@@ -201,10 +201,10 @@ try
     if (!plain)
     {
         auto const length = static_cast<int>(units.size());
-        int const size = WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, nullptr, 0, nullptr, nullptr);
+        int const size = OktToMultiByte(CP_THREAD_ACP, units.data(), length, nullptr, 0);
         // A conversion shorter than the count ends in zeros.
         converted.resize(static_cast<std::size_t>(std::max<int>(size, count)));
-        WideCharToMultiByte(CP_THREAD_ACP, 0, units.data(), length, converted.data(), size, nullptr, nullptr);
+        OktToMultiByte(CP_THREAD_ACP, units.data(), length, converted.data(), size);
     }
     BYTE *const place = extend(3 + count);
     if (place == nullptr)
@@ -420,9 +420,9 @@ try
     else
     {
         auto const *const narrow = reinterpret_cast<char const *>(bytes);
-        int const size = MultiByteToWideChar(CP_THREAD_ACP, 0, narrow, length, nullptr, 0);
+        int const size = OktToWideChar(CP_THREAD_ACP, narrow, length, nullptr, 0);
         text.SetUnits(size, [narrow, length](WCHAR *units, int room) {
-            MultiByteToWideChar(CP_THREAD_ACP, 0, narrow, length, units, room);
+            OktToWideChar(CP_THREAD_ACP, narrow, length, units, room);
         });
     }
     m_position += count;

@@ -3,6 +3,9 @@
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktwholeframe.h>
 
+#include <oktplatform/oktsystem.h>
+
+#include <new>
 #include <utility>
 
 namespace
@@ -21,10 +24,16 @@ struct Spare
 
 CString *spareText()
 {
-    if (t_spareEnded)
-        return nullptr;
-    thread_local Spare spare;
-    return &spare.text;
+    if constexpr (OktSystem::kThreadObjectsMayEnd)
+    {
+        if (t_spareEnded)
+            return nullptr;
+        thread_local Spare spare;
+        return &spare.text;
+    }
+    else
+        return static_cast<CString *>(OktSystem::threadObject([]() -> void * { return new (std::nothrow) CString; },
+                                                              [](void *text) { delete static_cast<CString *>(text); }));
 }
 } // namespace
 

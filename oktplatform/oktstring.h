@@ -254,7 +254,13 @@ public:
     template <OktOtherCharacter C> CString &TrimLeft(C character) { return TrimLeft(of(character)); }
     template <OktOtherCharacter C> CString &TrimRight(C character) { return TrimRight(of(character)); }
     template <OktOtherCharacter C> int Replace(C from, C to) { return Replace(of(from), of(to)); }
-    template <OktOtherCharacter C> CString &operator+=(C character) { return *this += of(character); }
+    template <OktOtherCharacter C> CString &operator+=(C character)
+    {
+        if constexpr (sizeof(C) == sizeof(WCHAR))
+            return *this += static_cast<WCHAR>(character);
+        else
+            return *this += of(character);
+    }
     template <OktOtherCharacter C> friend CString operator+(CString const &left, C right) { return joined(left, of(right)); }
     template <OktOtherCharacter C> friend CString operator+(C left, CString const &right) { return joined(of(left), right); }
 

@@ -14,6 +14,18 @@ using Unit = wchar_t;
 using Unit = char16_t;
 #endif
 
+/// Whether an object of a thread may have a destructor. Not with MinGW, whose threads give their memory back first, and run the
+/// destructors of the objects in it behind that.
+#if defined(__MINGW32__)
+inline constexpr bool kThreadObjectsMayEnd = false;
+#else
+inline constexpr bool kThreadObjectsMayEnd = true;
+#endif
+
+/// Where they may not: the library's one object of the calling thread, which is made at the first call and ends with the thread
+/// or the library. Null: it could not be made, or the library ends.
+void *threadObject(void *(*make)(), void (*end)(void *));
+
 /// The decimal point of the current numeric locale: as the runtime library prints it, and as one unit.
 struct DecimalPoint
 {

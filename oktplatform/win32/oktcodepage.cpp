@@ -89,8 +89,9 @@ bool OktSystem::toCodePage(unsigned int page, Unit const *text, std::size_t leng
     if (length > kMostUnits)
         return false;
     std::string made((length + 1) * kMostBytes, '\0');
+    char const ended[2] = {substitute, '\0'}; // a page of two bytes reads a second one
     int const written = ::WideCharToMultiByte(page, flags, text, count, made.data(), static_cast<int>(made.size()),
-                                              plain ? nullptr : &substitute, plain ? nullptr : &used);
+                                              plain ? nullptr : ended, plain ? nullptr : &used);
     if (written <= 0)
         return false;
     made.resize(static_cast<std::size_t>(written));

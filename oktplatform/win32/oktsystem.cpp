@@ -61,7 +61,59 @@ void writeLine(wchar_t const *text, std::size_t length)
     DWORD written = 0;
     WriteFile(errors, line, static_cast<DWORD>(size), &written, nullptr);
 }
+
+/// The system's own per-thread store, which tells a thread's end while the thread is whole.
+class ThreadSlot
+{
+public:
+    explicit ThreadSlot(void (*end)(void *)) : m_index(FlsAlloc(&onEnd)) { s_end = end; }
+    ThreadSlot(ThreadSlot const &) = delete;
+    ThreadSlot &operator=(ThreadSlot const &) = delete;
+    ~ThreadSlot()
+    {
+        if (m_index != FLS_OUT_OF_INDEXES)
+            FlsFree(m_index); // ends the objects of all threads
+        s_isOver = true;
+    }
+
+    static bool isOver() { return s_isOver; }
+
+    void *object(void *(*make)()) const
+    {
+        if (m_index == FLS_OUT_OF_INDEXES)
+            return nullptr;
+        void *object = FlsGetValue(m_index);
+        if (object != nullptr)
+            return object;
+        object = make();
+        if (object != nullptr && !FlsSetValue(m_index, object))
+        {
+            s_end(object);
+            return nullptr;
+        }
+        return object;
+    }
+
+private:
+    static void CALLBACK onEnd(void *object)
+    {
+        if (object != nullptr)
+            s_end(object);
+    }
+
+    DWORD m_index;
+    inline static void (*s_end)(void *) = nullptr;
+    inline static bool s_isOver = false;
+};
 } // namespace
+
+void *OktSystem::threadObject(void *(*make)(), void (*end)(void *))
+{
+    if (ThreadSlot::isOver())
+        return nullptr;
+    static ThreadSlot const slot(end);
+    return slot.object(make);
+}
 
 OktSystem::DecimalPoint OktSystem::decimalPoint()
 {

@@ -26,7 +26,7 @@ constexpr GUID kDocumentInterface = {0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x
 constexpr GUID kNodeInterface = {0x2933BF80, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 constexpr GUID kAttributeInterface = {0x2933BF85, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 
-constexpr int kMostDepth = 256;
+constexpr std::size_t kMostDepth = 256;
 constexpr UINT kMostText = 10'000'000; // units
 
 /// A counted pointer to an interface.
@@ -185,6 +185,22 @@ void unlink(OktXmlNode &child)
     child.next = nullptr;
 }
 
+// The list is asked, not the neighbours: a document type tells of none under Wine.
+Com<::IXMLDOMNodeList> childrenOf(ComNode const &node)
+{
+    Com<::IXMLDOMNodeList> list;
+    check(node->get_childNodes(list.out()));
+    return list;
+}
+
+ComNode nextOf(Com<::IXMLDOMNodeList> const &list)
+{
+    ComNode node;
+    if (list)
+        check(list->nextNode(node.out()));
+    return node;
+}
+
 /// Makes the children of a node known. Only documents and elements have children here.
 void learnChildren(OktXmlTree &tree, OktXmlNode &node)
 {
@@ -193,15 +209,9 @@ void learnChildren(OktXmlTree &tree, OktXmlNode &node)
     node.knowsChildren = true;
     if (node.type != NODE_ELEMENT && node.type != NODE_DOCUMENT)
         return;
-    ComNode child;
-    check(node.com->get_firstChild(child.out()));
-    while (child)
-    {
-        ComNode next;
-        check(child->get_nextSibling(next.out()));
+    Com<::IXMLDOMNodeList> const children = childrenOf(node.com);
+    while (ComNode child = nextOf(children))
         linkLast(node, *entered(tree, std::move(child)));
-        child = std::move(next);
-    }
 }
 
 /// The text with U+FFFD in place of every character that XML 1.0 cannot hold.
@@ -246,35 +256,22 @@ ComNode copied(::IXMLDOMDocument &target, OktXmlNode const &source)
 
 bool isWithinBounds(OktXmlTree &tree)
 {
-    struct Place
+    std::vector<Com<::IXMLDOMNodeList>> lists; // one for each element that is open
+    lists.push_back(childrenOf(tree.root->com));
+    while (!lists.empty())
     {
-        ComNode node;
-        int depth;
-    };
-    std::vector<Place> places;
-    ComNode first;
-    check(tree.root->com->get_firstChild(first.out()));
-    if (first)
-        places.push_back({std::move(first), 1});
-    while (!places.empty())
-    {
-        Place const place = std::move(places.back());
-        places.pop_back();
-        if (place.depth > kMostDepth)
-            return false;
-        ComNode next;
-        check(place.node->get_nextSibling(next.out()));
-        if (next)
-            places.push_back({std::move(next), place.depth});
-        DOMNodeType type = NODE_INVALID;
-        check(place.node->get_nodeType(&type));
-        if (type == NODE_ELEMENT)
+        ComNode const node = nextOf(lists.back());
+        if (!node)
         {
-            ComNode child;
-            check(place.node->get_firstChild(child.out()));
-            if (child)
-                places.push_back({std::move(child), place.depth + 1});
+            lists.pop_back();
+            continue;
         }
+        if (lists.size() > kMostDepth)
+            return false;
+        DOMNodeType type = NODE_INVALID;
+        check(node->get_nodeType(&type));
+        if (type == NODE_ELEMENT)
+            lists.push_back(childrenOf(node));
     }
     return true;
 }

@@ -57,7 +57,7 @@ std::vector<fs::path> sourcesIn(fs::path const &data)
         if (isBarTable(entries->path()) || isBarRecords(entries->path()))
             tables.push_back(entries->path());
     if (error)
-        throw Failure(pathName(data), "", "the folder cannot be read: " + systemReason(error.value()));
+        throw Failure(pathName(data), "", "the folder cannot be read: " + error.message());
     if (tables.empty())
         throw Failure(pathName(data), "", "the folder has no bar table (bars-*.csv) and no bar records (*.bf2d)");
     std::sort(tables.begin(), tables.end());

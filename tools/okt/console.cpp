@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <system_error>
 
 namespace okt
 {
@@ -78,7 +79,7 @@ void print(std::string_view text)
         return;
     if (isClosedPipe(errno))
         throw OutputClosed();
-    throw Failure("standard output", "", "the output cannot be written: " + systemReason(errno));
+    throw Failure("standard output", "", "the output cannot be written: " + std::generic_category().message(errno));
 }
 
 void printError(std::string_view text)

@@ -75,7 +75,7 @@ InputFile::InputFile(fs::path const &path) : m_path(path), m_name(inputName(path
     std::error_code error;
     fs::path const folder = fs::temp_directory_path(error);
     if (error)
-        throw Failure(m_name, "", "there is no folder to keep it in: " + systemReason(error.value()));
+        throw Failure(m_name, "", "there is no folder to keep it in: " + error.message());
     m_kept.emplace(folder / "okt-input");
     try
     {

@@ -21,6 +21,10 @@ constexpr std::uintmax_t kLargestFile = 0x7FFFFFFF;
 
 bool isInUse(int error)
 {
+#if defined(_WIN32)
+    if (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION)
+        return true;
+#endif
     std::error_code const code(error, std::system_category());
     return code == std::errc::operation_would_block || code == std::errc::resource_unavailable_try_again ||
            code == std::errc::text_file_busy;
@@ -40,7 +44,7 @@ std::uintmax_t openedLength(fs::path const &path, CFile &file)
     if (status.type() == fs::file_type::not_found)
         throw Failure(name, "", "there is no such file");
     if (error)
-        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
+        throw Failure(name, "", "the file cannot be reached: " + error.message());
     if (fs::is_directory(status))
         throw Failure(name, "", "this is a folder, not a file");
     // A pipe or a device may have no end and no length.
@@ -83,8 +87,10 @@ std::uintmax_t readAll(CFile &file, CByteArray &bytes, std::string const &name)
 /// Drawn anew, so that two runs into one folder do not meet.
 fs::path pathBeside(fs::path const &target)
 {
-    fs::path path = target;
-    return path.replace_filename("." + target.filename().string() + "." + std::to_string(std::random_device()()) + ".part");
+    fs::path name = ".";
+    name += target.filename();
+    name += "." + std::to_string(std::random_device()()) + ".part";
+    return target.parent_path() / name;
 }
 
 } // namespace
@@ -99,7 +105,7 @@ fs::path utf8Path(std::string const &name) { return fs::path(std::u8string(name.
 
 std::string pathName(fs::path const &path)
 {
-    std::u8string const utf8 = path.u8string();
+    std::u8string const utf8 = path.generic_u8string(); // a backslash would be taken for an escape
     return {reinterpret_cast<char const *>(utf8.data()), utf8.size()};
 }
 
@@ -156,7 +162,7 @@ void PendingFile::commit()
     std::error_code error;
     fs::rename(m_path, m_target, error);
     if (error)
-        throw Failure(pathName(m_target), "", "the file cannot be put in place: " + systemReason(error.value()));
+        throw Failure(pathName(m_target), "", "the file cannot be put in place: " + error.message());
 }
 
 void checkReplaceable(fs::path const &path)
@@ -167,7 +173,7 @@ void checkReplaceable(fs::path const &path)
     if (status.type() == fs::file_type::not_found)
         return;
     if (error)
-        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
+        throw Failure(name, "", "the file cannot be reached: " + error.message());
     if (fs::is_directory(status))
         throw Failure(name, "", "the file cannot be written: a folder has this name");
     if (!fs::is_regular_file(status))
@@ -189,7 +195,7 @@ void makeFolder(fs::path const &path)
         throw Failure(pathName(path), "", "the output folder cannot be made: a file has this name");
     fs::create_directories(path, error);
     if (error)
-        throw Failure(pathName(path), "", "the output folder cannot be made: " + systemReason(error.value()));
+        throw Failure(pathName(path), "", "the output folder cannot be made: " + error.message());
 }
 
 } // namespace okt

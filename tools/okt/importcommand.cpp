@@ -41,7 +41,7 @@ std::ifstream openText(fs::path const &path)
     if (status.type() == fs::file_type::not_found)
         throw Failure(name, "", "there is no such file");
     if (error)
-        throw Failure(name, "", "the file cannot be reached: " + systemReason(error.value()));
+        throw Failure(name, "", "the file cannot be reached: " + error.message());
     if (fs::is_directory(status))
         throw Failure(name, "", "this is a folder, not a file");
     errno = 0;

@@ -5,11 +5,14 @@
 #include "help.h"
 #include "interrupt.h"
 #include "modules.h"
+#include "system.h"
 #include "text.h"
 
 #include <algorithm>
 #include <new>
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -59,7 +62,11 @@ int run(int argc, char **argv, int &trouble)
 
     try
     {
-        app.parse(argc, argv);
+        std::vector<std::string> const texts = okt::arguments(argc, argv);
+        std::vector<char const *> words;
+        for (std::string const &text : texts)
+            words.push_back(text.c_str());
+        app.parse(static_cast<int>(words.size()), words.data());
     }
     catch (CLI::ParseError const &error)
     {

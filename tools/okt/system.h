@@ -2,9 +2,15 @@
 
 #include "console.h"
 
+#include <string>
+#include <vector>
+
 /// What okt asks of the operating system beside the library: terminals and interrupts. One of the sources system_*.cpp answers.
 namespace okt
 {
+
+/// The arguments of the program in UTF-8, its name first.
+std::vector<std::string> arguments(int argc, char const *const *argv);
 
 /// Bytes pass through the standard streams as they are, and a write to a pipe without a reader fails like any other.
 void prepareStreams();

@@ -25,6 +25,8 @@ extern "C" void onInterrupt(int signal)
 
 } // namespace
 
+std::vector<std::string> arguments(int argc, char const *const *argv) { return {argv, argv + argc}; }
+
 void prepareStreams() { std::signal(SIGPIPE, SIG_IGN); }
 
 bool isClosedPipe(int error) { return error == EPIPE; }

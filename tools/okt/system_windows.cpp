@@ -2,6 +2,8 @@
 
 #include "interrupt.h"
 
+#include <oktplatform/oktstring.h>
+
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -10,6 +12,8 @@
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+
+#include <shellapi.h>
 
 namespace okt
 {
@@ -30,6 +34,18 @@ BOOL WINAPI onInterrupt(DWORD)
 }
 
 } // namespace
+
+// The runtime library would give them in the code page of the system.
+std::vector<std::string> arguments(int, char const *const *)
+{
+    int count = 0;
+    wchar_t **const texts = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> all;
+    for (int i = 0; i < count; ++i)
+        all.push_back(CString(texts[i]).ToUtf8());
+    LocalFree(texts);
+    return all;
+}
 
 void prepareStreams()
 {

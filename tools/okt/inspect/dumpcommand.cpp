@@ -8,8 +8,11 @@
 
 #include <oktdatabase/okttools.h>
 
-#include <cstring>
+#include <algorithm>
+#include <cctype>
 #include <memory>
+#include <string>
+#include <string_view>
 
 namespace okt
 {
@@ -29,13 +32,18 @@ _GUID idOf(std::string const &text)
     return OKTTools::getGUIDFromString(CString::FromUtf8(text.starts_with('{') ? text : "{" + text + "}"));
 }
 
-/// For the parser: what is wrong with an id; empty: nothing.
+/// For the parser: what is wrong with an id; empty: nothing. By its form alone, since not every system gives the null id for a
+/// text that is none.
 std::string idFault(std::string const &text)
 {
-    bool const isNull = text.find_first_not_of("{}-0") == std::string::npos;
-    static constexpr _GUID kNoId = {};
-    _GUID const id = idOf(text);
-    return !isNull && std::memcmp(&id, &kNoId, sizeof id) == 0 ? text + " is no id" : "";
+    static constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
+    std::string_view digits = text;
+    if (digits.starts_with('{') && digits.ends_with('}'))
+        digits = digits.substr(1, digits.size() - 2);
+    bool const isId = std::equal(digits.begin(), digits.end(), kForm.begin(), kForm.end(), [](char digit, char form) {
+        return form == '-' ? digit == '-' : std::isxdigit(static_cast<unsigned char>(digit)) != 0;
+    });
+    return isId ? "" : text + " is no id";
 }
 
 // What is printed at once.

@@ -78,6 +78,10 @@ std::optional<Stretch> ObjectScan::next()
         stretch.begin = m_position;
         stretch.faultAt = m_position;
         stretch.end = findNext(m_position);
+        // Where the file ends behind the begin of an object, that object is cut off, and no such bytes.
+        std::int64_t const first = stretch.end == m_source.size() ? m_source.findFrameBegin(m_position, stretch.end) : -1;
+        if (first >= 0 && examine(first).kind == Stretch::Kind::Cut)
+            stretch.end = first;
         // The begin of an object is what is damaged then.
         if (m_source.copy(m_position, std::min(stretch.size(), kLookedThrough)).find(kIdHead) != std::string::npos)
             stretch.kind = Stretch::Kind::Damaged;
