@@ -4,6 +4,7 @@
 #include "support/reportcatcher.h"
 #include "support/streambuilder.h"
 #include "support/units.h"
+#include "support/wine.h"
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -1203,6 +1204,15 @@ TEST_F(ParameterTest, SetValue_ParameterHoldsALockedArray_OneReportEachAndTheArr
         EXPECT_EQ(parameter.ListIndex(), 9);
     };
     parameter.setValue(1.0, 1);
+    if (runsUnderWine()) // VariantClear tells of the lock, and leaves an empty variant all the same
+    {
+        EXPECT_EQ(m_reports.count(), 1u);
+        EXPECT_EQ(parameter.Value().vt, VT_EMPTY);
+        EXPECT_EQ(parameter.ListIndex(), 9);
+        m_reports.clear();
+        VariantClear(&text);
+        return;
+    }
     expectKept();
     parameter.setValue(1, 1);
     expectKept();

@@ -1686,6 +1686,8 @@ TEST_F(PoolChangedBySaving, WriteFile_LongerName_TheFileIsWhole)
 
 // --- The end of a thread -----------------------------------------------------------------------------------------------------
 
+#if !defined(__MINGW32__) // where a thread's memory is given back ahead of the ends of the objects in it
+
 /// Saves a pool when its thread ends.
 class LastSave
 {
@@ -1727,6 +1729,8 @@ TEST_F(PoolFileTest, SaveFiler_WhenTheThreadEndsBehindTheLibrarysOwnTexts_SameIm
     EXPECT_GT(first.GetSize(), 0);
     EXPECT_EQ(last, first);
 }
+
+#endif
 
 // --- Presenters that throw ---------------------------------------------------------------------------------------------------
 

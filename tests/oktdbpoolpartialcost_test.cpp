@@ -9,9 +9,9 @@
 #include <string>
 
 // What a partial reader reads of a large file: the first 1024 bytes, the header, and the stretches of the wanted objects. Counted
-// by the books of the system, so on Linux alone.
+// by the books of the system, which Linux has, or on the way to it.
 
-#if defined(__linux__)
+#if defined(__linux__) || defined(_WIN32)
 
 namespace
 {

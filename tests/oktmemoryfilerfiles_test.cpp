@@ -269,7 +269,7 @@ TEST_F(MemoryFilerFiles, Load_DoneOrRefused_LeavesTheFileOpenToWriters)
 TEST_F(MemoryFilerFiles, Load_FileOfTwoGigabytes_FalseAndEmptyWithoutReadingIt)
 {
     CString const path = m_folder.put("large.okt", m_ten);
-    std::filesystem::resize_file(path.ToUtf8(), 0x80000000u); // a hole takes no room
+    std::filesystem::resize_file(pathOf(path), 0x80000000u); // a hole takes no room
     expectRefused(path, -1, -1);
 }
 #endif

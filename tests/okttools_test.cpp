@@ -3,6 +3,7 @@
 #include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/reportcatcher.h"
+#include "support/reporttext.h"
 #include "support/units.h"
 
 #include <oktdatabase/oktdbobjectid.h>
@@ -110,7 +111,11 @@ class MalformedGuidText : public ::testing::TestWithParam<char16_t const *>
 TEST_P(MalformedGuidText, GetGUIDFromString_NullGuidAndNoReport)
 {
     ReportCatcher reports;
-    EXPECT_EQ(OKTTools::getGUIDFromString(GetParam()), _GUID{}) << CString(GetParam()).ToUtf8();
+    _GUID expected = {};
+#if defined(_WIN32) // what the system leaves, which may have begun to read
+    EXPECT_NE(CLSIDFromString(GetParam(), &expected), S_OK) << CString(GetParam()).ToUtf8();
+#endif
+    EXPECT_EQ(OKTTools::getGUIDFromString(GetParam()), expected) << CString(GetParam()).ToUtf8();
     EXPECT_EQ(reports.count(), 0u);
 }
 
@@ -258,7 +263,7 @@ TEST(OKTTools, ConvertVariantToBYTEArray_EmptyArray_OneReportAndSizeZeroAndArray
     EXPECT_EQ(bytes, &stays);
     EXPECT_EQ(array.value.parray->cLocks, 1u);
     ASSERT_EQ(reports.count(), 1u);
-    EXPECT_THAT(reports.texts()[0], ::testing::MatchesRegex("\n\\\\okttools@[0-9]+"));
+    EXPECT_THAT(reports.texts()[0], IsReportOf("okttools"));
     EXPECT_EQ(VariantClear(&array.value), DISP_E_ARRAYISLOCKED);
     EXPECT_EQ(SafeArrayUnlock(array.value.parray), S_OK);
 }

@@ -10,6 +10,7 @@
 #include "support/numericlocale.h"
 #include "support/printers.h"
 #include "support/reportcatcher.h"
+#include "support/reporttext.h"
 #include "support/scratchfolder.h"
 #include "support/units.h"
 #include "support/xmldocument.h"
@@ -684,7 +685,7 @@ TEST_F(OKTXmlFilerTest, ClosedFiler_ValuesAreReportedAndFalse_FramesAreFalse_Qui
         reports.clear();
         EXPECT_FALSE(write(filer, u"name")) << what;
         ASSERT_EQ(reports.count(), 1u) << what;
-        EXPECT_THAT(reports.texts().front(), testing::MatchesRegex("\n\\\\oktxmlfiler@[0-9]+")) << what;
+        EXPECT_THAT(reports.texts().front(), IsReportOf("oktxmlfiler")) << what;
     }
     reports.clear();
     EXPECT_FALSE(filer.beginWriteClass(u"f", u"C", 1));

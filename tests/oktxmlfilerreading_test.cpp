@@ -11,6 +11,7 @@
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
 #include "support/units.h"
+#include "support/wine.h"
 #include "support/xmldocument.h"
 
 #include <gtest/gtest.h>
@@ -1152,8 +1153,10 @@ TEST_F(OKTXmlFilerReadingTest, NamesWithAColon_ComeBackWithoutANamespace)
         EXPECT_TRUE(writer.writeInt(u"n:", 3));
         EXPECT_TRUE(writer.writeInt(u"a:b:c", 4));
     });
+    // Wine's parser drops a prefix that no namespace is declared for.
     int expected = 0;
-    for (char16_t const *const name : {u"p:n", u":n", u"n:", u"a:b:c"})
+    for (char16_t const *const name :
+         {runsUnderWine() ? u"n" : u"p:n", u":n", u"n:", runsUnderWine() ? u"b:c" : u"a:b:c"})
     {
         int value = 0;
         EXPECT_TRUE(filer.readInt(name, value)) << CString(name).ToUtf8();

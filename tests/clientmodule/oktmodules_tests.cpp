@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -115,7 +116,14 @@ TEST_F(OktModules, Module_DoesNotLoad_OneLineAndNothingDone)
                            Row{OKT_NO_MODULE, OKT_NO_MODULE ": this is no client module: it registers no class"}})
     {
         ProcessResult const result = runOkt({"--module", row.module, "show", show});
+#if defined(_WIN32) // the reason is in the system's words
+        std::string const start = "okt: " + row.message.substr(0, row.message.find("be loaded: "));
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.err.starts_with(start)) << result.err;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+#else
         expectFailure(result, row.message);
+#endif
         EXPECT_EQ(result.out, "");
     }
 }
@@ -159,7 +167,7 @@ TEST_F(OktModules, Build_WithTheModule_EveryTemplateHasConstructAndIndex)
     {
         ++templates;
         OKTDbPool pool;
-        ASSERT_TRUE(pool.readFile(CString::FromUtf8(entry.path().string()))); // this program links the module
+        ASSERT_TRUE(pool.readFile(CString::FromUtf8(entry.path().generic_string()))); // this program links the module
         auto const *const construct = OKTDbConstruct::cast(pool.constructId());
         auto const *const index = OKTDbIndexData::cast(pool.indexId());
         ASSERT_NE(construct, nullptr) << entry.path();
@@ -209,8 +217,10 @@ TEST_F(OktModules, Build_TemplateWithClientObjects_WithoutTheModuleAnUnknownClas
     ASSERT_EQ(withModule({"build", OKT_EXAMPLES_DIR "/data", "-o", path("out")}).exitCode, 0);
     ProcessResult const without = runOkt({"show", path("out/link-d12.okt")});
     EXPECT_EQ(without.exitCode, 1);
-    EXPECT_THAT(without.err, testing::ContainsRegex("link-d12.okt:byte [0-9]+: an object of the class \"OKTDb[A-Za-z]+\", "
-                                                    "which is not known here\n"));
+    EXPECT_TRUE(std::regex_search(
+        without.err,
+        std::regex("link-d12.okt:byte [0-9]+: an object of the class \"OKTDb[A-Za-z]+\", which is not known here\n")))
+        << without.err;
     expectPart(without, ", a class that is not known here\n");
     ProcessResult const with = withModule({"show", path("out/link-d12.okt")});
     EXPECT_EQ(with.exitCode, 0) << with.err;

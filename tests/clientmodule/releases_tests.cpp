@@ -27,7 +27,11 @@ protected:
         ProcessResult const result = runProgram(release == 1 ? OKT_BARMARKTOOL1 : OKT_BARMARKTOOL2, arguments);
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.err, "");
-        return result.out;
+        std::string text = result.out;
+#if defined(_WIN32) // written as text
+        std::erase(text, '\r');
+#endif
+        return text;
     }
 
     ScratchFolder m_folder;
@@ -153,7 +157,12 @@ TEST_F(Releases, LoadModule_NoModule_FalseAndTheReason)
         bool isNew = true;
         EXPECT_FALSE(OktLoadModule(row.path, reason, &isNew)) << row.reason;
         EXPECT_FALSE(isNew);
+#if defined(_WIN32) // one line in the system's words
+        EXPECT_FALSE(reason.IsEmpty()) << row.reason;
+        EXPECT_EQ(reason.ToUtf8().find_first_of("\r\n"), std::string::npos) << reason.ToUtf8();
+#else
         EXPECT_EQ(reason.ToUtf8(), row.reason);
+#endif
     }
 }
 

@@ -39,7 +39,7 @@ protected:
     /// The message behind the name of the file.
     std::string failureOf(std::function<void()> const &action) const
     {
-        std::string const name = (m_folder / "t.csv").string();
+        std::string const name = (m_folder / "t.csv").generic_string();
         try
         {
             action();

@@ -262,6 +262,7 @@ TEST_F(OktBuild, Build_OutputBelowAFile_Failure)
                   path("file/out") + ": the output folder cannot be made: Not a directory");
 }
 
+#if !defined(_WIN32) // where there are folders that even an administrator cannot write to
 TEST_F(OktBuild, Build_OutputWhereNobodyCanWrite_Failure)
 {
     ProcessResult const result = runOkt({"build", kData, "-o", "/proc/okt-templates"});
@@ -279,6 +280,7 @@ TEST_F(OktBuild, Build_OutputFolderThatTakesNoFiles_Failure)
     EXPECT_NE(result.err.find("the file cannot be written: "), std::string::npos) << result.err;
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
 }
+#endif
 
 TEST_F(OktBuild, Build_TargetIsAFolder_FailureAndNothingWritten)
 {
@@ -310,6 +312,7 @@ TEST_F(OktBuild, Build_TargetIsLocked_FailureAndOldFileStays)
     EXPECT_EQ(fs::file_size(path("out/link-d8.okt")), 4u);
 }
 
+#if !defined(_WIN32) // where a process can be held to a size of files
 TEST_F(OktBuild, Build_DiskTakesNoMore_FailureOldFilesStayAndNoPartOfANewOne)
 {
     ASSERT_EQ(runOkt({"build", kData + "/bars-en10080.csv", "-o", path("out")}).exitCode, 0);
@@ -325,14 +328,13 @@ TEST_F(OktBuild, Build_DiskTakesNoMore_FailureOldFilesStayAndNoPartOfANewOne)
     expectFailure(fresh, path("new/link-d6.okt") + ": the file cannot be written: File too large");
     EXPECT_TRUE(namesIn(path("new")).empty());
 }
+#endif
 
 TEST_F(OktBuild, Build_StandardOutputTakesNothing_Failure)
 {
-    std::string const message = "standard output: the output cannot be written: ";
-    ProcessResult const full = runOkt({"build", kData, "-o", path("out"), "--force"}, ProcessOutput::Full);
-    expectFailure(full, message + "No space left on device");
-    ProcessResult const closed = runOkt({"build", kData, "-o", path("out"), "--force"}, ProcessOutput::Closed);
-    expectFailure(closed, message + "Bad file descriptor");
+    std::vector<std::string> const command = {"build", kData, "-o", path("out"), "--force"};
+    expectOutputFailure(runOkt(command, ProcessOutput::Full), "No space left on device");
+    expectOutputFailure(runOkt(command, ProcessOutput::Closed), "Bad file descriptor");
     // What was made by then is whole.
     for (std::string const &name : namesIn(path("out")))
     {
@@ -386,8 +388,7 @@ TEST_F(OktBuild, Usage_HelpAndVersion_ExitCodeZero)
 
 TEST_F(OktBuild, Usage_HelpWithFullOutput_Failure)
 {
-    expectFailure(runOkt({"--help"}, ProcessOutput::Full),
-                  "standard output: the output cannot be written: No space left on device");
+    expectOutputFailure(runOkt({"--help"}, ProcessOutput::Full), "No space left on device");
 }
 
 } // namespace

@@ -144,11 +144,11 @@ TEST_F(OktPicture, Picture_StandardOutput_TheBytesAlone)
 TEST_F(OktPicture, Picture_StandardInput_AsFromTheFile)
 {
     std::string const file = poolFile("one.okt", {5000});
-    ProcessResult const result = runProgram("/bin/sh", {"-c", "\"$0\" picture - -o - <\"$1\"", OKT_EXE, file});
+    ProcessResult const result = runOktOn(file, {"picture", "-", "-o", "-"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out, textOf(bytesOfSize(5000)));
-    ProcessResult const empty = runProgram("/bin/sh", {"-c", "\"$0\" picture - -o - </dev/null", OKT_EXE});
+    ProcessResult const empty = runOkt({"picture", "-", "-o", "-"});
     EXPECT_EQ(empty.exitCode, 1);
     EXPECT_EQ(empty.err, "okt: standard input: the file is empty\n");
 }
@@ -331,11 +331,13 @@ TEST_F(OktPicture, Picture_OutputThatCannotBeWritten_FailureAndNothingLeft)
 {
     std::string const file = poolFile("one.okt", {20000});
     expectFailure(runOkt({"picture", file, "-o", path("none/image")}),
-                  path("none/image") + ": the file cannot be written: No such file or directory");
+                  path("none/image") + ": the file cannot be written: " + systemWords("No such file or directory", 3));
     fs::create_directory(path("folder"));
     expectFailure(runOkt({"picture", file, "-o", path("folder")}),
                   path("folder") + ": the file cannot be written: a folder has this name");
+#if !defined(_WIN32)
     expectFailure(runOkt({"picture", file, "-o", "/dev/null"}), "/dev/null: the file cannot be written: this is no plain file");
+#endif
     expectFailure(runOkt({"picture", file, "-o", file}), file + ": the file cannot be written: this is the pool file itself");
     m_folder.put("protected", bytesOfSize(4));
     fs::permissions(path("protected"), fs::perms::owner_read);
@@ -352,6 +354,7 @@ TEST_F(OktPicture, Picture_OutputThatCannotBeWritten_FailureAndNothingLeft)
     EXPECT_EQ(filesInFolder(), 4u);
 }
 
+#if !defined(_WIN32) // where a process can be held to a size of files
 TEST_F(OktPicture, Picture_DiskTakesNoMore_FailureAndOldFileStays)
 {
     std::string const file = poolFile("one.okt", {20000});
@@ -361,13 +364,13 @@ TEST_F(OktPicture, Picture_DiskTakesNoMore_FailureAndOldFileStays)
     EXPECT_EQ(fileBytes("image"), bytesOfSize(4));
     EXPECT_EQ(filesInFolder(), 2u);
 }
+#endif
 
 TEST_F(OktPicture, Picture_StandardOutputTakesNothing_Failure)
 {
     std::string const file = poolFile("one.okt", {20000});
-    std::string const message = "standard output: the output cannot be written: ";
-    expectFailure(runOkt({"picture", file, "-o", "-"}, ProcessOutput::Full), message + "No space left on device");
-    expectFailure(runOkt({"picture", file, "-o", "-"}, ProcessOutput::Closed), message + "Bad file descriptor");
+    expectOutputFailure(runOkt({"picture", file, "-o", "-"}, ProcessOutput::Full), "No space left on device");
+    expectOutputFailure(runOkt({"picture", file, "-o", "-"}, ProcessOutput::Closed), "Bad file descriptor");
 }
 
 TEST_F(OktPicture, Usage_Wrong_ExitCodeTwoAndOneLine)

@@ -270,10 +270,16 @@ TEST_F(OktReport, Report_HostileTexts_Escaped)
 
 TEST_F(OktReport, Report_FileNameAndTitleOfMarkup_Escaped)
 {
+#if defined(_WIN32) // no such characters in a name
+    std::string const name = "&'.okt";
+    std::string const escaped = "&amp;&#39;.okt";
+#else
     std::string const name = "<b>&'\".okt";
+    std::string const escaped = "&lt;b&gt;&amp;&#39;&quot;.okt";
+#endif
     put(name, contentsOf(CString::FromUtf8(golden("empty.okt"))));
     std::string const text = page({path(name), golden("empty.okt"), "--title", "</title><b>"});
-    EXPECT_THAT(text, HasSubstr("<span class=\"file\">&lt;b&gt;&amp;&#39;&quot;.okt</span>"));
+    EXPECT_THAT(text, HasSubstr("<span class=\"file\">" + escaped + "</span>"));
     EXPECT_THAT(text, HasSubstr("<title>&lt;/title&gt;&lt;b&gt;</title>"));
     EXPECT_THAT(text, Not(HasSubstr("<b>")));
 }
@@ -418,11 +424,11 @@ TEST_F(OktReport, Report_OutputIsAPoolFile_Refused)
 TEST_F(OktReport, Report_OutputTakesNothing_Failure)
 {
     expectFailure(runOkt({"report", golden("empty.okt"), "-o", path("none/page.html")}),
-                  path("none/page.html") + ": the file cannot be written: No such file or directory");
-    expectFailure(runOkt({"report", golden("empty.okt"), "-o", "-"}, ProcessOutput::Full),
-                  "standard output: the output cannot be written: No space left on device");
+                  path("none/page.html") + ": the file cannot be written: " + systemWords("No such file or directory", 3));
+    expectOutputFailure(runOkt({"report", golden("empty.okt"), "-o", "-"}, ProcessOutput::Full), "No space left on device");
 }
 
+#if !defined(_WIN32) // where a process can be held to a size of files
 TEST_F(OktReport, Report_FullDisk_NothingLeftBehind)
 {
     ProcessResult const result = runOkt({"report", golden("stirrup.okt"), "-o", path("page.html")}, ProcessOutput::Kept, 1000);
@@ -430,6 +436,7 @@ TEST_F(OktReport, Report_FullDisk_NothingLeftBehind)
     EXPECT_EQ(result.err, "okt: " + path("page.html") + ": the file cannot be written: File too large\n");
     EXPECT_TRUE(fs::is_empty(path("")));
 }
+#endif
 
 TEST_F(OktReport, Report_WrongUsage_ExitCodeTwo)
 {

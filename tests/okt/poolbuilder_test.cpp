@@ -2,6 +2,7 @@
 #include <tools/okt/files.h>
 #include <tools/okt/poolbuilder.h>
 
+#include "okt/process.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 
@@ -82,7 +83,7 @@ CString textOf(OKTDbParameter const &parameter)
 class OktPoolBuilder : public testing::Test
 {
 protected:
-    fs::path path(std::string const &name) const { return fs::path(m_folder.path(name).ToUtf8()); }
+    fs::path path(std::string const &name) const { return pathOf(m_folder.path(name)); }
     std::size_t filesInFolder() const
     {
         fs::directory_iterator const entries(path(""));
@@ -217,7 +218,7 @@ TEST_F(OktPoolBuilder, WritePool_PoolThatCannotBeSaved_FailureAndOldFileStays)
     catch (Failure const &failure)
     {
         EXPECT_EQ(std::string(failure.what()),
-                  path("sample.okt").string() + ": the file cannot be written: the template makes no image");
+                  path("sample.okt").generic_string() + ": the file cannot be written: the template makes no image");
     }
     EXPECT_EQ(fs::file_size(path("sample.okt")), 1u);
     EXPECT_EQ(filesInFolder(), 1u);
@@ -233,7 +234,8 @@ TEST_F(OktPoolBuilder, WritePool_FolderIsMissing_FailureWithTheSystemsReason)
     catch (Failure const &failure)
     {
         EXPECT_EQ(std::string(failure.what()),
-                  path("none/sample.okt").string() + ": the file cannot be written: No such file or directory");
+                  path("none/sample.okt").generic_string() +
+                      ": the file cannot be written: " + systemWords("No such file or directory", 3));
     }
 }
 
@@ -246,7 +248,7 @@ TEST_F(OktPoolBuilder, CheckReplaceable_FolderProtectedAndFree_FailureOrNone)
         }
         catch (Failure const &failure)
         {
-            return std::string(failure.what()).substr(path("").string().size());
+            return std::string(failure.what()).substr(path("").generic_string().size());
         }
         return "none";
     };

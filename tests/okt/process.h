@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <string>
-#include <utility>
+#include <system_error>
 #include <vector>
 
 #if defined(_WIN32)
@@ -67,16 +68,31 @@ inline std::string quotedArgument(std::string const &argument)
     return quoted.append(backslashes, '\\') + "\"";
 }
 
-/// A file for an output of a process, which inherits the handle.
-inline HANDLE outputFile(CString const &path)
+/// An end of a process's streams, which inherits it; closed at the end.
+class InheritedFile
 {
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    return CreateFileW(path.GetString(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
-                       nullptr);
-}
+public:
+    InheritedFile(CString const &path, DWORD access, DWORD making)
+    {
+        SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+        m_handle = CreateFileW(path.GetString(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, making,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+        EXPECT_NE(m_handle, INVALID_HANDLE_VALUE) << path.ToUtf8();
+    }
+    InheritedFile(InheritedFile const &) = delete;
+    InheritedFile &operator=(InheritedFile const &) = delete;
+    ~InheritedFile() { CloseHandle(m_handle); }
 
-/// Runs a program with these arguments and waits for its end. A full device and a limit for files are not to be had here.
-inline ProcessResult runProgram(std::string const &program, std::vector<std::string> const &arguments)
+    HANDLE handle() const { return m_handle; }
+
+private:
+    HANDLE m_handle;
+};
+
+/// Runs a program with these arguments and waits for its end. Standard input is that file, or empty. What takes nothing is a file
+/// that is open for reading.
+inline ProcessResult runProgram(std::string const &program, std::vector<std::string> const &arguments,
+                                ProcessOutput output = ProcessOutput::Kept, long = kNoLimit, std::string const &input = "NUL")
 {
     ScratchFolder const folder;
     std::string line = quotedArgument(program);
@@ -85,41 +101,47 @@ inline ProcessResult runProgram(std::string const &program, std::vector<std::str
     CString const text = CString::FromUtf8(line);
     std::vector<wchar_t> units(text.GetString(), text.GetString() + text.GetLength() + 1);
 
-    STARTUPINFOW start = {};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = outputFile(folder.path("out"));
-    start.hStdError = outputFile(folder.path("err"));
-    PROCESS_INFORMATION process = {};
     ProcessResult result;
-    if (CreateProcessW(nullptr, units.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process))
     {
-        WaitForSingleObject(process.hProcess, INFINITE);
-        DWORD code = 0;
-        GetExitCodeProcess(process.hProcess, &code);
-        result.exitCode = static_cast<int>(code);
-        CloseHandle(process.hProcess);
-        CloseHandle(process.hThread);
+        InheritedFile const in(CString::FromUtf8(input), GENERIC_READ, OPEN_EXISTING);
+        InheritedFile const out(folder.path("out"), output == ProcessOutput::Full ? GENERIC_READ : GENERIC_WRITE, CREATE_ALWAYS);
+        InheritedFile const err(folder.path("err"), GENERIC_WRITE, CREATE_ALWAYS);
+        STARTUPINFOW start = {};
+        start.cb = sizeof start;
+        start.dwFlags = STARTF_USESTDHANDLES;
+        start.hStdInput = in.handle();
+        start.hStdOutput = output == ProcessOutput::Closed ? nullptr : out.handle();
+        start.hStdError = err.handle();
+        PROCESS_INFORMATION process = {};
+        if (CreateProcessW(nullptr, units.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process))
+        {
+            WaitForSingleObject(process.hProcess, INFINITE);
+            DWORD code = 0;
+            GetExitCodeProcess(process.hProcess, &code);
+            result.exitCode = static_cast<int>(code);
+            CloseHandle(process.hProcess);
+            CloseHandle(process.hThread);
+        }
+        else
+            ADD_FAILURE() << program << " cannot be started: " << GetLastError();
     }
-    CloseHandle(start.hStdOutput);
-    CloseHandle(start.hStdError);
     auto const read = [&folder](char const *name) {
         CByteArray const bytes = contentsOf(folder.path(name));
-        std::string output(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
-        std::erase(output, '\r'); // lines end in two characters there
-        return output;
+        return std::string(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
     };
     result.out = read("out");
     result.err = read("err");
+    std::erase(result.err, '\r'); // the runtime library writes it as text
     return result;
 }
 
 #else
 
 /// Runs a program with these arguments and waits for its end. A write that would make a file larger than `largestFile` bytes
-/// fails, as on a full disk.
+/// fails, as on a full disk. Standard input is that file, or empty.
 inline ProcessResult runProgram(std::string const &program, std::vector<std::string> arguments,
-                                ProcessOutput output = ProcessOutput::Kept, long largestFile = kNoLimit)
+                                ProcessOutput output = ProcessOutput::Kept, long largestFile = kNoLimit,
+                                std::string const &input = "/dev/null")
 {
     std::FILE *const out = std::tmpfile();
     std::FILE *const err = std::tmpfile();
@@ -137,6 +159,7 @@ inline ProcessResult runProgram(std::string const &program, std::vector<std::str
     pid_t const child = fork();
     if (child == 0)
     {
+        dup2(open(input.c_str(), O_RDONLY), 0);
         dup2(fileno(err), 2);
         if (output == ProcessOutput::Closed)
             close(1);
@@ -164,16 +187,42 @@ inline ProcessResult runProgram(std::string const &program, std::vector<std::str
 
 #endif
 
-#if defined(OKT_EXE)
+/// The words for an error that the system itself has: `here` on this one, those of that number on Windows.
+inline std::string systemWords(char const *here, [[maybe_unused]] unsigned long onWindows)
+{
 #if defined(_WIN32)
-/// The same for `okt`.
-inline ProcessResult runOkt(std::vector<std::string> const &arguments) { return runProgram(OKT_EXE, arguments); }
+    static_cast<void>(here);
+    return std::system_category().message(static_cast<int>(onWindows));
 #else
+    return here;
+#endif
+}
+
+/// The failure of a program whose standard output takes nothing.
+inline void expectOutputFailure(ProcessResult const &result, [[maybe_unused]] char const *words)
+{
+    EXPECT_EQ(result.exitCode, 1);
+    std::string const line = "okt: standard output: the output cannot be written: ";
+#if defined(_WIN32) // the words are those of the runtime library
+    EXPECT_TRUE(result.err.starts_with(line)) << result.err;
+    EXPECT_GT(result.err.size(), line.size() + 1);
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
+#else
+    EXPECT_EQ(result.err, line + words + "\n");
+#endif
+}
+
+#if defined(OKT_EXE)
 /// The same for `okt`.
-inline ProcessResult runOkt(std::vector<std::string> arguments, ProcessOutput output = ProcessOutput::Kept,
+inline ProcessResult runOkt(std::vector<std::string> const &arguments, ProcessOutput output = ProcessOutput::Kept,
                             long largestFile = kNoLimit)
 {
-    return runProgram(OKT_EXE, std::move(arguments), output, largestFile);
+    return runProgram(OKT_EXE, arguments, output, largestFile);
 }
-#endif
+
+/// The same with a file for standard input.
+inline ProcessResult runOktOn(std::string const &input, std::vector<std::string> const &arguments)
+{
+    return runProgram(OKT_EXE, arguments, ProcessOutput::Kept, kNoLimit, input);
+}
 #endif

@@ -2,6 +2,7 @@
 
 #include "support/printers.h"
 #include "support/units.h"
+#include "support/wine.h"
 
 #include <gtest/gtest.h>
 
@@ -47,6 +48,19 @@ std::u16string toUnits(UINT page, std::string_view text)
 }
 
 constexpr std::u16string_view kHighAlone{u"\xD83D", 1};
+
+/// Wine has no tables of these.
+bool isKnown(UINT page) { return !runsUnderWine() || (page != 50220 && page != 51932 && page != 54936); }
+
+/// What is expected of a page that the system does not know.
+void expectUnknown(UINT page)
+{
+    ThreadPage const before(1252);
+    ThreadPage const unknown(page);
+    EXPECT_EQ(OktThreadCodePage(), 1252u) << page;
+    EXPECT_EQ(toBytes(page, u"a"), "") << page;
+    EXPECT_EQ(toUnits(page, "a"), u"") << page;
+}
 } // namespace
 
 // --- The page of the thread --------------------------------------------------------------------------------------------------
@@ -102,6 +116,11 @@ TEST(CodePage, KeepsAscii_Table)
                              {65000, false}, {37, false},   {500, false}};
     for (Row const &row : kRows)
     {
+        if (!isKnown(row.page))
+        {
+            expectUnknown(row.page);
+            continue;
+        }
         ThreadPage const page(row.page);
         EXPECT_EQ(OktThreadCodePage(), row.page);
         EXPECT_EQ(OktThreadCodePageKeepsAscii(), row.keeps) << row.page;
@@ -324,6 +343,11 @@ TEST(CodePageSystem, PagesByNumber)
     };
     for (Row const &row : kRows)
     {
+        if (!isKnown(row.page))
+        {
+            expectUnknown(row.page);
+            continue;
+        }
         EXPECT_EQ(toBytes(row.page, row.text), row.bytes) << row.page;
         EXPECT_EQ(toUnits(row.page, row.bytes), row.text) << row.page;
     }
@@ -332,6 +356,11 @@ TEST(CodePageSystem, PagesByNumber)
 
 TEST(CodePageSystem, PageWithShifts_ReturnsToItsFirstState)
 {
+    if (!isKnown(50220))
+    {
+        expectUnknown(50220);
+        return;
+    }
     std::string const bytes = toBytes(50220, u"a\u65E5");
     EXPECT_EQ(bytes, "a\x1B$BF|\x1B(B");
     EXPECT_EQ(toUnits(50220, bytes), u"a\u65E5");

@@ -51,7 +51,9 @@ TEST(GuidText, Write_WithoutRoom_GivesNothing)
     for (int const size : {38, 1, 0, -1})
         EXPECT_EQ(StringFromGUID2(kKnown, text, size), 0) << size;
     EXPECT_EQ(std::count(std::begin(text), std::end(text), u'x'), 64);
+#if !defined(_WIN32) // ole32 writes there all the same
     EXPECT_EQ(StringFromGUID2(kKnown, nullptr, 64), 0);
+#endif
 }
 
 TEST(GuidText, Read_InEitherCase)
@@ -103,10 +105,16 @@ TEST(GuidText, Read_Malformed_GivesTheNullIdAndAFailure)
     {
         GUID guid = kKnown;
         EXPECT_EQ(CLSIDFromString(text.c_str(), &guid), CO_E_CLASSSTRING) << CString(text.c_str()).ToUtf8();
+#if !defined(_WIN32) // ole32 leaves what it had read by then
         EXPECT_EQ(guid, GUID{}) << CString(text.c_str()).ToUtf8();
+#endif
     }
     GUID guid = kKnown;
+#if defined(_WIN32) // no text is the null id there
+    EXPECT_EQ(CLSIDFromString(nullptr, &guid), S_OK);
+#else
     EXPECT_EQ(CLSIDFromString(nullptr, &guid), CO_E_CLASSSTRING);
+#endif
     EXPECT_EQ(guid, GUID{});
     EXPECT_EQ(CLSIDFromString(u"{}", nullptr), E_INVALIDARG);
 }

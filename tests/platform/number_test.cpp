@@ -58,7 +58,11 @@ TEST(Wtof, Table)
         {u"\u0661", 0.0}, // digits of another script are none
         {u"1\uFFFF", 1.0},
         {u"1p3", 1.0},
+#if defined(_WIN32) // the runtime library takes this letter for an exponent too
+        {u"1d3", 1000.0},
+#else
         {u"1d3", 1.0},
+#endif
     };
     for (Row const &row : kRows)
         EXPECT_EQ(_wtof(row.text), row.value) << CString(row.text).ToUtf8();

@@ -2,6 +2,7 @@
 
 #include "support/printers.h"
 #include "support/units.h"
+#include "support/wine.h"
 
 #include <gtest/gtest.h>
 
@@ -59,7 +60,12 @@ TEST(SafeArray, EveryKind_HasItsElementSize)
         EXPECT_EQ(SafeArrayGetVartype(array, &type), S_OK);
         EXPECT_EQ(type, row.type);
         EXPECT_EQ(array->cDims, 1);
-        EXPECT_NE(array->fFeatures & FADF_HAVEVARTYPE, 0);
+        USHORT kind = FADF_HAVEVARTYPE;
+#if defined(_WIN32) // an array of interfaces tells which one instead
+        if (row.type == VT_UNKNOWN || row.type == VT_DISPATCH)
+            kind = FADF_HAVEIID;
+#endif
+        EXPECT_NE(array->fFeatures & kind, 0) << row.type;
         EXPECT_EQ((array->fFeatures & FADF_BSTR) != 0, row.type == VT_BSTR);
         EXPECT_EQ((array->fFeatures & FADF_VARIANT) != 0, row.type == VT_VARIANT);
         std::vector<char> const zeros(std::size_t(3) * row.size, 0);
@@ -85,6 +91,16 @@ TEST(SafeArray, BadArguments_GiveNoArray)
 
 TEST(SafeArray, Sizes_ThatDoNotFit_GiveNoArray)
 {
+    if (runsUnderWine()) // no size is too large, and the sum of a bound and a size goes over
+    {
+        SAFEARRAY *const high = SafeArrayCreateVector(VT_UI1, kMost, 2);
+        ASSERT_NE(high, nullptr);
+        LONG upper = 0;
+        EXPECT_EQ(SafeArrayGetUBound(high, 1, &upper), S_OK);
+        EXPECT_EQ(upper, kLeast);
+        SafeArrayDestroy(high);
+        return;
+    }
     SAFEARRAYBOUND huge[3] = {{0xFFFFFFFFu, kLeast}, {0xFFFFFFFFu, kLeast}, {0xFFFFFFFFu, kLeast}};
     EXPECT_EQ(SafeArrayCreate(VT_R8, 2, huge), nullptr);
     EXPECT_EQ(SafeArrayCreate(VT_R8, 3, huge), nullptr);
@@ -203,7 +219,12 @@ TEST(SafeArray, Strings_AreCopiedInAndOut)
     EXPECT_EQ(out, nullptr);
     ASSERT_EQ(put(array, {1}, nullptr), S_OK);
     ASSERT_EQ(get(array, {1}, &out), S_OK);
+#if defined(_WIN32) // no text may be stored as an empty one
+    EXPECT_EQ(SysStringLen(out), 0u);
+    SysFreeString(out);
+#else
     EXPECT_EQ(out, nullptr);
+#endif
     SafeArrayDestroy(array);
 }
 
@@ -222,7 +243,9 @@ TEST(SafeArray, Variants_AreCopiedInAndOut)
     EXPECT_EQ(u16(out.bstrVal), u"text");
     VariantClear(&out);
     ASSERT_EQ(put(array, {0}, array->pvData), S_OK); // the element itself
+#if !defined(_WIN32) // oleaut32 must be given one
     EXPECT_EQ(put(array, {0}, nullptr), E_INVALIDARG);
+#endif
     SafeArrayDestroy(array);
 }
 
@@ -292,6 +315,15 @@ TEST(SafeArray, LockInside_KeepsTheWholeFromBeingDestroyed)
     VariantClear(&inner);
     VARIANT *const stored = static_cast<VARIANT *>(array->pvData) + 1;
     ASSERT_EQ(SafeArrayLock(stored->parray), S_OK);
+    if (runsUnderWine()) // the whole goes, and the array that is locked stays
+    {
+        SAFEARRAY *const locked = stored->parray;
+        EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+        EXPECT_EQ(SafeArrayGetDim(locked), 1u);
+        EXPECT_EQ(SafeArrayUnlock(locked), S_OK);
+        EXPECT_EQ(SafeArrayDestroy(locked), S_OK);
+        return;
+    }
     EXPECT_EQ(SafeArrayDestroy(array), DISP_E_ARRAYISLOCKED);
     EXPECT_EQ(stored->vt, VT_ARRAY | VT_R8);
     SafeArrayUnlock(stored->parray);
@@ -323,7 +355,9 @@ TEST(SafeArray, NullArguments)
     EXPECT_EQ(SafeArrayGetUBound(array, 1, nullptr), E_INVALIDARG);
     EXPECT_EQ(SafeArrayAccessData(array, nullptr), E_INVALIDARG);
     EXPECT_EQ(SafeArrayPutElement(array, nullptr, &value), E_INVALIDARG);
+#if !defined(_WIN32) // oleaut32 must be given one
     EXPECT_EQ(SafeArrayPutElement(array, &index, nullptr), E_INVALIDARG);
+#endif
     EXPECT_EQ(SafeArrayGetElement(array, &index, nullptr), E_INVALIDARG);
     EXPECT_EQ(SafeArrayPtrOfIndex(array, &index, nullptr), E_INVALIDARG);
     EXPECT_EQ(array->cLocks, 0u);
@@ -446,6 +480,11 @@ TEST(OleSafeArray, FailedCalls_ThrowTheirResult)
     EXPECT_EQ(holder.GetDim(), 1u); // what it held stays
     SafeArrayLock(holder.parray);
     EXPECT_EQ(resultOf([](COleSafeArray &array) { array.Clear(); }, holder), DISP_E_ARRAYISLOCKED);
+    if (runsUnderWine()) // VariantClear tells of the lock, and leaves an empty variant all the same
+    {
+        EXPECT_EQ(holder.vt, VT_EMPTY);
+        return;
+    }
     EXPECT_EQ(resultOf([](COleSafeArray &array) { array.CreateOneDim(VT_UI1, 2); }, holder), DISP_E_ARRAYISLOCKED);
     SafeArrayUnlock(holder.parray);
     holder.Clear();

@@ -3,11 +3,13 @@
 #include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/units.h"
+#include "support/wine.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -95,7 +97,11 @@ TEST(Bstr, ReAlloc_MayTakeAPartOfTheOldText)
     EXPECT_EQ(SysReAllocStringLen(&text, text + 1, 1), TRUE);
     EXPECT_EQ(unitsOf(text), u"e");
     EXPECT_EQ(SysReAllocStringLen(&text, nullptr, 3), TRUE);
+#if defined(_WIN32) // a longer text without a source: its end may be anything
+    EXPECT_EQ(SysStringLen(text), 3u);
+#else
     EXPECT_EQ(unitsOf(text), (std::u16string{u'e', 0, 0}));
+#endif
     EXPECT_EQ(SysReAllocString(&text, nullptr), TRUE);
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(SysReAllocStringLen(&text, u"xy", 2), TRUE);
@@ -103,8 +109,10 @@ TEST(Bstr, ReAlloc_MayTakeAPartOfTheOldText)
     EXPECT_EQ(SysReAllocStringLen(&text, nullptr, 0xFFFFFFFFu), FALSE);
     EXPECT_EQ(unitsOf(text), u"xy");
     SysFreeString(text);
+#if !defined(_WIN32) // oleaut32 must be given a place
     EXPECT_EQ(SysReAllocString(nullptr, u"x"), FALSE);
     EXPECT_EQ(SysReAllocStringLen(nullptr, u"x", 1), FALSE);
+#endif
 }
 
 // --- Variants ----------------------------------------------------------------------------------------------------------------
@@ -147,12 +155,20 @@ TEST(Variant, Clear_OfEveryKind)
     VARIANT nullArray{};
     nullArray.vt = VT_ARRAY | VT_R8;
     EXPECT_EQ(VariantClear(&nullArray), S_OK);
+#if !defined(_WIN32) // oleaut32 must be given one
     EXPECT_EQ(VariantClear(nullptr), E_INVALIDARG);
+#endif
 }
 
 TEST(Variant, Clear_OfABadKind_ChangesNothing)
 {
-    for (int const type : {15, 24, 25, 36, 72, 0x0FFF, 0x1003, 0x8003, VT_ARRAY | VT_EMPTY, VT_BYREF | VT_NULL, VT_ARRAY | 15})
+#if !defined(_WIN32) // oleaut32 knows these: a record and a class id
+    std::vector<int> types = {36, 72};
+#else
+    std::vector<int> types;
+#endif
+    types.insert(types.end(), {15, 24, 25, 0x0FFF, 0x1003, 0x8003, VT_ARRAY | VT_EMPTY, VT_BYREF | VT_NULL, VT_ARRAY | 15});
+    for (int const type : types)
     {
         VARIANT variant{};
         variant.vt = static_cast<VARTYPE>(type);
@@ -193,7 +209,16 @@ TEST(Variant, Clear_OfALockedArray_LeavesIt)
 {
     VARIANT variant = arrayVariant(VT_R8, 2);
     ASSERT_EQ(SafeArrayLock(variant.parray), S_OK);
+    SAFEARRAY *const array = variant.parray;
     EXPECT_EQ(VariantClear(&variant), DISP_E_ARRAYISLOCKED);
+    EXPECT_EQ(SafeArrayGetDim(array), 1u);
+    if (runsUnderWine()) // the array stays, and the variant that held it is empty all the same
+    {
+        EXPECT_EQ(variant.vt, VT_EMPTY);
+        SafeArrayUnlock(array);
+        EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+        return;
+    }
     EXPECT_EQ(variant.vt, VT_ARRAY | VT_R8);
     VARIANT source{};
     source.vt = VT_I4;
@@ -217,7 +242,12 @@ TEST(Variant, Copy_OfAString_IsDeepAndKeepsEveryByte)
     source.vt = VT_BSTR;
     EXPECT_EQ(VariantCopy(&target, &source), S_OK);
     EXPECT_EQ(target.vt, VT_BSTR);
+#if defined(_WIN32) // no text may be copied as an empty one
+    EXPECT_EQ(SysStringLen(target.bstrVal), 0u);
+    VariantClear(&target);
+#else
     EXPECT_EQ(target.bstrVal, nullptr);
+#endif
 }
 
 TEST(Variant, Copy_ToItself_ChangesNothing)
@@ -228,8 +258,10 @@ TEST(Variant, Copy_ToItself_ChangesNothing)
     EXPECT_EQ(variant.bstrVal, before);
     EXPECT_EQ(unitsOf(variant.bstrVal), u"same");
     VariantClear(&variant);
+#if !defined(_WIN32) // oleaut32 must be given both
     EXPECT_EQ(VariantCopy(&variant, nullptr), E_INVALIDARG);
     EXPECT_EQ(VariantCopy(nullptr, &variant), E_INVALIDARG);
+#endif
 }
 
 TEST(Variant, Copy_OfAnArrayOfVariants_IsDeepToTheEnd)

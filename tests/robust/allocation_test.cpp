@@ -3,6 +3,7 @@
 #include <oktdatabase/oktdbgroupparameter.h>
 #include <oktdatabase/oktdbparamrelation.h>
 #include <oktdatabase/oktdbpicture.h>
+#include <oktdatabase/oktdbparameter.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktdbrelation.h>
 #include <oktdatabase/oktgexyz.h>

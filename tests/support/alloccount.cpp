@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <new>
 
-#if defined(__GLIBC__)
+#if defined(__GLIBC__) || defined(_WIN32)
 #include <malloc.h>
 #endif
 
@@ -21,17 +21,11 @@ namespace
 {
 constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 
-// Where a thread's variables are made by operator new, it cannot use them: there the counts are those of the process.
-#if defined(_WIN32)
-#define OKT_PER_THREAD
-#else
-#define OKT_PER_THREAD thread_local
-#endif
-OKT_PER_THREAD std::size_t s_allocations = 0;
-OKT_PER_THREAD std::ptrdiff_t s_held = 0; // below 0 where memory of another thread was freed here
-OKT_PER_THREAD std::ptrdiff_t s_peak = 0;
-OKT_PER_THREAD std::size_t s_left = kNever;
-OKT_PER_THREAD bool s_struck = false;
+thread_local std::size_t s_allocations = 0;
+thread_local std::ptrdiff_t s_held = 0; // below 0 where memory of another thread was freed here
+thread_local std::ptrdiff_t s_peak = 0;
+thread_local std::size_t s_left = kNever;
+thread_local bool s_struck = false;
 
 [[maybe_unused]] void hold(std::size_t size)
 {
@@ -102,16 +96,37 @@ void operator delete(void *memory, std::size_t) noexcept { std::free(memory); }
 
 void operator delete[](void *memory, std::size_t) noexcept { std::free(memory); }
 
-#elif defined(__GLIBC__)
+#elif defined(__GLIBC__) || defined(_WIN32)
 
+#if defined(_WIN32)
+// The linker leads every call of this program's own objects here. What the shared libraries ask for on their own account is not
+// seen, oleaut32's strings and arrays among it.
+#define OKT_SEEN
+#define OKT_TAKEN(name) __wrap_##name
+#define OKT_REAL(name) __real_##name
+#else
 // Operator new ends here too, from inside the shared libraries: these must be seen by them.
-extern "C" void *__libc_malloc(std::size_t size);
-extern "C" void *__libc_calloc(std::size_t count, std::size_t size);
-extern "C" void *__libc_realloc(void *memory, std::size_t size);
-extern "C" void __libc_free(void *memory);
+#define OKT_SEEN __attribute__((visibility("default")))
+#define OKT_TAKEN(name) name
+#define OKT_REAL(name) __libc_##name
+#endif
+
+extern "C" void *OKT_REAL(malloc)(std::size_t size);
+extern "C" void *OKT_REAL(calloc)(std::size_t count, std::size_t size);
+extern "C" void *OKT_REAL(realloc)(void *memory, std::size_t size);
+extern "C" void OKT_REAL(free)(void *memory);
 
 namespace
 {
+std::size_t sizeOf(void *memory)
+{
+#if defined(_WIN32)
+    return memory == nullptr ? 0 : _msize(memory);
+#else
+    return malloc_usable_size(memory);
+#endif
+}
+
 template <typename Call> void *allocate(Call call)
 {
     ++s_allocations;
@@ -122,27 +137,27 @@ template <typename Call> void *allocate(Call call)
     }
     std::size_t moved = 0; // of a block that was given up for this one, behind the moment when both were held
     void *const memory = call(moved);
-    hold(malloc_usable_size(memory));
+    hold(sizeOf(memory));
     release(moved);
     return memory;
 }
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) void *malloc(std::size_t size)
+extern "C" OKT_SEEN void *OKT_TAKEN(malloc)(std::size_t size)
 {
-    return allocate([=](std::size_t &) { return __libc_malloc(size); });
+    return allocate([=](std::size_t &) { return OKT_REAL(malloc)(size); });
 }
 
-extern "C" __attribute__((visibility("default"))) void *calloc(std::size_t count, std::size_t size)
+extern "C" OKT_SEEN void *OKT_TAKEN(calloc)(std::size_t count, std::size_t size)
 {
-    return allocate([=](std::size_t &) { return __libc_calloc(count, size); });
+    return allocate([=](std::size_t &) { return OKT_REAL(calloc)(count, size); });
 }
 
-extern "C" __attribute__((visibility("default"))) void *realloc(void *memory, std::size_t size)
+extern "C" OKT_SEEN void *OKT_TAKEN(realloc)(void *memory, std::size_t size)
 {
-    std::size_t const before = malloc_usable_size(memory);
+    std::size_t const before = sizeOf(memory);
     return allocate([=](std::size_t &moved) {
-        void *const grown = __libc_realloc(memory, size);
+        void *const grown = OKT_REAL(realloc)(memory, size);
         // A block that stayed where it was is held once.
         if (grown == memory || (grown == nullptr && size == 0))
             release(before);
@@ -152,11 +167,36 @@ extern "C" __attribute__((visibility("default"))) void *realloc(void *memory, st
     });
 }
 
-extern "C" __attribute__((visibility("default"))) void free(void *memory)
+extern "C" OKT_SEEN void OKT_TAKEN(free)(void *memory)
 {
-    release(malloc_usable_size(memory));
-    __libc_free(memory);
+    release(sizeOf(memory));
+    OKT_REAL(free)(memory);
 }
+
+#if defined(_WIN32)
+namespace
+{
+void *allocateNew(std::size_t size)
+{
+    void *const memory = OKT_TAKEN(malloc)(size == 0 ? 1 : size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+} // namespace
+
+void *operator new(std::size_t size) { return allocateNew(size); }
+
+void *operator new[](std::size_t size) { return allocateNew(size); }
+
+void operator delete(void *memory) noexcept { OKT_TAKEN(free)(memory); }
+
+void operator delete[](void *memory) noexcept { OKT_TAKEN(free)(memory); }
+
+void operator delete(void *memory, std::size_t) noexcept { OKT_TAKEN(free)(memory); }
+
+void operator delete[](void *memory, std::size_t) noexcept { OKT_TAKEN(free)(memory); }
+#endif
 
 #else
 

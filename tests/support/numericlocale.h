@@ -17,7 +17,12 @@ public:
 
     bool isThere() const { return m_isThere; }
 
-    static constexpr char const *kComma = "de_DE.UTF-8";
+    // A locale with a decimal comma.
+#if defined(_WIN32)
+    static constexpr char const *kComma = "German_Germany.1252"; // the runtime library knows it
+#else
+    static constexpr char const *kComma = "de_DE.UTF-8"; // the build makes it
+#endif
 
 private:
     std::string m_before;

@@ -20,7 +20,8 @@ ScratchFolder::ScratchFolder()
             fs::temp_directory_path() / ("okt-test-" + std::to_string(random()) + "-" + std::to_string(s_number++));
         if (!fs::create_directory(folder))
             continue;
-        m_folder = folder.string();
+        auto const text = folder.generic_u8string();
+        m_folder.assign(text.begin(), text.end());
         return;
     }
 }
@@ -28,7 +29,7 @@ ScratchFolder::ScratchFolder()
 ScratchFolder::~ScratchFolder()
 {
     std::error_code ignored;
-    fs::remove_all(m_folder, ignored);
+    fs::remove_all(pathOf(path("")), ignored);
 }
 
 CString ScratchFolder::path(std::string const &name) const { return CString::FromUtf8(m_folder + "/" + name); }
@@ -36,7 +37,7 @@ CString ScratchFolder::path(std::string const &name) const { return CString::Fro
 CString ScratchFolder::put(std::string const &name, CByteArray const &bytes) const
 {
     CString const where = path(name);
-    std::ofstream file(where.ToUtf8(), std::ios::binary);
+    std::ofstream file(pathOf(where), std::ios::binary);
     file.write(reinterpret_cast<char const *>(bytes.GetData()), bytes.GetSize());
     EXPECT_TRUE(file.good()) << where.ToUtf8();
     return where;
@@ -44,7 +45,7 @@ CString ScratchFolder::put(std::string const &name, CByteArray const &bytes) con
 
 CByteArray contentsOf(CString const &path)
 {
-    std::ifstream file(path.ToUtf8(), std::ios::binary);
+    std::ifstream file(pathOf(path), std::ios::binary);
     EXPECT_TRUE(file.is_open()) << path.ToUtf8();
     std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     CByteArray bytes;
@@ -54,4 +55,8 @@ CByteArray contentsOf(CString const &path)
     return bytes;
 }
 
-bool fileExists(CString const &path) { return fs::exists(path.ToUtf8()); }
+bool fileExists(CString const &path) { return fs::exists(pathOf(path)); }
+
+fs::path pathOf(CString const &path) { return pathOf(path.ToUtf8()); }
+
+fs::path pathOf(std::string const &utf8) { return fs::path(std::u8string(utf8.begin(), utf8.end())); }

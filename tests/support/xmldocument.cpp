@@ -33,7 +33,7 @@ std::string documentOf(std::string const &elements)
 
 std::string textOf(CString const &path)
 {
-    std::ifstream file(path.ToUtf8(), std::ios::binary);
+    std::ifstream file(pathOf(path), std::ios::binary);
     EXPECT_TRUE(file.is_open()) << path.ToUtf8();
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
@@ -41,7 +41,7 @@ std::string textOf(CString const &path)
 CString putText(ScratchFolder const &folder, std::string const &name, std::string_view text)
 {
     CString const where = folder.path(name);
-    std::ofstream file(where.ToUtf8(), std::ios::binary);
+    std::ofstream file(pathOf(where), std::ios::binary);
     file.write(text.data(), static_cast<std::streamsize>(text.size()));
     file.close();
     EXPECT_TRUE(file.good()) << where.ToUtf8();

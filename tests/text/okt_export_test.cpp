@@ -26,7 +26,7 @@ protected:
 
     std::string put(std::string const &name, std::string const &text) const
     {
-        std::ofstream(path(name), std::ios::binary) << text;
+        std::ofstream(pathOf(path(name)), std::ios::binary) << text;
         return path(name);
     }
 
@@ -77,8 +77,9 @@ TEST_F(OktExport, ExportImport_ThroughStandardStreams_SameBytes)
     std::ifstream stream(path("a.json"), std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), exported.out);
 
-    ProcessResult const piped =
-        runProgram("/bin/sh", {"-c", "'" OKT_EXE "' export - <'" + golden("stirrup.okt") + "' | '" OKT_EXE "' import - -o -"});
+    ProcessResult const read = runOktOn(golden("stirrup.okt"), {"export", "-"});
+    EXPECT_EQ(read.out, exported.out);
+    ProcessResult const piped = runOktOn(put("b.json", read.out), {"import", "-", "-o", "-"});
     EXPECT_EQ(piped.exitCode, 0);
     EXPECT_EQ(piped.err, "");
     CByteArray const bytes = bytesOfFile(golden("stirrup.okt"));
@@ -107,7 +108,7 @@ TEST_F(OktExport, ExportImport_Pictures_FilesBesideTheText)
 TEST_F(OktExport, Export_PictureOfATemplate_NamedAfterItsFormat)
 {
     ASSERT_EQ(runOkt({"build", OKT_EXAMPLES_DIR "/data/bars-astm-a615.csv", "-o", path("out")}).exitCode, 0);
-    std::string const pool = fs::directory_iterator(path("out"))->path().string();
+    std::string const pool = fs::directory_iterator(path("out"))->path().generic_string();
     expectDone(runOkt({"export", pool, "-o", path("a.json"), "--pictures", path("pictures")}));
     EXPECT_EQ(fs::directory_iterator(path("pictures"))->path().extension(), ".png");
     expectDone(runOkt({"import", path("a.json"), "--pictures", path("pictures"), "-o", path("a.okt")}));
@@ -140,19 +141,19 @@ TEST_F(OktExport, Output_ThatExists_IsKeptWithoutForce)
 TEST_F(OktExport, Output_ThatCannotBeWritten_NothingIsLeft)
 {
     expectFailure(runOkt({"export", golden("empty.okt"), "-o", path("no/a.json")}),
-                  path("no/a.json") + ": the file cannot be written: No such file or directory");
+                  path("no/a.json") + ": the file cannot be written: " + systemWords("No such file or directory", 3));
     expectFailure(runOkt({"export", golden("empty.okt"), "-o", path(""), "--force"}),
                   path("") + ": the file cannot be written: a folder has this name");
     std::string const pool = path("a.okt");
     fs::copy_file(golden("stirrup.okt"), pool);
     expectFailure(runOkt({"export", pool, "-o", pool, "--force"}),
                   pool + ": the file cannot be written: this is the pool file itself");
+#if !defined(_WIN32) // where a process can be held to a size of files
     expectFailure(runOkt({"export", pool, "-o", path("b.json")}, ProcessOutput::Kept, 4096),
                   path("b.json") + ": the file cannot be written: File too large");
+#endif
     EXPECT_EQ(filesInFolder(), 1u);
-    ProcessResult const full = runOkt({"export", pool}, ProcessOutput::Full);
-    EXPECT_EQ(full.err, "okt: standard output: the output cannot be written: No space left on device\n");
-    EXPECT_EQ(full.exitCode, 1);
+    expectOutputFailure(runOkt({"export", pool}, ProcessOutput::Full), "No space left on device");
 }
 
 TEST_F(OktExport, Export_FaultsOfTheFile_OneLineWithTheByte)
@@ -164,8 +165,7 @@ TEST_F(OktExport, Export_FaultsOfTheFile_OneLineWithTheByte)
     expectFailure(runOkt({"export", put("text.okt", "no pool")}),
                   path("text.okt") + ":byte 0: this is no pool file: it does not begin with the size of a header");
     expectFailure(runOkt({"export", put("empty.okt", "")}), path("empty.okt") + ": the file is empty");
-    ProcessResult const nothing = runProgram("/bin/sh", {"-c", "'" OKT_EXE "' export - </dev/null"});
-    expectFailure(nothing, "standard input: the file is empty");
+    expectFailure(runOkt({"export", "-"}), "standard input: the file is empty");
 }
 
 TEST_F(OktExport, Import_FaultsOfTheText_OneLineWithLineAndColumn)
@@ -176,7 +176,7 @@ TEST_F(OktExport, Import_FaultsOfTheText_OneLineWithLineAndColumn)
                   path("a.json") + ":2:13: no JSON: while parsing value - invalid literal; last read: '\"format\": ?'");
     expectFailure(runOkt({"import", put("b.json", "{\n  \"objects\": [\n    {\"long\": \"1\"}"), "-o", path("a.okt")}),
                   path("b.json") + ":3:5: \"long\" is no whole number from -2147483648 to 2147483647");
-    expectFailure(runProgram("/bin/sh", {"-c", "echo '[' | '" OKT_EXE "' import - -o -"}),
+    expectFailure(runOktOn(put("c.json", "[\n"), {"import", "-", "-o", "-"}),
                   "standard input:1:1: no list belongs here");
     EXPECT_FALSE(fs::exists(path("a.okt")));
     EXPECT_EQ(runOkt({"import", path("a.json")}).exitCode, 2);
