@@ -398,6 +398,6 @@ TEST(FrameSize, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
         CByteArray image;
         IdMap translated;
         ASSERT_TRUE(pool.saveFiler(image, translated));
-        EXPECT_LE(image.GetCapacity(), image.GetSize() + image.GetSize() / 16) << count;
+        EXPECT_LE(image.GetCapacity(), image.GetSize() + image.GetSize() / 8) << count;
     }
 }
