@@ -1,5 +1,4 @@
 #include "process.h"
-#include "terminal.h"
 
 #include "support/scratchfolder.h"
 
@@ -293,7 +292,6 @@ std::string errorOfSlowImport(std::string const &text, std::string const &output
 
 TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
 {
-    OKT_NEEDS_TERMINALS;
     setenv("TERM", "xterm", 1);
     std::string const pool = largePool();
     ASSERT_EQ(runOkt({"export", pool, "-o", path("large.json")}).exitCode, 0);
@@ -334,7 +332,6 @@ std::string errorOf(auto action)
 
 TEST_F(OktHabits, Waiting_LongCall_LineThatIsTakenAway)
 {
-    OKT_NEEDS_TERMINALS;
     using namespace std::chrono_literals;
     auto const longCall = [](std::chrono::milliseconds patience) {
         okt::Waiting const waiting("link.okt", 1'200'000'000, patience);
@@ -351,7 +348,6 @@ TEST_F(OktHabits, Waiting_LongCall_LineThatIsTakenAway)
 
 TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
 {
-    OKT_NEEDS_TERMINALS;
     using namespace std::chrono_literals;
     setenv("TERM", "xterm", 1);
     EXPECT_EQ(errorOf([] {
@@ -365,7 +361,6 @@ TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
 /// Results on the same screen: a line of them is not taken away before it is complete.
 TEST_F(OktHabits, Status_BehindHalfALine_NotShown)
 {
-    OKT_NEEDS_TERMINALS;
     setenv("TERM", "xterm", 1);
     EXPECT_EQ(errorOf([] {
                   dup2(2, 1);
@@ -382,7 +377,6 @@ TEST_F(OktHabits, Status_BehindHalfALine_NotShown)
 
 TEST_F(OktHabits, Colours_OnATerminal_UnlessSwitchedOff)
 {
-    OKT_NEEDS_TERMINALS;
     OKTDbPool pool;
     pool.setPoolName(u"One");
     ASSERT_TRUE(pool.writeFile(m_folder.path("one.okt")));

@@ -1,5 +1,4 @@
 #include "process.h"
-#include "terminal.h"
 
 #include "support/scratchfolder.h"
 
@@ -196,7 +195,6 @@ std::string completedByZsh(std::string const &setUp, std::vector<std::string> co
 
 TEST_F(OktPages, ZshCompletion_CommandsOptionsValuesFiles)
 {
-    OKT_NEEDS_TERMINALS; // zsh reads the keys from one
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(completedByZsh("source <('" OKT_EXE "' completion zsh)",
                              {"okt ex", "okt show --un", "okt show --unit i", "okt show --ids --unit i", "okt --module x.so ex",
@@ -209,7 +207,6 @@ TEST_F(OktPages, ZshCompletion_CommandsOptionsValuesFiles)
 
 TEST_F(OktPages, ZshCompletion_FromAFolderOfFunctions)
 {
-    OKT_NEEDS_TERMINALS; // zsh reads the keys from one
     ASSERT_EQ(runOkt({"pages", "-o", path("share")}).exitCode, 0);
     EXPECT_EQ(completedByZsh("fpath=('" + path("share/zsh/site-functions") + "' $fpath); compinit -u -D",
                              {"okt ex", "okt show --un"}),
