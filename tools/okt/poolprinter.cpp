@@ -1,6 +1,7 @@
 #include "poolprinter.h"
 
 #include "imageformat.h"
+#include "objectsof.h"
 #include "standin.h"
 #include "text.h"
 
@@ -83,13 +84,12 @@ private:
     std::vector<Row> m_rows;
 };
 
-class Printer
+class Printer : ObjectsOf
 {
 public:
     Printer(PoolFile const &file, DisplayUnit const &unit, bool withIds)
-        : m_file(file), m_pool(*file.pool), m_unit(unit), m_withIds(withIds)
+        : ObjectsOf(*file.pool), m_file(file), m_unit(unit), m_withIds(withIds)
     {
-        m_pool.getAllObjects(m_all);
         for (Frame const &frame : file.frames)
             if (frame.id)
                 m_frames.emplace(toId(*frame.id), &frame);
@@ -112,29 +112,6 @@ public:
 private:
     void line(std::string const &text) { m_text += text + "\n"; }
     void heading(std::string const &text) { m_text += "\n" + text + "\n"; }
-
-    static OKTDbObjectId toId(_GUID const &guid)
-    {
-        OKTDbObjectId id;
-        id.setGuid(guid);
-        return id;
-    }
-
-    OKTDbObject *object(OKTDbObjectId const &id) const
-    {
-        OKTDbObject *found = nullptr;
-        m_pool.findObject(id, found);
-        return found;
-    }
-
-    template <typename T> std::vector<T *> all() const
-    {
-        std::vector<T *> found;
-        for (OKTDbObjectId const &id : m_all)
-            if (T *const fitting = T::cast(object(id)))
-                found.push_back(fitting);
-        return found;
-    }
 
     static std::string className(OKTDbObject const *object)
     {
@@ -445,10 +422,8 @@ private:
     }
 
     PoolFile const &m_file;
-    OKTDbPool &m_pool;
     DisplayUnit const &m_unit;
     bool const m_withIds;
-    IdArray m_all;
     std::map<OKTDbObjectId, Frame const *> m_frames;
     std::set<OKTDbObjectId> m_shown;
     std::string m_text;

@@ -4,6 +4,7 @@
 #include "../exportfiles.h"
 #include "../failure.h"
 #include "../imageformat.h"
+#include "../objectsof.h"
 #include "../poolprinter.h"
 #include "../poolreader.h"
 #include "../progress.h"
@@ -66,10 +67,10 @@ void append(std::string &text, Style const &style, std::string const &indent, st
 
 std::string idOf(OKTDbObjectId const &id) { return printable(id.getGuidAsString(false)); }
 
-class TreeMaker
+class TreeMaker : ObjectsOf
 {
 public:
-    TreeMaker(OKTDbPool &pool, DisplayUnit const &unit) : m_pool(pool), m_unit(unit) { pool.getAllObjects(m_all); }
+    TreeMaker(OKTDbPool &pool, DisplayUnit const &unit) : ObjectsOf(pool), m_unit(unit) {}
 
     std::vector<Node> nodes()
     {
@@ -86,22 +87,6 @@ public:
     }
 
 private:
-    template <typename T> std::vector<T *> all() const
-    {
-        std::vector<T *> found;
-        for (OKTDbObjectId const &id : m_all)
-            if (T *const fitting = T::cast(object(id)))
-                found.push_back(fitting);
-        return found;
-    }
-
-    OKTDbObject *object(OKTDbObjectId const &id) const
-    {
-        OKTDbObject *found = nullptr;
-        m_pool.findObject(id, found);
-        return found;
-    }
-
     /// In place of what a list names, which is not there, or of another class than is meant.
     Node missing(OKTDbObjectId const &id) const
     {
@@ -251,9 +236,7 @@ private:
                 {}};
     }
 
-    OKTDbPool &m_pool;
     DisplayUnit const &m_unit;
-    IdArray m_all;
     std::set<OKTDbObjectId> m_shown;
     std::set<OKTDbParameter const *> m_followed;
 };

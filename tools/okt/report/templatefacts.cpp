@@ -5,6 +5,7 @@
 #include <tools/okt/exportfiles.h>
 #include <tools/okt/failure.h>
 #include <tools/okt/members.h>
+#include <tools/okt/objectsof.h>
 #include <tools/okt/poolprinter.h>
 #include <tools/okt/progress.h>
 #include <tools/okt/standin.h>
@@ -163,13 +164,12 @@ std::string breakable(CString const &expression)
     return result;
 }
 
-class Collector
+class Collector : ObjectsOf
 {
 public:
     Collector(PoolFile const &file, UnitValues const &values, TemplateFacts &facts)
-        : m_file(file), m_pool(*file.pool), m_values(values), m_facts(facts)
+        : ObjectsOf(*file.pool), m_file(file), m_values(values), m_facts(facts)
     {
-        m_pool.getAllObjects(m_all);
         for (Frame const &frame : file.frames)
             if (frame.id)
                 m_frames.emplace(toId(*frame.id), &frame);
@@ -193,29 +193,6 @@ public:
     }
 
 private:
-    static OKTDbObjectId toId(_GUID const &guid)
-    {
-        OKTDbObjectId id;
-        id.setGuid(guid);
-        return id;
-    }
-
-    OKTDbObject *object(OKTDbObjectId const &id) const
-    {
-        OKTDbObject *found = nullptr;
-        m_pool.findObject(id, found);
-        return found;
-    }
-
-    template <typename T> std::vector<T *> all() const
-    {
-        std::vector<T *> found;
-        for (OKTDbObjectId const &id : m_all)
-            if (T *const fitting = T::cast(object(id)))
-                found.push_back(fitting);
-        return found;
-    }
-
     static CString classOf(OKTDbObject const *object) { return object->isA()->ClassName(); }
 
     /// What an object is called; empty for one without a name.
@@ -527,10 +504,8 @@ private:
     }
 
     PoolFile const &m_file;
-    OKTDbPool &m_pool;
     UnitValues const &m_values;
     TemplateFacts &m_facts;
-    IdArray m_all;
     std::map<OKTDbObjectId, Frame const *> m_frames;
     std::set<OKTDbObjectId> m_shown;
     std::map<OKTDbObjectId, std::size_t> m_nodes;
