@@ -1,3 +1,4 @@
+#include "okt/files.h"
 #include "okt/process.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
@@ -31,15 +32,9 @@ constexpr char const *k3 = "{00000003-3333-3333-3333-333333333333}";
 constexpr char const *k4 = "{00000004-4444-4444-4444-444444444444}";
 constexpr char const *kPool = "{11111111-2222-3333-4444-555555555555}";
 
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
-class OktModules : public testing::Test
+class OktModules : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
-    std::string put(std::string const &name, CByteArray const &bytes) const { return m_folder.put(name, bytes).ToUtf8(); }
-
     /// The first bytes of a file stay, zeros follow up to the size.
     static CByteArray padded(CByteArray bytes, int size = 1024)
     {
@@ -64,8 +59,6 @@ protected:
         arguments.insert(arguments.begin(), {"--module", OKT_EXAMPLE_MODULE});
         return runOkt(arguments);
     }
-
-    ScratchFolder m_folder;
 };
 
 // ---- --module ---------------------------------------------------------------------------------------------------------------

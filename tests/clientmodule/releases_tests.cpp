@@ -1,3 +1,4 @@
+#include "okt/files.h"
 #include "okt/process.h"
 #include "support/printers.h"
 #include "support/reportcatcher.h"
@@ -16,11 +17,9 @@
 namespace
 {
 
-class Releases : public testing::Test
+class Releases : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
     /// Runs the program of a release; it must end well. Gives what it printed.
     static std::string run(int release, std::vector<std::string> const &arguments)
     {
@@ -33,8 +32,6 @@ protected:
 #endif
         return text;
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(Releases, Read_FileOfTheSameRelease_AllMembers)

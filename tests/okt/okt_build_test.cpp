@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/printers.h"
@@ -21,11 +22,9 @@ namespace fs = std::filesystem;
 std::string const kData = OKT_EXAMPLES_DIR "/data";
 
 /// A second process makes templates; this one looks at what it left.
-class OktBuild : public testing::Test
+class OktBuild : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
     /// A folder with copies of all tables.
     std::string copyOfData() const
     {
@@ -55,8 +54,6 @@ protected:
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.err, "okt: " + message + "\n");
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktBuild, Build_ExampleFolder_AllTemplatesAndTheirSummary)

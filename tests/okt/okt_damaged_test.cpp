@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/alloccount.h"
@@ -29,12 +30,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-std::string contents(fs::path const &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 void put(std::string const &path, std::string const &bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 

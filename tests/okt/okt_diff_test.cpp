@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/clientclasses.h"
@@ -26,7 +27,7 @@ using testing::Not;
 using testing::StartsWith;
 
 /// A template's parameters in small.
-class OktDiff : public testing::Test
+class OktDiff : public FolderTest
 {
 protected:
     OktDiff()
@@ -53,8 +54,6 @@ protected:
         return parameter;
     }
 
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
     std::string write(std::string const &name) const { return write(name, m_pool); }
     std::string write(std::string const &name, OKTDbPool const &pool) const
     {
@@ -68,12 +67,6 @@ protected:
         std::unique_ptr<OKTDbPool> const clone(m_pool.clone());
         m_pool.setBoolTranslatedIds(false);
         return write(name, *clone);
-    }
-
-    std::string put(std::string const &name, std::string const &text) const
-    {
-        std::ofstream(path(name), std::ios::binary) << text;
-        return path(name);
     }
 
     static void expectSame(ProcessResult const &result)
@@ -100,7 +93,6 @@ protected:
 
     static std::string textOf(OKTDbObject const *object) { return object->objectId().getGuidAsString(false).ToUtf8(); }
 
-    ScratchFolder m_folder;
     OKTDbPool m_pool;
     OKTDbCategory *m_category = nullptr;
     std::vector<OKTDbParameter *> m_parameters;

@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/scratchfolder.h"
@@ -12,25 +13,8 @@
 namespace
 {
 
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
-std::string contents(std::string const &path)
+class OktDump : public FolderTest
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-class OktDump : public testing::Test
-{
-protected:
-    std::string put(std::string const &name, std::string const &bytes) const
-    {
-        std::string const path = m_folder.path(name).ToUtf8();
-        std::ofstream(path, std::ios::binary) << bytes;
-        return path;
-    }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktDump, WholeFile_EveryByteInOneRecord)

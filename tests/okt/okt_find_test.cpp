@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/scratchfolder.h"
@@ -13,8 +14,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
 
 TEST(OktFind, NamesTextsValuesIdsClasses)
 {

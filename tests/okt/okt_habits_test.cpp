@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/scratchfolder.h"
@@ -132,11 +133,9 @@ struct Terminal
     int slave = -1;
 };
 
-class OktHabits : public testing::Test
+class OktHabits : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
     /// A pool whose text is longer than a pipe takes. Objects stand in the order of their ids, so a picture is among the first
     /// for certain only where there is little else.
     std::string largePool(int parameters = 3000) const
@@ -183,8 +182,6 @@ protected:
         }
         return false;
     }
-
-    ScratchFolder m_folder;
 };
 
 // ---- Interrupts --------------------------------------------------------------------------------------------------------------

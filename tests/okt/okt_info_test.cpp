@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/scratchfolder.h"
@@ -12,19 +13,8 @@
 namespace
 {
 
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
-class OktInfo : public testing::Test
+class OktInfo : public FolderTest
 {
-protected:
-    std::string put(std::string const &name, std::string const &bytes) const
-    {
-        std::string const path = m_folder.path(name).ToUtf8();
-        std::ofstream(path, std::ios::binary) << bytes;
-        return path;
-    }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktInfo, Stirrup_HeaderAndClasses)

@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/scratchfolder.h"
@@ -14,8 +15,6 @@
 
 namespace
 {
-
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
 
 TEST(OktLs, EveryClass_OneLineAnObject)
 {

@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/scratchfolder.h"
@@ -75,10 +76,9 @@ TEST(OktHelp, WrongUsage_LineThatHelps)
     EXPECT_EQ(told({"dump", "link.okt", "--at", "x"}), "okt: --at: x is no whole number from 0 on (see okt --help)\n");
 }
 
-class OktPages : public testing::Test
+class OktPages : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
     static ProcessResult shell(std::string const &script, std::string const &argument = "")
     {
         return runProgram("/bin/bash", {"-c", script, OKT_EXE, argument});
@@ -88,8 +88,6 @@ protected:
         CByteArray const bytes = contentsOf(CString::FromUtf8(file));
         return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktPages, ManPages_EveryCommand_FormattedWithoutAWarning)

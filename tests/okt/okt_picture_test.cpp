@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/printers.h"
@@ -35,11 +36,9 @@ std::string textOf(CByteArray const &bytes)
 }
 
 /// A second process takes pictures out of pool files that are made here.
-class OktPicture : public testing::Test
+class OktPicture : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
     static OKTDbPicture &append(OKTDbPool &pool, CByteArray const &image)
     {
         auto *const picture = new OKTDbPicture;
@@ -89,8 +88,6 @@ protected:
         EXPECT_TRUE(pool.readFile(CString::FromUtf8(file)));
         return pool.picturesId().at(index).getGuidAsString(false).ToUtf8();
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktPicture, Picture_ExampleTemplate_PngAndOneLine)

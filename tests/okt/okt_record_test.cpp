@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/scratchfolder.h"
@@ -15,24 +16,14 @@ namespace fs = std::filesystem;
 
 std::string const kData = OKT_EXAMPLES_DIR "/data";
 
-class OktBf2dCommands : public testing::Test
+class OktBf2dCommands : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
-    std::string put(std::string const &name, std::string const &text) const
-    {
-        std::ofstream(path(name), std::ios::binary) << text;
-        return path(name);
-    }
-
     static std::string textOf(std::string const &file)
     {
         CByteArray const bytes = contentsOf(CString::FromUtf8(file));
         return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktBf2dCommands, BuildAndExport_TheExamples_TheSameBytes)

@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/printers.h"
@@ -17,32 +18,14 @@ namespace
 
 namespace fs = std::filesystem;
 
-std::string contents(fs::path const &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
-class OktRecover : public testing::Test
+class OktRecover : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
-    std::string put(std::string const &name, std::string const &bytes) const
-    {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-        return path(name);
-    }
-
     static int objectsIn(std::string const &file)
     {
         OKTDbPool pool;
         return pool.readFile(CString::FromUtf8(file)) ? pool.objectCount() : -1;
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktRecover, OneByteFlipped_TheOtherObjectsAndTheHeader)

@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/printers.h"
@@ -26,16 +27,10 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
 /// A second process makes pages of pool files; golden ones and those made here.
-class OktReport : public testing::Test
+class OktReport : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
-    std::string put(std::string const &name, CByteArray const &bytes) const { return m_folder.put(name, bytes).ToUtf8(); }
-
     static std::string textOf(std::string const &path)
     {
         CByteArray const bytes = contentsOf(CString::FromUtf8(path));
@@ -65,8 +60,6 @@ protected:
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err, "okt: " + message + "\n");
     }
-
-    ScratchFolder m_folder;
 };
 
 // ---- What the page holds ----------------------------------------------------------------------------------------------------

@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include "support/hexbytes.h"
@@ -17,18 +18,12 @@ namespace
 
 namespace fs = std::filesystem;
 
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
 std::size_t linesIn(std::string const &text) { return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')); }
 
 /// A second process prints pool files; golden ones and those made here.
-class OktShow : public testing::Test
+class OktShow : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
-    std::string put(std::string const &name, CByteArray const &bytes) const { return m_folder.put(name, bytes).ToUtf8(); }
-
     static CByteArray bytesOfFile(std::string const &path) { return contentsOf(CString::FromUtf8(path)); }
 
     static void expectLine(ProcessResult const &result, std::string const &line)
@@ -46,8 +41,6 @@ protected:
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.err, "okt: " + message + "\n");
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktShow, Show_StandardInput_AsFromTheFile)

@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include <gtest/gtest.h>
@@ -7,8 +8,6 @@
 
 namespace
 {
-
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
 
 TEST(OktTree, Stirrup_Ascii)
 {

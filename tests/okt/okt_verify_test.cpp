@@ -1,3 +1,4 @@
+#include "files.h"
 #include "process.h"
 
 #include <tools/okt/inspect/libraryread.h>
@@ -29,26 +30,8 @@ namespace
 
 namespace fs = std::filesystem;
 
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
-std::string contents(fs::path const &path)
+class OktVerify : public FolderTest
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-class OktVerify : public testing::Test
-{
-protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
-    std::string put(std::string const &name, std::string const &bytes) const
-    {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-        return path(name);
-    }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktVerify, BuiltTemplates_Clean)

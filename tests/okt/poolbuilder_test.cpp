@@ -2,6 +2,7 @@
 #include <tools/okt/files.h>
 #include <tools/okt/poolbuilder.h>
 
+#include "okt/files.h"
 #include "okt/process.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
@@ -80,7 +81,7 @@ CString textOf(OKTDbParameter const &parameter)
     return CString(value.bstrVal);
 }
 
-class OktPoolBuilder : public testing::Test
+class OktPoolBuilder : public FolderTest
 {
 protected:
     fs::path path(std::string const &name) const { return pathOf(m_folder.path(name)); }
@@ -89,8 +90,6 @@ protected:
         fs::directory_iterator const entries(path(""));
         return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktPoolBuilder, BuildPool_Plan_ObjectsLinkedBothWays)

@@ -1,3 +1,4 @@
+#include "okt/files.h"
 #include "okt/process.h"
 
 #include "support/printers.h"
@@ -16,14 +17,10 @@ namespace
 
 namespace fs = std::filesystem;
 
-std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
-
 /// A second process turns pool files into text and back.
-class OktExport : public testing::Test
+class OktExport : public FolderTest
 {
 protected:
-    std::string path(std::string const &name) const { return m_folder.path(name).ToUtf8(); }
-
     std::string put(std::string const &name, std::string const &text) const
     {
         std::ofstream(pathOf(path(name)), std::ios::binary) << text;
@@ -56,8 +53,6 @@ protected:
         fs::directory_iterator const entries(path(""));
         return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
     }
-
-    ScratchFolder m_folder;
 };
 
 TEST_F(OktExport, ExportImport_ThroughFiles_SameBytes)
