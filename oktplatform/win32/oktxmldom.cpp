@@ -7,6 +7,7 @@
 
 #include <oktplatform/oktfile.h>
 #include <oktplatform/oktxmlname_internal.h>
+#include <oktplatform/win32/oktxmlprolog.h>
 
 #include <msxml2.h>
 #include <objbase.h>
@@ -15,6 +16,7 @@
 #include <deque>
 #include <limits>
 #include <map>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -137,6 +139,7 @@ struct OktXmlTree
 {
     Apartment apartment;
     Com<::IXMLDOMDocument> document;
+    std::string documentType; // the name in a document that was read
     std::deque<OktXmlNode> nodes;
     OktXmlNode *root = nullptr;
 };
@@ -147,9 +150,14 @@ OktXmlNode *entered(OktXmlTree &tree, ComNode com)
 {
     OktXmlNode node;
     check(com->get_nodeType(&node.type));
-    Bstr name;
-    check(com->get_nodeName(name.out()));
-    node.name = name.text().ToUtf8();
+    if (node.type == NODE_DOCUMENT_TYPE)
+        node.name = tree.documentType; // Wine, when asked, looks for a prefix where there is none, and may not come back
+    else
+    {
+        Bstr name;
+        check(com->get_nodeName(name.out()));
+        node.name = name.text().ToUtf8();
+    }
     node.com = std::move(com);
     tree.nodes.push_back(std::move(node));
     return &tree.nodes.back();
@@ -285,26 +293,34 @@ public:
         ULONGLONG const length = file.GetLength();
         if (length > static_cast<ULONGLONG>(std::numeric_limits<LONG>::max()))
             throw std::bad_alloc();
-        VariantInit(&m_array);
-        m_array.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(length));
-        if (m_array.parray == nullptr)
+        m_array.reset(SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(length)));
+        if (m_array == nullptr)
             throw std::bad_alloc();
-        m_array.vt = VT_ARRAY | VT_UI1;
-        void *data = nullptr;
-        check(SafeArrayAccessData(m_array.parray, &data));
-        UINT const read = file.Read(data, static_cast<UINT>(length));
-        check(SafeArrayUnaccessData(m_array.parray));
-        if (read != length)
+        if (file.Read(m_array->pvData, static_cast<UINT>(length)) != length)
             throw CFileException();
     }
-    FileImage(FileImage const &) = delete;
-    FileImage &operator=(FileImage const &) = delete;
-    ~FileImage() { VariantClear(&m_array); }
 
-    VARIANT const &array() const { return m_array; }
+    OktXmlProlog::Prolog prolog() const
+    {
+        return OktXmlProlog::look(static_cast<unsigned char const *>(m_array->pvData), m_array->rgsabound[0].cElements);
+    }
+
+    /// It stays this object's own.
+    VARIANT variant() const
+    {
+        VARIANT value;
+        VariantInit(&value);
+        value.vt = VT_ARRAY | VT_UI1;
+        value.parray = m_array.get();
+        return value;
+    }
 
 private:
-    VARIANT m_array;
+    struct Destroy
+    {
+        void operator()(SAFEARRAY *array) const { SafeArrayDestroy(array); }
+    };
+    std::unique_ptr<SAFEARRAY, Destroy> m_array;
 };
 
 /// Writes all that a stream in memory holds.
@@ -508,7 +524,11 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     try
     {
         FileImage const image(file);
-        HRESULT const result = m_tree->document->load(image.array(), &parsed);
+        OktXmlProlog::Prolog prolog = image.prolog();
+        if (prolog.declaresParameterEntity)
+            return S_FALSE;
+        m_tree->documentType = std::move(prolog.documentType);
+        HRESULT const result = m_tree->document->load(image.variant(), &parsed);
         if (result == E_OUTOFMEMORY)
             throw std::bad_alloc();
     }

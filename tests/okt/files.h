@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -11,7 +12,7 @@
 /// The path of a golden pool file.
 inline std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
 
-inline std::string contents(std::string const &path)
+inline std::string contents(std::filesystem::path const &path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -2,6 +2,7 @@
 #include <tools/okt/inspect/libraryread.h>
 #include <tools/okt/inspect/recovery.h>
 
+#include "okt/files.h"
 #include "okt/process.h"
 
 #include "support/clientclasses.h"
@@ -18,8 +19,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -30,14 +29,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-std::string contents(fs::path const &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-std::string golden(std::string const &name) { return contents(OKT_TEST_DATA_DIR "/golden/" + name); }
 
 std::string asText(CByteArray const &bytes)
 {
@@ -228,7 +219,7 @@ TEST(Recovery, WholeFiles_TheSameBytes)
          {"empty.okt", "every-class.okt", "factor-in-header.okt", "float-value.okt", "long-strings.okt", "metrics-factor.okt",
           "newer-sections.okt", "object-order.okt", "odd-members.okt", "old-sections.okt", "oldest-header.okt",
           "other-case.okt", "pictures.okt", "quantities.okt", "stirrup.okt", "value-kinds.okt", "zero-in-text.okt"})
-        EXPECT_TRUE(recovered(golden(name)) == golden(name)) << name;
+        EXPECT_TRUE(recovered(contents(golden(name))) == contents(golden(name))) << name;
 }
 
 } // namespace

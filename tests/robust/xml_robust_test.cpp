@@ -7,6 +7,7 @@
 #include "support/printers.h"
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
+#include "support/wine.h"
 #include "support/xmldocument.h"
 
 #include <oktdatabase/oktdbpool.h>
@@ -22,6 +23,12 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+
+#if defined(_WIN32)
+#include <windows.h>
+
+#include <psapi.h>
+#else
 #include <sys/file.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
@@ -30,6 +37,7 @@
 #include <unistd.h>
 
 #include <fcntl.h>
+#endif
 
 namespace
 {
@@ -40,14 +48,6 @@ constexpr char kWhole[] =
     "<m_dfZ double=\"-0.25\"/></Members></p><Map name=\"m\"><a long=\"1\"/></Map>"
     "<Object class=\"OKTDbRelation\" version=\"1\"><Members version=\"1\"><varConverted long=\"1\"/></Members></Object>"
     "</Document>\n";
-
-/// The largest resident size that this process had, in bytes.
-std::size_t peakMemory()
-{
-    rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
-}
 
 /// The time of this process that a piece of work takes, whatever else the machine does.
 double secondsOf(std::function<void()> const &work)
@@ -60,6 +60,50 @@ double secondsOf(std::function<void()> const &work)
     double const before = used();
     work();
     return used() - before;
+}
+
+#if defined(_WIN32)
+/// How far a check lets the largest resident size of this process grow in bytes: what a test before this one used at most is not
+/// seen again.
+std::size_t growthInOwnProcess(std::function<bool()> const &check)
+{
+    auto const peakMemory = [] {
+        PROCESS_MEMORY_COUNTERS counters = {};
+        EXPECT_TRUE(GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters));
+        return counters.PeakWorkingSetSize;
+    };
+    std::size_t const before = peakMemory();
+    EXPECT_TRUE(check());
+    return peakMemory() - before;
+}
+
+/// A file as long as another program reads it, or writes to it.
+class HeldFile
+{
+public:
+    HeldFile(CString const &path, bool writing)
+        : m_file(CreateFileW(pathOf(path).c_str(), writing ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, FILE_SHARE_READ, nullptr,
+                             OPEN_EXISTING, 0, nullptr))
+    {
+        EXPECT_NE(m_file, INVALID_HANDLE_VALUE);
+    }
+    HeldFile(HeldFile const &) = delete;
+    HeldFile &operator=(HeldFile const &) = delete;
+    ~HeldFile() { CloseHandle(m_file); }
+
+private:
+    HANDLE m_file;
+};
+
+constexpr char16_t kNowhere[] = u"NUL";
+constexpr std::size_t kHeldFile = 100u << 20; // the parser is given all bytes of a large file at once
+#else
+/// The largest resident size that this process had, in bytes.
+std::size_t peakMemory()
+{
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
 }
 
 /// Runs a check in a process of its own, so that its largest size and its end are its own. Gives how far the memory grew in
@@ -114,6 +158,27 @@ public:
 private:
     int m_events;
 };
+
+/// A file as long as another program reads it, or writes to it.
+class HeldFile
+{
+public:
+    HeldFile(CString const &path, bool writing) : m_file(open(path.ToUtf8().c_str(), O_RDWR))
+    {
+        EXPECT_GE(m_file, 0);
+        EXPECT_EQ(flock(m_file, (writing ? LOCK_EX : LOCK_SH) | LOCK_NB), 0);
+    }
+    HeldFile(HeldFile const &) = delete;
+    HeldFile &operator=(HeldFile const &) = delete;
+    ~HeldFile() { close(m_file); }
+
+private:
+    int m_file;
+};
+
+constexpr char16_t kNowhere[] = u"/dev/null";
+constexpr std::size_t kHeldFile = 0;
+#endif
 
 /// The whole tree of a filer's document as text, whatever stands in it.
 std::string dumpOf(OktXml::IXMLDOMNodePtr const &from)
@@ -353,6 +418,7 @@ TEST_F(XmlRobustTest, OtherEncodings_AreRead)
     EXPECT_TRUE(ascii.NewFiler(put("<?xml version='1.0' encoding='US-ASCII'?><D><s string='e'/></D>"), false));
 }
 
+#if !defined(_WIN32) // the tools belong to the other systems
 TEST_F(XmlRobustTest, DocumentsSavedByOtherTools_InEveryEncoding_AreRead)
 {
     CString const path = m_folder.path("ours.xml");
@@ -396,6 +462,7 @@ TEST_F(XmlRobustTest, DocumentsSavedByOtherTools_InEveryEncoding_AreRead)
         }
     }
 }
+#endif
 
 // --- Entities ----------------------------------------------------------------------------------------------------------------
 
@@ -441,6 +508,41 @@ TEST_F(XmlRobustTest, BillionLaughs_OfParameterEntities_MemoryStaysBounded)
                   return true;
               }),
               megabytes(200));
+}
+
+TEST_F(XmlRobustTest, ParameterEntities_UnfoldToNothing)
+{
+    // On Windows a document that declares one is not read at all.
+#if defined(_WIN32)
+    constexpr bool isRead = false;
+#else
+    constexpr bool isRead = true;
+#endif
+    for (std::string const &declarations : std::initializer_list<std::string>{
+             "<!ENTITY % p 'x'>", "<!ENTITY\r\n\t %\tp 'x'>%p;", "<!-- > --><!ENTITY % p ''>", "<?a ]>?><!ENTITY % p ''>",
+             "<!ENTITY e \"]><D/>\"><!ENTITY % p ''>", "<!ENTITY e '>\"<!-- '><!ENTITY % p ''><!ENTITY f '-->'>",
+             "<!ATTLIST D a CDATA '>--'><!ENTITY % p ''>"})
+    {
+        std::string const document = "<!DOCTYPE D [" + declarations + "]><D/>";
+        EXPECT_EQ(opens(document), isRead) << document;
+        EXPECT_EQ(opens("<?xml version='1.0'?><!-- ' --><?a ' ?>" + document), isRead) << document;
+        EXPECT_EQ(opens(utf16(document, false, true)), isRead) << document;
+        EXPECT_EQ(opens(utf16(document, true, true)), isRead) << document;
+        EXPECT_EQ(opens(utf16("<?xml version='1.0' encoding='UTF-16BE'?>" + document, true, false)), isRead) << document;
+    }
+}
+
+TEST_F(XmlRobustTest, WordsOfAParameterEntityThatDeclareNone_AreRead)
+{
+    for (std::string const &document : std::initializer_list<std::string>{
+             "<D a='&lt;!ENTITY % p'/>", "<D><!-- <!ENTITY % p ''> --></D>", "<D><![CDATA[<!ENTITY % p ''>]]></D>",
+             "<!-- <!ENTITY % p ''> --><D/>", "<?a <!ENTITY % p ''> ?><D/>", "<!DOCTYPE D [<!-- <!ENTITY % p ''> -->]><D/>",
+             "<!DOCTYPE D [<!ENTITY e '<!ENTITY &#37; p>'>]><D/>",
+             "<!DOCTYPE D [<!ENTITY e 'x'>]><D/><!-- <!ENTITY % p ''> -->"})
+    {
+        EXPECT_TRUE(opens(document)) << document;
+        EXPECT_TRUE(opens(utf16(document, true, true))) << document;
+    }
 }
 
 TEST_F(XmlRobustTest, QuadraticBlowUp_MemoryStaysBounded)
@@ -512,6 +614,7 @@ TEST_F(XmlRobustTest, ExternalEntities_ContentDoesNotAppear)
     }
 }
 
+#if !defined(_WIN32) // the kernel there tells who opens a file
 TEST_F(XmlRobustTest, ExternalEntities_TheirFilesAreNotEvenOpened)
 {
     std::string const file = putText(m_folder, "other.dtd", "<!ENTITY f 'text'>").ToUtf8();
@@ -533,6 +636,7 @@ TEST_F(XmlRobustTest, ExternalEntities_TheirFilesAreNotEvenOpened)
         EXPECT_FALSE(watcher.wasOpened()) << document;
     }
 }
+#endif
 
 TEST_F(XmlRobustTest, ExternalEntities_OnAHostThatIsNotThere_AnswerAtOnce)
 {
@@ -577,15 +681,15 @@ TEST_F(XmlRobustTest, Levels_256AreReadAndOneMoreIsNot)
     EXPECT_FALSE(opens(nested(257)));
 }
 
-TEST_F(XmlRobustTest, WritingAHundredThousandLevels_IsSavedAndRefusedByAReader)
+TEST_F(XmlRobustTest, WritingFarTooManyLevels_IsSavedAndRefusedByAReader)
 {
     CString const path = m_folder.path("deep.xml");
     OKTXmlFiler filer;
     ASSERT_TRUE(filer.NewFiler(path, true));
-    constexpr int kLevels = 100'000;
-    for (int i = 0; i < kLevels; ++i)
+    int const levels = runsUnderWine() ? 10'000 : 100'000; // its parser has no stack for more
+    for (int i = 0; i < levels; ++i)
         ASSERT_TRUE(filer.beginWriteClass(u"f", u"C", 1));
-    for (int i = 0; i < kLevels; ++i)
+    for (int i = 0; i < levels; ++i)
         ASSERT_TRUE(filer.endWriteClass());
     EXPECT_TRUE(filer.CloseFiler());
     std::string const text = textOf(path);
@@ -608,7 +712,7 @@ TEST_F(XmlRobustTest, AttributeOf100Megabytes_NewFilerIsFalse_MemoryStaysBounded
                   OKTXmlFiler filer;
                   return !filer.NewFiler(path, false);
               }),
-              megabytes(150));
+              megabytes(150) + kHeldFile);
 }
 
 TEST_F(XmlRobustTest, TextOf100MegabytesBetweenElements_MemoryStaysBounded)
@@ -642,7 +746,7 @@ TEST_F(XmlRobustTest, OpenAndCloseAgainAndAgain_MemoryStaysAsItIs)
                   {
                       if (!filer.NewFiler(path, false) || !filer.CloseFiler())
                           return false;
-                      if (!filer.NewFiler(u"/dev/null", true) || !filer.writeInt(u"n", i) || !filer.CloseFiler())
+                      if (!filer.NewFiler(kNowhere, true) || !filer.writeInt(u"n", i) || !filer.CloseFiler())
                           return false;
                   }
                   return true;
@@ -720,43 +824,49 @@ TEST_F(XmlRobustTest, ReadXMLFileOfManyObjects_TimeIsLinear)
 
 TEST_F(XmlRobustTest, PathsThatCannotBeRead_NewFilerIsFalse)
 {
-    std::string const pipe = m_folder.path("pipe").ToUtf8();
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     for (std::string const &path :
-         std::initializer_list<std::string>{pipe, m_folder.path("").ToUtf8(), m_folder.path("none").ToUtf8(), "/dev/null",
-                                            "/dev/zero", "http://192.0.2.1/x.xml", "-"})
+         {m_folder.path("").ToUtf8(), m_folder.path("none").ToUtf8(), CString(kNowhere).ToUtf8(),
+          std::string("http://192.0.2.1/x.xml"), std::string("-")})
         EXPECT_FALSE(OKTXmlFiler().NewFiler(CString::FromUtf8(path), false)) << path;
     EXPECT_FALSE(OKTXmlFiler().NewFiler(CString(u"a\0b", 3), false));
     EXPECT_FALSE(OKTXmlFiler().NewFiler(CString(u"\xD800"), false));
 }
 
-TEST_F(XmlRobustTest, CloseFiler_FileLockedByAnother_TrueAndTheFileAsItWas_Quirk73)
+#if !defined(_WIN32) // no such files there
+TEST_F(XmlRobustTest, PipesAndDevices_NewFilerIsFalse)
 {
-    for (int const lock : {LOCK_SH, LOCK_EX})
+    CString const pipe = m_folder.path("pipe");
+    ASSERT_EQ(mkfifo(pipe.ToUtf8().c_str(), 0600), 0);
+    EXPECT_FALSE(OKTXmlFiler().NewFiler(pipe, false));
+    EXPECT_FALSE(OKTXmlFiler().NewFiler(u"/dev/zero", false));
+}
+#endif
+
+TEST_F(XmlRobustTest, CloseFiler_FileHeldByAnother_TrueAndTheFileAsItWas_Quirk73)
+{
+    for (bool const writing : {false, true})
     {
         CString const path = put("as it was");
-        int const other = open(path.ToUtf8().c_str(), O_RDWR);
-        ASSERT_GE(other, 0);
-        ASSERT_EQ(flock(other, lock | LOCK_NB), 0);
         OKTXmlFiler filer;
         ASSERT_TRUE(filer.NewFiler(path, true));
         filer.writeInt(u"n", 1);
-        EXPECT_TRUE(filer.CloseFiler());
+        {
+            HeldFile const other(path, writing);
+            EXPECT_TRUE(filer.CloseFiler());
+        }
         EXPECT_EQ(textOf(path), "as it was");
-        close(other);
     }
 }
 
-TEST_F(XmlRobustTest, NewFiler_FileLockedByAWriter_False_ByAReaderTrue)
+TEST_F(XmlRobustTest, NewFiler_FileHeldByAWriter_False_ByAReaderTrue)
 {
     CString const path = put(kWhole);
-    int const other = open(path.ToUtf8().c_str(), O_RDWR);
-    ASSERT_GE(other, 0);
-    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
-    EXPECT_FALSE(OKTXmlFiler().NewFiler(path, false));
-    ASSERT_EQ(flock(other, LOCK_SH | LOCK_NB), 0);
+    {
+        HeldFile const other(path, true);
+        EXPECT_FALSE(OKTXmlFiler().NewFiler(path, false));
+    }
+    HeldFile const other(path, false);
     EXPECT_TRUE(OKTXmlFiler().NewFiler(path, false));
-    close(other);
 }
 
 TEST_F(XmlRobustTest, AnOpenFiler_HoldsNoFile)
@@ -773,6 +883,7 @@ TEST_F(XmlRobustTest, AnOpenFiler_HoldsNoFile)
     EXPECT_EQ(value, 3);
 }
 
+#if !defined(_WIN32) // no such device there
 TEST_F(XmlRobustTest, FullDisk_CloseFilerIsTrue_Quirk73)
 {
     OKTXmlFiler filer;
@@ -781,6 +892,7 @@ TEST_F(XmlRobustTest, FullDisk_CloseFilerIsTrue_Quirk73)
         filer.writeInt(u"n", i);
     EXPECT_TRUE(filer.CloseFiler());
 }
+#endif
 
 // --- Memory that runs out ----------------------------------------------------------------------------------------------------
 

@@ -1,0 +1,122 @@
+#include <oktplatform/win32/oktxmlprolog.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace
+{
+constexpr std::string_view kDocumentType = "<!DOCTYPE";
+constexpr std::string_view kEntity = "<!ENTITY";
+
+/// The characters of a document, one or two bytes each; of those beyond ASCII it is only known that they are.
+class Characters
+{
+public:
+    Characters(unsigned char const *bytes, std::size_t count)
+        : m_bytes(bytes), m_width(isWide(bytes, count) ? 2 : 1), m_low(m_width == 2 && isBigEndian(bytes) ? 1 : 0),
+          m_count(count / m_width)
+    {
+    }
+
+    std::size_t count() const { return m_count; }
+
+    char at(std::size_t place) const
+    {
+        unsigned char const *const first = m_bytes + place * m_width;
+        bool const isAscii = first[m_low] < 0x80 && (m_width == 1 || first[1 - m_low] == 0);
+        return isAscii ? static_cast<char>(first[m_low]) : '\x7F';
+    }
+
+    bool startsAt(std::size_t place, std::string_view text) const
+    {
+        for (char const expected : text)
+            if (place >= m_count || at(place++) != expected)
+                return false;
+        return true;
+    }
+
+    /// The place of a text from `place` on, the end where there is none.
+    std::size_t find(std::size_t place, std::string_view text) const
+    {
+        while (place < m_count && !startsAt(place, text))
+            ++place;
+        return place;
+    }
+
+private:
+    /// By a byte order mark, or by the first character of a declaration.
+    static bool isWide(unsigned char const *bytes, std::size_t count)
+    {
+        return count >= 2 && ((bytes[0] == 0xFF && bytes[1] == 0xFE) || (bytes[0] == 0xFE && bytes[1] == 0xFF) ||
+                              bytes[0] == 0 || bytes[1] == 0);
+    }
+    static bool isBigEndian(unsigned char const *bytes) { return bytes[0] == 0 || bytes[0] == 0xFE; }
+
+    unsigned char const *m_bytes;
+    std::size_t m_width;
+    std::size_t m_low; // where the lower byte of a character stands
+    std::size_t m_count;
+};
+
+constexpr bool isSpace(char character)
+{
+    return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+}
+
+/// What stands behind white space, up to the next of it or the end of a declaration's part.
+std::string wordBehind(Characters const &text, std::size_t place)
+{
+    while (place < text.count() && isSpace(text.at(place)))
+        ++place;
+    std::string word;
+    for (; place < text.count() && !isSpace(text.at(place)) && text.at(place) != '[' && text.at(place) != '>'; ++place)
+        word += text.at(place);
+    return word;
+}
+
+/// Behind a declaration, or behind the bracket that opens the declarations inside it.
+std::size_t behindDeclaration(Characters const &text, std::size_t place)
+{
+    for (; place < text.count(); ++place)
+    {
+        char const character = text.at(place);
+        if (character == '>' || character == '[')
+            return place + 1;
+        if (character == '"' || character == '\'')
+            place = text.find(place + 1, {&character, 1});
+    }
+    return place;
+}
+
+bool isOfFourBytes(unsigned char const *bytes, std::size_t count)
+{
+    return count >= 4 && (std::count(bytes, bytes + 4, 0) == 3 || std::count(bytes, bytes + 2, 0) == 2 ||
+                          (bytes[0] == 0xFF && bytes[1] == 0xFE && bytes[2] == 0 && bytes[3] == 0));
+}
+} // namespace
+
+OktXmlProlog::Prolog OktXmlProlog::look(unsigned char const *bytes, std::size_t count)
+{
+    Prolog prolog;
+    prolog.declaresParameterEntity = isOfFourBytes(bytes, count);
+    Characters const text(bytes, count);
+    for (std::size_t place = text.find(0, "<"); place < text.count() && !prolog.declaresParameterEntity;
+         place = text.find(place, "<"))
+    {
+        if (text.startsAt(place, "<!--"))
+            place = text.find(place + 4, "-->");
+        else if (text.startsAt(place, "<?"))
+            place = text.find(place + 2, "?>");
+        else if (text.startsAt(place, "<!"))
+        {
+            if (text.startsAt(place, kDocumentType))
+                prolog.documentType = wordBehind(text, place + kDocumentType.size());
+            else if (text.startsAt(place, kEntity))
+                prolog.declaresParameterEntity = wordBehind(text, place + kEntity.size()).starts_with('%');
+            place = behindDeclaration(text, place);
+        }
+        else
+            break; // the root
+    }
+    return prolog;
+}
