@@ -34,14 +34,6 @@ std::uint64_t scattered(OKTStoredText const &text)
     std::uint64_t const middle = eightBytes(text.units + (size - sizeof middle) / 2);
     return ((first ^ size) * kOdd ^ last) * kOdd ^ middle * (kOdd << 1 | 1);
 }
-
-CString textFrom(OKTStoredText const &text)
-{
-    CString made;
-    made.SetUnits(text.count,
-                  [&](WCHAR *units, int count) { std::memcpy(units, text.units, 2 * static_cast<std::size_t>(count)); });
-    return made;
-}
 } // namespace
 
 OKTFrameWriter::OKTFrameWriter(OKTFiler &filer, std::int64_t size)
@@ -65,7 +57,8 @@ bool OKTFrameReader::makeText(OKTStoredText const &stored, CString &text) const
         return m_filer->m_texts->find(stored, text);
     if (hasZeroUnit(stored))
         return false;
-    text = textFrom(stored);
+    text.SetUnits(stored.count,
+                  [&](WCHAR *units, int count) { std::memcpy(units, stored.units, 2 * static_cast<std::size_t>(count)); });
     return true;
 }
 
@@ -99,7 +92,7 @@ bool OKTTextTable::find(OKTStoredText const &stored, CString &text)
     }
     if (hasZeroUnit(stored))
         return false;
-    text = textFrom(stored);
+    text = m_blocks.make(stored.units, stored.count);
     if (stored.count <= kLongest)
         place = text;
     return true;

@@ -3,6 +3,7 @@
 #include <oktdatabase/oktbytefiler.h>
 #include <oktdatabase/oktdbobjectid.h>
 #include <oktdatabase/oktmemoryfiler.h>
+#include <oktplatform/okttextblocks.h>
 
 #include <algorithm>
 #include <array>
@@ -258,4 +259,5 @@ private:
 
     std::size_t m_mask; // the number of places, a power of two, less 1
     std::unique_ptr<CString[]> m_texts;
+    OktTextBlocks m_blocks;
 };

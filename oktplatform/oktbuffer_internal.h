@@ -22,10 +22,20 @@ inline OktTextBuffer *allocateBuffer(std::size_t capacity)
     return ::new (memory) OktTextBuffer{1, 0, static_cast<int>(capacity)};
 }
 
+/// The end of a buffer that stands in a block of several.
+void freeInBlock(OktTextBuffer *buffer);
+
 inline void freeBuffer(OktTextBuffer *buffer)
 {
-    buffer->~OktTextBuffer();
-    ::operator delete(buffer);
+    if (buffer->capacity < 0)
+        freeInBlock(buffer);
+    else
+        ::operator delete(buffer);
+}
+
+inline bool hasRoomFor(OktTextBuffer const *buffer, std::size_t length)
+{
+    return buffer->capacity >= 0 && length <= static_cast<std::size_t>(buffer->capacity);
 }
 
 inline void setLength(OktTextBuffer *buffer, std::size_t length)

@@ -206,7 +206,7 @@ void CString::Truncate(int length)
 WCHAR *CString::ownUnits(int length)
 {
     auto const wanted = static_cast<std::size_t>(length);
-    if (!isBuffer() || !isOwn(buffer()) || buffer()->capacity < length)
+    if (!isBuffer() || !isOwn(buffer()) || !hasRoomFor(buffer(), wanted))
     {
         OktTextBuffer *const made = allocateBuffer(wanted);
         setLength(made, wanted);
@@ -471,7 +471,7 @@ CString &CString::append(OktTextView added)
         return *this;
     OktTextView const view = View();
     std::size_t const length = view.size() + added.size();
-    if (isBuffer() && isOwn(buffer()) && length <= static_cast<std::size_t>(buffer()->capacity))
+    if (isBuffer() && isOwn(buffer()) && hasRoomFor(buffer(), length))
     {
         std::copy(added.begin(), added.end(), buffer()->units() + view.size());
         setLength(buffer(), length);

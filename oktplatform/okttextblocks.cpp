@@ -1,0 +1,66 @@
+#include <oktplatform/okttextblocks.h>
+
+#include <oktplatform/oktbuffer_internal.h>
+
+#include <cstring>
+#include <new>
+
+/// The head of a block. Its users are the texts in it, and whoever still adds to them.
+struct OktText::TextBlock
+{
+    _Atomic_word users;
+
+    void addUser() { __gnu_cxx::__atomic_add_dispatch(&users, 1); }
+    void dropUser()
+    {
+        if (__gnu_cxx::__exchange_and_add_dispatch(&users, -1) == 1)
+            ::operator delete(this);
+    }
+};
+
+using namespace OktText;
+
+namespace
+{
+constexpr int kBlock = 4080; // bytes; one text that is left keeps so many
+constexpr int kLongest = 256; // units of a text in a block
+} // namespace
+
+CString OktTextBlocks::make(unsigned char const *units, int count)
+{
+    std::size_t const size = sizeof(WCHAR) * static_cast<std::size_t>(count);
+    if (count > kLongest)
+    {
+        CString text;
+        text.SetUnits(count, [&](WCHAR *target, int) { std::memcpy(target, units, size); });
+        return text;
+    }
+    constexpr int kStep = alignof(OktTextBuffer);
+    int const needed = (static_cast<int>(sizeof(OktTextBuffer) + size + sizeof(WCHAR)) + kStep - 1) / kStep * kStep;
+    if (m_block == nullptr || kBlock - m_place < needed)
+    {
+        auto *const block = ::new (::operator new(kBlock)) TextBlock{1};
+        leaveBlock();
+        m_block = block;
+        m_place = sizeof(TextBlock);
+    }
+    void *const memory = reinterpret_cast<std::byte *>(m_block) + m_place;
+    auto *const buffer = ::new (memory) OktTextBuffer{1, count, -m_place};
+    m_block->addUser();
+    m_place += needed;
+    std::memcpy(buffer->units(), units, size);
+    buffer->units()[count] = 0;
+    return CString(buffer);
+}
+
+void OktText::freeInBlock(OktTextBuffer *buffer)
+{
+    reinterpret_cast<TextBlock *>(reinterpret_cast<std::byte *>(buffer) + buffer->capacity)->dropUser();
+}
+
+void OktTextBlocks::leaveBlock()
+{
+    if (m_block != nullptr)
+        m_block->dropUser();
+    m_block = nullptr;
+}
