@@ -121,14 +121,16 @@ void toUtf8(WCHAR const *place, WCHAR const *end, char substitute, bool &substit
     }
 }
 
-ThreadPage const &threadPage()
+ThreadPage threadPage()
 {
-    if (t_page.number == 0)
+    ThreadPage known = t_page; // a copy, since finding the thread's own takes a call
+    if (known.number == 0)
     {
         UINT const page = OktSystem::initialCodePage();
-        t_page = {page, keepsAscii(page)};
+        known = {page, keepsAscii(page)};
+        t_page = known;
     }
-    return t_page;
+    return known;
 }
 
 UINT resolve(UINT codePage) { return codePage == CP_ACP || codePage == CP_THREAD_ACP ? threadPage().number : codePage; }
