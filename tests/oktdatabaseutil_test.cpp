@@ -37,7 +37,8 @@ TEST_P(QuantityExpression, ConvertExpresion_Row_Normalised_Quirk65)
 }
 
 INSTANTIATE_TEST_SUITE_P(Scaled, QuantityExpression,
-                         ::testing::Values(ExpressionRow{"2x100", 1.0, "2x100 "}, ExpressionRow{"3X150.5", 2.0, "3x301 "},
+                         ::testing::Values(ExpressionRow{"2x100", 1.0, "2x100 "}, ExpressionRow{"2x100 ", 1.0, "2x100 "},
+                                           ExpressionRow{"3X150.5", 2.0, "3x301 "},
                                            ExpressionRow{"2*1,5", 1.0, "2x1.5 "}, ExpressionRow{"?x200", 0.1, "?x20 "},
                                            ExpressionRow{"2x100 3x200", 10.0, "2x1000 3x2000 "},
                                            ExpressionRow{"1x500+2x250", 0.001, "1x0.5 2x0.25 "},

@@ -2,9 +2,11 @@
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
+#include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 #include "support/units.h"
 #include "support/wine.h"
+#include "support/xmldocument.h"
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -578,6 +580,47 @@ TEST_F(ParameterTest, XmlIn_Ids_GetThePoolOfTheFiler)
     EXPECT_EQ(parameter.Category().getPool(), &pool);
     EXPECT_EQ(parameter.OwnerId().getPool(), &pool);
     EXPECT_EQ(parameter.TabParams().at(2).getPool(), &pool);
+}
+
+// No id passes through a document, and that of the object comes first. What was begun does not get into the document.
+TEST_F(ParameterTest, ThroughAnXmlFiler_StatusOneBothWays_FieldsStay)
+{
+    ScratchFolder const folder;
+    CString const path = folder.path("parameter.xml");
+    for (int const type : {6, 39, 5})
+    {
+        OKTDbParameter source(type, idOf(k4));
+        source.setUserName(u"Written", false);
+        OKTXmlFiler writer;
+        ASSERT_TRUE(writer.NewFiler(path, true));
+        EXPECT_EQ(source.xmlOut(&writer), 1);
+        ASSERT_TRUE(writer.CloseFiler());
+        EXPECT_EQ(textOf(path), documentOf(""));
+
+        putText(folder, "parameter.xml",
+                documentOf("<Object class='OKTDbParameter' version='2'><Object class='OKTDbObject' version='1'><Members version='1'>"
+                           "<m_idObject class='OKTObjectId' version='1'><Members version='1'><a long='1'/></Members></m_idObject>"
+                           "</Members></Object><Members version='1'><m_strUserName string='Read'/><m_nListIndex long='3'/></Members>"
+                           "<Members version='2'><m_strDescription string='read'/></Members></Object>"));
+        OKTDbParameter target(type, idOf(k3));
+        target.setValue(2.5, 27);
+        target.setTabParams(listOf({k1, k2}));
+        target.setExpression(u"2*d");
+        target.setDescription(u"kept");
+        CString const name = target.UserName();
+        OKTXmlFiler reader;
+        ASSERT_TRUE(reader.NewFiler(path, false));
+        EXPECT_EQ(target.xmlIn(&reader), 1);
+        EXPECT_EQ(target.UserName(), name);
+        EXPECT_EQ(target.Type(), type);
+        EXPECT_EQ(target.Value().vt, VT_R8);
+        EXPECT_EQ(target.Value().dblVal, 2.5);
+        EXPECT_EQ(target.ListIndex(), 27);
+        EXPECT_EQ(textOf(target.OwnerId()), k3);
+        EXPECT_THAT(texts(target.TabParams()), ElementsAre(k1, k2));
+        EXPECT_EQ(target.Expression(), u"2*d");
+        EXPECT_EQ(target.Description(), u"kept");
+    }
 }
 
 TEST_F(ParameterTest, XmlIn_FirstSectionOnly_DescriptionStays)
