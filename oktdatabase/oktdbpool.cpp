@@ -415,7 +415,7 @@ static std::int64_t frameSizeOf(OKTDbObject const &object)
     return type == typeid(OKTDbPicture) ? static_cast<OKTDbPicture const &>(object).frameSize() : 0;
 }
 
-// About how many bytes the frames of all objects take, rather more than less, so that an image grows in one block. Of a large
+// About how many bytes the frames of all objects take, so that an image grows in one block. Of a large
 // pool a part is asked, spread over the pool, and each of the pictures, which are few and large.
 std::int64_t OKTDbPool::expectedSize() const
 {
@@ -531,7 +531,7 @@ bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
     OKTTextTable texts(image.GetSize());
     filer.readInPlace(image);
     filer.shareTexts(&texts);
-    int headerLength;
+    int headerLength = 0;
     InfoMap info;
     if (!filer.readInt(CString(), headerLength) || xmlIn(&filer, info) != eFilerOk)
         return false;

@@ -10,8 +10,8 @@ struct TextBlock;
 }
 
 /// Makes many texts at once whose buffers stand one behind the other in blocks of memory, so that a text takes no call of the
-/// heap. A block goes with the last of its texts, whoever has it by then. A text that is changed leaves its block. One thread at
-/// a time.
+/// heap. A block goes with the last of its texts, whoever has it by then. A text that grows, or is set anew, leaves its block.
+/// One thread at a time.
 class OktTextBlocks
 {
 public:

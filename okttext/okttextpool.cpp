@@ -36,7 +36,7 @@ void writeText(Bytes bytes, PoolParts &image, OKTTextSink const &sink, OKTTextPu
     for (Stretch const &stretch : image.objects)
     {
         if (progress)
-            progress(stretch.begin, objects++);
+            progress(stretch.begin, objects);
         if (!stretch.isObject)
         {
             writer.raw(bytes.substr(stretch.begin, stretch.end - stretch.begin));
@@ -45,6 +45,7 @@ void writeText(Bytes bytes, PoolParts &image, OKTTextSink const &sink, OKTTextPu
         Record frame = parseRecord(bytes, stretch.begin);
         nameObject(frame, bytes);
         writer.record(frame);
+        ++objects;
     }
     writer.endList();
     writer.endDocument();

@@ -29,7 +29,6 @@ constexpr GUID kNodeInterface = {0x2933BF80, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 
 constexpr GUID kAttributeInterface = {0x2933BF85, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 
 constexpr std::size_t kMostDepth = 256;
-constexpr UINT kMostText = 10'000'000; // units
 
 /// A counted pointer to an interface.
 template <typename T> class Com
@@ -254,11 +253,10 @@ CString decimalText(VARIANT const &value)
 }
 
 /// A copy of a node of one document in another one.
-ComNode copied(::IXMLDOMDocument &target, OktXmlNode const &source)
+ComNode copied(OktXmlNode const &source)
 {
     ComNode copy;
     check(source.com->cloneNode(VARIANT_TRUE, copy.out()));
-    static_cast<void>(target);
     return copy;
 }
 
@@ -356,7 +354,7 @@ void IXMLDOMNode::appendChild(IXMLDOMNodePtr const &child) const
         return;
     }
     // A node of another document stays there, and a copy comes over.
-    ComNode copy = copied(*m_tree->document.get(), node);
+    ComNode copy = copied(node);
     check(m_node->com->appendChild(copy.get(), result.out()));
     linkLast(*m_node, *entered(*m_tree, result ? std::move(result) : std::move(copy)));
 }
@@ -525,7 +523,7 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     {
         FileImage const image(file);
         OktXmlProlog::Prolog prolog = image.prolog();
-        if (prolog.declaresParameterEntity)
+        if (prolog.mayDeclareParameterEntity)
             return S_FALSE;
         m_tree->documentType = std::move(prolog.documentType);
         HRESULT const result = m_tree->document->load(image.variant(), &parsed);

@@ -13,12 +13,13 @@ class Characters
 {
 public:
     Characters(unsigned char const *bytes, std::size_t count)
-        : m_bytes(bytes), m_width(isWide(bytes, count) ? 2 : 1), m_low(m_width == 2 && isBigEndian(bytes) ? 1 : 0),
+        : m_bytes(bytes), m_width(startsWide(bytes, count) ? 2 : 1), m_low(m_width == 2 && isBigEndian(bytes) ? 1 : 0),
           m_count(count / m_width)
     {
     }
 
     std::size_t count() const { return m_count; }
+    bool isWide() const { return m_width == 2; }
 
     char at(std::size_t place) const
     {
@@ -45,7 +46,7 @@ public:
 
 private:
     /// By a byte order mark, or by the first character of a declaration.
-    static bool isWide(unsigned char const *bytes, std::size_t count)
+    static bool startsWide(unsigned char const *bytes, std::size_t count)
     {
         return count >= 2 && ((bytes[0] == 0xFF && bytes[1] == 0xFE) || (bytes[0] == 0xFE && bytes[1] == 0xFF) ||
                               bytes[0] == 0 || bytes[1] == 0);
@@ -93,15 +94,45 @@ bool isOfFourBytes(unsigned char const *bytes, std::size_t count)
     return count >= 4 && (std::count(bytes, bytes + 4, 0) == 3 || std::count(bytes, bytes + 2, 0) == 2 ||
                           (bytes[0] == 0xFF && bytes[1] == 0xFE && bytes[2] == 0 && bytes[3] == 0));
 }
+/// The value behind "encoding=" in the instruction that a document begins with, in lower case; empty without one. What says it
+/// twice is no name of any.
+std::string declaredEncoding(Characters const &text, std::size_t start)
+{
+    constexpr std::string_view kName = "encoding";
+    std::size_t const end = text.find(start, "?>");
+    std::size_t place = text.find(start, kName);
+    if (place >= end)
+        return {};
+    place += kName.size();
+    while (place < end && text.at(place) != '"' && text.at(place) != '\'')
+        ++place;
+    std::string name;
+    for (++place; place < end && text.at(place) != '"' && text.at(place) != '\''; ++place)
+        name += text.at(place) >= 'A' && text.at(place) <= 'Z' ? static_cast<char>(text.at(place) + ('a' - 'A')) : text.at(place);
+    return text.find(place, kName) < end ? "?" : name;
+}
+
+/// The parser reads the characters as they are read here. In other encodings a byte of ASCII may be part of another character.
+bool isTold(std::string const &encoding, bool isWide)
+{
+    if (encoding.empty())
+        return true;
+    if (isWide)
+        return encoding.starts_with("utf-16");
+    return encoding == "utf-8" || encoding == "us-ascii" || encoding == "ascii" || encoding.starts_with("iso-8859-") ||
+           encoding.starts_with("windows-125");
+}
 } // namespace
 
 OktXmlProlog::Prolog OktXmlProlog::look(unsigned char const *bytes, std::size_t count)
 {
     Prolog prolog;
-    prolog.declaresParameterEntity = isOfFourBytes(bytes, count);
     Characters const text(bytes, count);
-    for (std::size_t place = text.find(0, "<"); place < text.count() && !prolog.declaresParameterEntity;
-         place = text.find(place, "<"))
+    std::size_t place = text.find(0, "<");
+    bool const isInstruction = text.startsAt(place, "<?xml") && place + 5 < text.count() && isSpace(text.at(place + 5));
+    prolog.mayDeclareParameterEntity =
+        isOfFourBytes(bytes, count) || (isInstruction && !isTold(declaredEncoding(text, place), text.isWide()));
+    for (; place < text.count() && !prolog.mayDeclareParameterEntity; place = text.find(place, "<"))
     {
         if (text.startsAt(place, "<!--"))
             place = text.find(place + 4, "-->");
@@ -112,7 +143,7 @@ OktXmlProlog::Prolog OktXmlProlog::look(unsigned char const *bytes, std::size_t 
             if (text.startsAt(place, kDocumentType))
                 prolog.documentType = wordBehind(text, place + kDocumentType.size());
             else if (text.startsAt(place, kEntity))
-                prolog.declaresParameterEntity = wordBehind(text, place + kEntity.size()).starts_with('%');
+                prolog.mayDeclareParameterEntity = wordBehind(text, place + kEntity.size()).starts_with('%');
             place = behindDeclaration(text, place);
         }
         else

@@ -9,13 +9,14 @@ namespace OktXmlProlog
 {
 struct Prolog
 {
-    /// A parameter entity is declared. One that unfolds into others costs the parser time without bound, and declarations are not
-    /// looked at here.
-    bool declaresParameterEntity = false;
+    /// A parameter entity is declared, or it cannot be told whether one is. What such an entity unfolds to may cost the parser
+    /// time without bound.
+    bool mayDeclareParameterEntity = false;
     /// The name behind DOCTYPE, empty without one. A character beyond ASCII stands there as U+007F.
     std::string documentType;
 };
 
-/// Looks at the bytes of a file. In an encoding of four bytes a character nothing can be seen, and a declaration is supposed.
+/// Looks at the bytes of a file. It can be told for UTF-16, and for encodings of one byte a character in which ASCII stands for
+/// itself.
 Prolog look(unsigned char const *bytes, std::size_t count);
 } // namespace OktXmlProlog

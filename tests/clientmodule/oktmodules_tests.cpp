@@ -19,6 +19,10 @@
 #include <string>
 #include <vector>
 
+#if !defined(_WIN32)
+#include <dlfcn.h>
+#endif
+
 // okt --module, okt show --index and --preview, and the client objects of okt build.
 
 namespace
@@ -120,6 +124,16 @@ TEST_F(OktModules, Module_DoesNotLoad_OneLineAndNothingDone)
         EXPECT_EQ(result.out, "");
     }
 }
+
+#if !defined(_WIN32) // where the file of a library in the process can be found by its name alone
+TEST_F(OktModules, Module_LibraryThatTheProgramUsesItself_IsNoClientModule)
+{
+    Dl_info used = {};
+    ASSERT_NE(dladdr(dlsym(RTLD_DEFAULT, "getModulePromptsProjectName"), &used), 0);
+    expectFailure(runOkt({"--module", used.dli_fname, "show", golden("stirrup.okt")}),
+                  std::string(used.dli_fname) + ": this is no client module: it registers no class");
+}
+#endif
 
 TEST_F(OktModules, Module_TwoWithTheSameClass_ClassAndBothModules)
 {

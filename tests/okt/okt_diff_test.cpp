@@ -399,10 +399,12 @@ TEST_F(OktDiffGit, ExternalDiff_ChangedAddedRemovedRenamed_AsTold)
     write("new.okt");
     ProcessResult const added = inRepository("git add new.okt; git diff --cached -- new.okt");
     EXPECT_EQ(added.exitCode, 0) << added.err;
+    EXPECT_THAT(added.out, StartsWith("--- /dev/null\n+++ b/new.okt\n+ OKTDb"));
     EXPECT_THAT(added.out, HasSubstr("0 removed, 6 added, 0 changed, 0 the same\n"));
 
     ProcessResult const removed = inRepository("git reset -q; rm link.okt; git diff -- link.okt");
     EXPECT_EQ(removed.exitCode, 0) << removed.err;
+    EXPECT_THAT(removed.out, StartsWith("--- a/link.okt\n+++ /dev/null\n- OKTDb"));
     EXPECT_THAT(removed.out, HasSubstr("6 removed, 0 added, 0 changed, 0 the same\n"));
 
     ProcessResult const renamed =

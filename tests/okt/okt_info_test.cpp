@@ -3,15 +3,16 @@
 
 #include "support/scratchfolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <string>
 
 namespace
 {
+
+using testing::HasSubstr;
 
 class OktInfo : public FolderTest
 {
@@ -99,6 +100,27 @@ TEST_F(OktInfo, Json_Classes)
     EXPECT_EQ(json["classes"][0]["class"], "OKTDbCategory");
     EXPECT_EQ(json["classes"][0]["sections"]["OKTDbObject"], nlohmann::json({1}));
     EXPECT_EQ(json["faults"], nlohmann::json::array());
+}
+
+TEST_F(OktInfo, Json_ClassNameWithABackslash_AsItIs)
+{
+    std::string bytes = contents(golden("unknown-class.okt"));
+    for (std::size_t at = bytes.find("OKTDbNobody"); at != std::string::npos; at = bytes.find("OKTDbNobody", at + 1))
+        bytes[at + 3] = '\\';
+    ProcessResult const result = runOkt({"info", "--json", put("a.okt", bytes)});
+    EXPECT_THAT(result.out, HasSubstr(R"({"class":"OKT\\bNobody","objects":1,)"));
+    EXPECT_THAT(result.out, HasSubstr(R"("OKT\\bNobody":[1]})"));
+}
+
+TEST_F(OktInfo, StandardInputTwice_OneLine)
+{
+    for (char const *const command : {"info", "ls", "verify", "show"})
+    {
+        ProcessResult const result = runOktOn(golden("empty.okt"), {command, "-", "-"});
+        EXPECT_EQ(result.exitCode, 1) << command;
+        EXPECT_EQ(result.err, "okt: standard input: it can be read only once\n") << command;
+        EXPECT_EQ(result.out, "") << command;
+    }
 }
 
 TEST_F(OktInfo, Damaged_LineAndTheRest)

@@ -83,11 +83,6 @@ protected:
     {
         return runProgram("/bin/bash", {"-c", script, OKT_EXE, argument});
     }
-    static std::string textOf(std::string const &file)
-    {
-        CByteArray const bytes = contentsOf(CString::FromUtf8(file));
-        return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
-    }
 };
 
 TEST_F(OktPages, ManPages_EveryCommand_FormattedWithoutAWarning)
@@ -113,9 +108,9 @@ TEST_F(OktPages, ManPages_EveryCommand_FormattedWithoutAWarning)
 TEST_F(OktPages, Pages_Completions_ThoseThatTheCommandWrites)
 {
     ASSERT_EQ(runOkt({"pages", "-o", path("share")}).exitCode, 0);
-    EXPECT_EQ(textOf(path("share/bash-completion/completions/okt")), runOkt({"completion", "bash"}).out);
-    EXPECT_EQ(textOf(path("share/zsh/site-functions/_okt")), runOkt({"completion", "zsh"}).out);
-    EXPECT_EQ(textOf(path("share/fish/vendor_completions.d/okt.fish")), runOkt({"completion", "fish"}).out);
+    EXPECT_EQ(contents(path("share/bash-completion/completions/okt")), runOkt({"completion", "bash"}).out);
+    EXPECT_EQ(contents(path("share/zsh/site-functions/_okt")), runOkt({"completion", "zsh"}).out);
+    EXPECT_EQ(contents(path("share/fish/vendor_completions.d/okt.fish")), runOkt({"completion", "fish"}).out);
     for (char const *const name : {"bash", "zsh", "fish"})
         for (std::string const &command : commands())
             EXPECT_THAT(runOkt({"completion", name}).out, HasSubstr(command)) << name;
@@ -145,6 +140,8 @@ TEST_F(OktPages, BashCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offered("okt --ver", 1), "--version\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offered("okt build " + data, 2), data + "ords.bf2d\n");
+    for (char const *const option : {"report --title", "picture --index", "dump --at", "find --class", "ls --name"})
+        EXPECT_EQ(offered("okt " + std::string(option) + " ''", 3), "\n") << option << ": no file";
     EXPECT_EQ(shell("source <(\"$0\" completion bash); complete -p okt").out, "complete -F _okt okt\n");
 }
 

@@ -3,11 +3,14 @@
 
 #include "support/scratchfolder.h"
 
+#include <oktdatabase/oktdatabase.h>
+
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -18,12 +21,6 @@ std::string const kData = OKT_EXAMPLES_DIR "/data";
 
 class OktBf2dCommands : public FolderTest
 {
-protected:
-    static std::string textOf(std::string const &file)
-    {
-        CByteArray const bytes = contentsOf(CString::FromUtf8(file));
-        return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
-    }
 };
 
 TEST_F(OktBf2dCommands, BuildAndExport_TheExamples_TheSameBytes)
@@ -38,11 +35,11 @@ TEST_F(OktBf2dCommands, BuildAndExport_TheExamples_TheSameBytes)
         EXPECT_EQ(exported.exitCode, 0) << exported.err;
         lines += exported.out;
     }
-    EXPECT_EQ(lines, textOf(kData + "/bar-records.bf2d"));
+    EXPECT_EQ(lines, contents(kData + "/bar-records.bf2d"));
 
     ProcessResult const file = runOkt({"export", "--format", "bf2d", path("out/bar-records-1.okt"), "-o", path("one.bf2d")});
     EXPECT_EQ(file.exitCode, 0);
-    EXPECT_EQ(textOf(path("one.bf2d")), lines.substr(0, lines.find('\n') + 1));
+    EXPECT_EQ(contents(path("one.bf2d")), lines.substr(0, lines.find('\n') + 1));
     EXPECT_EQ(runOkt({"export", "--format", "bf2d", path("out/bar-records-1.okt"), "-o", path("one.bf2d")}).err,
               "okt: " + path("one.bf2d") + ": the file exists already; --force replaces it\n");
 }
@@ -50,7 +47,7 @@ TEST_F(OktBf2dCommands, BuildAndExport_TheExamples_TheSameBytes)
 TEST_F(OktBf2dCommands, Build_WrongRecords_OneLineForEachAndTheGoodOnesMade)
 {
     fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
-    std::string const good = textOf(kData + "/bar-records.bf2d");
+    std::string const good = contents(kData + "/bar-records.bf2d");
     std::string const one = good.substr(0, good.find('\n'));
     std::string wrongSum = one;
     wrongSum.replace(wrongSum.find("C72"), 3, "C71");
@@ -75,6 +72,46 @@ TEST_F(OktBf2dCommands, Build_NoRecordOrNoTable_Failure)
     fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
     EXPECT_EQ(runOkt({"build", empty, "-o", path("out")}).err, "okt: " + empty + ": the file has no bar record\n");
     EXPECT_FALSE(fs::exists(path("out")));
+}
+
+TEST_F(OktBf2dCommands, Export_NumberOfBarsThatNoRecordHolds_OneLine)
+{
+    ASSERT_EQ(runOkt({"build", kData + "/bar-records.bf2d", "-o", path("out")}).exitCode, 0);
+    CString const file = CString::FromUtf8(path("out/bar-records-1.okt"));
+    OKTDbPool pool;
+    ASSERT_TRUE(pool.readFile(file));
+    std::vector<OKTDbObject *> found;
+    for (int i = 0; i < pool.objectCount(); ++i)
+        if (auto *const parameter = OKTDbParameter::cast(pool.objectAt(i)); parameter != nullptr && parameter->UserName() == u"Number")
+            found.push_back(parameter);
+    ASSERT_EQ(found.size(), 1u);
+    for (double const number : {10.7, 0.0, -1.0, 1e300, std::nan("")})
+    {
+        static_cast<OKTDbParameter *>(found.front())->setValue(number, 0);
+        ASSERT_TRUE(pool.writeFile(file));
+        ProcessResult const result = runOkt({"export", "--format", "bf2d", path("out/bar-records-1.okt")});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "okt: " + path("out/bar-records-1.okt") +
+                                  ": the template gives no BF2D record: its number of bars is no whole number from 1 to "
+                                  "1000000\n");
+    }
+}
+
+TEST_F(OktBf2dCommands, Export_WithAFolderForPictures_WrongUsage)
+{
+    ProcessResult const result = runOkt({"export", "--format", "bf2d", "--pictures", path("p"), golden("stirrup.okt")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(result.err.starts_with("okt: --pictures: a bar record has no pictures")) << result.err;
+}
+
+TEST_F(OktBf2dCommands, Build_EndingInCapitals_BarRecordsAsWell)
+{
+    fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
+    fs::copy(kData + "/bar-records.bf2d", path("RECORDS.BF2D"));
+    ProcessResult const built = runOkt({"build", path("RECORDS.BF2D"), "-o", path("out")});
+    EXPECT_EQ(built.exitCode, 0) << built.err;
+    EXPECT_TRUE(built.out.ends_with("2 templates in " + path("out") + ", 0 not made\n")) << built.out;
 }
 
 TEST_F(OktBf2dCommands, Export_TemplateOfATable_NoRecord)

@@ -45,6 +45,12 @@ TEST(OktTree, Stirrup_Ascii)
                           "   `- {727EC297-1483-468D-812D-A07952424387}, 1399 bytes, no known format\n");
 }
 
+TEST(OktTree, TruthValueThatIsNeither_ItsNumber)
+{
+    std::string const text = runOkt({"tree", golden("value-kinds.okt"), "--ascii"}).out;
+    EXPECT_NE(text.find("Kind 11 = -1000\n"), std::string::npos) << text;
+}
+
 TEST(OktTree, EveryClassAndWhatIsMissing)
 {
     EXPECT_EQ(runOkt({"tree", golden("object-order.okt"), "--ascii"}).out,

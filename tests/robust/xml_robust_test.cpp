@@ -532,6 +532,21 @@ TEST_F(XmlRobustTest, ParameterEntities_UnfoldToNothing)
     }
 }
 
+TEST_F(XmlRobustTest, ParameterEntities_InAnEncodingThatHidesThem_UnfoldToNothing)
+{
+    std::string const entity = "<!ENTITY % p \"<!ENTITY z 'from p'>\"> %p; <!-- -->";
+    std::string const head = "<?xml version='1.0' encoding=";
+    for (std::string const &document : std::initializer_list<std::string>{
+             head + "'GBK'?><!DOCTYPE D [<!ENTITY \x81\x5B \"<!--\">" + entity + "]><D><s string='&z;'/></D>",
+             head + "'GBK'?><!DOCTYPE \x81\x5B SYSTEM \"<!--\" [" + entity + "]><D><s string='&z;'/></D>",
+             head + "'UTF-16LE'" + utf16("?><!DOCTYPE D [" + entity + "]><D><s string='&z;'/></D>", false, false),
+             head + "'UTF-16BE'" + utf16("?><!DOCTYPE D [" + entity + "]><D><s string='&z;'/></D>", true, false)})
+    {
+        EXPECT_EQ(dump(document).find("from p"), std::string::npos) << document;
+        opens(document);
+    }
+}
+
 TEST_F(XmlRobustTest, WordsOfAParameterEntityThatDeclareNone_AreRead)
 {
     for (std::string const &document : std::initializer_list<std::string>{

@@ -141,8 +141,14 @@ TEST_F(OktExport, Output_ThatCannotBeWritten_NothingIsLeft)
                   path("") + ": the file cannot be written: a folder has this name");
     std::string const pool = path("a.okt");
     fs::copy_file(golden("stirrup.okt"), pool);
-    expectFailure(runOkt({"export", pool, "-o", pool, "--force"}),
-                  pool + ": the file cannot be written: this is the pool file itself");
+    for (std::string const format : {"json", "bf2d"})
+        expectFailure(runOkt({"export", "--format", format, pool, "-o", pool, "--force"}),
+                      pool + ": the file cannot be written: this is the pool file itself");
+    expectSameFile(pool, golden("stirrup.okt"));
+    std::string const picture = path("pictures/727EC297-1483-468D-812D-A07952424387.bin");
+    expectFailure(runOkt({"export", pool, "--pictures", path("pictures"), "-o", picture}),
+                  picture + ": the file cannot be written: one of the pictures has this name");
+    EXPECT_TRUE(fs::remove(path("pictures"))); // and is empty
 #if !defined(_WIN32) // where a process can be held to a size of files
     expectFailure(runOkt({"export", pool, "-o", path("b.json")}, ProcessOutput::Kept, 4096),
                   path("b.json") + ": the file cannot be written: File too large");
@@ -150,6 +156,51 @@ TEST_F(OktExport, Output_ThatCannotBeWritten_NothingIsLeft)
     EXPECT_EQ(filesInFolder(), 1u);
     expectOutputFailure(runOkt({"export", pool}, ProcessOutput::Full), "No space left on device");
 }
+
+#if !defined(_WIN32) // where links, permissions and names of any bytes are common
+TEST_F(OktExport, Output_SymbolicLink_TheFileBehindItIsWritten)
+{
+    put("old.json", "old");
+    fs::create_symlink("old.json", path("link"));
+    fs::create_symlink(path("link"), path("link2"));
+    fs::create_symlink("new.json", path("dangling"));
+    expectFailure(runOkt({"export", golden("empty.okt"), "-o", path("link2")}),
+                  path("link2") + ": the file exists already; --force replaces it");
+    for (char const *const link : {"link2", "dangling"})
+    {
+        expectDone(runOkt({"export", golden("empty.okt"), "-o", path(link), "--force"}));
+        EXPECT_TRUE(fs::is_symlink(path(link))) << link;
+    }
+    EXPECT_TRUE(fs::is_symlink(path("link")));
+    expectDone(runOkt({"import", path("old.json"), "-o", path("a.okt")}));
+    expectDone(runOkt({"import", path("new.json"), "-o", path("b.okt")}));
+    expectSameFile(path("a.okt"), golden("empty.okt"));
+    expectSameFile(path("b.okt"), golden("empty.okt"));
+}
+
+TEST_F(OktExport, Output_Replaced_KeepsItsPermissions)
+{
+    std::string const text = put("a.json", "old");
+    for (fs::perms const kept : {fs::perms(0600), fs::perms(0640), fs::perms(0755)})
+    {
+        fs::permissions(text, kept);
+        expectDone(runOkt({"export", golden("empty.okt"), "-o", text, "--force"}));
+        EXPECT_EQ(fs::status(text).permissions(), kept);
+    }
+}
+
+TEST_F(OktExport, NameThatIsNoUtf8_OneLineAndNothingIsLeft)
+{
+    expectFailure(runOkt({"export", golden("empty.okt"), "-o", path("") + "a\xFF.json"}),
+                  path("a\\xFF.json") + ": the name of the file is no UTF-8");
+    EXPECT_EQ(filesInFolder(), 0u);
+    fs::copy_file(golden("empty.okt"), path("") + "b\xFF.okt");
+    expectFailure(runOkt({"export", path("") + "b\xFF.okt"}), path("b\\xFF.okt") + ": the name of the file is no UTF-8");
+    ProcessResult const built = runOkt({"build", OKT_EXAMPLES_DIR "/data", "-o", path("") + "o\xFF"});
+    EXPECT_EQ(built.err, "okt: " + path("o\\xFF") + ": the name of the file is no UTF-8\n");
+    EXPECT_EQ(filesInFolder(), 1u);
+}
+#endif
 
 TEST_F(OktExport, Export_FaultsOfTheFile_OneLineWithTheByte)
 {

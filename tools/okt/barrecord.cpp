@@ -128,7 +128,7 @@ private:
     int whole(char letter)
     {
         double const value = number(letter, false);
-        if (value < 1 || value > kLargestCount || value != std::floor(value))
+        if (!isBf2dCount(value))
             refuse(m_valueAt, "the field " + name(letter) + " is no whole number from 1 to 1000000");
         return static_cast<int>(value);
     }
@@ -191,6 +191,8 @@ private:
 };
 
 } // namespace
+
+bool isBf2dCount(double value) { return value >= 1 && value <= kLargestCount && value == std::floor(value); }
 
 int bf2dCheckSum(std::string_view upToC)
 {

@@ -47,6 +47,9 @@ struct Bf2dFault
 /// The check sum of a line up to and including the "C" ahead of it: 65 to 96.
 int bf2dCheckSum(std::string_view upToC);
 
+/// A record can hold that number of bars: whole, from 1 to 1,000,000.
+bool isBf2dCount(double value);
+
 /// Reads a line without its end. Strict: every field in its place, nothing behind the check sum, which is proved, and so is
 /// that the legs sum to the length. Throws Bf2dFault.
 Bf2dRecord parseBf2d(std::string_view line);

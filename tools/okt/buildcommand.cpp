@@ -40,7 +40,7 @@ bool isBarTable(fs::path const &path)
     return name.starts_with("bars-") && name.ends_with(".csv");
 }
 
-bool isBarRecords(fs::path const &path) { return path.extension() == ".bf2d"; }
+bool isBarRecords(fs::path const &path) { return pathText(path.extension()).CompareNoCase(u".bf2d") == 0; }
 
 /// The bar tables and the files of bar records that are meant.
 std::vector<fs::path> sourcesIn(fs::path const &data)

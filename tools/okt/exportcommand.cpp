@@ -35,9 +35,7 @@ struct Options
 /// Writes the text form of a pool file to a file in one step, or to standard output. With a folder for pictures, they go there.
 void exportText(fs::path const &path, fs::path const &output, fs::path const &pictures, bool replaces)
 {
-    std::error_code ignored;
-    if (fs::equivalent(path, output, ignored))
-        throw Failure(pathName(output), "", "the file cannot be written: this is the pool file itself");
+    refuseSameFile(path, output, "the pool file itself");
     CByteArray const image = readInput(path);
     if (image.IsEmpty())
         throw Failure(inputName(path), "", "the file is empty");
@@ -66,6 +64,8 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     if (!OktExportText(image, sink, fault, put, tell))
         throw Failure(inputName(path), fault.place(), fault.reason);
     text->close();
+    if (folder.has(output))
+        throw Failure(pathName(output), "", "the file cannot be written: one of the pictures has this name");
     folder.commit();
     text->commit();
 }
@@ -92,6 +92,7 @@ std::optional<std::string> recordOf(fs::path const &path)
 
 bool exportRecord(fs::path const &path, fs::path const &output, bool replaces)
 {
+    refuseSameFile(path, output, "the pool file itself");
     std::optional<std::string> const line = recordOf(path);
     if (!line)
         return false;
@@ -125,6 +126,8 @@ void addExport(CommandLine &line)
         ->check(CLI::IsMember({"json", "bf2d"}));
     command->add_flag("--force", options->replaces, "replace files that exist");
     command->callback([&line, options] {
+        if (options->format == "bf2d" && !options->pictures.empty())
+            throw CLI::ValidationError("--pictures", "a bar record has no pictures");
         line.run = [options] {
             if (options->format == "bf2d")
                 return exportRecord(utf8Path(options->file), utf8Path(options->output), options->replaces) ? kDone : kFailed;

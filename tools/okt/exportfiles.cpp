@@ -92,6 +92,19 @@ InputFile::InputFile(fs::path const &path) : m_path(path), m_name(inputName(path
     }
 }
 
+void refuseSameFile(fs::path const &input, fs::path const &output, std::string const &what)
+{
+    std::error_code ignored;
+    if (input != kStandardStream && output != kStandardStream && fs::equivalent(input, output, ignored))
+        throw Failure(pathName(output), "", "the file cannot be written: this is " + what);
+}
+
+void checkReadOnce(std::vector<std::string> const &files)
+{
+    if (std::count(files.begin(), files.end(), kStandardStream) > 1)
+        throw Failure(inputName(kStandardStream), "", "it can be read only once");
+}
+
 void checkWritable(fs::path const &path, bool replaces)
 {
     checkReplaceable(path);
@@ -174,6 +187,13 @@ std::string PictureFolder::put(std::string const &stem, CByteArray const &bytes)
     file->close();
     m_files.push_back(std::move(file));
     return name;
+}
+
+bool PictureFolder::has(fs::path const &path) const
+{
+    std::error_code ignored;
+    fs::path const folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    return m_names.contains(pathName(path.filename())) && fs::equivalent(folder, m_folder, ignored);
 }
 
 void PictureFolder::commit()

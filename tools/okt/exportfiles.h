@@ -38,6 +38,10 @@ private:
     std::optional<PendingFile> m_kept;
 };
 
+/// Throws Failure where the output is the file that is read; `what` is that file in words.
+void refuseSameFile(std::filesystem::path const &input, std::filesystem::path const &output, std::string const &what);
+/// Throws Failure where standard input is asked for twice.
+void checkReadOnce(std::vector<std::string> const &files);
 /// Throws Failure where a file has that name, unless it may be replaced and can be.
 void checkWritable(std::filesystem::path const &path, bool replaces);
 
@@ -71,6 +75,8 @@ public:
     /// Keeps the bytes under a name made of the stem and the ending of their format. A file there that holds these bytes
     /// already is left alone.
     std::string put(std::string const &stem, CByteArray const &bytes);
+    /// True where one of the pictures has that path.
+    bool has(std::filesystem::path const &path) const;
     void commit();
 
 private:

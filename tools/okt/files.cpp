@@ -35,6 +35,13 @@ std::string openFailure(int error)
     return isInUse(error) ? "the file is locked by another program" : "the file cannot be opened: " + systemReason(error);
 }
 
+/// A name of bytes that are no UTF-8 would become another name on its way through the library.
+void checkName(fs::path const &path)
+{
+    if (utf8Path(pathText(path).ToUtf8()) != path)
+        throw Failure(pathName(path), "", "the name of the file is no UTF-8");
+}
+
 /// Opens a plain file for reading and gives its length.
 std::uintmax_t openedLength(fs::path const &path, CFile &file)
 {
@@ -43,6 +50,7 @@ std::uintmax_t openedLength(fs::path const &path, CFile &file)
     fs::file_status const status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found)
         throw Failure(name, "", "there is no such file");
+    checkName(path);
     if (error)
         throw Failure(name, "", "the file cannot be reached: " + error.message());
     if (fs::is_directory(status))
@@ -82,6 +90,21 @@ std::uintmax_t readAll(CFile &file, CByteArray &bytes, std::string const &name)
         progress.at(count);
     }
     return count;
+}
+
+/// What a symbolic link leads to in the end, whether it is there or not.
+fs::path behindLinks(fs::path path)
+{
+    constexpr int kMostLinks = 40;
+    std::error_code error;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, error)); ++i)
+    {
+        fs::path const next = fs::read_symlink(path, error);
+        if (error)
+            break;
+        path = path.parent_path() / next; // an absolute one stands alone
+    }
+    return path;
 }
 
 /// Drawn anew, so that two runs into one folder do not meet.
@@ -147,7 +170,7 @@ std::string readText(fs::path const &path)
 }
 
 PendingFile::PendingFile(fs::path target)
-    : m_target(std::move(target)), m_path(pathBeside(m_target)), m_halfWritten(pathName(m_path))
+    : m_target(behindLinks(std::move(target))), m_path(pathBeside(m_target)), m_halfWritten(pathName(m_path))
 {
 }
 
@@ -160,6 +183,8 @@ PendingFile::~PendingFile()
 void PendingFile::commit()
 {
     std::error_code error;
+    if (fs::file_status const status = fs::status(m_target, error); fs::is_regular_file(status))
+        fs::permissions(m_path, status.permissions(), error); // those of the file that is replaced
     fs::rename(m_path, m_target, error);
     if (error)
         throw Failure(pathName(m_target), "", "the file cannot be put in place: " + error.message());
@@ -167,6 +192,7 @@ void PendingFile::commit()
 
 void checkReplaceable(fs::path const &path)
 {
+    checkName(path);
     std::string const name = pathName(path);
     std::error_code error;
     fs::file_status const status = fs::status(path, error);
@@ -188,6 +214,7 @@ void checkReplaceable(fs::path const &path)
 
 void makeFolder(fs::path const &path)
 {
+    checkName(path);
     std::error_code error;
     if (fs::is_directory(path, error))
         return;

@@ -30,7 +30,7 @@ CByteArray readBytes(std::filesystem::path const &path);
 std::string readText(std::filesystem::path const &path);
 
 /// A name beside the final file under which its contents are written first. The destructor removes what still has the name,
-/// and so does an interrupt.
+/// and so does an interrupt. Of a symbolic link the final file is that to which it leads.
 class PendingFile
 {
 public:
@@ -40,7 +40,8 @@ public:
     ~PendingFile();
 
     std::filesystem::path const &path() const { return m_path; }
-    /// Gives the file its final name; what had that name before is replaced in one step. Throws Failure.
+    /// Gives the file its final name; what had that name before is replaced in one step, and leaves its permissions. Throws
+    /// Failure.
     void commit();
 
 private:
@@ -49,7 +50,8 @@ private:
     HalfWritten m_halfWritten;
 };
 
-/// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, or in use.
+/// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, or in use, or its name
+/// is no UTF-8.
 void checkReplaceable(std::filesystem::path const &path);
 /// Makes the folder where it is missing, with those above it. Throws Failure.
 void makeFolder(std::filesystem::path const &path);

@@ -54,7 +54,8 @@ void finishHelp(CLI::App &app)
 {
     auto const formatter = std::make_shared<HelpFormatter>();
     app.formatter(formatter);
-    app.footer("okt COMMAND --help tells more, with examples.\n" + std::string(kExitCode) + kUsualExitCodes);
+    app.footer("okt COMMAND --help tells more, with examples.\n" + std::string(kExitCode) + kUsualExitCodes +
+               " okt find, okt verify and okt diff tell their own.");
     for (CLI::App *const command : app.get_subcommands(nullptr))
     {
         command->formatter(formatter);

@@ -90,9 +90,7 @@ private:
 /// Makes the pool file of a text form, in one step. Without a folder, pictures are looked for beside the text.
 void importText(fs::path const &path, fs::path const &output, fs::path const &pictures, bool replaces)
 {
-    std::error_code ignored;
-    if (fs::equivalent(path, output, ignored))
-        throw Failure(pathName(output), "", "the file cannot be written: this is the text itself");
+    refuseSameFile(path, output, "the text itself");
     bool const isStandardInput = path == kStandardStream;
     fs::path const folder = pictures.empty() && !isStandardInput ? path.parent_path() : pictures;
     auto const get = [&folder](std::string const &name) { return readBytes(folder / utf8Path(name)); };
@@ -101,6 +99,7 @@ void importText(fs::path const &path, fs::path const &output, fs::path const &pi
     std::ifstream file;
     if (!isStandardInput)
         file = openText(path);
+    std::error_code ignored;
     std::uintmax_t const size = isStandardInput ? 0 : fs::file_size(path, ignored);
     ToldText told(isStandardInput ? *std::cin.rdbuf() : *file.rdbuf(), printable(inputName(path)), ignored ? 0 : size);
     std::istream text(&told);

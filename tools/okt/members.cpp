@@ -21,20 +21,6 @@ std::string pointText(OKTGeXYZ const &point)
     return "(" + number(point.X()) + ", " + number(point.Y()) + ", " + number(point.Z()) + ")";
 }
 
-std::string variantText(tagVARIANT const &value)
-{
-    switch (value.vt)
-    {
-    case VT_I2: return std::to_string(value.iVal);
-    case VT_I4: return std::to_string(value.lVal);
-    case VT_R4: // a file holds a double in this kind too, and reading keeps it as one
-    case VT_R8: return number(value.dblVal);
-    case VT_BSTR: return quoted(CString(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal))));
-    case VT_BOOL: return value.lVal == 0 ? "false" : "true";
-    default: return "";
-    }
-}
-
 std::string bytesText(int count) { return std::to_string(count) + (count == 1 ? " byte" : " bytes"); }
 
 /// A filer that an object writes itself to, and that keeps names and values as text.
@@ -216,6 +202,20 @@ private:
 };
 
 } // namespace
+
+std::string variantText(tagVARIANT const &value)
+{
+    switch (value.vt)
+    {
+    case VT_I2: return std::to_string(value.iVal);
+    case VT_I4: return std::to_string(value.lVal);
+    case VT_R4: // a file holds a double in this kind too, and reading keeps it as one
+    case VT_R8: return number(value.dblVal);
+    case VT_BSTR: return quoted(CString(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal))));
+    case VT_BOOL: return value.lVal == 0 ? "false" : value.lVal == -1 ? "true" : std::to_string(value.lVal);
+    default: return "";
+    }
+}
 
 std::vector<Member> membersOf(OKTDbObject const &object)
 {

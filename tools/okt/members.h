@@ -1,6 +1,7 @@
 #pragma once
 
 #include <oktplatform/oktarrays.h>
+#include <oktplatform/oktvariant.h>
 
 #include <string>
 #include <vector>
@@ -16,6 +17,9 @@ struct Member
     std::string name; ///< with blanks in front of what stands in a nested frame
     std::string value;
 };
+
+/// A stored value as text; empty for a kind that no file holds. A truth value that is neither one is its number.
+std::string variantText(tagVARIANT const &value);
 
 /// The members as the object itself writes them: names and values, those of its base classes first. The id is left out.
 std::vector<Member> membersOf(OKTDbObject const &object);

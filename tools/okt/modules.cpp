@@ -57,7 +57,9 @@ void Modules::load(std::filesystem::path const &path)
     bool isNew = false;
     if (!OktLoadModule(pathText(path), reason, &isNew))
         throw Failure(file, "", "the module cannot be loaded: " + printable(reason));
-    if (!isNew)
+    std::error_code ignored;
+    bool const isKnown = !m_files.insert(std::filesystem::canonical(path, ignored)).second;
+    if (!isNew && isKnown)
         return;
     if (g_RuntimeClass.isEmpty())
         throw Failure(file, "", "this is no client module: it registers no class");

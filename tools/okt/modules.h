@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 
 namespace okt
@@ -16,6 +17,7 @@ public:
     void load(std::filesystem::path const &path);
 
 private:
+    std::set<std::filesystem::path> m_files;
     std::map<std::string, std::string> m_owners; ///< the module of each class that one of them brought, in UTF-8
 };
 

@@ -135,9 +135,7 @@ bool picture(fs::path const &path, int index, fs::path const &output, bool repla
     InputFile const input(path);
     if (readableLength(input.path()) == 0)
         throw Failure(input.name(), "", "the file is empty");
-    std::error_code ignored;
-    if (fs::equivalent(path, output, ignored))
-        throw Failure(pathName(output), "", "the file cannot be written: this is the pool file itself");
+    refuseSameFile(path, output, "the pool file itself");
     std::optional<PictureFile> pictures = readPicturesAlone(input);
     if (!pictures)
         pictures = readWhole(input);

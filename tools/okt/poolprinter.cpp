@@ -1,6 +1,7 @@
 #include "poolprinter.h"
 
 #include "imageformat.h"
+#include "members.h"
 #include "objectsof.h"
 #include "standin.h"
 #include "text.h"
@@ -273,25 +274,17 @@ private:
         }
         tagVARIANT const value = parameter.Value();
         table.add({printable(parameter.UserName()), std::to_string(parameter.Type()) + (typeName.empty() ? "" : " " + typeName),
-                   kindName(value.vt), valueText(value, parameter.isInDrawingUnits()), printable(parameter.getListIndex()),
+                   kindName(value.vt), textOf(value, parameter.isInDrawingUnits()), printable(parameter.getListIndex()),
                    printable(parameter.Expression()), printable(parameter.Description())},
                   std::move(below));
     }
 
-    std::string valueText(tagVARIANT const &value, bool isLength) const
+    std::string textOf(tagVARIANT const &value, bool isLength) const
     {
-        switch (value.vt)
-        {
-        case VT_EMPTY:
-        case VT_NULL: return "";
-        case VT_I2: return std::to_string(value.iVal);
-        case VT_I4: return std::to_string(value.lVal);
-        case VT_R4: // a file holds a double in this kind too, and reading keeps it as one
-        case VT_R8: return isLength ? rounded(value.dblVal, kLengthDigits) + " " + m_unit.name : number(value.dblVal);
-        case VT_BSTR: return quoted(CString(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal))));
-        case VT_BOOL: return value.lVal == 0 ? "false" : value.lVal == -1 ? "true" : std::to_string(value.lVal);
-        default: return "?";
-        }
+        if (value.vt == VT_EMPTY || value.vt == VT_NULL)
+            return "";
+        std::string const text = valueText(value, isLength, m_unit);
+        return text.empty() ? "?" : text;
     }
 
     // What else there is
@@ -443,6 +436,12 @@ DisplayUnit const *findUnit(std::string const &name)
 std::string describe(PoolFile const &file, DisplayUnit const &unit, bool withIds)
 {
     return Printer(file, unit, withIds).text();
+}
+
+std::string valueText(tagVARIANT const &value, bool isLength, DisplayUnit const &unit)
+{
+    bool const isReal = value.vt == VT_R4 || value.vt == VT_R8;
+    return isLength && isReal ? rounded(value.dblVal, kLengthDigits) + " " + unit.name : variantText(value);
 }
 
 std::string kindName(VARTYPE kind)

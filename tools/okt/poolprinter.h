@@ -21,6 +21,9 @@ DisplayUnit const *findUnit(std::string const &name);
 /// category, sizes, and what could not be read. `withIds` adds the ids of parameters and what they name by id.
 std::string describe(PoolFile const &file, DisplayUnit const &unit, bool withIds);
 
+/// A value as text, a length in that unit; empty for a kind that no file holds.
+std::string valueText(tagVARIANT const &value, bool isLength, DisplayUnit const &unit);
+
 /// The name of a variant kind, such as "VT_R8".
 std::string kindName(VARTYPE kind);
 

@@ -308,7 +308,10 @@ std::string bf2dLineOf(OKTDbPool &pool, std::string const &file)
     record.other = figures.text(kStandard, kOther);
     record.grade = figures.needText(kSteelGrade, 0, "a steel grade");
     record.length = figures.need(kLength, 0, "a length");
-    record.count = static_cast<int>(figures.need(kNumber, 0, "a number of bars"));
+    double const count = figures.need(kNumber, 0, "a number of bars");
+    if (!isBf2dCount(count))
+        throw Failure(file, "", "the template gives no BF2D record: its number of bars is no whole number from 1 to 1000000");
+    record.count = static_cast<int>(count);
     record.mass = figures.need(kNumber, kMass, "a mass");
     record.diameter = figures.need(kDiameter, 0, "a diameter");
     record.mandrel = snapped(2 * figures.need(kBendingRadius, 0, "a bending radius"));

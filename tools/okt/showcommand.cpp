@@ -80,8 +80,7 @@ int show(Options const &options)
     if (displayed == nullptr)
         throw Failure("--unit", "", "there is no unit " + options.unit);
     ShowWhat const what = options.indexOnly ? ShowWhat::Index : options.previewOnly ? ShowWhat::Preview : ShowWhat::All;
-    if (std::count(options.files.begin(), options.files.end(), kStandardStream) > 1)
-        throw Failure(inputName(kStandardStream), "", "it can be read only once");
+    checkReadOnce(options.files);
     bool ok = true;
     bool first = true;
     for (std::string const &file : options.files)

@@ -104,9 +104,9 @@ public:
         PoolDiff const &diff = m_diff;
         if (diff.isSame())
             return "";
-        m_text += coloured("--- " + printable(std::string_view(m_first.name())), Colour::Bold) + "\n";
-        m_text += coloured("+++ " + printable(std::string_view(m_second.name())), Colour::Bold) + "\n";
-        if (!diff.header.empty())
+        m_text += coloured("--- " + nameOf(m_first), Colour::Bold) + "\n";
+        m_text += coloured("+++ " + nameOf(m_second), Colour::Bold) + "\n";
+        if (!diff.header.empty() && m_first.exists() && m_second.exists())
         {
             m_text += coloured("~ header", Colour::Yellow) + "\n";
             members(diff.header);
@@ -129,6 +129,11 @@ public:
     }
 
 private:
+    static std::string nameOf(DiffPool const &pool)
+    {
+        return pool.exists() ? printable(std::string_view(pool.name())) : "/dev/null";
+    }
+
     static std::string titleOf(DiffObject const &object)
     {
         if (!object.stretch.isObject)

@@ -254,6 +254,7 @@ private:
 
 int find(Options const &options)
 {
+    checkReadOnce(options.files);
     Finder finder(options);
     for (std::string const &file : options.files)
         finder.search(file);

@@ -3,6 +3,7 @@
 #include "filescan.h"
 
 #include "../console.h"
+#include "../exportfiles.h"
 #include "../failure.h"
 #include "../text.h"
 
@@ -114,7 +115,7 @@ struct Report
     HeaderPlace header;
     HeaderFields fields;
     bool hasObjects = false; ///< they were counted
-    std::map<std::string, ClassCount> classes;
+    std::map<std::string, ClassCount> classes; ///< by their plain names
     std::int64_t objects = 0;
     std::int64_t objectBytes = 0;
     std::vector<std::string> faults;
@@ -168,7 +169,7 @@ Report examine(std::string const &file, bool headerOnly)
     }
     scan.run(
         [&](Stretch const &object) {
-            ClassCount &count = report.classes[printable(object.className())];
+            ClassCount &count = report.classes[plainText(object.className())];
             ++count.objects;
             count.bytes += object.size();
             noteSections(scan.source(), object, count);
@@ -191,7 +192,7 @@ std::string sectionsText(std::map<std::string, std::set<int>> const &sections, s
 {
     std::string text;
     for (auto const &[name, numbers] : sections)
-        if (printable(CString(name.c_str())) == className)
+        if (plainText(CString(name.c_str())) == className)
             text = numbersText(numbers);
     return text;
 }
@@ -225,7 +226,7 @@ std::string textOf(Report const &report)
     text += line("Objects", std::to_string(report.objects));
     text += "  " + padded("CLASS", 24) + padded("OBJECTS", 12) + padded("BYTES", 14) + "SECTIONS\n";
     for (auto const &[name, count] : report.classes)
-        text += "  " + padded(name, 24) + padded(std::to_string(count.objects), 12) + padded(std::to_string(count.bytes), 14) +
+        text += "  " + padded(printable(std::string_view(name)), 24) + padded(std::to_string(count.objects), 12) + padded(std::to_string(count.bytes), 14) +
                 sectionsText(count.sections, name) + "\n";
     std::int64_t const header = report.header.isWhole ? report.header.end : 0;
     text += "  " + padded("(header)", 36) + std::to_string(header) + "\n";
@@ -286,6 +287,7 @@ Json jsonOf(Report const &report)
 
 int info(Options const &options)
 {
+    checkReadOnce(options.files);
     bool ok = true;
     bool isFirst = true;
     for (std::string const &file : options.files)

@@ -4,6 +4,7 @@
 #include "textmatch.h"
 
 #include "../console.h"
+#include "../exportfiles.h"
 #include "../failure.h"
 #include "../text.h"
 
@@ -124,6 +125,7 @@ private:
 
 int list(Options const &options)
 {
+    checkReadOnce(options.files);
     bool ok = true;
     Lister lister(options);
     for (std::string const &file : options.files)

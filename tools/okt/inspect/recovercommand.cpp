@@ -72,9 +72,7 @@ std::string report(std::string const &name, std::string const &output, Recovery 
 
 void recover(fs::path const &path, fs::path const &output, bool replaces)
 {
-    std::error_code ignored;
-    if (fs::equivalent(path, output, ignored))
-        throw Failure(pathName(output), "", "the file cannot be written: this is the damaged file itself");
+    refuseSameFile(path, output, "the damaged file itself");
     std::unique_ptr<ByteSource> const source = openSource(path);
     if (source->size() == 0)
         throw Failure(inputName(path), "", "the file is empty");

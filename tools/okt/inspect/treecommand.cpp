@@ -53,7 +53,6 @@ struct Node
 
 // Parameters that use each other are not followed deeper.
 constexpr std::size_t kDeepest = 32;
-constexpr int kLengthDigits = 12;
 
 void append(std::string &text, Style const &style, std::string const &indent, std::vector<Node> const &nodes)
 {
@@ -190,25 +189,9 @@ private:
     std::string title(OKTDbParameter const &self) const
     {
         std::string const name = self.UserName().IsEmpty() ? idOf(self.objectId()) : printable(self.UserName());
-        std::string const value = valueText(self);
+        std::string const value = valueText(self.Value(), self.isInDrawingUnits(), m_unit);
         return name + (value.empty() ? "" : " = " + value) +
                (self.Expression().IsEmpty() ? "" : "  [" + printable(self.Expression()) + "]");
-    }
-
-    std::string valueText(OKTDbParameter const &self) const
-    {
-        tagVARIANT const value = self.Value();
-        switch (value.vt)
-        {
-        case VT_I2: return std::to_string(value.iVal);
-        case VT_I4: return std::to_string(value.lVal);
-        case VT_R4: // a file holds a double in this kind too, and reading keeps it as one
-        case VT_R8:
-            return self.isInDrawingUnits() ? rounded(value.dblVal, kLengthDigits) + " " + m_unit.name : number(value.dblVal);
-        case VT_BSTR: return quoted(CString(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal))));
-        case VT_BOOL: return value.lVal == 0 ? "false" : "true";
-        default: return "";
-        }
     }
 
     Node relation(OKTDbRelation const &self) const

@@ -14,7 +14,7 @@ struct Finding
     enum class Severity
     {
         Error,
-        Warning ///< a load goes well, and nothing is lost or impossible
+        Warning ///< nothing is damaged, but somebody should look at it
     };
 
     Severity severity;

@@ -3,6 +3,7 @@
 #include "verifier.h"
 
 #include "../console.h"
+#include "../exportfiles.h"
 #include "../failure.h"
 #include "../text.h"
 
@@ -56,6 +57,7 @@ bool isSound(std::string const &file, bool asJson)
 
 int verifyAll(Options const &options)
 {
+    checkReadOnce(options.files);
     bool ok = true;
     for (std::string const &file : options.files)
     {

@@ -1,5 +1,6 @@
 'use strict';
-// The page is complete without this: it adds the search, the switches of unit and colours, and what pointing at things shows.
+// The page is complete without this, in light colours: it adds dark ones, the search, the switches of unit and colours, and what
+// pointing at things shows.
 (function () {
     const root = document.documentElement;
     root.classList.add('js');
@@ -10,10 +11,12 @@
         set(key, value) { try { localStorage.setItem(key, value); } catch { /* it is forgotten then */ } }
     };
 
-    // At once, before anything is drawn.
-    const theme = remembered.get('okt-report-theme');
-    if (theme === 'dark' || theme === 'light')
-        root.dataset.theme = theme;
+    // At once, before anything is drawn: the colours that were chosen, or those of the system.
+    let choice = remembered.get('okt-report-theme');
+    const prefersDark = matchMedia('(prefers-color-scheme: dark)');
+    const isDark = () => choice === 'dark' || (choice !== 'light' && prefersDark.matches);
+    const colour = () => { root.dataset.theme = isDark() ? 'dark' : 'light'; };
+    colour();
 
     const all = (selector, from = document) => Array.from(from.querySelectorAll(selector));
 
@@ -175,14 +178,15 @@
         // Colours
 
         const themeButton = document.getElementById('theme');
-        const prefersDark = matchMedia('(prefers-color-scheme: dark)');
-        const isDark = () => root.dataset.theme ? root.dataset.theme === 'dark' : prefersDark.matches;
-        const tellTheme = () => themeButton.setAttribute('aria-pressed', String(isDark()));
+        const tellTheme = () => {
+            colour();
+            themeButton.setAttribute('aria-pressed', String(isDark()));
+        };
         tellTheme();
         prefersDark.addEventListener('change', tellTheme);
         themeButton.addEventListener('click', () => {
-            root.dataset.theme = isDark() ? 'light' : 'dark';
-            remembered.set('okt-report-theme', root.dataset.theme);
+            choice = isDark() ? 'light' : 'dark';
+            remembered.set('okt-report-theme', choice);
             tellTheme();
         });
 

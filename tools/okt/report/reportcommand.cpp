@@ -32,15 +32,10 @@ struct Options
 int report(Options const &options)
 {
     fs::path const output = utf8Path(options.output);
-    if (std::count(options.files.begin(), options.files.end(), kStandardStream) > 1)
-        throw Failure(inputName(kStandardStream), "", "it can be read only once");
+    checkReadOnce(options.files);
     std::vector<TemplateFacts> templates;
     for (std::string const &file : options.files)
-    {
-        std::error_code ignored;
-        if (fs::equivalent(utf8Path(file), output, ignored))
-            throw Failure(pathName(output), "", "the file cannot be written: this is one of the pool files");
-    }
+        refuseSameFile(utf8Path(file), output, "one of the pool files");
     if (output != kStandardStream)
         checkWritable(output, options.replaces);
     std::optional<Progress> progress; // of one file the steps tell more
