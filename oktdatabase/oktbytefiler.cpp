@@ -421,9 +421,8 @@ try
     {
         auto const *const narrow = reinterpret_cast<char const *>(bytes);
         int const size = OktToWideChar(CP_THREAD_ACP, narrow, length, nullptr, 0);
-        text.SetUnits(size, [narrow, length](WCHAR *units, int room) {
-            OktToWideChar(CP_THREAD_ACP, narrow, length, units, room);
-        });
+        text.SetUnits(size,
+                      [narrow, length](WCHAR *units, int room) { OktToWideChar(CP_THREAD_ACP, narrow, length, units, room); });
     }
     m_position += count;
     return true;

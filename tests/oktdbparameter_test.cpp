@@ -598,10 +598,11 @@ TEST_F(ParameterTest, ThroughAnXmlFiler_StatusOneBothWays_FieldsStay)
         EXPECT_EQ(textOf(path), documentOf(""));
 
         putText(folder, "parameter.xml",
-                documentOf("<Object class='OKTDbParameter' version='2'><Object class='OKTDbObject' version='1'><Members version='1'>"
-                           "<m_idObject class='OKTObjectId' version='1'><Members version='1'><a long='1'/></Members></m_idObject>"
-                           "</Members></Object><Members version='1'><m_strUserName string='Read'/><m_nListIndex long='3'/></Members>"
-                           "<Members version='2'><m_strDescription string='read'/></Members></Object>"));
+                documentOf(
+                    "<Object class='OKTDbParameter' version='2'><Object class='OKTDbObject' version='1'><Members version='1'>"
+                    "<m_idObject class='OKTObjectId' version='1'><Members version='1'><a long='1'/></Members></m_idObject>"
+                    "</Members></Object><Members version='1'><m_strUserName string='Read'/><m_nListIndex long='3'/></Members>"
+                    "<Members version='2'><m_strDescription string='read'/></Members></Object>"));
         OKTDbParameter target(type, idOf(k3));
         target.setValue(2.5, 27);
         target.setTabParams(listOf({k1, k2}));

@@ -108,7 +108,8 @@ std::string declaredEncoding(Characters const &text, std::size_t start)
         ++place;
     std::string name;
     for (++place; place < end && text.at(place) != '"' && text.at(place) != '\''; ++place)
-        name += text.at(place) >= 'A' && text.at(place) <= 'Z' ? static_cast<char>(text.at(place) + ('a' - 'A')) : text.at(place);
+        name +=
+            text.at(place) >= 'A' && text.at(place) <= 'Z' ? static_cast<char>(text.at(place) + ('a' - 'A')) : text.at(place);
     return text.find(place, kName) < end ? "?" : name;
 }
 

@@ -48,11 +48,11 @@ std::map<std::string, std::string> filesIn(std::vector<std::string> const &folde
 /// The golden pool files and whatever a fuzzer of pool files is given to begin with.
 std::map<std::string, std::string> poolFiles()
 {
-    return filesIn({"/golden", "/../fuzz/corpus/pool_file_fuzz", "/../fuzz/corpus/pool_image_fuzz",
-                    "/../fuzz/corpus/frame_scan_fuzz"},
-                   [](fs::path const &path, std::string const &bytes) {
-                       return path.extension() != ".json" && path.extension() != ".md" && bytes.size() < 20000;
-                   });
+    return filesIn(
+        {"/golden", "/../fuzz/corpus/pool_file_fuzz", "/../fuzz/corpus/pool_image_fuzz", "/../fuzz/corpus/frame_scan_fuzz"},
+        [](fs::path const &path, std::string const &bytes) {
+            return path.extension() != ".json" && path.extension() != ".md" && bytes.size() < 20000;
+        });
 }
 
 constexpr int kDamages = 4;
@@ -252,7 +252,8 @@ TEST(OktDamagedText, Build_EveryTable_NoCrashAndALine)
             put(file, damaged(whole, i % kDamages, random));
             // Another table may tell the fault: one of rules lacks what a size needs.
             ProcessResult const result = runOkt({"build", data.generic_string(), "-o", made, "--force"});
-            expectTold(result, {data.generic_string() + "/", data.generic_string(), made}, file + ", kind " + std::to_string(i % kDamages));
+            expectTold(result, {data.generic_string() + "/", data.generic_string(), made},
+                       file + ", kind " + std::to_string(i % kDamages));
             whollyMade += result.exitCode == 0 ? 1 : 0;
         }
         put(file, whole);

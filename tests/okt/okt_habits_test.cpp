@@ -251,9 +251,8 @@ TEST_F(OktHabits, StandardInput_EveryCommandThatReadsPools)
     auto const piped = [&file](std::string const &arguments) {
         return runProgram("/bin/sh", {"-c", "exec <\"$1\"; \"$0\" " + arguments, OKT_EXE, file});
     };
-    for (std::string const command :
-         {"info -", "ls -", "show -", "tree -", "find a -", "dump -", "verify -", "export -", "report - -o -",
-          "picture - --index 1 -o -", "diff - \"$1\" && echo same"})
+    for (std::string const command : {"info -", "ls -", "show -", "tree -", "find a -", "dump -", "verify -", "export -",
+                                      "report - -o -", "picture - --index 1 -o -", "diff - \"$1\" && echo same"})
     {
         ProcessResult const result = piped(command);
         EXPECT_EQ(result.exitCode, 0) << command;

@@ -82,7 +82,8 @@ TEST_F(OktBf2dCommands, Export_NumberOfBarsThatNoRecordHolds_OneLine)
     ASSERT_TRUE(pool.readFile(file));
     std::vector<OKTDbObject *> found;
     for (int i = 0; i < pool.objectCount(); ++i)
-        if (auto *const parameter = OKTDbParameter::cast(pool.objectAt(i)); parameter != nullptr && parameter->UserName() == u"Number")
+        if (auto *const parameter = OKTDbParameter::cast(pool.objectAt(i));
+            parameter != nullptr && parameter->UserName() == u"Number")
             found.push_back(parameter);
     ASSERT_EQ(found.size(), 1u);
     for (double const number : {10.7, 0.0, -1.0, 1e300, std::nan("")})

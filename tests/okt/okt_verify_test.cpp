@@ -15,10 +15,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <limits>
 #include <random>

@@ -104,7 +104,8 @@ inline ProcessResult runProgram(std::string const &program, std::vector<std::str
     ProcessResult result;
     {
         InheritedFile const in(CString::FromUtf8(input), GENERIC_READ, OPEN_EXISTING);
-        InheritedFile const out(folder.path("out"), output == ProcessOutput::Full ? GENERIC_READ : GENERIC_WRITE, CREATE_ALWAYS);
+        InheritedFile const out(folder.path("out"), output == ProcessOutput::Full ? GENERIC_READ : GENERIC_WRITE,
+                                CREATE_ALWAYS);
         InheritedFile const err(folder.path("err"), GENERIC_WRITE, CREATE_ALWAYS);
         STARTUPINFOW start = {};
         start.cb = sizeof start;

@@ -47,7 +47,8 @@ TEST(TextBlocks, ManyTextsOfEveryLength_EachIsItsOwn)
     OktTextBlocks blocks;
     std::vector<CString> texts;
     for (int length = 1; length <= 700; ++length)
-        texts.push_back(made(blocks, std::u16string(static_cast<std::size_t>(length), static_cast<char16_t>('A' + length % 50))));
+        texts.push_back(
+            made(blocks, std::u16string(static_cast<std::size_t>(length), static_cast<char16_t>('A' + length % 50))));
     for (int length = 1; length <= 700; ++length)
     {
         CString const &text = texts[static_cast<std::size_t>(length - 1)];

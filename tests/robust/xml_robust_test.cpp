@@ -82,8 +82,8 @@ class HeldFile
 {
 public:
     HeldFile(CString const &path, bool writing)
-        : m_file(CreateFileW(pathOf(path).c_str(), writing ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, FILE_SHARE_READ, nullptr,
-                             OPEN_EXISTING, 0, nullptr))
+        : m_file(CreateFileW(pathOf(path).c_str(), writing ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, FILE_SHARE_READ,
+                             nullptr, OPEN_EXISTING, 0, nullptr))
     {
         EXPECT_NE(m_file, INVALID_HANDLE_VALUE);
     }
@@ -839,9 +839,8 @@ TEST_F(XmlRobustTest, ReadXMLFileOfManyObjects_TimeIsLinear)
 
 TEST_F(XmlRobustTest, PathsThatCannotBeRead_NewFilerIsFalse)
 {
-    for (std::string const &path :
-         {m_folder.path("").ToUtf8(), m_folder.path("none").ToUtf8(), CString(kNowhere).ToUtf8(),
-          std::string("http://192.0.2.1/x.xml"), std::string("-")})
+    for (std::string const &path : {m_folder.path("").ToUtf8(), m_folder.path("none").ToUtf8(), CString(kNowhere).ToUtf8(),
+                                    std::string("http://192.0.2.1/x.xml"), std::string("-")})
         EXPECT_FALSE(OKTXmlFiler().NewFiler(CString::FromUtf8(path), false)) << path;
     EXPECT_FALSE(OKTXmlFiler().NewFiler(CString(u"a\0b", 3), false));
     EXPECT_FALSE(OKTXmlFiler().NewFiler(CString(u"\xD800"), false));

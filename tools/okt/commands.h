@@ -27,7 +27,7 @@ struct CommandLine
     int trouble = kFailed;
 };
 
-// One function for each command, in the file named after it.
+// One function for each command, in the file named after it; completion and man pages share one.
 void addBuild(CommandLine &line);
 void addShow(CommandLine &line);
 void addPicture(CommandLine &line);

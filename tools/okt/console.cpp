@@ -42,9 +42,7 @@ char const *sequenceOf(Colour colour)
     case Colour::Red: return "\x1b[31m";
     case Colour::Green: return "\x1b[32m";
     case Colour::Yellow: return "\x1b[33m";
-    case Colour::Cyan: return "\x1b[36m";
     case Colour::Bold: return "\x1b[1m";
-    case Colour::Faint: return "\x1b[2m";
     }
     return "";
 }

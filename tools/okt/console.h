@@ -13,7 +13,6 @@ void guardStandardStreams();
 
 enum class Stream
 {
-    Input,
     Output,
     Error
 };
@@ -36,9 +35,7 @@ enum class Colour
     Red,
     Green,
     Yellow,
-    Cyan,
-    Bold,
-    Faint
+    Bold
 };
 
 /// Colours are for a terminal that knows them, and not where the environment has a NO_COLOR that is not empty.

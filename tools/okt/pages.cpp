@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <functional>
 
 namespace okt
 {

@@ -7,7 +7,6 @@
 #include "text.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <numbers>

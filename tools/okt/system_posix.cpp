@@ -33,7 +33,7 @@ bool isClosedPipe(int error) { return error == EPIPE; }
 
 bool isTerminal(Stream stream)
 {
-    std::FILE *const file = stream == Stream::Input ? stdin : stream == Stream::Output ? stdout : stderr;
+    std::FILE *const file = stream == Stream::Output ? stdout : stderr;
     return isatty(fileno(file)) != 0;
 }
 

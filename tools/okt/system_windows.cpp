@@ -57,7 +57,7 @@ bool isClosedPipe(int error) { return error == EPIPE || error == EINVAL; }
 
 bool isTerminal(Stream stream)
 {
-    std::FILE *const file = stream == Stream::Input ? stdin : stream == Stream::Output ? stdout : stderr;
+    std::FILE *const file = stream == Stream::Output ? stdout : stderr;
     return _isatty(_fileno(file)) != 0;
 }
 

@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 

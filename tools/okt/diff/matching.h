@@ -3,7 +3,6 @@
 #include "diffpool.h"
 
 #include <cstddef>
-#include <optional>
 #include <vector>
 
 namespace okt

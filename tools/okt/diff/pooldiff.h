@@ -3,7 +3,6 @@
 #include "matching.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -7,7 +7,6 @@
 #include "../failure.h"
 #include "../text.h"
 
-#include <algorithm>
 #include <memory>
 #include <system_error>
 

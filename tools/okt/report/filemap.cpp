@@ -3,7 +3,6 @@
 #include "html.h"
 
 #include <algorithm>
-#include <array>
 
 namespace okt
 {
