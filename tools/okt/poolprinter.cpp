@@ -27,11 +27,6 @@ constexpr int kLengthDigits = 12;
 
 std::string idText(OKTDbObjectId const &id) { return printable(id.getGuidAsString(false)); }
 
-std::string count(std::size_t number, char const *noun)
-{
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
-}
-
 /// Rows of texts in columns; a column that is empty in every row but the first is left out.
 class Columns
 {
@@ -159,11 +154,11 @@ private:
 
     void header()
     {
-        line(printable(m_file.name) + ": " + count(static_cast<std::size_t>(m_file.size), "byte"));
+        line(printable(m_file.name) + ": " + plural(m_file.size, "byte"));
         headerLine("Pool", quoted(m_pool.poolName()) + " " + idText(m_pool.objectId()));
         headerLine("Units", "lengths in " + m_unit.name + " (" + rounded(m_unit.factor, kLengthDigits) + " to the metre)");
         headerLine("Metrics factor", m_file.factor ? number(*m_file.factor) + " in the file" : "none in the file");
-        headerLine("Header", count(static_cast<std::size_t>(std::max(m_file.headerSize, 0)), "byte"));
+        headerLine("Header", plural(std::max(m_file.headerSize, 0), "byte"));
         headerLine("Construct", role(m_pool.constructId(), true));
         headerLine("Index", role(m_pool.indexId(), true));
         headerLine("Sketch", role(m_pool.sketchId(), false));
@@ -219,7 +214,7 @@ private:
             line(title + ", shown above");
             return;
         }
-        line(title + ", " + count(static_cast<std::size_t>(category.parameterCount()), "parameter"));
+        line(title + ", " + plural(category.parameterCount(), "parameter"));
         IdArray ids;
         category.getAllParameters(ids);
         Columns table = parameterColumns();
@@ -338,7 +333,7 @@ private:
         OKTGeXYZ target;
         OKTGeXYZ up;
         picture.getCameraData(camera, target, up);
-        line(label + idText(picture.objectId()) + ", image of " + count(static_cast<std::size_t>(data.GetSize()), "byte") +
+        line(label + idText(picture.objectId()) + ", image of " + plural(data.GetSize(), "byte") +
              (data.IsEmpty() ? "" : ", " + formatOf(data).text()));
         line("    camera " + pointText(camera) + ", target " + pointText(target) + ", up " + pointText(up));
     }
@@ -365,7 +360,7 @@ private:
         auto const found = m_frames.find(id);
         if (found == m_frames.end())
             return "";
-        return ", " + count(static_cast<std::size_t>(found->second->size), "byte") + " from byte " +
+        return ", " + plural(found->second->size, "byte") + " from byte " +
                std::to_string(found->second->offset);
     }
 
@@ -409,7 +404,7 @@ private:
         {
             Frame const &frame = object.frame;
             line("  " + (frame.className.IsEmpty() ? "an object" : printable(frame.className)) +
-                 (frame.id ? " " + idText(toId(*frame.id)) : "") + ", " + count(static_cast<std::size_t>(frame.size), "byte") +
+                 (frame.id ? " " + idText(toId(*frame.id)) : "") + ", " + plural(frame.size, "byte") +
                  " from byte " + std::to_string(frame.offset) + ": " + object.reason);
         }
     }

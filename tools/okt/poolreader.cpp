@@ -2,6 +2,7 @@
 
 #include "failure.h"
 #include "files.h"
+#include "objectread.h"
 #include "picturetext.h"
 #include "progress.h"
 #include "reportcollector.h"
@@ -20,17 +21,6 @@ namespace okt
 
 namespace
 {
-
-std::string byteAt(int position) { return "byte " + std::to_string(position); }
-
-std::string withArticle(CString const &className)
-{
-    if (className.IsEmpty())
-        return "an object";
-    std::string const name = printable(className);
-    bool const vowel = std::string_view("AEIOUaeiou").find(name.front()) != std::string_view::npos;
-    return (vowel ? "an " : "a ") + name;
-}
 
 /// The header into a pool of its own.
 void readHeader(PoolFile &file, CByteArray const &bytes, OKTDbPool &header)
@@ -109,7 +99,7 @@ private:
 
     bool isKnown(Frame const &frame)
     {
-        if (g_RuntimeClass.contains(frame.className) && !StandIn::isRegistered(frame.className))
+        if (isRegistered(frame.className))
             return true;
         std::string const reason = "an object of the class " + quoted(frame.className) + ", which is not known here";
         if (!StandIn::registerClass(frame.className, frame.bases))
@@ -120,29 +110,15 @@ private:
 
     bool isReadable(Frame const &frame)
     {
-        OKTDbPool pool;
-        OKTMemoryFiler filer(&pool);
-        filer.loadFiler(stretch(m_bytes, frame));
-        OKTDbObject *made = nullptr;
-        bool const canBeMade = pool.CreateObjectFromClassName(frame.className, made);
-        std::unique_ptr<OKTDbObject> const object(made);
-        if (!canBeMade || object == nullptr || object->xmlIn(&filer) != eFilerOk)
+        ReadObject const read = readAlone(stretch(m_bytes, frame), frame.className);
+        if (!read.fault.empty())
+            return refuse(frame, frame.offset, "damaged: " + read.fault, read.inShort);
+        if (!m_ids.insert(read.object->objectId()).second)
             return refuse(frame, frame.offset,
-                          "damaged: the members of this " + printable(frame.className) + " are not those of its class",
-                          "members that are not those of its class");
-        // A load goes on behind the members that the class knows, and must not meet an object before this one ends.
-        CString inner;
-        if (filer.readNextObjectClass(inner))
-            return refuse(frame, frame.offset,
-                          "damaged: behind the members of this " + printable(frame.className) + " stands " +
-                              withArticle(inner) + ", which is still inside of it",
-                          "an object inside it");
-        if (!m_ids.insert(object->objectId()).second)
-            return refuse(frame, frame.offset,
-                          "the id " + printable(object->objectId().getGuidAsString(false)) +
+                          "the id " + printable(read.object->objectId().getGuidAsString(false)) +
                               " of this object is in the file already",
                           "an id that is in the file already");
-        if (OKTDbPicture::cast(object.get()) != nullptr)
+        if (OKTDbPicture::cast(read.object.get()) != nullptr)
             checkPicture(frame);
         return true;
     }

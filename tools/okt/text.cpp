@@ -153,6 +153,19 @@ std::string quoted(CString const &text) { return "\"" + printableUnits(text, tru
 
 std::string excerpt(std::string_view utf8) { return "\"" + printableBytes(utf8, true, 40) + "\""; }
 
+std::string plural(std::int64_t number, char const *noun) { return std::to_string(number) + " " + noun + (number == 1 ? "" : "s"); }
+
+std::string withArticle(CString const &className)
+{
+    if (className.IsEmpty())
+        return "an object";
+    std::string const name = printable(className);
+    bool const vowel = std::string_view("AEIOUaeiou").find(name.front()) != std::string_view::npos;
+    return (vowel ? "an " : "a ") + name;
+}
+
+std::string byteAt(std::int64_t position) { return "byte " + std::to_string(position); }
+
 std::size_t width(std::string_view utf8)
 {
     std::size_t count = 0;

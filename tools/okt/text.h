@@ -2,6 +2,7 @@
 
 #include <oktplatform/oktplatform.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,13 @@ std::string printable(std::string_view utf8);
 std::string quoted(CString const &text);
 /// For messages: printable in quotation marks, at most some 40 characters of it.
 std::string excerpt(std::string_view utf8);
+
+/// "1 object", "2 objects".
+std::string plural(std::int64_t number, char const *noun);
+/// "an OKTDbParameter", "a Thing"; "an object" without a name.
+std::string withArticle(CString const &className);
+/// How messages call a place in a file.
+std::string byteAt(std::int64_t position);
 
 /// Columns that a text takes, counted in characters.
 std::size_t width(std::string_view utf8);

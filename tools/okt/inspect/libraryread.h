@@ -5,9 +5,6 @@
 namespace okt
 {
 
-/// The class is registered, by the library or a client module; stand-ins do not count.
-bool isRegistered(CString const &className);
-
 /// Lets the library read an object alone. What keeps it from being read, or keeps a load from going on behind it; empty: nothing,
 /// or the class is not known here, or the object is larger than `largest`.
 std::string libraryReadFault(ByteSource &source, Stretch const &object, std::int64_t largest = 0x7FFFFFFF);

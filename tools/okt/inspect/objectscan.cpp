@@ -30,18 +30,7 @@ std::string_view nameIn(ByteSource &source, RecordPlace const &record)
 
 } // namespace
 
-std::string byteAt(std::int64_t position) { return "byte " + std::to_string(position); }
-
 std::string idText(_GUID const &id) { return printable(OKTTools::getStringFromGUID(id)); }
-
-std::string withArticle(CString const &className)
-{
-    if (className.IsEmpty())
-        return "an object";
-    std::string const name = printable(className);
-    bool const vowel = std::string_view("AEIOUaeiou").find(name.front()) != std::string_view::npos;
-    return (vowel ? "an " : "a ") + name;
-}
 
 bool Stretch::isOf(KnownClass known) const
 {

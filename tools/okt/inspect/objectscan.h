@@ -80,9 +80,6 @@ struct HeaderPlace
 /// Finds the header at the start of a file.
 HeaderPlace findHeader(ByteSource &source);
 
-/// "an OKTDbParameter", "a Thing"; "an object" without a name.
-std::string withArticle(CString const &className);
-std::string byteAt(std::int64_t position);
 std::string idText(_GUID const &id);
 
 } // namespace okt

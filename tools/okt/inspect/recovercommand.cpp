@@ -25,17 +25,12 @@ struct Options
     bool replaces = false;
 };
 
-std::string counted(std::int64_t number, char const *noun)
-{
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
-}
-
 std::string lossLine(std::string const &name, Recovery::Loss const &loss, bool isHeader)
 {
     std::string const place = byteAt(loss.faultAt);
     if (isHeader)
         return Failure(name, place, loss.what).what();
-    std::string const bytes = counted(loss.end - loss.begin, "byte") + " from byte " + std::to_string(loss.begin);
+    std::string const bytes = plural(loss.end - loss.begin, "byte") + " from byte " + std::to_string(loss.begin);
     if (!loss.isObject)
         return Failure(name, place, "left out: " + bytes + " that belong to no whole object").what();
     return Failure(name, place, "lost" + (loss.object.empty() ? "" : " " + loss.object) + ": " + loss.what + "; " + bytes)
@@ -59,12 +54,12 @@ std::string report(std::string const &name, std::string const &output, Recovery 
         bytes += object.size;
     for (std::string const &note : recovery.headerNotes())
         text += Failure(name, "", "new header: " + note).what() + std::string("\n");
-    text += printable(output) + ": " + counted(static_cast<std::int64_t>(recovery.objects().size()), "object") + " with " +
-            counted(bytes, "byte") + " rescued, " + std::to_string(lost) + " lost, the header " +
+    text += printable(output) + ": " + plural(static_cast<std::int64_t>(recovery.objects().size()), "object") + " with " +
+            plural(bytes, "byte") + " rescued, " + std::to_string(lost) + " lost, the header " +
             (recovery.isHeaderKept() ? "kept" : "made anew") + "\n";
     if (int const unknown = recovery.unknownObjects(); unknown > 0)
         text +=
-            printable(output) + ": " + counted(unknown, "object") +
+            printable(output) + ": " + plural(unknown, "object") +
             " of classes that are not known here, behind the others; a load stops there unless a module brings the classes\n";
     return text;
 }

@@ -2,6 +2,7 @@
 
 #include "libraryread.h"
 
+#include "../objectread.h"
 #include "../progress.h"
 #include "../text.h"
 

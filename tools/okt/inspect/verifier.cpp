@@ -2,6 +2,7 @@
 
 #include "libraryread.h"
 
+#include "../objectread.h"
 #include "../picturetext.h"
 #include "../poolprinter.h"
 #include "../progress.h"

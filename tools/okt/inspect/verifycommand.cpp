@@ -39,19 +39,14 @@ std::string findingLine(std::string const &file, Finding const &finding, bool as
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string counted(std::int64_t number, char const *noun)
-{
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
-}
-
 bool isSound(std::string const &file, bool asJson)
 {
     FileScan scan(file);
     Verdict const verdict =
         verify(scan, [&](Finding const &finding) { print(findingLine(scan.name(), finding, asJson) + "\n"); });
     if (!asJson)
-        print(printable(scan.name()) + ": " + counted(verdict.objects, "object") + ", " + counted(verdict.errors, "error") +
-              ", " + counted(verdict.warnings, "warning") + "\n");
+        print(printable(scan.name()) + ": " + plural(verdict.objects, "object") + ", " + plural(verdict.errors, "error") +
+              ", " + plural(verdict.warnings, "warning") + "\n");
     return verdict.errors == 0;
 }
 
