@@ -159,6 +159,7 @@ with Browser(chromedriver, 1280, 900) as browser:
     light, dark = "rgb(244, 245, 247)", "rgb(17, 21, 27)"
     check_equal(browser.run(colour), light, "the colour of the page")
     browser.dark(True)
+    check(browser.wait("return document.documentElement.dataset.theme === 'dark'"), "the page does not follow the system")
     check_equal(browser.run(colour), dark, "the colour where the system is dark")
     browser.screenshot(folder / "one-dark.png")
     browser.click("#theme")
