@@ -35,8 +35,8 @@ using OktTextView = std::basic_string_view<WCHAR>;
 struct OktTextBuffer
 {
     _Atomic_word references; ///< while the process has one thread, counting needs no locked instructions
-    int length;   ///< in units, without the closing zero
-    int capacity; ///< in units, without the closing zero; below 0 the way back to the head of its block, in bytes
+    int length;              ///< in units, without the closing zero
+    int capacity;            ///< in units, without the closing zero; below 0 the way back to the head of its block, in bytes
 
     WCHAR *units() { return reinterpret_cast<WCHAR *>(this + 1); }
     void addReference() { __gnu_cxx::__atomic_add_dispatch(&references, 1); }

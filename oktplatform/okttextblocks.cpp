@@ -22,7 +22,7 @@ using namespace OktText;
 
 namespace
 {
-constexpr int kBlock = 4080; // bytes; one text that is left keeps so many
+constexpr int kBlock = 4080;  // bytes; one text that is left keeps so many
 constexpr int kLongest = 256; // units of a text in a block
 } // namespace
 

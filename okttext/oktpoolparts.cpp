@@ -17,18 +17,6 @@ namespace
 
 constexpr char kHeaderClass[] = "OKTDbPool";
 
-Bytes bytesOf(CByteArray const &array)
-{
-    return {reinterpret_cast<char const *>(array.GetData()), static_cast<std::size_t>(array.GetSize())};
-}
-
-CByteArray arrayOf(Bytes bytes)
-{
-    CByteArray array;
-    std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char *>(array.Extend(static_cast<int>(bytes.size()))));
-    return array;
-}
-
 /// Case of a class name does not count, as for a reader of frames.
 bool isSameClass(Bytes left, Bytes right)
 {
@@ -90,6 +78,18 @@ void takeNames(Record &record, OKTTextFiler &known)
 }
 
 } // namespace
+
+Bytes bytesOf(CByteArray const &array)
+{
+    return {reinterpret_cast<char const *>(array.GetData()), static_cast<std::size_t>(array.GetSize())};
+}
+
+CByteArray arrayOf(Bytes bytes)
+{
+    CByteArray array;
+    std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char *>(array.Extend(static_cast<int>(bytes.size()))));
+    return array;
+}
 
 void nameObject(Record &frame, Bytes image)
 {

@@ -13,6 +13,9 @@ namespace okttext
 /// Bytes of the record ahead of the header.
 inline constexpr std::size_t kLengthRecord = 5;
 
+Bytes bytesOf(CByteArray const &array);
+CByteArray arrayOf(Bytes bytes);
+
 struct PoolParts
 {
     std::int32_t headerSize = 0; ///< what its first record says

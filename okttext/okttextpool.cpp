@@ -10,18 +10,6 @@ namespace
 {
 using namespace okttext;
 
-Bytes bytesOf(CByteArray const &array)
-{
-    return {reinterpret_cast<char const *>(array.GetData()), static_cast<std::size_t>(array.GetSize())};
-}
-
-CByteArray arrayOf(Bytes bytes)
-{
-    CByteArray array;
-    std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char *>(array.Extend(static_cast<int>(bytes.size()))));
-    return array;
-}
-
 void writeText(Bytes bytes, PoolParts &image, OKTTextSink const &sink, OKTTextPutFile const &put,
                OKTTextProgress const &progress)
 {

@@ -36,19 +36,17 @@ TEST_P(QuantityExpression, ConvertExpresion_Row_Normalised_Quirk65)
     EXPECT_EQ(converted(GetParam().expression, GetParam().scale), CString(GetParam().result));
 }
 
-INSTANTIATE_TEST_SUITE_P(Scaled, QuantityExpression,
-                         ::testing::Values(ExpressionRow{"2x100", 1.0, "2x100 "}, ExpressionRow{"2x100 ", 1.0, "2x100 "},
-                                           ExpressionRow{"3X150.5", 2.0, "3x301 "},
-                                           ExpressionRow{"2*1,5", 1.0, "2x1.5 "}, ExpressionRow{"?x200", 0.1, "?x20 "},
-                                           ExpressionRow{"2x100 3x200", 10.0, "2x1000 3x2000 "},
-                                           ExpressionRow{"1x500+2x250", 0.001, "1x0.5 2x0.25 "},
-                                           ExpressionRow{"2x0.12345", 1.0, "2x0.123 "},
-                                           ExpressionRow{"3x200 2x150", 1.0, "3x200 2x150 "},
-                                           ExpressionRow{"?x200 4x10", 2.0, "?x400 4x20 "}, ExpressionRow{"2x100", 0.0, "2x0 "},
-                                           ExpressionRow{"2x100", -1.0, "2x-100 "}, ExpressionRow{"2x.5", 1.0, "2x0.5 "},
-                                           ExpressionRow{"2x5.", 1.0, "2x5 "}, ExpressionRow{"007x0100", 1.0, "7x100 "},
-                                           ExpressionRow{"1x999999999999", 1.0, "1x999999999999 "},
-                                           ExpressionRow{"1x1000000", 1000000.0, "1x1000000000000 "}));
+INSTANTIATE_TEST_SUITE_P(
+    Scaled, QuantityExpression,
+    ::testing::Values(ExpressionRow{"2x100", 1.0, "2x100 "}, ExpressionRow{"2x100 ", 1.0, "2x100 "},
+                      ExpressionRow{"3X150.5", 2.0, "3x301 "}, ExpressionRow{"2*1,5", 1.0, "2x1.5 "},
+                      ExpressionRow{"?x200", 0.1, "?x20 "}, ExpressionRow{"2x100 3x200", 10.0, "2x1000 3x2000 "},
+                      ExpressionRow{"1x500+2x250", 0.001, "1x0.5 2x0.25 "}, ExpressionRow{"2x0.12345", 1.0, "2x0.123 "},
+                      ExpressionRow{"3x200 2x150", 1.0, "3x200 2x150 "}, ExpressionRow{"?x200 4x10", 2.0, "?x400 4x20 "},
+                      ExpressionRow{"2x100", 0.0, "2x0 "}, ExpressionRow{"2x100", -1.0, "2x-100 "},
+                      ExpressionRow{"2x.5", 1.0, "2x0.5 "}, ExpressionRow{"2x5.", 1.0, "2x5 "},
+                      ExpressionRow{"007x0100", 1.0, "7x100 "}, ExpressionRow{"1x999999999999", 1.0, "1x999999999999 "},
+                      ExpressionRow{"1x1000000", 1000000.0, "1x1000000000000 "}));
 
 INSTANTIATE_TEST_SUITE_P(Malformed, QuantityExpression,
                          ::testing::Values(ExpressionRow{"12.5", 1.0, ""}, ExpressionRow{"", 1.0, ""},

@@ -204,9 +204,9 @@ TEST_F(OktModules, Build_WithTheModule_GeometryOfTheBarInMetres)
         double developed;
     };
     // Cutting lengths of the inch templates are those of the centre line; of straight bars every cutting length is.
-    for (Row const &row : {Row{"link-no4.okt", 1 / 0.0254, 0.5, 1.0, 57.780972450961724}, Row{"mesh-d8.okt", 1000, 8, 0, 4800},
-                           Row{"mesh-no4.okt", 1 / 0.0254, 0.5, 0, 240},
-                           Row{"bar-records-1.okt", 1000, 12, 24, 1000 - 72 + 47.12388980384690}})
+    for (Row const &row :
+         {Row{"link-no4.okt", 1 / 0.0254, 0.5, 1.0, 57.780972450961724}, Row{"mesh-d8.okt", 1000, 8, 0, 4800},
+          Row{"mesh-no4.okt", 1 / 0.0254, 0.5, 0, 240}, Row{"bar-records-1.okt", 1000, 12, 24, 1000 - 72 + 47.12388980384690}})
     {
         OKTDbPool pool;
         pool.setMetricsFactor(row.factor);

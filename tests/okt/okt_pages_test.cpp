@@ -148,9 +148,9 @@ TEST_F(OktPages, BashCompletion_CommandsOptionsValuesFiles)
 std::string offeredByFish(std::string const &line)
 {
     ProcessResult const result =
-        runProgram("/usr/bin/fish", {"--no-config", "-c",
-                                     "$argv[1] completion fish | source; complete -C $argv[2] | string replace -r '\\t.*' ''",
-                                     OKT_EXE, line});
+        runProgram("/usr/bin/fish",
+                   {"--no-config", "-c",
+                    "$argv[1] completion fish | source; complete -C $argv[2] | string replace -r '\\t.*' ''", OKT_EXE, line});
     EXPECT_EQ(result.err, "") << line;
     return result.out;
 }

@@ -149,7 +149,7 @@ TEST_F(OktExport, Output_ThatCannotBeWritten_NothingIsLeft)
     expectFailure(runOkt({"export", pool, "--pictures", path("pictures"), "-o", picture}),
                   picture + ": the file cannot be written: one of the pictures has this name");
     EXPECT_TRUE(fs::remove(path("pictures"))); // and is empty
-#if !defined(_WIN32) // where a process can be held to a size of files
+#if !defined(_WIN32)                           // where a process can be held to a size of files
     expectFailure(runOkt({"export", pool, "-o", path("b.json")}, ProcessOutput::Kept, 4096),
                   path("b.json") + ": the file cannot be written: File too large");
 #endif
@@ -222,8 +222,7 @@ TEST_F(OktExport, Import_FaultsOfTheText_OneLineWithLineAndColumn)
                   path("a.json") + ":2:13: no JSON: while parsing value - invalid literal; last read: '\"format\": ?'");
     expectFailure(runOkt({"import", put("b.json", "{\n  \"objects\": [\n    {\"long\": \"1\"}"), "-o", path("a.okt")}),
                   path("b.json") + ":3:5: \"long\" is no whole number from -2147483648 to 2147483647");
-    expectFailure(runOktOn(put("c.json", "[\n"), {"import", "-", "-o", "-"}),
-                  "standard input:1:1: no list belongs here");
+    expectFailure(runOktOn(put("c.json", "[\n"), {"import", "-", "-o", "-"}), "standard input:1:1: no list belongs here");
     EXPECT_FALSE(fs::exists(path("a.okt")));
     EXPECT_EQ(runOkt({"import", path("a.json")}).exitCode, 2);
     EXPECT_EQ(runOkt({"export"}).exitCode, 2);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "guids.h"
+
 #include <oktdatabase/oktdbpool.h>
 
 #include <vector>
@@ -13,13 +15,6 @@ class ObjectsOf
 {
 protected:
     explicit ObjectsOf(OKTDbPool &pool) : m_pool(pool) { pool.getAllObjects(m_all); }
-
-    static OKTDbObjectId toId(_GUID const &guid)
-    {
-        OKTDbObjectId id;
-        id.setGuid(guid);
-        return id;
-    }
 
     /// Null: it is not in the pool.
     OKTDbObject *object(OKTDbObjectId const &id) const

@@ -80,10 +80,11 @@ std::string optionsSection(CLI::App const &command)
 
 std::string exitSection(std::string const &codes) { return ".SH EXIT STATUS\n" + roff(codes) + "\n"; }
 
-constexpr char kUsual[] =
-    "0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage. okt find: 1 also where nothing is found; "
-    "okt verify: 1 also where an error is found; okt diff: 0 the same, 1 different, 2 trouble. 141: whoever read standard output "
-    "has gone.";
+constexpr char kUsual[] = "0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage. okt find: 1 also "
+                          "where nothing is found; "
+                          "okt verify: 1 also where an error is found; okt diff: 0 the same, 1 different, 2 trouble. 141: "
+                          "whoever read standard output "
+                          "has gone.";
 
 /// A text between single quotation marks of a shell.
 std::string shellText(std::string_view text)
@@ -193,7 +194,8 @@ std::string bashCompletion(CLI::App const &app)
                 valueCases += "    " + command->get_name() + ":" + name + ") words=" + shellText(joined(choices)) + ";;\n";
             for (std::string const &name : names)
                 if (choices.empty() && !valueNameOf(*option).empty())
-                    valueCases += "    " + command->get_name() + ":" + name + ") " + (takesFile(*option) ? "files=1" : "") + ";;\n";
+                    valueCases +=
+                        "    " + command->get_name() + ":" + name + ") " + (takesFile(*option) ? "files=1" : "") + ";;\n";
         }
         std::vector<std::string> fixed;
         for (CLI::Option const *const option : positionalsOf(*command))

@@ -360,8 +360,7 @@ private:
         auto const found = m_frames.find(id);
         if (found == m_frames.end())
             return "";
-        return ", " + plural(found->second->size, "byte") + " from byte " +
-               std::to_string(found->second->offset);
+        return ", " + plural(found->second->size, "byte") + " from byte " + std::to_string(found->second->offset);
     }
 
     void sizes()
@@ -404,8 +403,8 @@ private:
         {
             Frame const &frame = object.frame;
             line("  " + (frame.className.IsEmpty() ? "an object" : printable(frame.className)) +
-                 (frame.id ? " " + idText(toId(*frame.id)) : "") + ", " + plural(frame.size, "byte") +
-                 " from byte " + std::to_string(frame.offset) + ": " + object.reason);
+                 (frame.id ? " " + idText(toId(*frame.id)) : "") + ", " + plural(frame.size, "byte") + " from byte " +
+                 std::to_string(frame.offset) + ": " + object.reason);
         }
     }
 
@@ -421,8 +420,13 @@ private:
 
 DisplayUnit const *findUnit(std::string const &name)
 {
-    static std::array<DisplayUnit, 5> const kUnits = {
-        {{"mm", 1000.0}, {"cm", 100.0}, {"m", 1.0}, {"in", 1.0 / 0.0254}, {"ft", 1.0 / 0.3048}}};
+    static constexpr std::array<double, kUnitNames.size()> kFactors = {1000.0, 100.0, 1.0, 1.0 / 0.0254, 1.0 / 0.3048};
+    static std::vector<DisplayUnit> const kUnits = [] {
+        std::vector<DisplayUnit> units;
+        for (std::size_t i = 0; i < kUnitNames.size(); ++i)
+            units.push_back({kUnitNames[i], kFactors[i]});
+        return units;
+    }();
     auto const found =
         std::find_if(kUnits.begin(), kUnits.end(), [&name](DisplayUnit const &unit) { return unit.name == name; });
     return found == kUnits.end() ? nullptr : &*found;

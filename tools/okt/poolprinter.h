@@ -2,7 +2,9 @@
 
 #include "poolreader.h"
 
+#include <array>
 #include <string>
+#include <vector>
 
 namespace okt
 {
@@ -14,8 +16,13 @@ struct DisplayUnit
     double factor; ///< units per metre
 };
 
-/// "mm", "cm", "m", "in" and "ft"; null for every other name.
+/// The units that a reader can choose among, in this order.
+inline constexpr std::array<char const *, 5> kUnitNames = {"mm", "cm", "m", "in", "ft"};
+
+/// One of these names; null for every other one.
 DisplayUnit const *findUnit(std::string const &name);
+/// The names for the check of an option.
+inline std::vector<std::string> unitNames() { return {kUnitNames.begin(), kUnitNames.end()}; }
 
 /// The contents of a pool file as text: header, tree of categories and parameters, relations, pictures, what stands in no
 /// category, sizes, and what could not be read. `withIds` adds the ids of parameters and what they name by id.

@@ -110,7 +110,7 @@ void addShow(CommandLine &line)
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->files, "pool files; - for standard input")->required();
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+        ->check(CLI::IsMember(unitNames()));
     command->add_flag("--ids", options->withIds, "also print the ids of parameters, their categories and owners");
     CLI::Option *const index = command->add_flag("--index", options->indexOnly,
                                                  "only the index: title, keywords, counts; only this part of the file is read");

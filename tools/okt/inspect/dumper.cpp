@@ -1,6 +1,7 @@
 #include "dumper.h"
 
 #include "../failure.h"
+#include "../guids.h"
 #include "../text.h"
 
 #include <algorithm>
@@ -66,7 +67,7 @@ public:
         bool isFound = false;
         objects(
             [&](Stretch const &stretch) {
-                bool const isWanted = stretch.id && std::memcmp(&*stretch.id, &id, sizeof id) == 0;
+                bool const isWanted = stretch.id && isSame(*stretch.id, id);
                 isFound = isFound || isWanted;
                 return isWanted;
             },

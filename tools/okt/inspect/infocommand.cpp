@@ -60,7 +60,7 @@ HeaderFields readHeader(ByteSource &source, HeaderPlace const &place)
             fields.sections.push_back(records.record().number);
 
     static std::map<std::int64_t, std::string> const kRoles = {{101, "construct"}, {104, "old picture"}, {107, "index"},
-                                                      {300, "ppActions"}, {400, "sketch"},      {600, "radial"}};
+                                                               {300, "ppActions"}, {400, "sketch"},      {600, "radial"}};
     ValueWalk walk(source, place.begin);
     int numbers = 2; // behind an id its position, then its size
     while (walk.next())
@@ -114,7 +114,7 @@ struct Report
     std::int64_t size = 0;
     HeaderPlace header;
     HeaderFields fields;
-    bool hasObjects = false; ///< they were counted
+    bool hasObjects = false;                   ///< they were counted
     std::map<std::string, ClassCount> classes; ///< by their plain names
     std::int64_t objects = 0;
     std::int64_t objectBytes = 0;
@@ -226,8 +226,8 @@ std::string textOf(Report const &report)
     text += line("Objects", std::to_string(report.objects));
     text += "  " + padded("CLASS", 24) + padded("OBJECTS", 12) + padded("BYTES", 14) + "SECTIONS\n";
     for (auto const &[name, count] : report.classes)
-        text += "  " + padded(printable(std::string_view(name)), 24) + padded(std::to_string(count.objects), 12) + padded(std::to_string(count.bytes), 14) +
-                sectionsText(count.sections, name) + "\n";
+        text += "  " + padded(printable(std::string_view(name)), 24) + padded(std::to_string(count.objects), 12) +
+                padded(std::to_string(count.bytes), 14) + sectionsText(count.sections, name) + "\n";
     std::int64_t const header = report.header.isWhole ? report.header.end : 0;
     text += "  " + padded("(header)", 36) + std::to_string(header) + "\n";
     if (std::int64_t const rest = report.size - header - report.objectBytes; rest > 0)

@@ -2,6 +2,7 @@
 
 #include "libraryread.h"
 
+#include "../guids.h"
 #include "../objectread.h"
 #include "../progress.h"
 #include "../text.h"
@@ -17,8 +18,6 @@ namespace okt
 namespace
 {
 
-constexpr _GUID kNoId = {};
-
 // A header of ten thousand pictures has less than a megabyte.
 constexpr std::int64_t kLargestHeader = 1 << 24;
 
@@ -33,15 +32,6 @@ _GUID guidOf(std::string const &key)
 {
     _GUID id;
     std::memcpy(&id, key.data(), sizeof id);
-    return id;
-}
-
-bool isSame(_GUID const &left, _GUID const &right) { return std::memcmp(&left, &right, sizeof left) == 0; }
-
-OKTDbObjectId toId(_GUID const &guid)
-{
-    OKTDbObjectId id;
-    id.setGuid(guid);
     return id;
 }
 

@@ -271,7 +271,7 @@ void addTree(CommandLine &line)
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+        ->check(CLI::IsMember(unitNames()));
     command->add_flag("--ascii", options->inAscii, "branches in plain characters, as where the locale is not UTF-8");
     command->callback([&line, options] { line.run = [options] { return tree(*options); }; });
 }

@@ -2,6 +2,7 @@
 
 #include "libraryread.h"
 
+#include "../guids.h"
 #include "../objectread.h"
 #include "../picturetext.h"
 #include "../poolprinter.h"
@@ -26,7 +27,6 @@ using Kind = StoredValue::Kind;
 using Severity = Finding::Severity;
 
 constexpr std::int32_t kNone = -1;
-constexpr _GUID kNoId = {};
 
 // A larger object is not given to the library, which keeps several copies of it.
 constexpr std::int64_t kLargestRead = std::int64_t(1) << 26;
@@ -36,8 +36,6 @@ constexpr double kLongest = 1e7;
 constexpr double kShortest = 1e-12;
 
 bool isBelow(_GUID const &left, _GUID const &right) { return std::memcmp(&left, &right, sizeof left) < 0; }
-
-bool isSame(_GUID const &left, _GUID const &right) { return std::memcmp(&left, &right, sizeof left) == 0; }
 
 /// What is kept of an object.
 struct Entry

@@ -73,7 +73,7 @@ private:
     void head()
     {
         m_text +=
-            "<!DOCTYPE html>\n<html lang=\"en\" data-unit=\"" + std::string(kPageUnits[m_options.unit]) +
+            "<!DOCTYPE html>\n<html lang=\"en\" data-unit=\"" + std::string(kUnitNames[m_options.unit]) +
             "\">\n<head>\n<meta charset=\"utf-8\"/>\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
             "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; style-src 'sha256-" +
@@ -94,9 +94,9 @@ private:
                   "aria-label=\"Search names, values and classes\" autocomplete=\"off\" spellcheck=\"false\"/>\n"
                   "<output id=\"found\" for=\"search\"></output>\n"
                   "<fieldset class=\"units\"><legend>Unit of lengths</legend>";
-        for (std::size_t unit = 0; unit < kPageUnits.size(); ++unit)
+        for (std::size_t unit = 0; unit < kUnitNames.size(); ++unit)
         {
-            std::string const name = kPageUnits[unit];
+            std::string const name = kUnitNames[unit];
             m_text += "<label><input type=\"radio\" name=\"unit\" value=\"" + name + "\"" +
                       (unit == m_options.unit ? " checked=\"\"" : "") + "/><span>" + name + "</span></label>";
         }
@@ -330,18 +330,18 @@ private:
         std::string cells = "<td class=\"" + std::string(isLong ? "long" : "num") + "\"";
         if (value.hasUnit)
         {
-            for (std::size_t unit = 0; unit < kPageUnits.size(); ++unit)
+            for (std::size_t unit = 0; unit < kUnitNames.size(); ++unit)
             {
-                std::string const name = "data-" + std::string(kPageUnits[unit]);
+                std::string const name = "data-" + std::string(kUnitNames[unit]);
                 cells += " " + name + "=\"" + value.texts[unit] + "\"";
                 if (value.exact[unit] != value.texts[unit])
                     cells += " " + name + "-exact=\"" + value.exact[unit] + "\"";
             }
             if (exact != text)
-                cells += " title=\"" + exact + " " + kPageUnits[m_options.unit] + "\"";
+                cells += " title=\"" + exact + " " + kUnitNames[m_options.unit] + "\"";
         }
         cells += ">" + (text.empty() ? "<span class=\"note\">empty</span>" : text) + "</td>";
-        return cells + (value.hasUnit ? "<td class=\"unit of-length\">" + std::string(kPageUnits[m_options.unit]) + "</td>"
+        return cells + (value.hasUnit ? "<td class=\"unit of-length\">" + std::string(kUnitNames[m_options.unit]) + "</td>"
                                       : "<td class=\"unit\"></td>");
     }
 

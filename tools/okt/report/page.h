@@ -13,7 +13,7 @@ namespace okt
 struct PageOptions
 {
     std::string title;    ///< HTML; empty: a title made of the templates
-    std::size_t unit = 0; ///< place in kPageUnits of the unit at first
+    std::size_t unit = 0; ///< place in kUnitNames of the unit at first
 };
 
 /// Writes a page about templates: one HTML document that needs nothing else. It is also well-formed XML, so that programs can

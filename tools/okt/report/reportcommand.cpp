@@ -55,7 +55,7 @@ int report(Options const &options)
     Waiting const waiting("report");
     PageOptions page;
     page.title = html(std::string_view(options.title));
-    page.unit = static_cast<std::size_t>(std::find(kPageUnits.begin(), kPageUnits.end(), options.unit) - kPageUnits.begin());
+    page.unit = static_cast<std::size_t>(std::find(kUnitNames.begin(), kUnitNames.end(), options.unit) - kUnitNames.begin());
     OutputFile file(output, options.replaces);
     writePage(templates, page, [&file](std::string_view piece) { file.write(piece); });
     file.close();
@@ -78,7 +78,7 @@ void addReport(CommandLine &line)
     command
         ->add_option("-u,--unit", options->unit,
                      "the unit of lengths at first: mm (default), cm, m, in, ft; the page has a switch")
-        ->check(CLI::IsMember({"mm", "cm", "m", "in", "ft"}));
+        ->check(CLI::IsMember(unitNames()));
     command->add_option("--title", options->title, "the heading of the page")->type_name("HEADING");
     command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] { line.run = [options] { return report(*options); }; });

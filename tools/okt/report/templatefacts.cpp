@@ -26,7 +26,7 @@ namespace
 
 using UnitValues = std::map<OKTDbObjectId, PageValue>;
 
-constexpr std::size_t kUnits = kPageUnits.size();
+constexpr std::size_t kUnits = kUnitNames.size();
 constexpr int kAllDigits = 12;
 
 /// Decimals of a length that matter on a drawing, by unit: a hundredth of a millimetre, a thousandth of an inch.
@@ -531,7 +531,7 @@ void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::str
     PoolFile file;
     for (std::size_t unit = 0; unit < kUnits; ++unit)
     {
-        PoolFile read = readPool(input.path(), findUnit(kPageUnits[unit])->factor, input.name());
+        PoolFile read = readPool(input.path(), findUnit(kUnitNames[unit])->factor, input.name());
         putValues(values, unit, *read.pool);
         if (unit == 0)
             file = std::move(read);

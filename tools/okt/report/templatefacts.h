@@ -3,6 +3,7 @@
 #include "relationgraph.h"
 
 #include <tools/okt/imageformat.h>
+#include <tools/okt/poolprinter.h>
 #include <tools/okt/poolreader.h>
 
 #include <array>
@@ -13,16 +14,13 @@
 namespace okt
 {
 
-/// The units that a reader of the page can choose among, in this order.
-inline constexpr std::array<char const *, 5> kPageUnits = {"mm", "cm", "m", "in", "ft"};
-
 // All texts here are HTML: what comes from a file is escaped.
 
 /// A value in every unit of the page, as the library converts it.
 struct PageValue
 {
-    std::array<std::string, kPageUnits.size()> texts; ///< with as many digits as a drawing needs
-    std::array<std::string, kPageUnits.size()> exact; ///< with all digits
+    std::array<std::string, kUnitNames.size()> texts; ///< with as many digits as a drawing needs
+    std::array<std::string, kUnitNames.size()> exact; ///< with all digits
     std::string folded;                               ///< a long text, with its rest folded away
     bool isNumber = false;
     bool isAbsent = false;
