@@ -415,8 +415,8 @@ static std::int64_t frameSizeOf(OKTDbObject const &object)
     return type == typeid(OKTDbPicture) ? static_cast<OKTDbPicture const &>(object).frameSize() : 0;
 }
 
-// About how many bytes the frames of all objects take, so that an image grows in one block. Of a large
-// pool a part is asked, spread over the pool, and each of the pictures, which are few and large.
+// About how many bytes the frames of all objects take, so that an image grows in one block. Of a large pool a part is asked,
+// spread over the pool, and each of the pictures, which are few and large.
 std::int64_t OKTDbPool::expectedSize() const
 {
     constexpr int kAsked = 1024;

@@ -94,6 +94,7 @@ bool isOfFourBytes(unsigned char const *bytes, std::size_t count)
     return count >= 4 && (std::count(bytes, bytes + 4, 0) == 3 || std::count(bytes, bytes + 2, 0) == 2 ||
                           (bytes[0] == 0xFF && bytes[1] == 0xFE && bytes[2] == 0 && bytes[3] == 0));
 }
+
 /// The value behind "encoding=" in the instruction that a document begins with, in lower case; empty without one. What says it
 /// twice is no name of any.
 std::string declaredEncoding(Characters const &text, std::size_t start)

@@ -125,7 +125,16 @@ TEST_F(OktModules, Module_DoesNotLoad_OneLineAndNothingDone)
     }
 }
 
-#if !defined(_WIN32) // where the file of a library in the process can be found by its name alone
+#if !defined(_WIN32) // where links are common, and the file of a library in the process can be found by a name in it
+TEST_F(OktModules, Module_OnceMoreByALink_IsPassedOver)
+{
+    fs::create_symlink(OKT_EXAMPLE_MODULE, path("symbolic.so"));
+    ProcessResult const result =
+        runOkt({"--module", OKT_EXAMPLE_MODULE, "--module", path("symbolic.so"), "show", golden("stirrup.okt")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+}
+
 TEST_F(OktModules, Module_LibraryThatTheProgramUsesItself_IsNoClientModule)
 {
     Dl_info used = {};

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -114,12 +115,18 @@ TEST_F(OktInfo, Json_ClassNameWithABackslash_AsItIs)
 
 TEST_F(OktInfo, StandardInputTwice_OneLine)
 {
-    for (char const *const command : {"info", "ls", "verify", "show"})
+    for (std::vector<std::string> const &arguments :
+         std::vector<std::vector<std::string>>{{"info", "-", "-"},
+                                               {"ls", "-", "-"},
+                                               {"verify", "-", "-"},
+                                               {"show", "-", "-"},
+                                               {"find", "Cover", "-", "-"},
+                                               {"report", "-", "-", "-o", path("page.html")}})
     {
-        ProcessResult const result = runOktOn(golden("empty.okt"), {command, "-", "-"});
-        EXPECT_EQ(result.exitCode, 1) << command;
-        EXPECT_EQ(result.err, "okt: standard input: it can be read only once\n") << command;
-        EXPECT_EQ(result.out, "") << command;
+        ProcessResult const result = runOktOn(golden("empty.okt"), arguments);
+        EXPECT_EQ(result.exitCode, 1) << arguments.front();
+        EXPECT_EQ(result.err, "okt: standard input: it can be read only once\n") << arguments.front();
+        EXPECT_EQ(result.out, "") << arguments.front();
     }
 }
 

@@ -77,23 +77,17 @@ std::size_t growthInOwnProcess(std::function<bool()> const &check)
     return peakMemory() - before;
 }
 
-/// A file as long as another program reads it, or writes to it.
-class HeldFile
-{
-public:
-    HeldFile(CString const &path, bool writing)
-        : m_file(CreateFileW(pathOf(path).c_str(), writing ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, FILE_SHARE_READ,
-                             nullptr, OPEN_EXISTING, 0, nullptr))
-    {
-        EXPECT_NE(m_file, INVALID_HANDLE_VALUE);
-    }
-    HeldFile(HeldFile const &) = delete;
-    HeldFile &operator=(HeldFile const &) = delete;
-    ~HeldFile() { CloseHandle(m_file); }
+using FileHandle = HANDLE;
 
-private:
-    HANDLE m_file;
-};
+FileHandle hold(CString const &path, bool writing)
+{
+    HANDLE const file = CreateFileW(pathOf(path).c_str(), writing ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ,
+                                    FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(file, INVALID_HANDLE_VALUE);
+    return file;
+}
+
+void letGo(FileHandle file) { CloseHandle(file); }
 
 constexpr char16_t kNowhere[] = u"NUL";
 constexpr std::size_t kHeldFile = 100u << 20; // the parser is given all bytes of a large file at once
@@ -159,26 +153,34 @@ private:
     int m_events;
 };
 
-/// A file as long as another program reads it, or writes to it.
-class HeldFile
-{
-public:
-    HeldFile(CString const &path, bool writing) : m_file(open(path.ToUtf8().c_str(), O_RDWR))
-    {
-        EXPECT_GE(m_file, 0);
-        EXPECT_EQ(flock(m_file, (writing ? LOCK_EX : LOCK_SH) | LOCK_NB), 0);
-    }
-    HeldFile(HeldFile const &) = delete;
-    HeldFile &operator=(HeldFile const &) = delete;
-    ~HeldFile() { close(m_file); }
+using FileHandle = int;
 
-private:
-    int m_file;
-};
+FileHandle hold(CString const &path, bool writing)
+{
+    int const file = open(path.ToUtf8().c_str(), O_RDWR);
+    EXPECT_GE(file, 0);
+    EXPECT_EQ(flock(file, (writing ? LOCK_EX : LOCK_SH) | LOCK_NB), 0);
+    return file;
+}
+
+void letGo(FileHandle file) { close(file); }
 
 constexpr char16_t kNowhere[] = u"/dev/null";
 constexpr std::size_t kHeldFile = 0;
 #endif
+
+/// A file as long as another program reads it, or writes to it.
+class HeldFile
+{
+public:
+    HeldFile(CString const &path, bool writing) : m_file(hold(path, writing)) {}
+    HeldFile(HeldFile const &) = delete;
+    HeldFile &operator=(HeldFile const &) = delete;
+    ~HeldFile() { letGo(m_file); }
+
+private:
+    FileHandle m_file;
+};
 
 /// The whole tree of a filer's document as text, whatever stands in it.
 std::string dumpOf(OktXml::IXMLDOMNodePtr const &from)

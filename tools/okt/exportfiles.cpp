@@ -118,7 +118,7 @@ OutputFile::OutputFile(fs::path path, bool replaces) : m_path(std::move(path))
     if (m_path == kStandardStream)
         return;
     checkWritable(m_path, replaces);
-    m_pending.emplace(m_path);
+    m_pending.emplace(behindLinks(m_path));
     CFileException refused;
     if (!m_file.Open(pathText(m_pending->path()), CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive, &refused))
         throw Failure(pathName(m_path), "", "the file cannot be written: " + systemReason(refused.m_lOsError));

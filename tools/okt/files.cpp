@@ -92,21 +92,6 @@ std::uintmax_t readAll(CFile &file, CByteArray &bytes, std::string const &name)
     return count;
 }
 
-/// What a symbolic link leads to in the end, whether it is there or not.
-fs::path behindLinks(fs::path path)
-{
-    constexpr int kMostLinks = 40;
-    std::error_code error;
-    for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, error)); ++i)
-    {
-        fs::path const next = fs::read_symlink(path, error);
-        if (error)
-            break;
-        path = path.parent_path() / next; // an absolute one stands alone
-    }
-    return path;
-}
-
 /// Drawn anew, so that two runs into one folder do not meet.
 fs::path pathBeside(fs::path const &target)
 {
@@ -169,8 +154,22 @@ std::string readText(fs::path const &path)
     return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
 }
 
+fs::path behindLinks(fs::path path)
+{
+    constexpr int kMostLinks = 40;
+    std::error_code error;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, error)); ++i)
+    {
+        fs::path const next = fs::read_symlink(path, error);
+        if (error)
+            break;
+        path = path.parent_path() / next; // an absolute one stands alone
+    }
+    return path;
+}
+
 PendingFile::PendingFile(fs::path target)
-    : m_target(behindLinks(std::move(target))), m_path(pathBeside(m_target)), m_halfWritten(pathName(m_path))
+    : m_target(std::move(target)), m_path(pathBeside(m_target)), m_halfWritten(pathName(m_path))
 {
 }
 

@@ -29,8 +29,11 @@ CByteArray readBytes(std::filesystem::path const &path);
 /// The same as text.
 std::string readText(std::filesystem::path const &path);
 
+/// The file that a symbolic link leads to in the end, whether it is there or not; any other path as it is.
+std::filesystem::path behindLinks(std::filesystem::path path);
+
 /// A name beside the final file under which its contents are written first. The destructor removes what still has the name,
-/// and so does an interrupt. Of a symbolic link the final file is that to which it leads.
+/// and so does an interrupt.
 class PendingFile
 {
 public:

@@ -3,6 +3,7 @@
 #include <oktdatabase/oktdbobjectid.h>
 
 #include <cstring>
+#include <string>
 
 namespace okt
 {
@@ -10,6 +11,10 @@ namespace okt
 inline constexpr _GUID kNoId = {};
 
 inline bool isSame(_GUID const &left, _GUID const &right) { return std::memcmp(&left, &right, sizeof left) == 0; }
+
+/// In registry form, as messages have it.
+std::string idText(_GUID const &id);
+std::string idText(OKTDbObjectId const &id);
 
 inline OKTDbObjectId toId(_GUID const &guid)
 {

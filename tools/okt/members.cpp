@@ -1,5 +1,6 @@
 #include "members.h"
 
+#include "guids.h"
 #include "text.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -14,14 +15,10 @@ namespace
 
 constexpr char16_t kRootClass[] = u"OKTDbObject";
 
-std::string idText(OKTDbObjectId const &id) { return printable(id.getGuidAsString(false)); }
-
 std::string pointText(OKTGeXYZ const &point)
 {
     return "(" + number(point.X()) + ", " + number(point.Y()) + ", " + number(point.Z()) + ")";
 }
-
-std::string bytesText(int count) { return std::to_string(count) + (count == 1 ? " byte" : " bytes"); }
 
 /// A filer that an object writes itself to, and that keeps names and values as text.
 class MemberLister : public OKTMemoryFiler
@@ -60,7 +57,7 @@ public:
     bool writeVariant(CString const &name, tagVARIANT const &value) override { return note(name, variantText(value)); }
     bool writeByteArray(CString const &name, CByteArray const &value) override
     {
-        return note(name, bytesText(value.GetSize()));
+        return note(name, plural(value.GetSize(), "byte"));
     }
 
 private:
@@ -142,7 +139,7 @@ private:
         case VarByteArray:
         {
             CByteArray value;
-            return m_filer.readByteArray(value) && note("bytes", bytesText(value.GetSize()));
+            return m_filer.readByteArray(value) && note("bytes", plural(value.GetSize(), "byte"));
         }
         case VarClassBegin: return beginClass();
         case VarMembersBegin: return beginMembers();

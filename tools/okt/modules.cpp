@@ -6,6 +6,9 @@
 
 #include <oktdatabase/oktruntimeclass.h>
 
+#include <algorithm>
+#include <system_error>
+
 namespace okt
 {
 
@@ -48,6 +51,14 @@ void checkFile(std::filesystem::path const &path)
 
 } // namespace
 
+// A library may also be there since this program itself uses it.
+bool Modules::isKnown(std::filesystem::path const &path) const
+{
+    std::error_code ignored;
+    return std::any_of(m_files.begin(), m_files.end(),
+                       [&](std::filesystem::path const &known) { return std::filesystem::equivalent(known, path, ignored); });
+}
+
 void Modules::load(std::filesystem::path const &path)
 {
     std::string const file = pathName(path);
@@ -57,9 +68,7 @@ void Modules::load(std::filesystem::path const &path)
     bool isNew = false;
     if (!OktLoadModule(pathText(path), reason, &isNew))
         throw Failure(file, "", "the module cannot be loaded: " + printable(reason));
-    std::error_code ignored;
-    bool const isKnown = !m_files.insert(std::filesystem::canonical(path, ignored)).second;
-    if (!isNew && isKnown)
+    if (!isNew && isKnown(path))
         return;
     if (g_RuntimeClass.isEmpty())
         throw Failure(file, "", "this is no client module: it registers no class");
@@ -74,6 +83,7 @@ void Modules::load(std::filesystem::path const &path)
     }
     for (auto const &[name, descriptor] : g_RuntimeClass)
         m_owners[name.ToUtf8()] = file;
+    m_files.push_back(path);
     registry.accept();
 }
 

@@ -2,8 +2,8 @@
 
 #include <filesystem>
 #include <map>
-#include <set>
 #include <string>
+#include <vector>
 
 namespace okt
 {
@@ -17,7 +17,9 @@ public:
     void load(std::filesystem::path const &path);
 
 private:
-    std::set<std::filesystem::path> m_files;
+    bool isKnown(std::filesystem::path const &path) const;
+
+    std::vector<std::filesystem::path> m_files;
     std::map<std::string, std::string> m_owners; ///< the module of each class that one of them brought, in UTF-8
 };
 

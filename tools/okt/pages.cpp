@@ -80,11 +80,9 @@ std::string optionsSection(CLI::App const &command)
 
 std::string exitSection(std::string const &codes) { return ".SH EXIT STATUS\n" + roff(codes) + "\n"; }
 
-constexpr char kUsual[] = "0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage. okt find: 1 also "
-                          "where nothing is found; "
-                          "okt verify: 1 also where an error is found; okt diff: 0 the same, 1 different, 2 trouble. 141: "
-                          "whoever read standard output "
-                          "has gone.";
+constexpr char kUsual[] = "0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage. "
+                          "okt find: 1 also where nothing is found. okt verify: 1 also where an error is found. "
+                          "okt diff: 0 the same, 1 different, 2 trouble. 141: whoever read standard output has gone.";
 
 /// A text between single quotation marks of a shell.
 std::string shellText(std::string_view text)

@@ -1,5 +1,6 @@
 #include "partialprinter.h"
 
+#include "guids.h"
 #include "imageformat.h"
 #include "members.h"
 #include "text.h"
@@ -16,8 +17,6 @@ namespace
 
 // A longer name does not widen the column.
 constexpr std::size_t kWidestName = 36;
-
-std::string idText(OKTDbObjectId const &id) { return printable(id.getGuidAsString(false)); }
 
 std::string headerLine(char const *label, std::string const &text) { return "  " + padded(label, 16) + text + "\n"; }
 

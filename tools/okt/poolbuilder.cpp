@@ -140,7 +140,7 @@ int writePool(OKTDbPool &pool, std::filesystem::path const &path)
 {
     std::string const name = pathName(path);
     checkReplaceable(path);
-    PendingFile pending(path);
+    PendingFile pending(behindLinks(path));
     if (!pool.writeFile(pathText(pending.path())))
         throw Failure(name, "", "the file cannot be written: " + writeRefusal(pool, pending.path()));
     // A late failure of the medium shows when the file is read back.

@@ -1,5 +1,6 @@
 #include "poolprinter.h"
 
+#include "guids.h"
 #include "imageformat.h"
 #include "members.h"
 #include "objectsof.h"
@@ -24,8 +25,6 @@ constexpr std::size_t kWidestColumn = 36;
 
 // Enough for every figure of a drawing, and few enough to hide what multiplying and dividing by a factor leaves behind.
 constexpr int kLengthDigits = 12;
-
-std::string idText(OKTDbObjectId const &id) { return printable(id.getGuidAsString(false)); }
 
 /// Rows of texts in columns; a column that is empty in every row but the first is left out.
 class Columns

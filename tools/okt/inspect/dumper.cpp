@@ -159,7 +159,7 @@ private:
     {
         if (begin >= end)
             return;
-        line(begin, end - begin, 0, std::to_string(end - begin) + (end - begin == 1 ? " byte" : " bytes") + " passed over");
+        line(begin, end - begin, 0, plural(end - begin, "byte") + " passed over");
     }
 
     /// The records of a frame; of one that is not whole those in front of its fault.

@@ -7,6 +7,7 @@
 #include "../exportfiles.h"
 #include "../failure.h"
 #include "../files.h"
+#include "../guids.h"
 #include "../text.h"
 
 #include <algorithm>

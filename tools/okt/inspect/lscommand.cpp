@@ -6,6 +6,7 @@
 #include "../console.h"
 #include "../exportfiles.h"
 #include "../failure.h"
+#include "../guids.h"
 #include "../text.h"
 
 #include <nlohmann/json.hpp>

@@ -30,8 +30,6 @@ std::string_view nameIn(ByteSource &source, RecordPlace const &record)
 
 } // namespace
 
-std::string idText(_GUID const &id) { return printable(OKTTools::getStringFromGUID(id)); }
-
 bool Stretch::isOf(KnownClass known) const
 {
     return std::any_of(classNames.begin(), classNames.end(),
@@ -45,7 +43,7 @@ std::string Stretch::fault() const
     {
     case Kind::Cut: return "the file ends inside " + object;
     case Kind::Damaged: return "damaged inside " + object;
-    case Kind::Gap: return std::to_string(size()) + (size() == 1 ? " byte" : " bytes") + " that belong to no object";
+    case Kind::Gap: return plural(size(), "byte") + " that belong to no object";
     case Kind::Object: break;
     }
     return {};

@@ -80,6 +80,4 @@ struct HeaderPlace
 /// Finds the header at the start of a file.
 HeaderPlace findHeader(ByteSource &source);
 
-std::string idText(_GUID const &id);
-
 } // namespace okt

@@ -3,6 +3,7 @@
 #include "../console.h"
 #include "../exportfiles.h"
 #include "../failure.h"
+#include "../guids.h"
 #include "../imageformat.h"
 #include "../objectsof.h"
 #include "../poolprinter.h"
@@ -64,8 +65,6 @@ void append(std::string &text, Style const &style, std::string const &indent, st
     }
 }
 
-std::string idOf(OKTDbObjectId const &id) { return printable(id.getGuidAsString(false)); }
-
 class TreeMaker : ObjectsOf
 {
 public:
@@ -90,8 +89,8 @@ private:
     Node missing(OKTDbObjectId const &id) const
     {
         OKTDbObject const *const found = object(id);
-        return {found == nullptr ? idOf(id) + " (not in this file)"
-                                 : printable(found->isA()->ClassName()) + " " + idOf(id) + " (does not belong here)",
+        return {found == nullptr ? idText(id) + " (not in this file)"
+                                 : printable(found->isA()->ClassName()) + " " + idText(id) + " (does not belong here)",
                 {}};
     }
 
@@ -122,7 +121,7 @@ private:
         Node node{"Other objects", {}};
         for (OKTDbObjectId const &id : m_all)
             if (OKTDbObject const *const each = object(id); each != nullptr && m_shown.count(id) == 0)
-                node.children.push_back({printable(each->isA()->ClassName()) + " " + idOf(id), {}});
+                node.children.push_back({printable(each->isA()->ClassName()) + " " + idText(id), {}});
         if (!node.children.empty())
             made.push_back(std::move(node));
     }
@@ -130,7 +129,7 @@ private:
     Node group(OKTDbGroupCategory const &self)
     {
         m_shown.insert(self.objectId());
-        Node node{"Group category " + idOf(self.objectId()), {}};
+        Node node{"Group category " + idText(self.objectId()), {}};
         IdArray ids;
         self.getAllCategories(ids);
         for (OKTDbObjectId const &id : ids)
@@ -188,7 +187,7 @@ private:
 
     std::string title(OKTDbParameter const &self) const
     {
-        std::string const name = self.UserName().IsEmpty() ? idOf(self.objectId()) : printable(self.UserName());
+        std::string const name = self.UserName().IsEmpty() ? idText(self.objectId()) : printable(self.UserName());
         std::string const value = valueText(self.Value(), self.isInDrawingUnits(), m_unit);
         return name + (value.empty() ? "" : " = " + value) +
                (self.Expression().IsEmpty() ? "" : "  [" + printable(self.Expression()) + "]");
@@ -196,7 +195,7 @@ private:
 
     Node relation(OKTDbRelation const &self) const
     {
-        Node node{printable(self.isA()->ClassName()) + " " + idOf(self.objectId()), {}};
+        Node node{printable(self.isA()->ClassName()) + " " + idText(self.objectId()), {}};
         auto const *const members = OKTDbParamRelation::cast(&self);
         if (members == nullptr)
             return node;
@@ -214,7 +213,7 @@ private:
     {
         CByteArray data;
         self.getPictureData(data);
-        return {idOf(self.objectId()) + ", " + std::to_string(data.GetSize()) + " bytes" +
+        return {idText(self.objectId()) + ", " + std::to_string(data.GetSize()) + " bytes" +
                     (data.IsEmpty() ? "" : ", " + formatOf(data).text()),
                 {}};
     }
@@ -250,7 +249,7 @@ int tree(Options const &options)
         throw Failure("--unit", "", "there is no unit " + options.unit);
     InputFile const input(utf8Path(options.file));
     PoolFile const file = readPool(input.path(), unit->factor, input.name());
-    std::string text = quoted(file.pool->poolName()) + " " + idOf(file.pool->objectId()) + "\n";
+    std::string text = quoted(file.pool->poolName()) + " " + idText(file.pool->objectId()) + "\n";
     std::optional<Waiting> waiting(std::in_place, printable(input.name()), static_cast<std::uintmax_t>(file.size));
     append(text, options.inAscii || !isUtf8Locale() ? kAscii : kBoxes, "", TreeMaker(*file.pool, *unit).nodes());
     waiting.reset();

@@ -486,8 +486,8 @@ private:
     void unknownClasses()
     {
         for (auto const &[name, found] : m_unknown)
-            warning(found.second, std::to_string(found.first) + (found.first == 1 ? " object" : " objects") +
-                                      " of the class \"" + name + "\", which is not known here; a load stops at the first");
+            warning(found.second, plural(found.first, "object") + " of the class \"" + name +
+                                      "\", which is not known here; a load stops at the first");
     }
 
     ByteSource &m_source;

@@ -43,7 +43,7 @@ constexpr std::size_t kLongestValue = 160;
 
 constexpr char kNotHere[] = " (not in this file)";
 
-std::string idText(OKTDbObjectId const &id) { return html(id.getGuidAsString(false)); }
+std::string idHtml(OKTDbObjectId const &id) { return html(id.getGuidAsString(false)); }
 
 std::string length(double value, int decimals)
 {
@@ -225,7 +225,7 @@ private:
         if (id.isNull())
             return;
         OKTDbObject *const target = object(id);
-        std::string text = idText(id) + (target == nullptr ? kNotHere : ", " + html(classOf(target)));
+        std::string text = idHtml(id) + (target == nullptr ? kNotHere : ", " + html(classOf(target)));
         OKTDbPool::_ObjectInfo const *const place = hasPlace ? m_file.places.find(id) : nullptr;
         if (place != nullptr && place->nObjectPosition >= 0)
             text += ", " + counted(static_cast<std::uint64_t>(std::max(place->nObjectSize, 0)), "byte") + " from byte " +
@@ -235,7 +235,7 @@ private:
 
     void header()
     {
-        m_facts.header.push_back({"Pool", idText(m_pool.objectId())});
+        m_facts.header.push_back({"Pool", idHtml(m_pool.objectId())});
         m_facts.header.push_back(
             {"Metrics factor", m_file.factor ? number(*m_file.factor) + " in the file" : "none in the file"});
         m_facts.header.push_back({"Header", counted(static_cast<std::uint64_t>(std::max(m_file.headerSize, 0)), "byte")});
@@ -276,7 +276,7 @@ private:
             addNode(RelationGraph::NodeKind::Group, group->objectId(), "Group", m_facts.anchor + "-parameters");
             PageGroup shown;
             shown.title = "Group";
-            shown.id = idText(group->objectId());
+            shown.id = idHtml(group->objectId());
             IdArray ids;
             group->getAllCategories(ids);
             for (OKTDbObjectId const &id : ids)
@@ -295,7 +295,7 @@ private:
     {
         PageCategory shown;
         shown.title = category.CategoryName().IsEmpty() ? reference(category.objectId()) : unfolding(category.CategoryName());
-        shown.id = idText(category.objectId());
+        shown.id = idHtml(category.objectId());
         // A list may name a category any number of times.
         shown.isAbove = !m_shown.insert(category.objectId()).second;
         if (shown.isAbove)
@@ -351,7 +351,7 @@ private:
             addNode(RelationGraph::NodeKind::Parameter, id, plainReference(id), shown.anchor);
         }
         std::string const typeName = html(parameter.getTypeName());
-        shown.id = idText(id);
+        shown.id = idHtml(id);
         shown.name = parameter.UserName().IsEmpty() ? reference(id) : unfolding(parameter.UserName());
         shown.type = std::to_string(parameter.Type()) + (typeName.empty() ? "" : " " + typeName);
         shown.list = html(parameter.getListIndex());
@@ -374,7 +374,7 @@ private:
             m_shown.insert(relation->objectId());
             PageRelation shown;
             shown.className = html(classOf(relation));
-            shown.id = idText(relation->objectId());
+            shown.id = idHtml(relation->objectId());
             addNode(RelationGraph::NodeKind::Relation, relation->objectId(), printable(classOf(relation)),
                     m_facts.anchor + "-relations");
             if (auto const *const members = OKTDbParamRelation::cast(relation))
@@ -427,7 +427,7 @@ private:
         picture.getPictureData(data);
         PagePicture shown;
         shown.label = std::move(label);
-        shown.id = idText(picture.objectId());
+        shown.id = idHtml(picture.objectId());
         shown.size = static_cast<std::uint64_t>(data.GetSize());
         shown.format = formatOf(data);
         if (char const *const type = typeOf(shown.format))
@@ -449,7 +449,7 @@ private:
                 continue;
             PageObject shown;
             shown.className = html(classOf(found));
-            shown.id = idText(id);
+            shown.id = idHtml(id);
             if (auto const frame = m_frames.find(id); frame != m_frames.end())
                 shown.note = placeOf(*frame->second);
             if (dynamic_cast<StandIn const *>(found) != nullptr)
@@ -470,7 +470,7 @@ private:
     {
         Frame const &frame = object.frame;
         m_facts.unread.push_back({(frame.className.IsEmpty() ? "An object" : html(frame.className)) +
-                                      (frame.id ? " " + idText(toId(*frame.id)) : ""),
+                                      (frame.id ? " " + idHtml(toId(*frame.id)) : ""),
                                   placeOf(frame) + ": " + escapedLine(object.reason)});
     }
 
