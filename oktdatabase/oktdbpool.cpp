@@ -415,16 +415,28 @@ static std::int64_t frameSizeOf(OKTDbObject const &object)
     return type == typeid(OKTDbPicture) ? static_cast<OKTDbPicture const &>(object).frameSize() : 0;
 }
 
-// About how many bytes the frames of all objects take, so that an image grows in one block. Of a large pool a part is asked,
-// spread over the pool, and each of the pictures, which are few and large.
+// Pictures are few and large: each is asked.
+std::int64_t OKTDbPool::picturesSize() const
+{
+    std::int64_t size = 0;
+    for (OKTDbObjectId const &id : m_tabPictures.ids())
+        if (OKTDbObject *const *const entry = m_mapObjects.find(id); entry != nullptr && *entry != nullptr)
+            size += frameSizeOf(**entry);
+    return size;
+}
+
+// About how many bytes the frames of all objects take, so that an image grows in one block. A pool that holds as many objects as
+// when its size was last known has changed little; of any other a part is asked, spread over the pool.
 std::int64_t OKTDbPool::expectedSize() const
 {
     constexpr int kAsked = 1024;
     constexpr std::int64_t kUnknown = 512; // an object of another class
+    constexpr int kRoom = 64;              // for a text that has grown a little
+    if (m_knownObjects == m_mapObjects.getSize())
+        return m_knownSize + picturesSize() + kRoom;
     int const step = m_mapObjects.getSize() / kAsked + 1;
     int asked = 0;
     std::int64_t others = 0;
-    std::int64_t pictures = 0;
     int skipped = 0;
     for (auto const &[id, object] : m_mapObjects)
     {
@@ -436,11 +448,14 @@ std::int64_t OKTDbPool::expectedSize() const
         if (typeid(*object) != typeid(OKTDbPicture))
             others += size == 0 ? kUnknown : size;
     }
-    for (OKTDbObjectId const &id : m_tabPictures.ids())
-        if (OKTDbObject *const *const entry = m_mapObjects.find(id); entry != nullptr && *entry != nullptr)
-            pictures += frameSizeOf(**entry);
     double const share = step == 1 ? 1.0 : 1.05 * m_mapObjects.getSize() / std::max(asked, 1);
-    return static_cast<std::int64_t>(static_cast<double>(others) * share) + pictures + 64;
+    return static_cast<std::int64_t>(static_cast<double>(others) * share) + picturesSize() + kRoom;
+}
+
+void OKTDbPool::noteSize(std::int64_t framesSize) const
+{
+    m_knownObjects = m_mapObjects.getSize();
+    m_knownSize = std::max<std::int64_t>(framesSize - picturesSize(), 0);
 }
 
 // Either map gets what is translated, or all ids are replaced as they are written.
@@ -514,6 +529,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
     constexpr int kWaste = 8; // a part that is not worth giving back: the next save takes the block again, as large as it is
     if (bytes.GetCapacity() - bytes.GetSize() > bytes.GetSize() / kWaste)
         bytes.FreeExtra();
+    noteSize(bytes.GetSize() - objectsStart);
     image = std::move(bytes);
     return true;
 }
@@ -535,6 +551,8 @@ bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
     InfoMap info;
     if (!filer.readInt(CString(), headerLength) || xmlIn(&filer, info) != eFilerOk)
         return false;
+    bool const isAll = m_mapObjects.isEmpty() && m_readFilter.getSize() == 0;
+    long const objectsStart = filer.GetFilerPosition();
     KnownClasses classes;
     for (int place; filer.moveToNextObject(place);)
     {
@@ -549,6 +567,8 @@ bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
         else if (!appendReadObject(object))
             return false; // and the object is lost (quirk 18)
     }
+    if (isAll)
+        noteSize(image.GetSize() - objectsStart);
     return true;
 }
 

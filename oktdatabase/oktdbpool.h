@@ -172,7 +172,9 @@ private:
 
     bool adoptObject(OKTDbObject *object, OKTDbObjectId const &id);
     bool appendReadObject(OKTDbObject *object);
+    std::int64_t picturesSize() const;
     std::int64_t expectedSize() const;
+    void noteSize(std::int64_t framesSize) const;
     bool makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const;
     bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, bool &isRefused) const;
     bool loadThrough(OKTMemoryFiler &filer, CByteArray const &image);
@@ -197,6 +199,9 @@ private:
     IdMap m_mapTranslatedIds;
     bool m_bTranslatedIds = false;
     ReadFilter m_readFilter;
+    // What so many objects, the pictures left out, took in the last image of this pool: a guess at the next.
+    mutable int m_knownObjects = -1;
+    mutable std::int64_t m_knownSize = 0;
 };
 
 using InfoMap = OKTDbPool::InfoMap;

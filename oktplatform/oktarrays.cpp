@@ -23,21 +23,22 @@ constexpr int kMaxSize = std::numeric_limits<int>::max();
 constexpr int kSmall = 64 * 1024;
 constexpr int kLarge = 256 * 1024;
 
-/// Keeps the last large block that was freed for the next that is asked for. The first touch of a page that comes from the system
-/// costs more than all that a save writes into it, and the image of a template has a thousand pages.
+/// Keeps the last large block of an array that had grown for the next that grows. The first touch of a page that comes from the
+/// system costs more than all that a save writes into it, and the image of a template has a thousand pages. Those of a very large
+/// block are the system's for the taking meanwhile.
 class SpareBlock
 {
 public:
     ~SpareBlock()
     {
         m_isEnded.store(true);
-        std::free(m_block.exchange(nullptr));
+        drop();
     }
 
     /// A block of `size` bytes or an eighth more, with anything in it, or null. `size` becomes what it has.
     void *take(int &size)
     {
-        if (size < kLeast || size > kMost)
+        if (size < kLeast)
             return nullptr;
         Block *const block = m_block.exchange(nullptr);
         if (block == nullptr)
@@ -52,10 +53,20 @@ public:
     }
     void giveBack(void *memory, int size)
     {
-        if (size < kLeast || size > kMost || m_isEnded.load())
+        bool const isKept =
+            size >= kLeast && !m_isEnded.load() &&
+            (size <= kHeld || OktLendPages(static_cast<Block *>(memory) + 1, static_cast<std::size_t>(size) - sizeof(Block)));
+        if (!isKept)
             std::free(memory);
         else
             std::free(m_block.exchange(new (memory) Block{size}));
+    }
+    /// Frees it. False: there was none.
+    bool drop()
+    {
+        Block *const block = m_block.exchange(nullptr);
+        std::free(block);
+        return block != nullptr;
     }
 
 private:
@@ -65,7 +76,7 @@ private:
     };
 
     static constexpr int kLeast = 128 << 10; // smaller blocks the heap keeps itself
-    static constexpr int kMost = 16 << 20;   // more is not worth holding
+    static constexpr int kHeld = 16 << 20;   // what may be kept from the system
 
     std::atomic<Block *> m_block = nullptr;
     std::atomic<bool> m_isEnded = false;
@@ -73,7 +84,7 @@ private:
 
 SpareBlock s_spare;
 
-/// Blocks of that many bytes and more, of which no spare is kept, had better lie in large pages: the first touch of the many
+/// Blocks of that many bytes and more had better lie in large pages: the first touch of the many
 /// small ones takes longer than everything else in a save or a load of that size.
 constexpr int kManyPages = 32 << 20;
 
@@ -85,17 +96,28 @@ BYTE *withPages(void *memory, int size)
     return static_cast<BYTE *>(memory);
 }
 
+/// Memory of that size by `make`, or null. No spare is kept where memory is short.
+template <typename F> BYTE *made(int size, F make)
+{
+    void *memory = make(static_cast<std::size_t>(size));
+    if (memory == nullptr && s_spare.drop())
+        memory = make(static_cast<std::size_t>(size));
+    return withPages(memory, size);
+}
+
 /// `size` becomes what the block has, which may be more.
 BYTE *allocate(int &size)
 {
     void *const spare = s_spare.take(size);
-    return withPages(spare != nullptr ? spare : std::malloc(static_cast<std::size_t>(size)), size);
+    return spare != nullptr ? static_cast<BYTE *>(spare) : made(size, std::malloc);
 }
 
-void release(void *memory, int size)
+void release(void *memory, int size, bool isGrown)
 {
-    if (memory != nullptr)
+    if (isGrown && memory != nullptr)
         s_spare.giveBack(memory, size);
+    else
+        std::free(memory);
 }
 } // namespace
 
@@ -107,7 +129,7 @@ bool CByteArray::tryReallocate(int capacity) noexcept
     // An array that comes to hold much more.
     bool const isNew = m_data == nullptr || m_size < capacity / 4;
     BYTE *const memory =
-        isNew ? allocate(capacity) : withPages(std::realloc(m_data, static_cast<std::size_t>(capacity)), capacity);
+        isNew ? allocate(capacity) : made(capacity, [this](std::size_t size) { return std::realloc(m_data, size); });
     if (memory == nullptr)
         return false;
     if (isNew && m_data != nullptr)
@@ -117,6 +139,7 @@ bool CByteArray::tryReallocate(int capacity) noexcept
     }
     m_data = memory;
     m_capacity = capacity;
+    m_isGrown = true;
     return true;
 }
 
@@ -144,11 +167,11 @@ CByteArray::CByteArray(CByteArray const &other) : m_growBy(other.m_growBy) { Cop
 
 CByteArray::CByteArray(CByteArray &&other) noexcept
     : m_data(std::exchange(other.m_data, nullptr)), m_size(std::exchange(other.m_size, 0)),
-      m_capacity(std::exchange(other.m_capacity, 0)), m_growBy(other.m_growBy)
+      m_capacity(std::exchange(other.m_capacity, 0)), m_growBy(other.m_growBy), m_isGrown(other.m_isGrown)
 {
 }
 
-CByteArray::~CByteArray() { release(m_data, m_capacity); }
+CByteArray::~CByteArray() { release(m_data, m_capacity, m_isGrown); }
 
 CByteArray &CByteArray::operator=(CByteArray const &other)
 {
@@ -160,10 +183,11 @@ CByteArray &CByteArray::operator=(CByteArray &&other) noexcept
 {
     if (this == &other)
         return *this;
-    release(m_data, m_capacity);
+    release(m_data, m_capacity, m_isGrown);
     m_data = std::exchange(other.m_data, nullptr);
     m_size = std::exchange(other.m_size, 0);
     m_capacity = std::exchange(other.m_capacity, 0);
+    m_isGrown = other.m_isGrown;
     return *this;
 }
 
@@ -174,12 +198,13 @@ void CByteArray::SetSize(int size, int growBy)
     if (size > m_capacity && m_size == 0)
     {
         // Fresh memory is zero already, so that its pages are not touched here.
-        BYTE *const memory = withPages(std::calloc(static_cast<std::size_t>(size), 1), size);
+        BYTE *const memory = made(size, [](std::size_t count) { return std::calloc(count, 1); });
         if (memory == nullptr)
             throw std::bad_alloc();
-        release(m_data, m_capacity);
+        release(m_data, m_capacity, m_isGrown);
         m_data = memory;
         m_capacity = size;
+        m_isGrown = false;
     }
     else if (size > m_size)
     {
@@ -194,7 +219,7 @@ void CByteArray::SetSize(int size, int growBy)
 
 void CByteArray::RemoveAll()
 {
-    release(std::exchange(m_data, nullptr), m_capacity);
+    release(std::exchange(m_data, nullptr), m_capacity, m_isGrown);
     m_size = 0;
     m_capacity = 0;
 }
@@ -260,12 +285,13 @@ void CByteArray::Copy(CByteArray const &other)
         return;
     if (other.m_size > m_capacity)
     {
-        BYTE *const memory = withPages(std::malloc(static_cast<std::size_t>(other.m_size)), other.m_size);
+        BYTE *const memory = made(other.m_size, std::malloc);
         if (memory == nullptr)
             throw std::bad_alloc();
         std::free(m_data);
         m_data = memory;
         m_capacity = other.m_size;
+        m_isGrown = false;
     }
     if (other.m_size != 0)
         std::memcpy(m_data, other.m_data, static_cast<std::size_t>(other.m_size));

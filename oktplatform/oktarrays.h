@@ -68,6 +68,7 @@ private:
     int m_size = 0;
     int m_capacity = 0;
     int m_growBy = 0;
+    bool m_isGrown = false; // so that its memory is worth keeping for the next that grows
 };
 
 /// A growing array of texts. Indexes outside the array throw std::out_of_range, a negative size std::length_error.

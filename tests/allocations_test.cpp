@@ -341,3 +341,52 @@ TEST(Allocations, SaveOfPool_FewHoweverManyObjects)
     EXPECT_TRUE(saved);
     EXPECT_LE(allocations, 60u);
 }
+
+#if defined(__linux__)
+// The block of a large array that had grown serves the next one that grows to about that size.
+TEST(Allocations, GrowthToASizeOfBefore_None)
+{
+    for (int const size : {1 << 20, 40 << 20})
+    {
+        {
+            CByteArray before;
+            before.Reserve(size);
+        }
+        CByteArray bytes;
+        AllocationCount const counter;
+        bytes.Reserve(size - size / 16);
+        std::size_t const allocations = counter.count();
+        EXPECT_EQ(allocations, 0u) << size;
+        EXPECT_EQ(bytes.GetCapacity(), size);
+    }
+}
+
+// That of an array which got its size at once, as what is read from a file, is not kept.
+TEST(Allocations, GrowthToASizeThatWasSetBefore_One)
+{
+    CByteArray small;
+    small.Reserve(2 << 20); // takes the place of a spare of this size or another
+    {
+        CByteArray before;
+        before.SetSize(2 << 20);
+    }
+    CByteArray bytes;
+    AllocationCount const counter;
+    bytes.Reserve(2 << 20);
+    EXPECT_EQ(counter.count(), 1u);
+}
+
+TEST(Allocations, NoMemoryWhileABlockIsKept_ItIsGivenUp)
+{
+    {
+        CByteArray before;
+        before.Reserve(1 << 20);
+    }
+    CByteArray bytes;
+    {
+        AllocationFault const fault(0); // of the C allocator, which cannot fail under a sanitizer
+        EXPECT_NO_THROW(bytes.SetSize(3 << 20));
+    }
+    EXPECT_EQ(bytes.GetSize(), 3 << 20);
+}
+#endif

@@ -365,39 +365,124 @@ TEST(FrameSize, Picture_AnySize_TheBytesWritten)
     }
 }
 
+namespace
+{
+void fillWithPictures(OKTDbPool &pool, int count)
+{
+    CByteArray data;
+    data.SetSize(16384);
+    for (int i = 0; i < count; ++i)
+    {
+        if (i % 1000 == 999)
+        {
+            auto *const picture = new OKTDbPicture;
+            picture->setPictureData(data);
+            pool.appendObject(picture);
+        }
+        else if (i % 21 == 0)
+        {
+            auto *const category = new OKTDbCategory;
+            for (int used = 0; used < 20; ++used)
+                category->appendParameter(OKTDbObjectId::createObjectId(&pool));
+            pool.appendObject(category);
+        }
+        else
+        {
+            auto *const parameter = new OKTDbParameter(i % 82, OKTDbObjectId::kNull);
+            parameter->setValue(1.5 * i, 1);
+            pool.appendObject(parameter);
+        }
+    }
+}
+
+/// The room of the image beyond what stands in it.
+int spareRoom(OKTDbPool const &pool)
+{
+    CByteArray image;
+    IdMap translated;
+    EXPECT_TRUE(pool.saveFiler(image, translated));
+    return image.GetCapacity() - image.GetSize();
+}
+} // namespace
+
 // The image grows in one block, which is little larger than the image.
 TEST(FrameSize, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
 {
     for (int const count : {100, 1000, 20000})
     {
         OKTDbPool pool;
-        CByteArray data;
-        data.SetSize(16384);
-        for (int i = 0; i < count; ++i)
-        {
-            if (i % 1000 == 999)
-            {
-                auto *const picture = new OKTDbPicture;
-                picture->setPictureData(data);
-                pool.appendObject(picture);
-            }
-            else if (i % 21 == 0)
-            {
-                auto *const category = new OKTDbCategory;
-                for (int used = 0; used < 20; ++used)
-                    category->appendParameter(OKTDbObjectId::createObjectId(&pool));
-                pool.appendObject(category);
-            }
-            else
-            {
-                auto *const parameter = new OKTDbParameter(i % 82, OKTDbObjectId::kNull);
-                parameter->setValue(1.5 * i, 1);
-                pool.appendObject(parameter);
-            }
-        }
+        fillWithPictures(pool, count);
         CByteArray image;
         IdMap translated;
         ASSERT_TRUE(pool.saveFiler(image, translated));
         EXPECT_LE(image.GetCapacity(), image.GetSize() + image.GetSize() / 8) << count;
     }
+}
+
+// Below the size from which a block of an image is kept for the next, which would be given to it as large as it is.
+constexpr int kFewObjects = 150;
+
+TEST(FrameSize, SaveFiler_SavedOrLoadedBefore_SizeIsKnown)
+{
+    OKTDbPool pool;
+    fillWithPictures(pool, kFewObjects);
+    spareRoom(pool);
+    EXPECT_EQ(spareRoom(pool), 64);
+
+    CByteArray image;
+    IdMap translated;
+    ASSERT_TRUE(pool.saveFiler(image, translated));
+    OKTDbPool again;
+    ASSERT_TRUE(again.loadFiler(image));
+    EXPECT_EQ(spareRoom(again), 64);
+}
+
+// A picture that was exchanged is asked anew, and of objects that came or went all are.
+TEST(FrameSize, SaveFiler_ChangedSinceItsSizeWasKnown_OneBlockOfItsSize)
+{
+    OKTDbPool pool;
+    fillWithPictures(pool, kFewObjects);
+    auto *const picture = new OKTDbPicture;
+    ASSERT_TRUE(pool.appendObject(picture));
+    spareRoom(pool);
+
+    CByteArray data;
+    data.SetSize(30'000);
+    picture->setPictureData(data);
+    EXPECT_EQ(spareRoom(pool), 64);
+    picture->setPictureData(CByteArray());
+    EXPECT_EQ(spareRoom(pool), 64);
+
+    auto *const category = new OKTDbCategory;
+    for (int used = 0; used < 500; ++used)
+        category->appendParameter(OKTDbObjectId::createObjectId(&pool));
+    ASSERT_TRUE(pool.appendObject(category));
+    EXPECT_EQ(spareRoom(pool), 64);
+    ASSERT_TRUE(pool.removeObject(category));
+    EXPECT_EQ(spareRoom(pool), 64);
+    delete category;
+}
+
+// Nothing is known of a pool from an image of which a part was loaded, or that joined other objects.
+TEST(FrameSize, SaveFiler_LoadedInPart_OneBlockOfItsSize)
+{
+    OKTDbPool source;
+    fillWithPictures(source, kFewObjects);
+    CByteArray image;
+    IdMap translated;
+    ASSERT_TRUE(source.saveFiler(image, translated));
+
+    OKTDbPool part;
+    OKTDbPool::ReadFilter filter;
+    filter.append(OKTDbCategory::desc());
+    part.setReadFilter(filter);
+    ASSERT_TRUE(part.loadFiler(image));
+    ASSERT_EQ(part.objectCount(), 8);
+    EXPECT_EQ(spareRoom(part), 64);
+
+    OKTDbPool joined;
+    fillWithPictures(joined, kFewObjects);
+    ASSERT_TRUE(joined.loadFiler(image));
+    ASSERT_EQ(joined.objectCount(), 2 * kFewObjects);
+    EXPECT_EQ(spareRoom(joined), 64);
 }

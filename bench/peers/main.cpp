@@ -65,7 +65,8 @@ public:
     virtual ~Contestant() = default;
     virtual void run() = 0;
 
-    Times perObject(int count) const { return {m_save.median() * 1e9 / count, m_load.median() * 1e9 / count, m_bytes / count}; }
+    double savePerObject(int count) const { return m_save.median() * 1e9 / count; }
+    Times perObject(int count) const { return {savePerObject(count), m_load.median() * 1e9 / count, m_bytes / count}; }
 
 protected:
     Stopwatch m_save;
@@ -76,7 +77,13 @@ protected:
 class Ours : public Contestant
 {
 public:
-    explicit Ours(CByteArray const &image) : m_source(image), m_image(image), m_target(image), m_pool(loaded(image)) {}
+    explicit Ours(CByteArray const &image) : m_pool(loaded(image))
+    {
+        CByteArray const again = imageOf(*m_pool);
+        demand(again.GetSize() == image.GetSize() &&
+                   std::memcmp(again.GetData(), image.GetData(), static_cast<std::size_t>(image.GetSize())) == 0,
+               "saving a pool");
+    }
 
     void run() override
     {
@@ -84,27 +91,34 @@ public:
         IdMap translated;
         bool done = false;
         m_save.time([&] { done = m_pool->saveFiler(image, translated); });
-        demand(done && image.GetSize() == m_source.GetSize() &&
-                   std::memcmp(image.GetData(), m_source.GetData(), static_cast<std::size_t>(image.GetSize())) == 0,
-               "saving a pool");
+        demand(done, "saving a pool");
         auto pool = std::make_unique<OKTDbPool>();
         m_load.time([&] { done = pool->loadFiler(image); });
         demand(done && pool->objectCount() == m_pool->objectCount(), "loading a pool");
         m_bytes = image.GetSize();
-        m_copy.time([&] {
+    }
+
+private:
+    std::unique_ptr<OKTDbPool> m_pool;
+};
+
+/// What nobody can do quicker: our image copied into memory that is in use.
+class Copy : public Contestant
+{
+public:
+    explicit Copy(CByteArray const &image) : m_image(image), m_target(image) { m_bytes = image.GetSize(); }
+
+    void run() override
+    {
+        m_save.time([&] {
             std::memcpy(m_target.GetData(), m_image.GetData(), static_cast<std::size_t>(m_image.GetSize()));
             keep(m_target.GetData());
         });
     }
 
-    double copyPerObject(int count) const { return m_copy.median() * 1e9 / count; }
-
 private:
-    CByteArray const &m_source;
     CByteArray m_image;
     CByteArray m_target;
-    std::unique_ptr<OKTDbPool> m_pool;
-    Stopwatch m_copy;
 };
 
 class Other : public Contestant
@@ -141,24 +155,28 @@ Row measure(int count)
         image = imageOf(pool);
     }
     std::vector<std::unique_ptr<Contestant>> all;
-    auto own = std::make_unique<Ours>(image);
-    Ours const &ours = *own;
-    all.push_back(std::move(own));
+    all.push_back(std::make_unique<Ours>(image));
     {
         std::unique_ptr<OKTDbPool> const pool = loaded(image);
         peers::Objects const mirror = peers::mirrorOf(*pool);
         for (peers::Peer const *const peer : kPeers)
             all.push_back(std::make_unique<Other>(*peer, mirror));
     }
+    Copy copy(image);
+    image.RemoveAll();
     for (int i = 0; i < turnsFor(count); ++i)
+    {
         for (auto const &one : all)
             for (int run = 0; run < runsInTurn(count); ++run)
                 one->run();
+        for (int run = 0; run < runsInTurn(count); ++run)
+            copy.run();
+    }
     Row row;
     row.count = count;
     for (auto const &one : all)
         row.of.push_back(one->perObject(count));
-    row.copy = ours.copyPerObject(count);
+    row.copy = copy.savePerObject(count);
     return row;
 }
 
