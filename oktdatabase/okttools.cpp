@@ -1,5 +1,6 @@
 #include <oktdatabase/okttools.h>
 
+#include <oktdatabase/oktbase64wide.h>
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktruntimeclass.h>
@@ -135,6 +136,10 @@ static_assert(std::endian::native == std::endian::little); // the bytes of a wor
 // Two groups at a time while there are eight bytes to look at.
 char *encodeGroups(unsigned char const *bytes, int groups, char *out)
 {
+    int const wide = encodeGroupsWide(bytes, groups, out);
+    bytes += 3 * static_cast<std::ptrdiff_t>(wide);
+    out += 4 * static_cast<std::ptrdiff_t>(wide);
+    groups -= wide;
     for (; groups > 2; groups -= 2, bytes += 6, out += 8)
     {
         std::uint64_t word;
@@ -160,7 +165,9 @@ std::uint32_t decodedGroup(char const *text)
 // Stores whole groups for as long as there are some, and tells how many. Two at a time for as long as both are.
 int decodeGroups(char const *text, int groups, unsigned char *out)
 {
-    int done = 0;
+    int done = decodeGroupsWide(text, groups, out);
+    text += 4 * static_cast<std::ptrdiff_t>(done);
+    out += 3 * static_cast<std::ptrdiff_t>(done);
     for (; done + 1 < groups; done += 2, text += 8, out += 6)
     {
         std::uint32_t const first = decodedGroup(text);

@@ -673,9 +673,35 @@ TEST(Base64, Decode_NoRoomAtAll_CountAlone)
     EXPECT_EQ(size, 0);
 }
 
+namespace
+{
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+/// Written from the definition of the code and of what is passed over.
+Bytes expectedBytes(std::string const &text)
+{
+    std::string const alphabet = kAlphabet;
+    Bytes expected;
+    std::size_t at = 0;
+    while (at < text.size() && text[at] != '\0')
+    {
+        std::vector<std::size_t> group;
+        for (; at < text.size() && group.size() < 4; ++at)
+            if (text[at] != '\0' && alphabet.find(text[at]) != std::string::npos)
+                group.push_back(alphabet.find(text[at]));
+        std::size_t bits = 0;
+        for (std::size_t const digit : group)
+            bits = bits * 64 + digit;
+        bits <<= 6 * (4 - group.size());
+        for (std::size_t i = 0; i < group.size() * 6 / 8; ++i)
+            expected.push_back(static_cast<unsigned char>(bits >> (16 - 8 * i)));
+    }
+    return expected;
+}
+} // namespace
+
 TEST(Base64, Decode_RandomTexts_AsDefined)
 {
-    std::string const alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::mt19937 random(46);
     for (int round = 0; round < 5000; ++round)
     {
@@ -686,23 +712,37 @@ TEST(Base64, Decode_RandomTexts_AsDefined)
             case 0: text += static_cast<char>(random()); break;
             case 1: text += '='; break;
             case 2: text += '\0'; break;
-            default: text += alphabet[random() % 64];
+            default: text += kAlphabet[random() % 64];
             }
-        Bytes expected;
-        std::size_t at = 0;
-        while (at < text.size() && text[at] != '\0')
-        {
-            std::vector<std::size_t> group;
-            for (; at < text.size() && group.size() < 4; ++at)
-                if (text[at] != '\0' && alphabet.find(text[at]) != std::string::npos)
-                    group.push_back(alphabet.find(text[at]));
-            std::size_t bits = 0;
-            for (std::size_t const digit : group)
-                bits = bits * 64 + digit;
-            bits <<= 6 * (4 - group.size());
-            for (std::size_t i = 0; i < group.size() * 6 / 8; ++i)
-                expected.push_back(static_cast<unsigned char>(bits >> (16 - 8 * i)));
-        }
-        ASSERT_EQ(decoded(text), expected) << ::testing::PrintToString(text);
+        ASSERT_EQ(decoded(text), expectedBytes(text)) << ::testing::PrintToString(text);
     }
+}
+
+// Several groups are taken in one go: each character counts wherever it stands among them.
+TEST(Base64, Decode_AnyByteAnywhereInALongText_AsDefined)
+{
+    std::mt19937 random(7);
+    for (std::size_t place = 0; place < 48; ++place)
+        for (int byte = 0; byte < 256; ++byte)
+        {
+            std::string text(64, '\0');
+            for (char &character : text)
+                character = kAlphabet[random() % 64];
+            text[place] = static_cast<char>(byte);
+            ASSERT_EQ(decoded(text), expectedBytes(text)) << place << ' ' << byte;
+        }
+}
+
+TEST(Base64, Encode_AnyDigitAnywhereInALongText_AsDefined)
+{
+    std::mt19937 random(8);
+    for (std::size_t place = 0; place < 48; ++place)
+        for (std::size_t digit = 0; digit < 64; ++digit)
+        {
+            std::string text(64, '\0');
+            for (char &character : text)
+                character = kAlphabet[random() % 64];
+            text[place] = kAlphabet[digit];
+            ASSERT_EQ(encoded(expectedBytes(text), 3), text) << place << ' ' << digit;
+        }
 }
