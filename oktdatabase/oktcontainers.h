@@ -234,17 +234,11 @@ public:
     /// Inserts the key with that value and gives true; false, and nothing changed, when the key is there.
     bool insert(KA key, VA value)
     {
-        if (m_map.empty() || m_map.rbegin()->first < key)
-        {
-            resetCursor();
-            m_map.emplace_hint(m_map.end(), key, value);
-            return true;
-        }
-        auto const place = m_map.lower_bound(key);
-        if (!(key < place->first))
+        std::size_t const before = m_map.size();
+        m_map.try_emplace(m_map.end(), key, value); // maps are mostly filled in ascending order
+        if (m_map.size() == before)
             return false;
         resetCursor();
-        m_map.emplace_hint(place, key, value);
         return true;
     }
 

@@ -425,19 +425,29 @@ void OKTDbParameter::convertAfterReading()
 namespace
 {
 constexpr auto kBeforeId = beginClass("OKTDbParameter", 2) + beginClass("OKTDbObject", 1) + beginMembers(1);
-constexpr auto kBeforeName = kEndMembers + kEndClass + beginMembers(1);
+constexpr auto kBeforeName = kBeforeId + kAnyId + kEndMembers + kEndClass + beginMembers(1);
+constexpr std::size_t kId = kBeforeId.size(); // where in the stretch that follows
+
 constexpr auto kBeforeKind = beginClass("OKTVariant", 1) + beginMembers(1);
-constexpr auto kBehindValue = kEndMembers + kEndClass;
+constexpr auto kBeforeValue = kAnyLong + kBeforeKind + kAnyLong;
+constexpr std::size_t kType = 0;
+constexpr std::size_t kKind = kAnyLong.size() + kBeforeKind.size();
+
+constexpr auto kBeforeList = kEndMembers + kEndClass + kAnyLong + kAnyId + kAnyId + kAnyLong;
+constexpr std::size_t kListIndex = kEndMembers.size() + kEndClass.size();
+constexpr std::size_t kCategory = kListIndex + kAnyLong.size();
+constexpr std::size_t kOwner = kCategory + kAnyId.size();
+constexpr std::size_t kCount = kOwner + kAnyId.size();
+
 constexpr auto kBeforeDescription = kEndMembers + beginMembers(2);
 constexpr auto kBehindDescription = kEndMembers + kEndClass;
 
 constexpr std::int64_t kLongSize = static_cast<std::int64_t>(longRecord(0).size());
 constexpr std::int64_t kIdSize = static_cast<std::int64_t>(kIdFrame.size());
 // All but the units of the texts, the value behind its kind and the ids in the list.
-constexpr std::int64_t kFixedSize =
-    static_cast<std::int64_t>(kBeforeId.size() + kBeforeName.size() + kBeforeKind.size() + kBehindValue.size() +
-                              kBeforeDescription.size() + kBehindDescription.size()) +
-    3 * OKTFrameWriter::kTextHead + 4 * kLongSize + 3 * kIdSize;
+constexpr std::int64_t kFixedSize = static_cast<std::int64_t>(kBeforeName.size() + kBeforeValue.size() + kBeforeList.size() +
+                                                              kBeforeDescription.size() + kBehindDescription.size()) +
+                                    3 * OKTFrameWriter::kTextHead;
 
 std::int64_t storedSize(tagVARIANT const &value)
 {
@@ -486,13 +496,12 @@ bool OKTDbParameter::writeWhole(OKTFiler &filer) const
                          kFixedSize + valueSize + 2 * static_cast<std::int64_t>(units) + kIdSize * m_tabIdsParams.getSize());
     if (!frame)
         return false;
-    frame.put(kBeforeId);
-    frame.putId(objectId());
-    frame.put(kBeforeName);
+    BYTE *place = frame.put(kBeforeName);
+    frame.setId(place + kId, objectId());
     frame.putText(name);
-    frame.putLong(m_nParamType);
-    frame.put(kBeforeKind);
-    frame.putLong(value.vt);
+    place = frame.put(kBeforeValue);
+    frame.setLong(place + kType, m_nParamType);
+    frame.setLong(place + kKind, value.vt);
     switch (value.vt)
     {
     case VT_I2: frame.putShort(static_cast<std::uint16_t>(value.iVal)); break;
@@ -501,11 +510,11 @@ bool OKTDbParameter::writeWhole(OKTFiler &filer) const
     case VT_R4: frame.putDouble(static_cast<double>(value.fltVal)); break;
     default: frame.putDouble(value.dblVal); break;
     }
-    frame.put(kBehindValue);
-    frame.putLong(m_nListIndex);
-    frame.putId(m_idCategory);
-    frame.putId(m_idOwner);
-    frame.putLong(m_tabIdsParams.getSize());
+    place = frame.put(kBeforeList);
+    frame.setLong(place + kListIndex, m_nListIndex);
+    frame.setId(place + kCategory, m_idCategory);
+    frame.setId(place + kOwner, m_idOwner);
+    frame.setLong(place + kCount, m_tabIdsParams.getSize());
     for (OKTDbObjectId const &id : m_tabIdsParams)
         frame.putId(id);
     frame.putText(expression);
@@ -522,20 +531,17 @@ try
     if (ownsMemory(m_varValue.vt))
         return false;
     OKTFrameReader frame(filer);
-    OKTStoredId id;
-    OKTStoredId category;
-    OKTStoredId owner;
     OKTStoredText name;
     OKTStoredText expression;
     OKTStoredText description;
-    std::int32_t type;
-    std::int32_t kind;
-    std::int32_t listIndex;
-    std::int32_t count;
-    tagVARIANT value = m_varValue; // a stored number sets some of its bytes
-    if (!frame.take(kBeforeId) || !frame.takeId(id) || !frame.take(kBeforeName) || !frame.takeText(name) ||
-        !frame.takeLong(type) || !frame.take(kBeforeKind) || !frame.takeLong(kind))
+    BYTE const *const beforeName = frame.take(kBeforeName);
+    if (beforeName == nullptr || !frame.takeText(name))
         return false;
+    BYTE const *const beforeValue = frame.take(kBeforeValue);
+    if (beforeValue == nullptr)
+        return false;
+    std::int32_t const kind = longIn(beforeValue + kKind);
+    tagVARIANT value = m_varValue; // a stored number sets some of its bytes
     bool hasValue = false;
     switch (kind)
     {
@@ -552,16 +558,17 @@ try
     case VT_R8: hasValue = frame.takeDouble(value.dblVal); break;
     default: break;
     }
-    if (!hasValue || !frame.take(kBehindValue) || !frame.takeLong(listIndex) || !frame.takeId(category) ||
-        !frame.takeId(owner) || !frame.takeLong(count) || count > frame.left() / kIdSize)
+    BYTE const *const beforeList = hasValue ? frame.take(kBeforeList) : nullptr;
+    std::int32_t const count = beforeList == nullptr ? 0 : longIn(beforeList + kCount);
+    if (beforeList == nullptr || count > frame.left() / kIdSize)
         return false;
     IdArray ids;
-    for (; count > 0; --count)
+    for (int i = 0; i < count; ++i)
     {
-        OKTStoredId used;
-        if (!frame.takeId(used))
+        BYTE const *const used = frame.take(kAnyId);
+        if (used == nullptr)
             return false;
-        ids.append(idForList(frame.makeId(used)));
+        ids.append(frame.makeId(used));
     }
     if (!frame.takeText(expression) || !frame.take(kBeforeDescription) || !frame.takeText(description) ||
         !frame.take(kBehindDescription))
@@ -574,14 +581,14 @@ try
         !frame.makeText(description, descriptionText))
         return false;
     frame.finish();
-    setObjectId(frame.makeId(id));
+    setObjectId(frame.makeId(beforeName + kId));
     m_strUserName = std::move(nameText);
-    m_nParamType = type;
+    m_nParamType = longIn(beforeValue + kType);
     m_varValue = value;
     m_varValue.vt = static_cast<VARTYPE>(kind);
-    m_nListIndex = listIndex;
-    m_idCategory = frame.makeId(category);
-    m_idOwner = frame.makeId(owner);
+    m_nListIndex = longIn(beforeList + kListIndex);
+    m_idCategory = frame.makeId(beforeList + kCategory);
+    m_idOwner = frame.makeId(beforeList + kOwner);
     m_tabIdsParams = std::move(ids);
     m_strExpression = std::move(expressionText);
     m_strDescription = std::move(descriptionText);

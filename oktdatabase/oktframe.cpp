@@ -95,9 +95,13 @@ void readIds(OKTFiler &filer, IdArray &ids, int count)
     OKTFrameReader frames(filer);
     ids.reserve(
         static_cast<int>(std::min<std::ptrdiff_t>(count, frames.left() / static_cast<std::ptrdiff_t>(kIdFrame.size()))));
-    OKTStoredId id;
-    while (ids.getSize() < count && frames.takeId(id))
-        ids.append(idForList(frames.makeId(id)));
+    while (ids.getSize() < count)
+    {
+        BYTE const *const id = frames.take(kAnyId);
+        if (id == nullptr)
+            break;
+        ids.append(frames.makeId(id));
+    }
     if (ids.getSize() > 0)
         frames.finish();
 }

@@ -64,7 +64,8 @@ private:
 /// through the list.
 OKTDbObjectId idForList(OKTDbObjectId id);
 
-/// A list of ids as members of a section: the length, under the list's name with ".Length" behind it, then each id, ending early once a member of the frame has failed. Reading
-/// empties the list first and appends an id also where its read failed, which then ends the list.
+/// A list of ids as members of a section: the length, under the list's name with ".Length" behind it, then each id, ending early
+/// once a member of the frame has failed. Reading empties the list first and appends an id also where its read failed, which then
+/// ends the list.
 void writeIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray const &ids, OKTFrame &frame);
 void readIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray &ids, OKTFrame &frame);

@@ -1,9 +1,9 @@
 #include <oktdatabase/okttools.h>
 
-#include <oktdatabase/oktbase64wide.h>
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktruntimeclass.h>
+#include <oktplatform/oktwidegroups.h>
 
 #include <algorithm>
 #include <array>

@@ -60,13 +60,40 @@ inline constexpr int kIdWords = 26; // where the first of the four stands
 inline constexpr int kIdWordStep = 5;
 static_assert(kIdFrame.size() == 48 && std::endian::native == std::endian::little);
 
-/// The bits that are the same in the frames of all ids.
-inline constexpr auto kIdMask = [] {
-    OKTBytes<kIdFrame.size()> mask = idFrame(~0u);
-    for (std::size_t i = 0; i < mask.size(); ++i)
-        mask[i] = static_cast<BYTE>(~(mask[i] ^ kIdFrame[i]));
-    return mask;
-}();
+/// A stretch of a frame with values in it: its bytes while all values are 0, and the bits that no value changes.
+template <std::size_t N> struct OKTStretch
+{
+    OKTBytes<N> bytes = {};
+    OKTBytes<N> fixed = {};
+
+    constexpr OKTStretch(OKTBytes<N> const &piece) : OKTStretch(piece, piece) {} // NOLINT: a piece without values
+    /// `zeros` and `ones` are the stretch while all values are 0 and while all their bits are set.
+    constexpr OKTStretch(OKTBytes<N> const &zeros, OKTBytes<N> const &ones) : bytes(zeros)
+    {
+        for (std::size_t i = 0; i < N; ++i)
+            fixed[i] = static_cast<BYTE>(~(zeros[i] ^ ones[i]));
+    }
+    static constexpr std::size_t size() { return N; }
+};
+
+template <std::size_t A, std::size_t B>
+constexpr OKTStretch<A + B> operator+(OKTStretch<A> const &first, OKTStretch<B> const &second)
+{
+    OKTStretch<A + B> both(first.bytes + second.bytes);
+    both.fixed = first.fixed + second.fixed;
+    return both;
+}
+template <std::size_t A, std::size_t B> constexpr auto operator+(OKTStretch<A> const &first, OKTBytes<B> const &second)
+{
+    return first + OKTStretch<B>(second);
+}
+template <std::size_t A, std::size_t B> constexpr auto operator+(OKTBytes<A> const &first, OKTStretch<B> const &second)
+{
+    return OKTStretch<A>(first) + second;
+}
+
+inline constexpr OKTStretch kAnyLong(longRecord(0), longRecord(~0u));
+inline constexpr OKTStretch kAnyId(kIdFrame, idFrame(~0u));
 
 inline std::uint64_t eightBytes(BYTE const *bytes)
 {
@@ -89,21 +116,34 @@ template <std::size_t N> bool isPiece(BYTE const *place, OKTBytes<N> const &piec
     }
 }
 
+/// Sets the GUID in the frame of an id.
+inline void setGuid(BYTE *frame, unsigned char const *guid)
+{
+    for (int i = 0; i < 4; ++i)
+        std::memcpy(frame + kIdWords + 1 + i * kIdWordStep, guid + 4 * i, 4);
+}
+
 inline void storeIdFrame(BYTE *place, unsigned char const *guid)
 {
     std::memcpy(place, kIdFrame.data(), kIdFrame.size());
-    for (int i = 0; i < 4; ++i)
-        std::memcpy(place + kIdWords + 1 + i * kIdWordStep, guid + 4 * i, 4);
+    setGuid(place, guid);
+}
+
+/// The stretch stands at that place, with whatever values.
+template <std::size_t N> bool isStretch(BYTE const *place, OKTStretch<N> const &stretch)
+{
+    static_assert(N >= 8);
+    auto const differenceAt = [&](std::size_t at) {
+        return (eightBytes(place + at) ^ eightBytes(stretch.bytes.data() + at)) & eightBytes(stretch.fixed.data() + at);
+    };
+    std::uint64_t difference = differenceAt(N - 8);
+    for (std::size_t at = 0; at + 8 < N; at += 8)
+        difference |= differenceAt(at);
+    return difference == 0;
 }
 
 /// Exactly the frame of an id stands there, in 48 bytes.
-inline bool isIdFrame(BYTE const *place)
-{
-    std::uint64_t difference = 0;
-    for (std::size_t at = 0; at < kIdFrame.size(); at += 8)
-        difference |= (eightBytes(place + at) ^ eightBytes(kIdFrame.data() + at)) & eightBytes(kIdMask.data() + at);
-    return difference == 0;
-}
+inline bool isIdFrame(BYTE const *place) { return isStretch(place, kAnyId); }
 
 /// The GUID in the frame of an id.
 inline void fetchGuid(BYTE const *place, unsigned char *guid)
@@ -136,6 +176,18 @@ public:
         std::memcpy(m_place, piece.data(), N);
         m_place += N;
     }
+    /// Puts the stretch and gives its place, where the values are set next.
+    template <std::size_t N> BYTE *put(OKTStretch<N> const &stretch)
+    {
+        BYTE *const place = m_place;
+        put(stretch.bytes);
+        return place;
+    }
+    static void setLong(BYTE *record, std::int32_t value) { std::memcpy(record + 1, &value, sizeof value); }
+    void setId(BYTE *frame, OKTDbObjectId const &id) const
+    {
+        setGuid(frame, reinterpret_cast<unsigned char const *>(&m_filer->idToWrite(id).m_Guid));
+    }
     void putShort(std::uint16_t value) { putRecord(VarShort, value); }
     void putLong(std::int32_t value) { putRecord(VarLong, value); }
     void putDouble(double value) { putRecord(VarDouble, value); }
@@ -144,12 +196,7 @@ public:
         putRecord(VarWideString, static_cast<std::uint16_t>(text.size()));
         m_place = std::copy_n(reinterpret_cast<BYTE const *>(text.data()), 2 * text.size(), m_place);
     }
-    void putId(OKTDbObjectId const &id)
-    {
-        OKTDbObjectId const &written = m_filer->idToWrite(id);
-        storeIdFrame(m_place, reinterpret_cast<unsigned char const *>(&written.m_Guid));
-        m_place += kIdFrame.size();
-    }
+    void putId(OKTDbObjectId const &id) { setId(put(kAnyId), id); }
 
 private:
     template <typename T> void putRecord(_VariableType type, T value)
@@ -164,11 +211,12 @@ private:
     BYTE *m_end = nullptr;
 };
 
-/// The frame of an id in a stream.
-struct OKTStoredId
+inline std::int32_t longIn(BYTE const *record)
 {
-    BYTE const *frame = nullptr;
-};
+    std::int32_t value;
+    std::memcpy(&value, record + 1, sizeof value);
+    return value;
+}
 
 /// The units of a text in a stream.
 struct OKTStoredText
@@ -191,6 +239,14 @@ public:
         m_place += N;
         return true;
     }
+    /// The place of the stretch, or null.
+    template <std::size_t N> BYTE const *take(OKTStretch<N> const &stretch)
+    {
+        if (left() < static_cast<std::ptrdiff_t>(N) || !isStretch(m_place, stretch))
+            return nullptr;
+        m_place += N;
+        return m_place - N;
+    }
     bool takeShort(std::int16_t &value) { return takeRecord(VarShort, value); }
     bool takeLong(std::int32_t &value) { return takeRecord(VarLong, value); }
     bool takeDouble(double &value) { return takeRecord(VarDouble, value); }
@@ -203,22 +259,14 @@ public:
         m_place += 2 * count;
         return true;
     }
-    bool takeId(OKTStoredId &id)
-    {
-        if (left() < static_cast<std::ptrdiff_t>(kIdFrame.size()) || !isIdFrame(m_place))
-            return false;
-        id.frame = m_place;
-        m_place += kIdFrame.size();
-        return true;
-    }
     /// The bytes that are left.
     std::ptrdiff_t left() const { return m_end - m_place; }
 
-    /// The id, in the pool of the filer.
-    OKTDbObjectId makeId(OKTStoredId const &stored) const
+    /// The id in such a frame, in the pool of the filer.
+    OKTDbObjectId makeId(BYTE const *frame) const
     {
         OKTDbObjectId id;
-        fetchGuid(stored.frame, reinterpret_cast<unsigned char *>(&id.m_Guid));
+        fetchGuid(frame, reinterpret_cast<unsigned char *>(&id.m_Guid));
         id.m_pool = m_filer->m_pool;
         return id;
     }

@@ -1,4 +1,4 @@
-#include <oktdatabase/oktbase64wide.h>
+#include <oktplatform/oktwidegroups.h>
 
 #if defined(__x86_64__)
 
