@@ -132,10 +132,9 @@ private:
     public:
         void *take()
         {
-            if (m_free == nullptr)
-                addBlock();
+            void *const place = m_free != nullptr ? std::exchange(m_free, m_free->next) : takeNew();
             ++m_used;
-            return std::exchange(m_free, m_free->next);
+            return place;
         }
         void giveBack(void *entry) noexcept
         {
@@ -143,6 +142,7 @@ private:
             if (--m_used > 0)
                 return;
             m_free = nullptr;
+            m_next = m_end = nullptr;
             m_blocks.clear();
         }
 
@@ -157,17 +157,23 @@ private:
             alignas(T) unsigned char bytes[sizeof(T)];
         };
 
-        void addBlock()
+        void *takeNew()
         {
-            std::size_t const size = std::size_t{8} << std::min<std::size_t>(m_blocks.size(), 6);
-            m_blocks.reserve(m_blocks.size() + 1);
-            m_blocks.emplace_back(new Entry[size]);
-            for (std::size_t i = size; i > 0; --i)
-                m_free = new (&m_blocks.back()[i - 1]) Place{m_free};
+            if (m_next == m_end)
+            {
+                std::size_t const size = std::size_t{8} << std::min<std::size_t>(m_blocks.size(), 6);
+                m_blocks.reserve(m_blocks.size() + 1);
+                m_blocks.emplace_back(new Entry[size]);
+                m_next = m_blocks.back().get();
+                m_end = m_next + size;
+            }
+            return m_next++;
         }
 
         std::vector<std::unique_ptr<Entry[]>> m_blocks;
-        Place *m_free = nullptr;
+        Entry *m_next = nullptr; // of the last block, what was never used
+        Entry *m_end = nullptr;
+        Place *m_free = nullptr; // what was given back
         std::size_t m_used = 0;
     };
 

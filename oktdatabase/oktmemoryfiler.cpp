@@ -63,10 +63,7 @@ BYTE const *OKTMemoryFiler::unreadBytes(BYTE const *&end) const { return m_bytes
 
 void OKTMemoryFiler::moveBehindFrame(int size) { m_bytes.setPosition(m_bytes.getPosition() + size); }
 
-OKTDbObjectId const &OKTMemoryFiler::replaced(OKTDbObjectId const &id) const
-{
-    return m_replacements->forWriting(id);
-}
+OKTDbObjectId const &OKTMemoryFiler::replaced(OKTDbObjectId const &id) const { return m_replacements->forWriting(id); }
 
 // --- Writing ---
 
