@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <typeinfo>
@@ -134,6 +135,7 @@ void OKTDbPool::PictureList::assign(IdArray const &ids)
 void OKTDbPool::setPicturesIds(IdArray const &ids)
 try
 {
+    forgetSize();
     m_tabPictures.assign(ids);
 }
 OKT_ANSWER_NOTHING
@@ -231,6 +233,7 @@ try
         return false;
     OKTDbObjectId id = OKTDbObjectId::createObjectId(this);
     id.setObject(object);
+    forgetSize();
     m_mapObjects[id] = object;
     return adoptObject(object, id);
 }
@@ -244,6 +247,7 @@ try
         return false;
     OKTDbObjectId id = object->objectId();
     id.setObject(object);
+    forgetSize();
     return m_mapObjects.insert(id, object) && adoptObject(object, id);
 }
 OKT_ANSWER_ZERO
@@ -256,6 +260,7 @@ try
         return false;
     OKTDbObject *const object = *entry;
     OKTDbObjectId const key = id; // the argument may be the object's own id
+    forgetSize();
     forgetSpecialObject(object, key);
     object->setObjectId(OKTDbObjectId::kNull);
     m_mapObjects.erase(key);
@@ -271,6 +276,7 @@ try
     OKTDbObjectId const id = object->objectId();
     if (!m_mapObjects.contains(id))
         return false;
+    forgetSize();
     m_mapObjects.erase(id);
     forgetSpecialObject(object, id);
     object->setObjectId(OKTDbObjectId::kNull);
@@ -281,6 +287,7 @@ OKT_ANSWER_ZERO
 bool OKTDbPool::removeAllObjects()
 try
 {
+    forgetSize();
     while (!m_mapObjects.isEmpty())
     {
         auto const &[id, object] = *m_mapObjects.begin();
@@ -301,6 +308,7 @@ try
 {
     if (m_mapObjects.isEmpty())
         return true;
+    forgetSize();
     // The map is emptied first, so that no destructor finds objects in it that are gone.
     ObjectMap const objects = std::move(m_mapObjects);
     m_mapObjects.removeAll();
@@ -321,6 +329,7 @@ try
     OKTDbObject **const entry = m_mapObjects.find(id);
     if (entry == nullptr)
         return false;
+    forgetSize();
     *entry = object;
     return true;
 }
@@ -404,8 +413,14 @@ try
 }
 OKT_ANSWER_ZERO
 
+namespace
+{
+constexpr int kAsked = 4096; // objects at most, when the size of a pool is estimated
+constexpr int kLarge = 1024; // objects of a pool that remembers its size
+constexpr int kSample = 64;  // objects that tell whether a pool or a file is as expected
+
 // 0: a class that does not tell.
-static std::int64_t frameSizeOf(OKTDbObject const &object)
+std::int64_t frameSizeOf(OKTDbObject const &object)
 {
     std::type_info const &type = typeid(object);
     if (type == typeid(OKTDbParameter) || type == typeid(OKTDbGroupParameter))
@@ -414,6 +429,29 @@ static std::int64_t frameSizeOf(OKTDbObject const &object)
         return static_cast<OKTDbCategory const &>(object).frameSize();
     return type == typeid(OKTDbPicture) ? static_cast<OKTDbPicture const &>(object).frameSize() : 0;
 }
+
+// The frames that a load reads.
+class FrameSizes
+{
+public:
+    void add(OKTDbObject const &object, std::int64_t size)
+    {
+        m_sum += size;
+        if (m_sampled == kSample)
+            return;
+        ++m_sampled;
+        m_isAsWritten = m_isAsWritten && frameSizeOf(object) == size;
+    }
+    std::int64_t sum() const { return m_sum; }
+    /// Objects of a sample take as much when they are written. Files of other versions hold less or more.
+    bool isAsWritten() const { return m_isAsWritten; }
+
+private:
+    std::int64_t m_sum = 0;
+    int m_sampled = 0;
+    bool m_isAsWritten = true;
+};
+} // namespace
 
 // Pictures are few and large: each is asked.
 std::int64_t OKTDbPool::picturesSize() const
@@ -425,15 +463,26 @@ std::int64_t OKTDbPool::picturesSize() const
     return size;
 }
 
-// About how many bytes the frames of all objects take, so that an image grows in one block. A pool that holds as many objects as
-// when its size was last known has changed little; of any other a part is asked, spread over the pool.
+// Of some objects: the first, whose ids are as random as all.
+std::int64_t OKTDbPool::sampleSize() const
+{
+    std::int64_t size = 0;
+    int left = kSample;
+    for (auto entry = m_mapObjects.begin(); entry != m_mapObjects.end() && left > 0; ++entry, --left)
+        if (entry->second != nullptr && typeid(*entry->second) != typeid(OKTDbPicture))
+            size += frameSizeOf(*entry->second);
+    return size;
+}
+
+// About how many bytes the frames of all objects take, so that an image grows in one block. Of a large pool a part is asked,
+// spread over the pool, unless its size is known from the last image and a sample says that it has not changed much.
 std::int64_t OKTDbPool::expectedSize() const
 {
-    constexpr int kAsked = 1024;
     constexpr std::int64_t kUnknown = 512; // an object of another class
-    constexpr int kRoom = 64;              // for a text that has grown a little
-    if (m_knownObjects == m_mapObjects.getSize())
-        return m_knownSize + picturesSize() + kRoom;
+    constexpr int kRoom = 64;
+    constexpr double kSurplus = 1.05;
+    if (m_knownSize >= 0 && std::abs(sampleSize() - m_knownSample) <= m_knownSample / 32)
+        return static_cast<std::int64_t>(kSurplus * static_cast<double>(m_knownSize)) + picturesSize() + kRoom;
     int const step = m_mapObjects.getSize() / kAsked + 1;
     int asked = 0;
     std::int64_t others = 0;
@@ -448,14 +497,16 @@ std::int64_t OKTDbPool::expectedSize() const
         if (typeid(*object) != typeid(OKTDbPicture))
             others += size == 0 ? kUnknown : size;
     }
-    double const share = step == 1 ? 1.0 : 1.05 * m_mapObjects.getSize() / std::max(asked, 1);
+    double const share = step == 1 ? 1.0 : kSurplus * m_mapObjects.getSize() / std::max(asked, 1);
     return static_cast<std::int64_t>(static_cast<double>(others) * share) + picturesSize() + kRoom;
 }
 
+// A small pool is asked as a whole each time.
 void OKTDbPool::noteSize(std::int64_t framesSize) const
 {
-    m_knownObjects = m_mapObjects.getSize();
-    m_knownSize = std::max<std::int64_t>(framesSize - picturesSize(), 0);
+    bool const isLarge = m_mapObjects.getSize() >= kLarge;
+    m_knownSize = isLarge ? std::max<std::int64_t>(framesSize - picturesSize(), 0) : -1;
+    m_knownSample = isLarge ? sampleSize() : 0;
 }
 
 // The objects of a pool that was loaded lie one behind the other, in the order in which they are written: one that is a few
@@ -541,7 +592,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
     constexpr int kWaste = 8; // a part that is not worth giving back: the next save takes the block again, as large as it is
     if (bytes.GetCapacity() - bytes.GetSize() > bytes.GetSize() / kWaste)
         bytes.FreeExtra();
-    noteSize(bytes.GetSize() - objectsStart);
+    noteSize(start - objectsStart);
     image = std::move(bytes);
     return true;
 }
@@ -565,8 +616,8 @@ bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
         return false;
     bool const isFiltering = m_readFilter.getSize() > 0;
     bool const isAll = m_mapObjects.isEmpty() && !isFiltering;
-    long const objectsStart = filer.GetFilerPosition();
     KnownClasses classes;
+    FrameSizes sizes;
     for (int place; filer.moveToNextObject(place);)
     {
         OKTRuntimeClass *descriptor;
@@ -579,9 +630,11 @@ bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
             delete object;
         else if (!appendReadObject(object))
             return false; // and the object is lost (quirk 18)
+        else
+            sizes.add(*object, filer.GetFilerPosition() - place);
     }
-    if (isAll)
-        noteSize(image.GetSize() - objectsStart);
+    if (isAll && sizes.isAsWritten())
+        noteSize(sizes.sum());
     return true;
 }
 

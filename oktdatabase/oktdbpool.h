@@ -174,7 +174,9 @@ private:
     bool appendReadObject(OKTDbObject *object);
     std::int64_t picturesSize() const;
     std::int64_t expectedSize() const;
+    std::int64_t sampleSize() const;
     void noteSize(std::int64_t framesSize) const;
+    void forgetSize() const { m_knownSize = -1; }
     bool makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const;
     bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, bool &isRefused) const;
     bool loadThrough(OKTMemoryFiler &filer, CByteArray const &image);
@@ -199,9 +201,10 @@ private:
     IdMap m_mapTranslatedIds;
     bool m_bTranslatedIds = false;
     ReadFilter m_readFilter;
-    // What so many objects, the pictures left out, took in the last image of this pool: a guess at the next.
-    mutable int m_knownObjects = -1;
-    mutable std::int64_t m_knownSize = 0;
+    // What the objects but the pictures took in the last image of this pool, below 0 when that says nothing of the next; and what
+    // some of them would have taken then, which tells whether they have changed.
+    mutable std::int64_t m_knownSize = -1;
+    mutable std::int64_t m_knownSample = 0;
 };
 
 using InfoMap = OKTDbPool::InfoMap;

@@ -133,7 +133,7 @@ constexpr auto kPlacedDigits = [] {
 }();
 static_assert(std::endian::native == std::endian::little); // the bytes of a word are those of a text in their order
 
-// Two groups at a time while there are eight bytes to look at.
+// As many as go in wide registers, then two at a time while there are eight bytes to look at.
 char *encodeGroups(unsigned char const *bytes, int groups, char *out)
 {
     int const wide = encodeGroupsWide(bytes, groups, out);
@@ -162,7 +162,8 @@ std::uint32_t decodedGroup(char const *text)
     return digit(0) | digit(1) | digit(2) | digit(3);
 }
 
-// Stores whole groups for as long as there are some, and tells how many. Two at a time for as long as both are.
+// Stores whole groups for as long as there are some, and tells how many: those that go in wide registers, then two at a time for
+// as long as both are.
 int decodeGroups(char const *text, int groups, unsigned char *out)
 {
     int done = decodeGroupsWide(text, groups, out);

@@ -4,6 +4,8 @@
 
 #include <tmmintrin.h>
 
+#include <cstring>
+
 // After Muła and Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions", ACM Transactions on the Web 12 (2018),
 // in registers of 16 bytes.
 
@@ -11,8 +13,8 @@
 
 namespace
 {
-constexpr int kGroups = 4; // in a register of characters
-constexpr int kLeast = 6;  // groups that must be left, since a register of bytes is loaded and stored whole
+constexpr int kGroups = 4;       // in a register of characters
+constexpr int kGroupsToLoad = 6; // that must be left, since a register of bytes is loaded whole
 
 bool canGoWide()
 {
@@ -24,7 +26,7 @@ bool const s_isWide = canGoWide();
 
 OKT_WIDE __m128i encoded(__m128i bytes)
 {
-    // Each group of three bytes b a c as the four b a c b, so that each digit lies within 16 bits.
+    // Each group of three bytes a b c as the four b a c b, so that each digit lies within 16 bits.
     __m128i const spread = _mm_shuffle_epi8(bytes, _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
     __m128i const even = _mm_mulhi_epu16(_mm_and_si128(spread, _mm_set1_epi32(0x0FC0FC00)), _mm_set1_epi32(0x04000040));
     __m128i const odd = _mm_mullo_epi16(_mm_and_si128(spread, _mm_set1_epi32(0x003F03F0)), _mm_set1_epi32(0x01000010));
@@ -65,7 +67,7 @@ OKT_WIDE bool decode(__m128i characters, __m128i &bytes)
 OKT_WIDE int encodeAll(unsigned char const *bytes, int groups, char *out)
 {
     int done = 0;
-    for (; groups - done >= kLeast; done += kGroups)
+    for (; groups - done >= kGroupsToLoad; done += kGroups)
     {
         __m128i const piece = _mm_loadu_si128(reinterpret_cast<__m128i const *>(bytes + 3 * done));
         _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 4 * done), encoded(piece));
@@ -76,12 +78,15 @@ OKT_WIDE int encodeAll(unsigned char const *bytes, int groups, char *out)
 OKT_WIDE int decodeAll(char const *text, int groups, unsigned char *out)
 {
     int done = 0;
-    for (; groups - done >= kLeast; done += kGroups)
+    for (; groups - done >= kGroups; done += kGroups)
     {
         __m128i bytes;
         if (!decode(_mm_loadu_si128(reinterpret_cast<__m128i const *>(text + 4 * done)), bytes))
             break;
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 3 * done), bytes);
+        // Twelve bytes and no more: nothing behind those decoded is touched.
+        int const last = _mm_cvtsi128_si32(_mm_srli_si128(bytes, 8));
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 3 * done), bytes);
+        std::memcpy(out + 3 * done + 8, &last, sizeof last);
     }
     return done;
 }

@@ -48,6 +48,16 @@ template <typename F> Held heldBy(F call)
     return {left, most - left};
 }
 
+/// The library keeps the block of the last image for the next; an array of another size makes it give that up, and one that has
+/// shrunk is not kept. So a save counts what the first one takes.
+void giveUpSpareBlock()
+{
+    CByteArray other;
+    other.Reserve(200'000);
+    other.SetSize(1);
+    other.FreeExtra();
+}
+
 /// Bytes in use by the allocator's own books, its heads and roundings included.
 double bytesInUse()
 {
@@ -96,12 +106,14 @@ Figures measure(int count)
     Held const read = heldBy([&] { demand(pool.readFile(file.path()), "reading a pool file"); });
     figures.readFile = read.beside / size;
     figures.pool = read.left / count;
+    giveUpSpareBlock();
     Held const saved = heldBy([&] {
         IdMap translated;
         demand(pool.saveFiler(image, translated), "saving a pool");
     });
     figures.save = (saved.left + saved.beside) / size;
     image = CByteArray();
+    giveUpSpareBlock();
     Held const written = heldBy([&] { demand(pool.writeFile(file.path()), "writing a pool file"); });
     figures.writeFile = (written.left + written.beside) / size;
     figures.parameter = bytesOfBareParameter(count);

@@ -86,7 +86,10 @@ void *operator new(std::size_t size) { return allocate(size); }
 
 void *operator new[](std::size_t size) { return allocate(size); }
 
-void *operator new(std::size_t size, std::nothrow_t const &) noexcept { return passes() ? std::malloc(size == 0 ? 1 : size) : nullptr; }
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept
+{
+    return passes() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+}
 
 void operator delete(void *memory) noexcept { std::free(memory); }
 
@@ -242,5 +245,14 @@ AllocationFault::AllocationFault(std::size_t passed)
 }
 
 AllocationFault::~AllocationFault() { s_left = kNever; }
+
+bool AllocationFault::reachesCAllocator()
+{
+#if defined(OKT_TEST_SANITIZED)
+    return false;
+#else
+    return true;
+#endif
+}
 
 bool AllocationFault::struck() const { return s_struck; }

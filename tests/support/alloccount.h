@@ -36,4 +36,6 @@ public:
 
     /// True once the allocation has failed.
     bool struck() const;
+    /// The C allocator can fail too.
+    static bool reachesCAllocator();
 };
