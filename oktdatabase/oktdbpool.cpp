@@ -415,9 +415,9 @@ OKT_ANSWER_ZERO
 
 namespace
 {
-constexpr int kAsked = 4096; // objects at most, when the size of a pool is estimated
-constexpr int kLarge = 1024; // objects of a pool that remembers its size
-constexpr int kSample = 64;  // objects that tell whether a pool or a file is as expected
+constexpr int kAsked = 16384; // objects at most, when the size of a pool is estimated
+constexpr int kLarge = 1024;  // objects of a pool that remembers its size
+constexpr int kSample = 64;   // objects that tell whether a pool or a file is as expected
 
 // 0: a class that does not tell.
 std::int64_t frameSizeOf(OKTDbObject const &object)
@@ -468,9 +468,13 @@ std::int64_t OKTDbPool::sampleSize() const
 {
     std::int64_t size = 0;
     int left = kSample;
-    for (auto entry = m_mapObjects.begin(); entry != m_mapObjects.end() && left > 0; ++entry, --left)
-        if (entry->second != nullptr && typeid(*entry->second) != typeid(OKTDbPicture))
-            size += frameSizeOf(*entry->second);
+    for (auto const &[id, object] : m_mapObjects)
+    {
+        if (left-- == 0)
+            break;
+        if (object != nullptr && typeid(*object) != typeid(OKTDbPicture))
+            size += frameSizeOf(*object);
+    }
     return size;
 }
 
