@@ -453,7 +453,7 @@ private:
 };
 } // namespace
 
-// Pictures are few and large: each is asked.
+// Pictures are few and large: each that the pool lists is asked.
 std::int64_t OKTDbPool::picturesSize() const
 {
     std::int64_t size = 0;
@@ -489,7 +489,7 @@ std::int64_t OKTDbPool::expectedSize() const
         return static_cast<std::int64_t>(kSurplus * static_cast<double>(m_knownSize)) + picturesSize() + kRoom;
     int const step = m_mapObjects.getSize() / kAsked + 1;
     int asked = 0;
-    std::int64_t others = 0;
+    std::int64_t sizes = 0;
     int skipped = 0;
     for (auto const &[id, object] : m_mapObjects)
     {
@@ -498,11 +498,13 @@ std::int64_t OKTDbPool::expectedSize() const
         skipped = 0;
         ++asked;
         std::int64_t const size = frameSizeOf(*object);
-        if (typeid(*object) != typeid(OKTDbPicture))
-            others += size == 0 ? kUnknown : size;
+        if (step == 1 || typeid(*object) != typeid(OKTDbPicture))
+            sizes += size == 0 ? kUnknown : size;
     }
-    double const share = step == 1 ? 1.0 : kSurplus * m_mapObjects.getSize() / std::max(asked, 1);
-    return static_cast<std::int64_t>(static_cast<double>(others) * share) + picturesSize() + kRoom;
+    if (step == 1)
+        return sizes + kRoom;
+    double const share = kSurplus * m_mapObjects.getSize() / std::max(asked, 1);
+    return static_cast<std::int64_t>(static_cast<double>(sizes) * share) + picturesSize() + kRoom;
 }
 
 // A small pool is asked as a whole each time.
