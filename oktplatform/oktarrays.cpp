@@ -32,7 +32,7 @@ public:
     ~SpareBlock()
     {
         m_isEnded.store(true);
-        drop();
+        std::free(m_block.exchange(nullptr));
     }
 
     /// A block of `size` bytes or an eighth more, with anything in it, or null. `size` becomes what it has.
@@ -61,10 +61,10 @@ public:
         else
             std::free(m_block.exchange(new (memory) Block{size}));
     }
-    /// Frees it. False: there was none.
-    bool drop()
+    /// Frees it where there is no memory for that many bytes. False: there was none, or so few are not what is lacking.
+    bool giveUpFor(int size)
     {
-        Block *const block = m_block.exchange(nullptr);
+        Block *const block = size < kLeast ? nullptr : m_block.exchange(nullptr);
         std::free(block);
         return block != nullptr;
     }
@@ -96,11 +96,11 @@ BYTE *withPages(void *memory, int size)
     return static_cast<BYTE *>(memory);
 }
 
-/// Memory of that size by `make`, or null. No spare is kept where memory is short.
+/// Memory of that size by `make`, or null. No spare is kept where a large array finds none.
 template <typename F> BYTE *made(int size, F make)
 {
     void *memory = make(static_cast<std::size_t>(size));
-    if (memory == nullptr && s_spare.drop())
+    if (memory == nullptr && s_spare.giveUpFor(size))
         memory = make(static_cast<std::size_t>(size));
     return withPages(memory, size);
 }

@@ -396,4 +396,26 @@ TEST(Allocations, NoMemoryWhileABlockIsKept_ItIsGivenUp)
     }
     EXPECT_EQ(bytes.GetSize(), 3 << 20);
 }
+
+TEST(Allocations, NoMemoryForASmallArrayWhileABlockIsKept_Fails)
+{
+    {
+        CByteArray before;
+        before.Reserve(1 << 20);
+    }
+    CByteArray bytes;
+    {
+        AllocationFault const fault(0);
+        bool failed = false;
+        try
+        {
+            bytes.SetSize(3000);
+        }
+        catch (std::bad_alloc const &)
+        {
+            failed = true;
+        }
+        EXPECT_EQ(failed, AllocationFault::reachesCAllocator());
+    }
+}
 #endif
