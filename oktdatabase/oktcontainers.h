@@ -222,31 +222,10 @@ public:
         return found == m_map.end() ? nullptr : &found->second;
     }
     /// Finds the key or inserts it with a zero value.
-    V &operator[](KA key)
-    {
-        // Maps are mostly filled in ascending order, as a file holds its objects.
-        if (!m_map.empty() && m_map.rbegin()->first < key)
-        {
-            resetCursor();
-            return m_map.emplace_hint(m_map.end(), key, V())->second;
-        }
-        auto const place = m_map.lower_bound(key);
-        if (place != m_map.end() && !(key < place->first))
-            return place->second;
-        resetCursor();
-        return m_map.emplace_hint(place, key, V())->second;
-    }
+    V &operator[](KA key) { return place(key).first->second; }
 
     /// Inserts the key with that value and gives true; false, and nothing changed, when the key is there.
-    bool insert(KA key, VA value)
-    {
-        std::size_t const before = m_map.size();
-        m_map.try_emplace(m_map.end(), key, value); // maps are mostly filled in ascending order
-        if (m_map.size() == before)
-            return false;
-        resetCursor();
-        return true;
-    }
+    bool insert(KA key, VA value) { return place(key, value).second; }
 
     K const &keyAt(unsigned int position) const { return walkTo(position)->first; }
     V const &valueAt(unsigned int position) const { return walkTo(position)->second; }
@@ -301,6 +280,18 @@ private:
     static constexpr unsigned int kNoCursor = 0xFFFFFFFFu;
 
     void resetCursor() const { m_cursorIndex = kNoCursor; }
+
+    // The entry of the key, and whether it is new, made of `value`. Looked for at the end first: maps are mostly filled in
+    // ascending order, as a file holds its objects.
+    template <typename... Value> std::pair<Iterator, bool> place(KA key, Value const &...value)
+    {
+        std::size_t const before = m_map.size();
+        Iterator const entry = m_map.try_emplace(m_map.end(), key, value...);
+        bool const isNew = m_map.size() != before;
+        if (isNew)
+            resetCursor();
+        return {entry, isNew};
+    }
 
     Iterator walkTo(unsigned int position) const
     {

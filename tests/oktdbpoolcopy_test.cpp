@@ -1,5 +1,6 @@
 #include <oktdatabase/oktdbpool.h>
 
+#include "support/imageof.h"
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
@@ -39,14 +40,6 @@ IdArray idsOf(OKTDbPool const &pool)
     IdArray ids;
     pool.getAllObjects(ids);
     return ids;
-}
-
-CByteArray imageOf(OKTDbPool const &pool)
-{
-    CByteArray image;
-    IdMap translated;
-    EXPECT_TRUE(pool.saveFiler(image, translated));
-    return image;
 }
 
 template <typename T> T *appendTo(OKTDbPool &pool)

@@ -1,3 +1,4 @@
+#include "support/imageof.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 #include "support/testobject.h"
@@ -104,14 +105,6 @@ protected:
         else if (auto *const relation = OKTDbParamRelation::cast(&object))
             for (OKTDbObjectId const &id : some())
                 relation->appendParameter(id);
-    }
-
-    static CByteArray imageOf(OKTDbPool const &pool)
-    {
-        CByteArray image;
-        IdMap translated;
-        EXPECT_TRUE(pool.saveFiler(image, translated));
-        return image;
     }
 
     static CByteArray frameOf(OKTDbObject const &object)

@@ -2,7 +2,9 @@
 // latter road.
 
 #include "support/alloccount.h"
+#include "support/imageof.h"
 #include "support/printers.h"
+#include "support/spareblock.h"
 
 #include <oktdatabase/oktdatabase.h>
 #include <oktdatabase/oktwholeframe.h>
@@ -404,9 +406,7 @@ TEST(FrameSize, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
     {
         OKTDbPool pool;
         fillWithPictures(pool, count);
-        CByteArray image;
-        IdMap translated;
-        ASSERT_TRUE(pool.saveFiler(image, translated));
+        CByteArray const image = imageOf(pool);
         EXPECT_LE(image.GetCapacity(), image.GetSize() + image.GetSize() / 8) << count;
     }
 }
@@ -417,24 +417,10 @@ namespace
 {
 constexpr int kManyObjects = 3000; // small pools are asked each time
 
-CByteArray imageOf(OKTDbPool const &pool)
-{
-    CByteArray image;
-    IdMap translated;
-    EXPECT_TRUE(pool.saveFiler(image, translated));
-    return image;
-}
-
-/// The most that a save holds, times the image that it makes. An array of another size, which shrinks, drives out the block that is
-/// kept for the next image.
+/// The most that a save holds, times the image that it makes.
 double peakOfSave(OKTDbPool const &pool)
 {
-    {
-        CByteArray other;
-        other.Reserve(200'000);
-        other.SetSize(1);
-        other.FreeExtra();
-    }
+    giveUpSpareBlock();
     PeakMemory const peak;
     int const size = imageOf(pool).GetSize();
     return static_cast<double>(peak.bytes()) / size;

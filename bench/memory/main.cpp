@@ -8,6 +8,7 @@
 #include <oktdatabase/oktdbparameter.h>
 
 #include <support/alloccount.h>
+#include <support/spareblock.h>
 
 #include <malloc.h>
 
@@ -46,16 +47,6 @@ template <typename F> Held heldBy(F call)
     PeakMemory const fromHere; // sets the peak to what is held now
     auto const left = static_cast<double>(peak.bytes());
     return {left, most - left};
-}
-
-/// The library keeps the block of the last image for the next; an array of another size makes it give that up, and one that has
-/// shrunk is not kept. So a save counts what the first one takes.
-void giveUpSpareBlock()
-{
-    CByteArray other;
-    other.Reserve(200'000);
-    other.SetSize(1);
-    other.FreeExtra();
 }
 
 /// Bytes in use by the allocator's own books, its heads and roundings included.

@@ -1,9 +1,9 @@
 #include <oktdatabase/oktdbcategory.h>
 #include <oktdatabase/oktdbgroupcategory.h>
 #include <oktdatabase/oktdbgroupparameter.h>
+#include <oktdatabase/oktdbparameter.h>
 #include <oktdatabase/oktdbparamrelation.h>
 #include <oktdatabase/oktdbpicture.h>
-#include <oktdatabase/oktdbparameter.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktdbrelation.h>
 #include <oktdatabase/oktgexyz.h>
@@ -12,6 +12,7 @@
 #include "support/alloccount.h"
 #include "support/expectedleak.h"
 #include "support/hexbytes.h"
+#include "support/imageof.h"
 #include "support/printers.h"
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
@@ -101,14 +102,6 @@ private:
     OKTDbPool m_pool;
 };
 
-/// The image of another pool's contents.
-CByteArray imageOf(OKTDbPool const &pool)
-{
-    CByteArray bytes;
-    IdMap translated;
-    EXPECT_TRUE(pool.saveFiler(bytes, translated));
-    return bytes;
-}
 } // namespace
 
 // --- Classes -----------------------------------------------------------------------------------------------------------------
