@@ -407,6 +407,12 @@ OKT_ANSWER_ZERO
 bool OKTByteFiler::readAnsiString(CString &text)
 try
 {
+    return takeAnsiString(text);
+}
+OKT_ANSWER_ZERO
+
+bool OKTByteFiler::takeAnsiString(CString &text)
+{
     text.Truncate(0);
     int count;
     if (!checkType(VarAnsiString) || !readCount(count, 1))
@@ -427,7 +433,19 @@ try
     m_position += count;
     return true;
 }
-OKT_ANSWER_ZERO
+
+bool OKTByteFiler::findClassName(CString &className)
+{
+    struct Place
+    {
+        ~Place() { filer.m_position = saved; }
+        OKTByteFiler &filer;
+        int saved;
+    } const place{*this, m_position};
+    bool const begun = checkType(VarClassBegin);
+    bool const named = takeAnsiString(className); // tried where no frame begins, too (quirk 34)
+    return begun && named;
+}
 
 bool OKTByteFiler::readByteArray(CByteArray &value)
 try

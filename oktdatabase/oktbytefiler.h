@@ -89,6 +89,8 @@ public:
     bool readDouble(double &value);        ///< failure value -1.7976931348623157e308
     bool readWideString(CString &text);    ///< ends at the first zero unit, the rest is passed over
     bool readAnsiString(CString &text);    ///< likewise at the first zero byte
+    /// The class name of the frame that stands here; the position stays. False: there is none. Throws std::bad_alloc.
+    bool findClassName(CString &className);
     bool readByteArray(CByteArray &value); ///< a negative count is reported and false
     /// Reads such a head and gives whether all of it is there under that name, case aside. The name and the version are tried even
     /// where no frame begins (quirk 34).
@@ -127,6 +129,7 @@ private:
     bool isBeforeEnd(int offset) const;
     BYTE const *payload() const { return bytes().GetData() + m_position; }
     bool readCount(int &count, int bytesPerElement);
+    bool takeAnsiString(CString &text);
     bool readStructure(int &type);
     static bool trackStructure(TypeStack &stack, int type);
     bool skipText(int type, int bytesPerElement);

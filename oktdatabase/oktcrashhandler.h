@@ -5,8 +5,8 @@
 #include <cstdint>
 
 /// The failure report. Making one shows it, modally, through the warning presenter of the host: a line feed, the source's name
-/// from its last backslash on, "@" and the line. A null file shows the prompt 21011 instead. What fails while the report is
-/// made is not caught.
+/// from its last backslash on, "@" and the line. A null file shows the prompt 21011 instead. It needs no memory that is not there
+/// already; an exception of the presenter is not caught.
 class OKT_API OKTCrashHandler
 {
 public:
@@ -17,6 +17,9 @@ public:
     virtual ~OKTCrashHandler();
 
     static std::int64_t mov_rax_0();
+
+    /// Shows a report whose text is ready.
+    static void show(CString const &message);
 };
 
 /// The zero of whatever an operation returns: false, null, 0, a default object. For a status it is the value of success.
@@ -25,23 +28,31 @@ struct OKTZeroResult
     template <typename T> operator T() const { return T(); } // NOLINT(google-explicit-constructor)
 };
 
-/// The name of a source file behind a backslash and without its ending, as reports tell it.
-template <std::size_t N> struct OKTSourceStem
+/// The whole report of one handler, made when the program is compiled, so that it needs no memory when there is none: a line
+/// feed, a backslash, the name of the source file without its ending, "@" and the line.
+template <std::size_t N> struct OKTReportText
 {
-    wchar_t text[N + 1] = {L'\\'};
+    char16_t text[N + 12] = {u'\n', u'\\'};
 
-    constexpr explicit OKTSourceStem(wchar_t const (&fileName)[N])
+    constexpr OKTReportText(char16_t const (&fileName)[N], int line)
     {
-        for (std::size_t i = 0; i < N && fileName[i] != L'.'; ++i)
-            text[i + 1] = fileName[i];
+        std::size_t at = 2;
+        for (std::size_t i = 0; i + 1 < N && fileName[i] != u'.'; ++i)
+            text[at++] = fileName[i];
+        text[at++] = u'@';
+        int power = 1;
+        while (line / power >= 10)
+            power *= 10;
+        for (; power > 0; power /= 10)
+            text[at++] = static_cast<char16_t>(u'0' + line / power % 10);
     }
 };
 
-#define OKT_WIDE_TEXT(text) L##text
-#define OKT_WIDE(text) OKT_WIDE_TEXT(text)
+#define OKT_UTF16_TEXT(text) u##text
+#define OKT_UTF16(text) OKT_UTF16_TEXT(text)
 #define OKT_SHOW_REPORT                                                                                                        \
-    static constexpr OKTSourceStem oktStem(OKT_WIDE(__FILE_NAME__));                                                           \
-    OKTCrashHandler(oktStem.text, __LINE__);
+    static constexpr OKTReportText oktReport(OKT_UTF16(__FILE_NAME__), __LINE__);                                              \
+    OKTCrashHandler::show(oktReport.text);
 
 /// Ends every public operation that does real work: no exception leaves it, the caller gets the report and a zero.
 ///     bool X::operation()

@@ -1,6 +1,7 @@
 #include <oktdatabase/oktdatabaseutil.h>
 
 #include <oktdatabase/oktcrashhandler.h>
+#include <oktdatabase/oktexpression.h>
 #include <oktplatform/oktnumber.h>
 
 #include <cstdint>
@@ -21,6 +22,12 @@ std::int32_t truncated(double number)
 
 CString OKTDatabaseUtil::convertExpresion(CString expression, double scale)
 try
+{
+    return OktScaledExpression(expression, scale);
+}
+OKT_ANSWER_ZERO
+
+CString OktScaledExpression(CString expression, double scale)
 {
     CString result;
     expression.Replace(u"x", u"*");
@@ -56,4 +63,3 @@ try
     }
     return result;
 }
-OKT_ANSWER_ZERO

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <memory>
+#include <new>
 
 namespace
 {
@@ -145,6 +146,8 @@ try
     {
         OKTDbParameter const *const element = elementOf(m_tabElements.at(i));
         CString const code = element == nullptr ? CString() : element->getListIndex(); // not the user name (quirk 57)
+        if (element != nullptr && element->ListIndex() != 0 && code.IsEmpty())
+            throw std::bad_alloc(); // it was reported already, and no code is not what stands there
         std::unique_ptr<OLECHAR, void (*)(BSTR)> const text(code.AllocSysString(), &SysFreeString);
         array.PutElement(&i, text.get());
     }

@@ -1,7 +1,7 @@
 #include <oktdatabase/oktdbparameter.h>
 
-#include <oktdatabase/oktdatabaseutil.h>
 #include <oktdatabase/oktdbpool.h>
+#include <oktdatabase/oktexpression.h>
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktwholeframe.h>
@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 namespace
@@ -172,12 +173,6 @@ void OKTDbParameter::takeNumber(std::int32_t value, int listIndex)
     takeValue(variant, listIndex);
 }
 
-template <typename C> void OKTDbParameter::takeTerminated(C const *text, int listIndex)
-{
-    OwnedText value(text == nullptr ? nullptr : CString(text).AllocSysString());
-    takeValue(value.variant, listIndex);
-}
-
 void OKTDbParameter::setValue(double const &value, int const &listIndex)
 try
 {
@@ -215,7 +210,8 @@ OKT_ANSWER_NOTHING
 void OKTDbParameter::setValue(wchar_t const *value, int const &listIndex)
 try
 {
-    takeTerminated(value, listIndex);
+    OwnedText text(value == nullptr ? nullptr : CString(value).AllocSysString());
+    takeValue(text.variant, listIndex);
 }
 OKT_ANSWER_NOTHING
 
@@ -227,17 +223,25 @@ try
 }
 OKT_ANSWER_NOTHING
 
+// These go by the overloads that a client's class may override.
+
 void OKTDbParameter::setValue(char16_t const *value, int const &listIndex)
 try
 {
-    takeTerminated(value, listIndex);
+    if (value == nullptr)
+        setValue(nullptr, listIndex);
+    else
+        setValue(CString(value), listIndex);
 }
 OKT_ANSWER_NOTHING
 
 void OKTDbParameter::setValue(char const *value, int const &listIndex)
 try
 {
-    takeTerminated(value, listIndex);
+    if (value == nullptr)
+        setValue(nullptr, listIndex);
+    else
+        setValue(CString(value), listIndex);
 }
 OKT_ANSWER_NOTHING
 
@@ -256,6 +260,8 @@ void OKTDbParameter::setUserName(CString const &name, bool append)
 try
 {
     CString const code = append ? getListIndex() : CString();
+    if (append && m_nListIndex != 0 && code.IsEmpty())
+        return; // there was no memory for it, which is reported already
     CString full = name.Owned();
     if (!code.IsEmpty())
     {
@@ -389,8 +395,10 @@ bool OKTDbParameter::writeValue(OKTFiler &filer) const
         converted.dblVal /= factor;
         return filer.writeVariant(name, converted);
     }
-    OwnedText const converted(OKTDatabaseUtil::convertExpresion(textOf(m_varValue), 1.0 / factor).AllocSysString());
-    return filer.writeVariant(name, converted.variant);
+    std::optional<OwnedText> converted;
+    bool const hasMemory =
+        OktHasMemory([&] { converted.emplace(OktScaledExpression(textOf(m_varValue), 1.0 / factor).AllocSysString()); });
+    return hasMemory && filer.writeVariant(name, converted->variant);
 }
 
 bool OKTDbParameter::readValue(OKTFiler &filer)
@@ -401,24 +409,26 @@ bool OKTDbParameter::readValue(OKTFiler &filer)
     return filer.readVariant(u"m_varValue", m_varValue);
 }
 
-void OKTDbParameter::convertAfterReading()
+bool OKTDbParameter::convertAfterReading()
 {
     double const factor = conversionFactor();
     if (factor == 1.0)
-        return;
+        return true;
     if (isInDrawingUnits())
     {
         if (!ownsMemory(m_varValue.vt))
             m_varValue.dblVal *= factor;
+        return true;
     }
-    else if (m_nParamType == kQuantityExpression)
-    {
+    if (m_nParamType != kQuantityExpression)
+        return true;
+    return OktHasMemory([&] {
         // Another kind than a text becomes an empty text (quirk 48).
         bool const isText = m_varValue.vt == VT_BSTR;
-        CString const text = isText ? OKTDatabaseUtil::convertExpresion(textOf(m_varValue), factor) : CString();
+        CString const text = isText ? OktScaledExpression(textOf(m_varValue), factor) : CString();
         OwnedText converted(text.AllocSysString());
         takeValue(converted.variant, m_nListIndex);
-    }
+    });
 }
 
 // The pieces of a frame, whose values stand between them.
@@ -541,7 +551,7 @@ try
     if (beforeValue == nullptr)
         return false;
     std::int32_t const kind = longIn(beforeValue + kKind);
-    tagVARIANT value = m_varValue; // a stored number sets some of its bytes
+    tagVARIANT value = frame.clearsVariants() ? emptyVariant() : m_varValue; // a stored number sets some of its bytes
     bool hasValue = false;
     switch (kind)
     {
@@ -641,10 +651,7 @@ try
     if (filer == nullptr)
         return eFilerNoFiler;
     if (readWhole(*filer))
-    {
-        convertAfterReading();
-        return eFilerOk;
-    }
+        return convertAfterReading() ? eFilerOk : eFilerMemberFailed;
     if (!filer->beginReadClass(u"Object", u"OKTDbParameter"))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlIn(filer); status != eFilerOk)
@@ -661,7 +668,7 @@ try
         frame.fold(filer->readObjectId(u"m_idOwner", m_idOwner));
         readIdList(*filer, u"m_tabIdsParams", u"m_tabIdsParams.Length", m_tabIdsParams, frame);
         frame.fold(filer->readString(u"m_strExpression", m_strExpression));
-        convertAfterReading(); // here, because it needs type and owner
+        frame.fold(convertAfterReading()); // here, because it needs type and owner
         filer->endReadMembers();
     }
     if (filer->beginReadMembers(2))

@@ -42,7 +42,8 @@ class OKT_API OKTDbParameter : public OKTDbObject
     virtual void setValue(bool const &value, int const &listIndex);
     virtual void setValue(wchar_t const *value, int const &listIndex);
     virtual void setValue(CString const &value, int const &listIndex);
-    /// The other forms of a text, which would count as a bool without these.
+    /// The other forms of a text, which would count as a bool without these. They set the text by the overload of CString, a null
+    /// text by that of wchar_t, which a derived class may override.
     void setValue(char16_t const *value, int const &listIndex);
     void setValue(char const *value, int const &listIndex);
     void setValue(std::nullptr_t, int const &listIndex);
@@ -86,11 +87,10 @@ class OKT_API OKTDbParameter : public OKTDbObject
 private:
     void takeValue(tagVARIANT &value, int listIndex);
     void takeNumber(std::int32_t value, int listIndex);
-    template <typename C> void takeTerminated(C const *text, int listIndex);
     double conversionFactor() const;
     bool writeValue(OKTFiler &filer) const;
     bool readValue(OKTFiler &filer);
-    void convertAfterReading();
+    bool convertAfterReading();
     bool writeWhole(OKTFiler &filer) const;
     bool readWhole(OKTFiler &filer);
 

@@ -257,6 +257,11 @@ try
     OKTFrame frame;
     std::optional<PictureText> text;
     int chunkCount = 0;
+    auto const writeChunk = [&](CString const &name, int index) {
+        CString const *chunk = nullptr;
+        bool const made = OktHasMemory([&] { chunk = &text->chunk(index); });
+        frame.fold(made && filer->writeString(name, *chunk));
+    };
     if (filer->beginWriteMembers(1))
     {
         frame.enterSection();
@@ -265,7 +270,7 @@ try
             chunkCount = text->chunkCount();
             OKTSmartAnsiString const ansi(filer, true);
             if (chunkCount > 0)
-                frame.fold(filer->writeString(u"arrStrBase64[0]", text->chunk(0)));
+                writeChunk(u"arrStrBase64[0]", 0);
             else
                 frame.fold(filer->writeString(u"strBase64", CString()));
         }
@@ -278,7 +283,7 @@ try
             OKTSmartAnsiString const ansi(filer, true);
             frame.fold(filer->writeInt(u"(int)arrStrBase64.GetSize() - 1", chunkCount - 1)); // -1 for no data (quirk 63)
             for (int i = 1; i < chunkCount; ++i)
-                frame.fold(filer->writeString(u"arrStrBase64[ (int)nIter ]", text->chunk(i)));
+                writeChunk(u"arrStrBase64[ (int)nIter ]", i);
         }
         filer->endWriteMembers();
     }
@@ -314,7 +319,7 @@ try
             OKTSmartAnsiString const ansi(filer, true);
             CString chunk;
             frame.fold(filer->readString(u"strBase64", chunk));
-            data.add(chunk);
+            frame.fold(OktHasMemory([&] { data.add(chunk); }));
         }
         filer->endReadMembers();
     }
@@ -330,14 +335,14 @@ try
                 CString chunk;
                 bool const done = filer->readString(u"strChunk", chunk);
                 frame.fold(done);
-                data.add(chunk);
+                frame.fold(OktHasMemory([&] { data.add(chunk); }));
                 if (!done && filer->isReadingStalled())
                     break; // the count is believed only as far as the stream goes
             }
         }
         filer->endReadMembers();
     }
-    data.finish();
+    frame.fold(OktHasMemory([&] { data.finish(); }));
     m_pictureData = std::move(pictureData); // emptied also without the sections of the data (quirk 64)
     if (filer->beginReadMembers(3))
     {

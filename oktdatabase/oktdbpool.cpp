@@ -8,6 +8,7 @@
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktidreplacements.h>
 #include <oktdatabase/oktmemoryfiler.h>
+#include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/oktruntimeclass.h>
 #include <oktdatabase/okttools.h>
 #include <oktdatabase/oktwholeframe.h>
@@ -56,8 +57,9 @@ public:
         auto known = std::find_if(m_known.begin(), m_end, isSame);
         if (known == m_end)
         {
+            // Want of memory raises here: as a missing name it would end the load with true.
             CString className;
-            if (!filer.OKTMemoryFiler::readNextObjectClass(className))
+            if (!filer.findClassName(className))
                 return false;
             OKTRuntimeClass *const *const entry = g_RuntimeClass.find(className);
             known = m_end == m_known.end() ? m_end - 1 : m_end++;
@@ -83,7 +85,17 @@ private:
 
 OKTDbPool::OKTDbPool() : m_objectId(OKTDbObjectId::createObjectId(this)) {}
 
-OKTDbPool::~OKTDbPool() { eraseAllObjects(); }
+OKTDbPool::~OKTDbPool()
+{
+    try
+    {
+        eraseAllObjects();
+    }
+    catch (...)
+    {
+        // A presenter has thrown.
+    }
+}
 
 // Parameters outside a pool call this through a null pointer, which is meant.
 __attribute__((no_sanitize("null"))) double OKTDbPool::metricsFactor() const { return metricsFactorOf(this); }
@@ -188,6 +200,7 @@ void OKTDbPool::noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const
 {
     if (typeid(*object) == typeid(OKTDbParameter))
         return; // as most objects are, and none with a role
+    m_hasClientObjects = m_hasClientObjects || !OktIsOwnObject(*object);
     if (object->isA(kConstructClass))
         m_constructId = id;
     if (object->isA(kPictureClass) && !m_tabPictures.contains(id))
@@ -315,6 +328,7 @@ try
     for (auto const &[id, object] : objects)
         delete object;
     m_mapObjects.removeAll();
+    m_hasClientObjects = false;
     m_constructId.setNull();
     m_tabPictures.removeAll();
     m_indexId.setNull();
@@ -331,6 +345,7 @@ try
         return false;
     forgetSize();
     *entry = object;
+    m_hasClientObjects = m_hasClientObjects || (object != nullptr && !OktIsOwnObject(*object));
     return true;
 }
 OKT_ANSWER_ZERO
@@ -391,6 +406,7 @@ try
     if (fresh == nullptr)
         return false;
     OKTMemoryFiler filer;
+    filer.m_bClearsVariants = true;
     filer.setTranslatedIds(false);
     filer.setInternalIsWriteEnabled(true);
     if (fresh->xmlOut(&filer) != eFilerOk)
@@ -409,7 +425,7 @@ OKT_ANSWER_ZERO
 bool OKTDbPool::saveFiler(CByteArray &image, IdMap &translated) const
 try
 {
-    return makeImage(image, &translated, nullptr);
+    return makeImage(image, translated, nullptr);
 }
 OKT_ANSWER_ZERO
 
@@ -526,16 +542,34 @@ static void fetchAhead(OKTDbObject const *object)
         __builtin_prefetch(reinterpret_cast<char const *>(object) + at);
 }
 
-// Either map gets what is translated, or all ids are replaced as they are written.
-bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const
+// The ids whose places stand in the header.
+std::set<OKTDbObjectId> OKTDbPool::specialIds() const
 {
-    image.RemoveAll();
-
-    // Only the places of these objects stand in the header. Both the set and the objects are in id order.
     std::set<OKTDbObjectId> special(m_tabPictures.ids().begin(), m_tabPictures.ids().end());
     special.insert(m_constructId);
     special.insert(m_indexId);
+    return special;
+}
+
+// Without `replacements`, the filers' maps of translated ids are merged into `translated`. With them, ids are replaced as they are
+// written; `translated` receives nothing but what objects of client modules brought into the filer's map.
+bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements) const
+{
+    image.RemoveAll();
+
+    // Only the places of these objects are noted. Both the set and the objects are in id order.
+    std::set<OKTDbObjectId> const special = specialIds();
     auto next = special.begin();
+    // An object of a client module may name others, or bring them, while it is written: then all places count.
+    struct Begin
+    {
+        _GUID id;
+        std::int32_t place;
+    };
+    std::vector<Begin> begins;
+    if (m_hasClientObjects)
+        begins.reserve(static_cast<std::size_t>(m_mapObjects.getSize()));
+    std::uint64_t const changes = m_changes;
 
     // The image grows in one buffer. Its head is written with every place unknown, and once more when the places are known: it
     // is as long then, since a number takes the same bytes whatever its value.
@@ -558,25 +592,48 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap *translated, OKTIdReplacement
         if (object == nullptr)
             continue;
         fetchAhead(object);
+        auto const place = static_cast<std::int32_t>(start - objectsStart);
+        bool const keepsIds = replacements != nullptr && m_hasClientObjects && !OktIsOwnObject(*object);
+        if (keepsIds)
+            filer.replaceIds(nullptr);
+        if (m_hasClientObjects)
+            begins.push_back({id.getGuid(), place});
         if (object->xmlOut(&filer) != eFilerOk)
             return false;
         long const end = filer.GetFilerLength();
+        if (keepsIds)
+        {
+            filer.replaceIds(replacements);
+            replacements->noteOldIds(place, static_cast<int>(end - objectsStart));
+            if (filer.m_bMapAsked || filer.m_bMapChanged || !filer.getTranslatedIds())
+                replacements->refuse();
+        }
         while (next != special.end() && *next < id)
             ++next;
         if (next != special.end() && *next == id)
-            info[id] = {static_cast<std::int32_t>(start - objectsStart), static_cast<std::int32_t>(end - start)};
+            info[id] = {place, static_cast<std::int32_t>(end - start)};
         start = end;
     }
-    if (translated != nullptr)
-        filer.saveMapTranslatedIds(*translated);
+    if (m_hasClientObjects && (m_changes != changes || specialIds() != special))
+    {
+        auto place = static_cast<std::int32_t>(start - objectsStart);
+        std::set<OKTDbObjectId> left = specialIds();
+        for (auto begin = begins.rbegin(); begin != begins.rend(); place = begin++->place)
+        {
+            OKTDbObjectId id;
+            id.setGuid(begin->id);
+            if (left.erase(id) > 0) // the last of several frames counts
+                info[id] = {begin->place, place - begin->place};
+        }
+    }
+    if (!filer.saveMapTranslatedIds(translated))
+        return false;
 
     OKTMemoryFiler header;
     header.setTranslatedIds(m_bTranslatedIds);
     header.replaceIds(replacements);
-    if (xmlOut(&header, info) != eFilerOk)
+    if (xmlOut(&header, info) != eFilerOk || !header.saveMapTranslatedIds(translated))
         return false;
-    if (translated != nullptr)
-        header.saveMapTranslatedIds(*translated);
 
     OKTMemoryFiler length;
     if (!length.writeInt(CString(), static_cast<int>(header.GetFilerLength())))
@@ -607,11 +664,15 @@ bool OKTDbPool::loadFiler(CByteArray const &image)
 try
 {
     OKTMemoryFiler filer(this);
-    return loadThrough(filer, image);
+    return hasTranslation(filer) && loadThrough(filer, image, nullptr);
 }
 OKT_ANSWER_ZERO
 
-bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
+// False: a filer made for this pool found no memory for the map of translated ids, so that it would translate none.
+bool OKTDbPool::hasTranslation(OKTMemoryFiler const &filer) const { return filer.getTranslatedIds() == m_bTranslatedIds; }
+
+// With `replacements`, the image is one of a clone whose ids are new ones already, but for the stretches that it tells.
+bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image, OKTIdReplacements *replacements)
 {
     OKTTextTable texts(image.GetSize());
     filer.readInPlace(image);
@@ -620,6 +681,7 @@ bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
     InfoMap info;
     if (!filer.readInt(CString(), headerLength) || xmlIn(&filer, info) != eFilerOk)
         return false;
+    auto const objectsStart = static_cast<int>(filer.GetFilerPosition());
     bool const isFiltering = m_readFilter.getSize() > 0;
     bool const isAll = m_mapObjects.isEmpty() && !isFiltering;
     KnownClasses classes;
@@ -629,9 +691,18 @@ bool OKTDbPool::loadThrough(OKTMemoryFiler &filer, CByteArray const &image)
         OKTRuntimeClass *descriptor;
         if (!classes.find(filer, place, descriptor))
             break;
+        bool const hasOldIds = replacements != nullptr && replacements->areOldIdsAt(place - objectsStart);
+        if (replacements != nullptr)
+        {
+            filer.setTranslatedIds(hasOldIds);
+            if (!hasOldIds && descriptor != nullptr && !OktIsOwnClass(*descriptor))
+                replacements->refuse(); // a class of a client module that has taken the name of one of ours
+        }
         OKTDbObject *const object = descriptor == nullptr ? nullptr : descriptor->CreateObject();
         if (!readObject(filer, object))
             return false;
+        if (hasOldIds && (filer.m_bMapChanged || !filer.getTranslatedIds()))
+            replacements->refuse();
         if (isFiltering && skipObjectByReadFilter(object))
             delete object;
         else if (!appendReadObject(object))
@@ -736,7 +807,8 @@ try
         frame.fold(filer->writeInt(u"m_tabPictures.Length", count));
         for (int i = 0; i < count && frame.isOk(); ++i)
         {
-            frame.fold(filer->writeObjectId(names.at(i), pictures.at(i)));
+            CString const *const name = names.at(i);
+            frame.fold(name != nullptr && filer->writeObjectId(*name, pictures.at(i)));
             writePlace(info.find(pictures.at(i)));
         }
         filer->endWriteMembers();
@@ -766,8 +838,9 @@ try
         int size = -1;
         frame.fold(filer->readInt(u"nObjectPosition", position));
         frame.fold(filer->readInt(u"nObjectSize", size));
-        info[id] = {position, size};
+        frame.fold(OktHasMemory([&] { info[id] = {position, size}; }));
     };
+    auto const appendPicture = [&](OKTDbObjectId const &id) { frame.fold(OktHasMemory([&] { m_tabPictures.append(id); })); };
 
     OKTDbObjectId oldPicture;
     if (filer->beginReadMembers(1))
@@ -814,14 +887,15 @@ try
         for (int i = 0; i < count && frame.isOk(); ++i)
         {
             OKTDbObjectId id;
-            frame.fold(filer->readObjectId(names.at(i), id));
+            CString const *const name = names.at(i);
+            frame.fold(name != nullptr && filer->readObjectId(*name, id));
             readPlace(id);
-            m_tabPictures.append(id);
+            appendPicture(id);
         }
         filer->endReadMembers();
     }
     if (!oldPicture.isNull())
-        m_tabPictures.append(oldPicture);
+        appendPicture(oldPicture);
     if (filer->beginReadMembers(6))
     {
         frame.enterSection();
@@ -842,7 +916,7 @@ try
     CByteArray bytes;
     if (!OKTMemoryFiler::loadFiler(path, bytes, 0, kHeaderProbe))
         return false;
-    OKTMemoryFiler probe(this);
+    OKTMemoryFiler probe;
     probe.readInPlace(bytes);
     int headerLength = 0;
     if (!probe.readInt(CString(), headerLength))
@@ -854,7 +928,7 @@ try
         return false;
     OKTMemoryFiler filer(this);
     filer.readInPlace(header);
-    if (xmlIn(&filer, info) != eFilerOk)
+    if (!hasTranslation(filer) || xmlIn(&filer, info) != eFilerOk)
         return false;
     // From the start of the objects block to the start of the file, the places of -1 too (quirk 26). The sum wraps like any
     // 32-bit number, since a header may lie.
@@ -879,8 +953,9 @@ try
     InfoMap info;
     if (!readFileHeader(path, info))
         return false;
-    for (OKTDbObjectId const &id : picturesId())
-        if (!readObjectAlone(path, id, info))
+    IdArray const pictures = m_tabPictures.ids(); // and no getter, which would give an empty list for want of memory
+    for (OKTDbObjectId const &id : pictures)
+        if (!readObjectAlone(path, translatedId(id), info))
             return false;
     return true;
 }
@@ -897,8 +972,8 @@ bool OKTDbPool::readObjectAlone(CString const &path, OKTDbObjectId const &id, In
     filer.readInPlace(bytes);
     CString className;
     OKTDbObject *object = nullptr;
-    return filer.readNextObjectClass(className) && CreateObjectFromClassName(className, object) && readObject(filer, object) &&
-           appendReadObject(object);
+    return hasTranslation(filer) && filer.readNextObjectClass(className) && CreateObjectFromClassName(className, object) &&
+           readObject(filer, object) && appendReadObject(object);
 }
 
 bool OKTDbPool::skipObjectByReadFilter(OKTDbObject *object) const
@@ -987,31 +1062,52 @@ OKT_ANSWER_ZERO
 OKTDbPool *OKTDbPool::clone() const
 try
 {
-    auto copy = std::make_unique<OKTDbPool>();
+    bool isRefused = false;
+    if (m_bTranslatedIds)
+        if (OKTDbPool *const quick = cloneWithNewIds(isRefused); quick != nullptr || isRefused)
+            return quick;
     CByteArray image;
     IdMap translated;
-    bool isRefused = false;
-    bool const isNew = m_bTranslatedIds && makeImageWithNewIds(*copy, image, translated, isRefused);
-    if (isRefused || (!isNew && !saveFiler(image, translated)))
+    if (!saveFiler(image, translated))
         return nullptr;
-    // The ids of such an image are the new ones already, so its filer translates none. The map is for objects that read ids
-    // through filers of their own.
-    OKTMemoryFiler untranslating(copy.get());
+    auto copy = std::make_unique<OKTDbPool>();
     copy->setBoolTranslatedIds(m_bTranslatedIds);
     copy->setMapTranslatedIds(std::move(translated));
-    if (!isNew)
-        copy->RearangeMapTranslatedIds();
-    bool const loaded = isNew ? copy->loadThrough(untranslating, image) : copy->loadFiler(image);
+    copy->RearangeMapTranslatedIds();
+    bool const loaded = copy->loadFiler(image);
     copy->setBoolTranslatedIds(false);
     return loaded ? copy.release() : nullptr;
 }
 OKT_ANSWER_ZERO
 
-// An image in which the ids of all objects are new ones of `owner`, which saves looking each id up once more on reading. False
-// where that could give another outcome than translating while the image is read: an object goes by another id than the pool's,
-// is named by ids without pool alone, refers to an object of another pool, or changes the pool while it is written. `isRefused`
-// tells that there can be no image at all.
-bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, bool &isRefused) const
+// The road of most clones: their objects are written with their new ids, which saves looking each id up once more on reading. Only
+// the objects of client modules, whose classes may look at the translation, go the long way within it. Null, and not refused:
+// this road could give another outcome than the long one for all. Refused: there can be no clone at all.
+OKTDbPool *OKTDbPool::cloneWithNewIds(bool &isRefused) const
+{
+    auto copy = std::make_unique<OKTDbPool>();
+    CByteArray image;
+    IdMap newIds;
+    OKTIdReplacements replacements(this, m_mapObjects.getSize());
+    if (!makeImageWithNewIds(*copy, image, newIds, replacements, isRefused))
+        return nullptr;
+    OKTMemoryFiler filer(copy.get());
+    filer.m_sharedIds = &copy->m_mapTranslatedIds;
+    copy->setBoolTranslatedIds(true);
+    copy->setMapTranslatedIds(std::move(newIds));
+    bool const loaded = copy->loadThrough(filer, image, &replacements);
+    copy->setBoolTranslatedIds(false);
+    if (!replacements.areSound())
+        return nullptr;
+    isRefused = !loaded;
+    return loaded ? copy.release() : nullptr;
+}
+
+// False where that could give another outcome than translating while the image is read: an object goes by another id than the
+// pool's, is named by ids without pool alone, refers to an object of another pool, changes the pool while it is written, or takes
+// part in the translation.
+bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, OKTIdReplacements &replacements,
+                                    bool &isRefused) const
 {
     std::vector<OKTDbObjectId> fresh(static_cast<std::size_t>(m_mapObjects.getSize()));
     for (OKTDbObjectId &id : fresh)
@@ -1020,7 +1116,6 @@ bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &
     std::sort(fresh.begin(), fresh.end());
     if (!fresh.empty() && fresh.front().isNull())
         return false;
-    OKTIdReplacements replacements(this, m_mapObjects.getSize());
     IdMap ids;
     auto next = fresh.cbegin();
     for (auto const &[id, object] : m_mapObjects)
@@ -1032,8 +1127,14 @@ bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &
         replacements.add(id, *next);
         ids[id] = *next++;
     }
-    isRefused = !makeImage(image, nullptr, &replacements);
+    IdMap brought; // by objects of client modules: ids that they wrote
+    isRefused = !makeImage(image, brought, &replacements);
     if (isRefused || !replacements.areSound())
+        return false;
+    for (auto const &[id, translated] : brought)
+        if (!replacements.noteWritten(id))
+            return false;
+    if (!replacements.areSound())
         return false;
     auto known = ids.begin();
     for (auto const &[id, object] : m_mapObjects)

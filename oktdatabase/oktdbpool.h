@@ -154,6 +154,8 @@ public:
     FilerStatusDb xmlIn(OKTFiler *filer, InfoMap &info);
 
 private:
+    friend class OKTMemoryFiler; // takes the map of translated ids, and must know when it could not
+
     /// The pictures in their order, with a set beside the list, so that asking for one of many is cheap.
     class PictureList
     {
@@ -176,10 +178,18 @@ private:
     std::int64_t expectedSize() const;
     std::int64_t sampleSize() const;
     void noteSize(std::int64_t framesSize) const;
-    void forgetSize() const { m_knownSize = -1; }
-    bool makeImage(CByteArray &image, IdMap *translated, OKTIdReplacements *replacements) const;
-    bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, bool &isRefused) const;
-    bool loadThrough(OKTMemoryFiler &filer, CByteArray const &image);
+    void forgetSize()
+    {
+        m_knownSize = -1;
+        ++m_changes;
+    }
+    std::set<OKTDbObjectId> specialIds() const;
+    bool makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements) const;
+    bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, OKTIdReplacements &replacements,
+                             bool &isRefused) const;
+    OKTDbPool *cloneWithNewIds(bool &isRefused) const;
+    bool hasTranslation(OKTMemoryFiler const &filer) const;
+    bool loadThrough(OKTMemoryFiler &filer, CByteArray const &image, OKTIdReplacements *replacements);
     static bool readObject(OKTMemoryFiler &filer, OKTDbObject *object);
     bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
     bool skipObjectByReadFilter(OKTDbObject *object) const;
@@ -201,6 +211,8 @@ private:
     IdMap m_mapTranslatedIds;
     bool m_bTranslatedIds = false;
     ReadFilter m_readFilter;
+    bool m_hasClientObjects = false; // there are, or were, objects whose class is not one of this library's
+    std::uint64_t m_changes = 0;     // objects that came, went or were replaced
     // What the objects but the pictures took in the last image of this pool, below 0 when that says nothing of the next; and what
     // some of them would have taken then, which tells whether they have changed.
     mutable std::int64_t m_knownSize = -1;

@@ -34,7 +34,7 @@ try
         return false;
     OKTListNames names(name);
     for (int i = 0; i < count; ++i)
-        if (!writeObjectId(names.at(i), ids.at(i)))
+        if (CString const *const key = names.at(i); key == nullptr || !writeObjectId(*key, ids.at(i)))
             return false;
     return true;
 }
@@ -51,7 +51,7 @@ try
     for (int i = 0; i < count; ++i)
     {
         OKTDbObjectId id;
-        if (!readObjectId(names.at(i), id))
+        if (CString const *const key = names.at(i); key == nullptr || !readObjectId(*key, id))
             return false;
         ids.append(id);
     }
@@ -62,6 +62,7 @@ OKT_ANSWER_ZERO
 bool OKTFiler::loadMapTranslatedIds(IdMap map)
 try
 {
+    m_bMapChanged = true;
     for (auto const &[id, translated] : map)
         m_mapTranslatedIds[id] = translated;
     return true;
@@ -71,7 +72,8 @@ OKT_ANSWER_ZERO
 bool OKTFiler::saveMapTranslatedIds(IdMap &map)
 try
 {
-    for (auto const &[id, translated] : m_mapTranslatedIds)
+    m_bMapAsked = true;
+    for (auto const &[id, translated] : translatedIds())
         if (!id.isNull() && !translated.isNull() && id.isValid())
             map[id] = translated;
     return true;
@@ -100,9 +102,11 @@ try
         case VT_BSTR:
         {
             OKTScratchText text;
-            text.text().SetUnits(lstrlenW(value.bstrVal),
-                                 [&](WCHAR *units, int length) { std::copy_n(value.bstrVal, length, units); });
-            frame.fold(filer->writeString(member, text.text()));
+            bool const hasMemory = OktHasMemory([&] {
+                text.text().SetUnits(lstrlenW(value.bstrVal),
+                                     [&](WCHAR *units, int length) { std::copy_n(value.bstrVal, length, units); });
+            });
+            frame.fold(hasMemory && filer->writeString(member, text.text()));
             break;
         }
         case VT_BOOL: frame.fold(filer->writeLong(member, static_cast<long>(value.boolVal))); break;
@@ -121,6 +125,8 @@ try
     value.vt = VT_NULL; // and a string that the variant held is not freed (quirk 41)
     if (filer == nullptr)
         return eFilerNoFiler;
+    if (filer->m_bClearsVariants)
+        std::memset(&value.llVal, 0, sizeof value - offsetof(tagVARIANT, llVal));
     if (!filer->beginReadClass(name, u"OKTVariant"))
         return eFilerClassFailed;
     OKTFrame frame;
@@ -149,7 +155,7 @@ try
             CString text;
             value.bstrVal = nullptr;
             frame.fold(filer->readString(member, text));
-            value.bstrVal = text.AllocSysString();
+            frame.fold(OktHasMemory([&] { value.bstrVal = text.AllocSysString(); }));
             break;
         }
         default:

@@ -107,11 +107,14 @@ protected:
     /// double in a variant that still says float (quirk 39).
     static FilerStatusDb xmlOutVariant(CString const &name, tagVARIANT const &value, OKTFiler *filer);
     static FilerStatusDb xmlInVariant(CString const &name, tagVARIANT &value, OKTFiler *filer);
+    bool clearsVariants() const { return m_bClearsVariants; }
+    IdMap const &translatedIds() const { return m_sharedIds == nullptr ? m_mapTranslatedIds : *m_sharedIds; }
 
     OKTDbPool *m_pool;
 
 private:
     friend class OKTDbObjectId; // an id takes the pool of the filer that reads it
+    friend class OKTDbPool;     // sets an object back
 
     bool m_bReadingObjectFromRoot = false;
     bool m_bWriteEnabled = false;
@@ -123,4 +126,10 @@ protected:
 private:
     bool m_bTranslatedIds = false;
     bool m_bReadingStalled = false;
+    bool m_bClearsVariants = false; // a variant's data bytes are zero before they are read, for an object that is set back
+    // For a clone with new ids: the map of the clone in the place of one of its own, and whether a class has asked for the map or
+    // changed it.
+    IdMap const *m_sharedIds = nullptr;
+    bool m_bMapAsked = false;
+    bool m_bMapChanged = false;
 };

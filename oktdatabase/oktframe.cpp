@@ -1,10 +1,11 @@
 #include <oktdatabase/oktframe.h>
 
+#include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktwholeframe.h>
-
 #include <oktplatform/oktsystem.h>
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -12,28 +13,11 @@ namespace
 {
 constexpr int kLongestKept = 1024; // units; a longer text is not worth its memory
 
-// Static objects of a host may save a pool after the thread's own objects have ended.
-thread_local bool t_spareEnded = false;
-
-struct Spare
-{
-    ~Spare() { t_spareEnded = true; }
-
-    CString text;
-};
-
+// Null: there is no memory for it, or the library ends. Static objects of a host may save a pool even then.
 CString *spareText()
 {
-    if constexpr (OktSystem::kThreadObjectsMayEnd)
-    {
-        if (t_spareEnded)
-            return nullptr;
-        thread_local Spare spare;
-        return &spare.text;
-    }
-    else
-        return static_cast<CString *>(OktSystem::threadObject([]() -> void * { return new (std::nothrow) CString; },
-                                                              [](void *text) { delete static_cast<CString *>(text); }));
+    return static_cast<CString *>(OktSystem::threadObject([]() -> void * { return new (std::nothrow) CString; },
+                                                          [](void *text) { delete static_cast<CString *>(text); }));
 }
 } // namespace
 
@@ -51,22 +35,29 @@ OKTScratchText::~OKTScratchText()
         *spare = std::move(m_text);
 }
 
-OKTListNames::OKTListNames(CString const &list) : m_stemLength(list.GetLength() + 1)
-{
-    m_name.text() += list;
-    m_name.text() += u'.';
-}
+void OktReportShortage(){OKT_SHOW_REPORT}
 
-CString const &OKTListNames::at(int index)
+CString const *OKTListNames::at(int index)
 {
-    char16_t digits[10];
+    constexpr int kMostDigits = 10;
+    char16_t digits[kMostDigits];
     int count = 0;
     for (auto rest = static_cast<unsigned int>(index); count == 0 || rest != 0; rest /= 10)
         digits[count++] = static_cast<char16_t>(u'0' + rest % 10);
-    m_name.text().Truncate(m_stemLength);
-    while (count > 0)
-        m_name.text() += digits[--count];
-    return m_name.text();
+    CString &name = m_name.text();
+    bool const made = OktHasMemory([&] {
+        int const stem = m_list.GetLength() + 1;
+        if (name.GetLength() < stem)
+        {
+            name.Truncate(0);
+            name += m_list;
+            name += u'.';
+        }
+        name.Truncate(stem);
+        while (count > 0)
+            name += digits[--count];
+    });
+    return made ? &name : nullptr;
 }
 
 OKTDbObjectId idForList(OKTDbObjectId id)
@@ -93,8 +84,15 @@ bool writeIds(OKTFiler &filer, IdArray const &ids)
 void readIds(OKTFiler &filer, IdArray &ids, int count)
 {
     OKTFrameReader frames(filer);
-    ids.reserve(
-        static_cast<int>(std::min<std::ptrdiff_t>(count, frames.left() / static_cast<std::ptrdiff_t>(kIdFrame.size()))));
+    auto const room = std::min<std::ptrdiff_t>(count, frames.left() / static_cast<std::ptrdiff_t>(kIdFrame.size()));
+    try
+    {
+        ids.reserve(static_cast<int>(room));
+    }
+    catch (std::bad_alloc const &)
+    {
+        return; // one by one, as far as there is memory
+    }
     while (ids.getSize() < count)
     {
         BYTE const *const id = frames.take(kAnyId);
@@ -115,7 +113,10 @@ void writeIdList(OKTFiler &filer, CString const &list, CString const &length, Id
         return;
     OKTListNames names(list);
     for (int i = 0; i < count && frame.isOk(); ++i)
-        frame.fold(filer.writeObjectId(names.at(i), ids.at(i)));
+    {
+        CString const *const name = names.at(i);
+        frame.fold(name != nullptr && filer.writeObjectId(*name, ids.at(i)));
+    }
 }
 
 void readIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray &ids, OKTFrame &frame)
@@ -133,7 +134,8 @@ void readIdList(OKTFiler &filer, CString const &list, CString const &length, IdA
     for (int i = ids.getSize(); i < count && frame.isOk(); ++i)
     {
         OKTDbObjectId id;
-        frame.fold(filer.readObjectId(names.at(i), id));
-        ids.append(idForList(id));
+        CString const *const name = names.at(i);
+        frame.fold(name != nullptr && filer.readObjectId(*name, id));
+        frame.fold(OktHasMemory([&] { ids.append(idForList(id)); }));
     }
 }

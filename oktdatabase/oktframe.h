@@ -4,6 +4,8 @@
 #include <oktdatabase/oktfilerstatus.h>
 #include <oktplatform/oktstring.h>
 
+#include <new>
+
 class OKTFiler;
 
 /// What comes of a class frame while its sections are written or read. Not installed.
@@ -30,6 +32,24 @@ private:
     int m_sections = 0;
 };
 
+void OktReportShortage();
+
+/// Does what needs memory of a class's own, apart from that of its filer. False, and reported: there was none. So want of memory
+/// is a failed member like any other; an exception that left xmlOut or xmlIn would count as success (quirk 6). Not installed.
+template <typename F> bool OktHasMemory(F work)
+{
+    try
+    {
+        work();
+        return true;
+    }
+    catch (std::bad_alloc const &)
+    {
+        OktReportShortage();
+        return false;
+    }
+}
+
 /// An empty text whose buffer each thread keeps from one use to the next, so that a text for a filer's eyes allocates nothing
 /// as a rule. Not installed.
 class OKTScratchText
@@ -50,14 +70,14 @@ private:
 class OKTListNames
 {
 public:
-    explicit OKTListNames(CString const &list);
+    explicit OKTListNames(CString const &list) : m_list(list) {}
 
-    /// Good until the next call.
-    CString const &at(int index);
+    /// Good until the next call. Null, and reported: there is no memory for it.
+    CString const *at(int index);
 
 private:
+    CString m_list;
     OKTScratchText m_name;
-    int m_stemLength;
 };
 
 /// An id as lists keep it: without the cached object where it has a pool to ask, so that an erased object is not reached

@@ -72,6 +72,33 @@ void OKTIdReplacements::dropUnwritten(IdMap &ids)
             ids.erase(id);
 }
 
+bool OKTIdReplacements::areOldIdsAt(int place)
+{
+    while (m_nextOldIds < m_oldIds.size() && m_oldIds[m_nextOldIds].end <= place)
+        ++m_nextOldIds;
+    return m_nextOldIds < m_oldIds.size() && m_oldIds[m_nextOldIds].begin <= place;
+}
+
+bool OKTIdReplacements::noteWritten(OKTDbObjectId const &id)
+{
+    Place &place = placeOf(id.getGuid());
+    if (id.isNull() || !areEqual(place.id, id.getGuid()))
+        return false;
+    markWritten(place);
+    return true;
+}
+
+// By an id of the pool itself.
+void OKTIdReplacements::markWritten(Place &place)
+{
+    if (place.isWritten)
+        return;
+    m_unproven -= place.isUnproven ? 1 : 0;
+    place.isUnproven = false;
+    place.isWritten = true;
+    --m_unwritten;
+}
+
 OKTDbObjectId const &OKTIdReplacements::forWriting(OKTDbObjectId const &id)
 {
     if (id.isNull())
@@ -80,15 +107,15 @@ OKTDbObjectId const &OKTIdReplacements::forWriting(OKTDbObjectId const &id)
     OKTDbPool const *const pool = id.getPool();
     if (!areEqual(place.id, id.getGuid()))
     {
-        m_otherPool = m_otherPool || (pool != nullptr && pool != m_pool && id.isValid());
+        m_isRefused = m_isRefused || (pool != nullptr && pool != m_pool && id.isValid());
         return id;
     }
-    if (!place.isWritten)
+    if (pool == m_pool)
+        markWritten(place);
+    else if (!place.isWritten && !place.isUnproven)
     {
-        m_unproven += (pool == m_pool ? 0 : 1) - (place.isUnproven ? 1 : 0);
-        place.isWritten = pool == m_pool;
-        place.isUnproven = !place.isWritten;
-        m_unwritten -= place.isWritten ? 1 : 0;
+        place.isUnproven = true;
+        ++m_unproven;
     }
     m_fresh.setGuid(place.fresh);
     return m_fresh;

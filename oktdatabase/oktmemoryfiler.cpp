@@ -8,6 +8,7 @@
 #include <oktplatform/oktfile.h>
 
 #include <limits>
+#include <new>
 #include <typeinfo>
 
 namespace
@@ -29,8 +30,8 @@ OKTMemoryFiler::OKTMemoryFiler(OKTDbPool *pool) : OKTFiler(pool), m_bytes(kGrowB
     {
         if (pool == nullptr)
             return;
-        m_mapTranslatedIds = pool->MapTranslatedIds();
-        setTranslatedIds(pool->BoolTranslatedIds());
+        m_mapTranslatedIds = pool->m_mapTranslatedIds;
+        setTranslatedIds(pool->BoolTranslatedIds()); // and not before the map is there
     }
     OKT_ANSWER_NOTHING
 }
@@ -54,9 +55,15 @@ OKTMemoryFiler *OKTMemoryFiler::forWholeFrames(OKTFiler &filer)
     return isPlain ? memory : nullptr;
 }
 
+// Null, and nothing appended, also where there is no memory: the calls of the protocol then find out themselves, one by one.
 BYTE *OKTMemoryFiler::extendForFrame(std::int64_t size)
+try
 {
     return size > std::numeric_limits<int>::max() ? nullptr : m_bytes.extend(static_cast<int>(size));
+}
+catch (std::bad_alloc const &)
+{
+    return nullptr;
 }
 
 BYTE const *OKTMemoryFiler::unreadBytes(BYTE const *&end) const { return m_bytes.unreadBytes(end); }
@@ -236,7 +243,8 @@ try
 {
     int const before = m_bytes.getPosition();
     bool const done = getIsAnsiString() ? m_bytes.readAnsiString(value) : m_bytes.readWideString(value);
-    setReadingStalled(!done && m_bytes.getPosition() == before);
+    // A derived filer may have more to give than its base.
+    setReadingStalled(!done && m_bytes.getPosition() == before && typeid(*this) == typeid(OKTMemoryFiler));
     return done;
 }
 OKT_ANSWER_ZERO
@@ -277,7 +285,7 @@ try
     else if (value.xmlIn(name, this) != eFilerOk)
         return false;
     if (getTranslatedIds())
-        if (OKTDbObjectId const *const translated = m_mapTranslatedIds.find(value))
+        if (OKTDbObjectId const *const translated = translatedIds().find(value))
             value = OKTDbObjectId(*translated);
     return true;
 }
@@ -383,15 +391,11 @@ bool OKTMemoryFiler::readNextObjectClass(CString &className)
 try
 {
     int where;
-    if (!m_bytes.findNextObject(where))
-        return false;
-    m_bytes.setPosition(where);
-    bool const begun = m_bytes.checkType(VarClassBegin);
-    bool const named = m_bytes.readAnsiString(className);
-    m_bytes.setPosition(where);
-    return begun && named;
+    return moveToNextObject(where) && findClassName(className);
 }
 OKT_ANSWER_ZERO
+
+bool OKTMemoryFiler::findClassName(CString &className) { return m_bytes.findClassName(className); }
 
 bool OKTMemoryFiler::moveToNextObject(int &place)
 {
@@ -411,7 +415,8 @@ bool OKTMemoryFiler::saveFiler(CString const &path, CByteArray const &bytes)
 try
 {
     CFile file;
-    if (!file.Open(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite))
+    constexpr UINT kFlags = CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite;
+    if (!file.OpenWithRoom(path, kFlags, static_cast<ULONGLONG>(bytes.GetSize())))
         return false;
     try
     {

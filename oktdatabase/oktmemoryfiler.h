@@ -68,6 +68,8 @@ public:
     /// The class name of the next object frame at or behind the position, which comes to stand on it. False: none, position
     /// unmoved.
     virtual bool readNextObjectClass(CString &className);
+    /// The class name of the frame that stands here; the position stays. False: there is none. Throws std::bad_alloc.
+    bool findClassName(CString &className);
     /// Goes to that frame and tells its place. False: none, position unmoved.
     bool moveToNextObject(int &place);
     /// Two frames begin at these places with the same class name.
@@ -79,7 +81,8 @@ public:
     /// The read position in bytes; 0 while writing.
     virtual long GetFilerPosition() const;
 
-    /// Makes or cuts the file and writes all bytes. False on any failure; a partly written file stays.
+    /// Makes or cuts the file and writes all bytes. False on any failure; a partly written file stays. Where the system can tell that
+    /// the disk has no room, a file that exists is not cut.
     static bool saveFiler(CString const &path, CByteArray const &bytes);
     /// `size` bytes from byte `position` of the file. A negative position counts as 0, a negative size means up to the end.
     /// False, and `bytes` empty: the file cannot be opened or read, the position is not below its length, or the stretch runs

@@ -10,6 +10,7 @@
 #include <oktdatabase/oktdbparamrelation.h>
 #include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktdbrelation.h>
+#include <oktdatabase/oktownclasses.h>
 
 namespace
 {
@@ -30,5 +31,6 @@ OKT_STORED_CLASS_REGISTRATION(OKTDbRelation, OKTDbObject)
 
 namespace
 {
+[[maybe_unused]] bool const g_ownClassesEnd = (OktEndOwnClasses(), true);
 OktModuleEntry const g_entry;
 } // namespace

@@ -2,12 +2,29 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/okttools.h>
+
+#include <typeinfo>
 
 namespace
 {
 int s_nextClassCounter = 0;
+int s_ownClasses = 0;
+} // namespace
+
+bool OktIsOwnClass(OKTRuntimeClass const &descriptor)
+{
+    return descriptor.ClassCounter() >= 0 && descriptor.ClassCounter() < s_ownClasses;
 }
+
+bool OktIsOwnObject(OKTDbObject const &object)
+{
+    OKTRuntimeClass const &descriptor = *object.isA();
+    return OktIsOwnClass(descriptor) && typeid(object) == typeid(*descriptor.m_prototype);
+}
+
+void OktEndOwnClasses() { s_ownClasses = s_nextClassCounter; }
 
 OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDbObject *prototype,
                                  OKTRuntimeClass *baseClassDesc)

@@ -37,6 +37,8 @@ public:
     static bool getObjectFromClassName(CString className, OKTDbObject *&object);
 
 private:
+    friend bool OktIsOwnObject(OKTDbObject const &object);
+
     CString m_className;
     CString m_baseClassName;
     OKTDbObject *m_prototype = nullptr;

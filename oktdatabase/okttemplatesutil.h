@@ -2,9 +2,9 @@
 
 #include <oktplatform/oktexport.h>
 
-/// Kept for the modules that name it; it has no members.
+/// Kept for the modules that name it; it has no members. They link against its assignment, which is therefore exported.
 class OKT_API OKTTemplatesUtil
 {
 public:
-    OKTTemplatesUtil &operator=(OKTTemplatesUtil const &) = default;
+    OKTTemplatesUtil &operator=(OKTTemplatesUtil const &);
 };

@@ -274,6 +274,8 @@ public:
     bool makeText(OKTStoredText const &stored, CString &text) const;
     /// What was taken so far is read: the filer goes on behind it.
     void finish();
+    /// A variant's data bytes are to be zero before they are read.
+    bool clearsVariants() const { return m_filer != nullptr && m_filer->clearsVariants(); }
 
 private:
     template <typename T> bool takeRecord(_VariableType type, T &value)

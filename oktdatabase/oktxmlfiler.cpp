@@ -4,6 +4,8 @@
 #include <oktdatabase/oktgexyz.h>
 #include <oktplatform/oktnumber.h>
 
+#include <typeinfo>
+
 // The document: an "xml" instruction, then the root "Document". Below it stand elements alone, every value is an attribute:
 // frames <name class version>, sections <Members version>, maps <Map name>, values <name double|long|string>.
 
@@ -48,8 +50,15 @@ OKTXmlFiler::OKTXmlFiler(OKTDbPool *pool) : OKTFiler(pool) {}
 
 OKTXmlFiler::~OKTXmlFiler()
 {
-    if (m_document)
-        CloseFiler();
+    try
+    {
+        if (m_document)
+            CloseFiler();
+    }
+    catch (...)
+    {
+        // A presenter has thrown.
+    }
 }
 
 bool OKTXmlFiler::NewFiler(CString path, bool write)
@@ -69,7 +78,7 @@ try
             m_document->createProcessingInstruction(u"xml", u"version='1.0' encoding='ISO-8859-1'"));
         IXMLDOMElementPtr const root = m_document->createElement(kDocumentTag);
         m_document->node()->appendChild(root->node());
-        pushWorkingNode(root);
+        push(root);
         return true;
     }
     if (FAILED(m_document->load(path)))
@@ -77,7 +86,7 @@ try
     IXMLDOMNodePtr const root = GetDocumentRealNode();
     if (!root)
         return false;
-    pushWorkingNode(root->element());
+    push(root->element());
     return true;
 }
 OKT_ANSWER_ZERO
@@ -89,7 +98,16 @@ try
         return false;
     bool const writing = getIsWriteEnabled();
     if (writing)
-        m_document->save(m_path); // whatever comes of it (quirk 73)
+    {
+        try
+        {
+            m_document->save(m_path);
+        }
+        catch (...)
+        {
+            // Whatever comes of it, the filer closes and says so (quirk 73).
+        }
+    }
     popWorkingNode();
     m_document = IXMLDOMDocumentPtr();
     if (!writing)
@@ -131,11 +149,17 @@ OKT_ANSWER_ZERO
 void OKTXmlFiler::pushWorkingNode(IXMLDOMElementPtr const &element)
 try
 {
+    push(element);
+}
+OKT_ANSWER_NOTHING
+
+// Raises where there is no memory: the operation that opens an element must not say that it did.
+void OKTXmlFiler::push(IXMLDOMElementPtr const &element)
+{
     m_nextObject = IXMLDOMNodePtr();
     if (element)
         m_workingNodes.append(element);
 }
-OKT_ANSWER_NOTHING
 
 // --- Writing ---
 
@@ -163,7 +187,7 @@ bool OKTXmlFiler::beginElement(CString const &tag, std::initializer_list<Attribu
     for (Attribute const &attribute : attributes)
         if (!addAttribute(element, attribute.name, attribute.text))
             return false;
-    pushWorkingNode(element);
+    push(element);
     return true;
 }
 
@@ -368,7 +392,7 @@ try
     bool const found = findText(name, kString, text);
     if (found)
         value = text;
-    setReadingStalled(!found); // a miss is a miss every time
+    setReadingStalled(!found && typeid(*this) == typeid(OKTXmlFiler)); // a miss is a miss every time
     return found;
 }
 OKT_ANSWER_ZERO
@@ -513,7 +537,7 @@ try
     {
         if (!child->isNamed(tag) || !attributeText(child, kind, text) || text != className)
             continue;
-        pushWorkingNode(child->element());
+        push(child->element());
         return true;
     }
     return false;
@@ -545,7 +569,7 @@ try
     {
         if (!child->isNamed(tag) || !attributeText(child, kind, text) || _wtol(text.GetString()) != section)
             continue;
-        pushWorkingNode(child->element());
+        push(child->element());
         return true;
     }
     return false;
@@ -571,7 +595,7 @@ try
     {
         if (!child->isNamed(tag) || !attributeText(child, kind, text) || text != name)
             continue;
-        pushWorkingNode(child->element());
+        push(child->element());
         m_mapCursor = child->firstChild();
         return true;
     }

@@ -99,6 +99,7 @@ protected:
     void pushWorkingNode(OktXml::IXMLDOMElementPtr const &element);
 
 private:
+    void push(OktXml::IXMLDOMElementPtr const &element);
     bool CreateClass(CString tag, CString className, int version);
     struct Attribute
     {

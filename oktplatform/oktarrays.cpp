@@ -154,7 +154,10 @@ void CByteArray::grow(int count)
     if (count > kMaxSize - m_size)
         throw std::length_error("CByteArray");
     int const step = std::max(m_growBy, m_size < kSmall ? m_size / 2 : m_size < kLarge ? m_size / 8 : m_size / 16);
-    reallocate(std::max(m_size + count, step > kMaxSize - m_size ? kMaxSize : m_size + step));
+    int const needed = m_size + count;
+    int const wanted = std::max(needed, step > kMaxSize - m_size ? kMaxSize : m_size + step);
+    if (wanted == needed || !tryReallocate(wanted))
+        reallocate(needed);
 }
 
 void CByteArray::checkIndex(int index) const
@@ -229,7 +232,7 @@ void CByteArray::FreeExtra()
     if (m_size == 0)
         RemoveAll();
     else if (m_size < m_capacity)
-        reallocate(m_size);
+        tryReallocate(m_size); // or keeps what it has
 }
 
 void CByteArray::Reserve(int capacity) noexcept

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <string>
 
 namespace
@@ -133,6 +134,14 @@ ThreadPage threadPage()
     return known;
 }
 
+/// The thread's own page is known: where it cannot be opened, memory is lacking, and 0 would make an empty text of any.
+int unknownPage(UINT page)
+{
+    if (page == threadPage().number)
+        throw std::bad_alloc();
+    return 0;
+}
+
 UINT resolve(UINT codePage) { return codePage == CP_ACP || codePage == CP_THREAD_ACP ? threadPage().number : codePage; }
 } // namespace
 
@@ -175,7 +184,7 @@ int OktToMultiByte(UINT codePage, WCHAR const *text, int length, char *target, i
         std::size_t needed = 0;
         if (!OktSystem::toCodePage(page, place, static_cast<std::size_t>(end - place), substitute, substituted, sink.place(),
                                    sink.room(), needed))
-            return 0;
+            return unknownPage(page);
         sink.skip(needed);
     }
     if (usedDefault != nullptr)
@@ -216,7 +225,7 @@ int OktToWideChar(UINT codePage, char const *text, int length, WCHAR *target, in
     {
         std::size_t needed = 0;
         if (!OktSystem::fromCodePage(page, place, static_cast<std::size_t>(end - place), sink.place(), sink.room(), needed))
-            return 0;
+            return unknownPage(page);
         sink.skip(needed);
     }
     return sink.result();

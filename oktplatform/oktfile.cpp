@@ -37,12 +37,16 @@ CFile::~CFile()
         OktSystem::closeFile(m_handle);
 }
 
-bool CFile::Open(CString const &path, UINT flags, CFileException *error)
+bool CFile::Open(CString const &path, UINT flags, CFileException *error) { return OpenWithRoom(path, flags, 0, error); }
+
+bool CFile::OpenWithRoom(CString const &path, UINT flags, ULONGLONG room, CFileException *error)
 {
     std::intptr_t handle = kClosed;
-    int const result = m_handle != kClosed ? OktSystem::alreadyOpenError()
-                                           : OktSystem::openFile(path.GetString(), static_cast<std::size_t>(path.GetLength()),
-                                                                 requestOf(flags), handle);
+    OktSystem::FileRequest request = requestOf(flags);
+    request.room = room;
+    int const result = m_handle != kClosed
+                           ? OktSystem::alreadyOpenError()
+                           : OktSystem::openFile(path.GetString(), static_cast<std::size_t>(path.GetLength()), request, handle);
     if (error != nullptr)
         error->m_lOsError = result;
     if (result != 0)

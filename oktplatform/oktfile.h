@@ -42,6 +42,9 @@ public:
 
     /// False: the system refuses, the path is a folder, or the lock is held. `error`, if given, gets the system's number.
     bool Open(CString const &path, UINT flags, CFileException *error = nullptr);
+    /// Open for a file that is to take `room` bytes: with modeCreate, room for them is found on the disk before a file that exists is
+    /// cut, where the system can tell. False: there is none, and the file is as it was.
+    bool OpenWithRoom(CString const &path, UINT flags, ULONGLONG room, CFileException *error = nullptr);
     /// Throws CFileException when the system reports a late write failure.
     void Close();
 

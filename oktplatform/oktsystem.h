@@ -14,16 +14,9 @@ using Unit = wchar_t;
 using Unit = char16_t;
 #endif
 
-/// Whether an object of a thread may have a destructor. Not with MinGW, whose threads give their memory back first, and run the
-/// destructors of the objects in it behind that.
-#if defined(__MINGW32__)
-inline constexpr bool kThreadObjectsMayEnd = false;
-#else
-inline constexpr bool kThreadObjectsMayEnd = true;
-#endif
-
-/// Where they may not: the library's one object of the calling thread, which is made at the first call and ends with the thread
-/// or the library. Null: it could not be made, or the library ends.
+/// The library's one object of the calling thread, which is made at the first call and ends with the thread or the library. Null:
+/// it could not be made, or the library ends. (A thread_local object with a destructor ends the process when there is no memory to
+/// enter the destructor; with MinGW it is destroyed behind the thread's memory.)
 void *threadObject(void *(*make)(), void (*end)(void *));
 
 /// The decimal point of the current numeric locale: as the runtime library prints it, and as one unit.
@@ -70,8 +63,9 @@ enum class FileAccess
 struct FileRequest
 {
     FileAccess access = FileAccess::Read;
-    bool create = false;   ///< make the file when it is missing
-    bool truncate = false; ///< cut it to length 0, once it is locked
+    bool create = false;    ///< make the file when it is missing
+    bool truncate = false;  ///< cut it to length 0, once it is locked and has room
+    std::uint64_t room = 0; ///< bytes that it is going to take; no room on the disk for them leaves a file that is there uncut
     // What others may do meanwhile, where the system knows sharing modes.
     bool sharesReading = false;
     bool sharesWriting = false;

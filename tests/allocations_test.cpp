@@ -299,7 +299,7 @@ TEST(Allocations, ListNames_NoneAfterTheFirstOnTheThread)
         OKTListNames names(u"m_tabCategory");
         names.at(99);
         later = counter.count() - first;
-        last = names.at(99'999);
+        last = *names.at(99'999);
     }).join();
     EXPECT_LE(first, 2u);
     EXPECT_EQ(later, 0u);

@@ -110,12 +110,14 @@ TEST(CrashHandlerZero, ZeroResult_EachKind_IsItsZero)
     EXPECT_EQ(static_cast<OKTDbObjectId>(OKTZeroResult()), OKTDbObjectId());
 }
 
-TEST(CrashHandlerZero, SourceStem_FileName_BackslashAndNameWithoutEnding)
+TEST(CrashHandlerZero, ReportText_FileNameAndLine_NameWithoutEndingBehindBackslash)
 {
-    static constexpr OKTSourceStem stem(L"oktdbpool.cpp");
-    EXPECT_STREQ(stem.text, L"\\oktdbpool");
-    static constexpr OKTSourceStem bare(L"oktdbpool");
-    EXPECT_STREQ(bare.text, L"\\oktdbpool");
+    static constexpr OKTReportText report(u"oktdbpool.cpp", 1207);
+    EXPECT_EQ(CString(report.text), u"\n\\oktdbpool@1207");
+    static constexpr OKTReportText bare(u"oktdbpool", 9);
+    EXPECT_EQ(CString(bare.text), u"\n\\oktdbpool@9");
+    static constexpr OKTReportText round(u"a.b.c", 1000);
+    EXPECT_EQ(CString(round.text), u"\n\\a@1000");
 }
 
 // --- What a caller sees of an exception --------------------------------------------------------------------------------------

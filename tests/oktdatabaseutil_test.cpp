@@ -180,7 +180,7 @@ class QuantityExpressionCommaLocale : public ::testing::TestWithParam<Expression
 {
 };
 
-TEST_P(QuantityExpressionCommaLocale, ConvertExpresion_Row_NumbersFollowTheLocale)
+TEST_P(QuantityExpressionCommaLocale, ConvertExpresion_Row_NumbersFollowTheLocale_Quirk94)
 {
     NumericLocale const comma(NumericLocale::kComma);
     ASSERT_TRUE(comma.isThere());

@@ -1287,3 +1287,38 @@ TEST_F(ParameterTest, SetValue_ParameterHoldsALockedArray_OneReportEachAndTheArr
     EXPECT_EQ(parameter.ListIndex(), 1);
 }
 } // namespace
+
+TEST(OKTDbParameterOverloads, SetValue_OtherFormsOfATextInADerivedClass_ReachItsOverloads)
+{
+    class Listening : public OKTDbParameter
+    {
+    public:
+        using OKTDbParameter::setValue;
+        void setValue(CString const &value, int const &listIndex) override
+        {
+            texts.push_back(value.ToUtf8());
+            OKTDbParameter::setValue(value, listIndex);
+        }
+        void setValue(wchar_t const *value, int const &listIndex) override
+        {
+            texts.push_back(value == nullptr ? "null" : "wide " + CString(value).ToUtf8());
+            OKTDbParameter::setValue(value, listIndex);
+        }
+        std::vector<std::string> texts;
+    };
+    Listening parameter;
+    parameter.setValue(u"units", 1);
+    EXPECT_EQ(CString(parameter.Value().bstrVal), u"units");
+    EXPECT_EQ(parameter.ListIndex(), 1);
+    parameter.setValue("bytes", 2);
+    EXPECT_EQ(CString(parameter.Value().bstrVal), u"bytes");
+    EXPECT_EQ(parameter.ListIndex(), 2);
+    parameter.setValue(L"wide", 3);
+    parameter.setValue(nullptr, 4);
+    EXPECT_EQ(parameter.Value().vt, VT_BSTR);
+    EXPECT_EQ(parameter.Value().bstrVal, nullptr);
+    parameter.setValue(static_cast<char16_t const *>(nullptr), 5);
+    parameter.setValue(static_cast<char const *>(nullptr), 6);
+    EXPECT_EQ(parameter.ListIndex(), 6);
+    EXPECT_EQ(parameter.texts, (std::vector<std::string>{"units", "bytes", "wide wide", "null", "null", "null"}));
+}

@@ -615,3 +615,57 @@ TEST_F(PictureTest, XmlIn_MemberFails_1AndTheOthersAreStillRead)
     EXPECT_THAT(count.calls(), testing::Contains("readPoint3d m_vecUp"));
 }
 } // namespace
+
+namespace
+{
+/// A client's filer whose base has nothing for every other string: it has the chunks itself.
+class HalfFiler : public OKTMemoryFiler
+{
+public:
+    bool readString(CString const &name, CString &value) override
+    {
+        ++asked;
+        if ((asked == 1 || asked % 2 == 0) && OKTMemoryFiler::readString(name, value))
+            return true;
+        value = u"QUJD"; // ABC
+        return true;
+    }
+    bool readInt(CString const &name, int &value) override
+    {
+        if (CString(name) != u"nChunckNumber")
+            return OKTMemoryFiler::readInt(name, value);
+        value = 9;
+        return true;
+    }
+    int asked = 0;
+};
+
+/// The same, but it fails along with its base.
+class FailingHalfFiler : public HalfFiler
+{
+public:
+    bool readString(CString const &name, CString &value) override
+    {
+        ++asked;
+        if (asked == 1 || asked % 2 == 0)
+            return OKTMemoryFiler::readString(name, value);
+        value = u"QUJD";
+        return asked % 4 == 1;
+    }
+};
+} // namespace
+
+TEST_F(PictureTest, XmlIn_DerivedFilerWhoseBaseHasStalled_EveryChunkIsAskedFor)
+{
+    CByteArray const image = written(OKTDbPicture());
+    for (bool const fails : {false, true})
+    {
+        HalfFiler patient;
+        FailingHalfFiler failing;
+        HalfFiler &filer = fails ? failing : patient;
+        filer.loadFiler(image);
+        OKTDbPicture picture;
+        EXPECT_EQ(picture.xmlIn(&filer), fails ? eFilerMemberFailed : eFilerOk);
+        EXPECT_EQ(filer.asked, 10);
+    }
+}

@@ -1432,6 +1432,7 @@ TEST_F(PoolFileTest, ResetObject_Parameter_IsAsNewAndKeepsAddressAndId)
 
     ASSERT_TRUE(pool.resetObject(id));
 
+    EXPECT_EQ(parameter->Value().llVal, 0); // no byte of the double is left beside the number
     EXPECT_EQ(object(pool, textOf(id).c_str()), parameter);
     EXPECT_EQ(parameter->objectId(), id);
     EXPECT_EQ(parameter->objectId().getPool(), &pool);
@@ -1445,6 +1446,35 @@ TEST_F(PoolFileTest, ResetObject_Parameter_IsAsNewAndKeepsAddressAndId)
     EXPECT_EQ(parameter->Expression(), u"");
     EXPECT_EQ(parameter->Description(), u"");
     EXPECT_EQ(parameter->TabParams().getSize(), 0);
+}
+
+TEST_F(PoolFileTest, ResetObject_ParameterOfEachKind_AllBytesOfTheValueAreAsNew)
+{
+    OKTDbPool pool;
+    auto *const parameter = new OKTDbParameter(6, pool.objectId());
+    pool.appendObject(parameter);
+    tagVARIANT fresh = OKTDbParameter().Value();
+    auto const reset = [&] {
+        EXPECT_TRUE(pool.resetObject(parameter->objectId()));
+        tagVARIANT const value = parameter->Value();
+        EXPECT_EQ(value.vt, fresh.vt);
+        EXPECT_EQ(value.llVal, fresh.llVal);
+    };
+    parameter->setValue(-1.5e300, 1);
+    reset();
+    parameter->setValue(true, 1);
+    reset();
+    parameter->setValue(u"a text, which goes member by member", 1);
+    reset();
+    // A client's class that is derived goes member by member too.
+    class Derived : public OKTDbParameter
+    {
+    };
+    auto *const derived = new Derived;
+    pool.appendObject(derived);
+    derived->setValue(-1.5e300, 1);
+    EXPECT_TRUE(pool.resetObject(derived->objectId()));
+    EXPECT_EQ(derived->Value().llVal, 0);
 }
 
 TEST_F(PoolFileTest, ResetObject_OtherClasses_AreAsNew)

@@ -6,6 +6,7 @@
 #include <oktdatabase/oktdbrelation.h>
 #include <oktdatabase/oktgexyz.h>
 
+#include "support/alloccount.h"
 #include "support/hexbytes.h"
 #include "support/numericlocale.h"
 #include "support/printers.h"
@@ -913,5 +914,26 @@ TEST_F(OKTXmlFilerTest, CloseFiler_PathThatCannotBeWritten_TrueWithoutAWord_Quir
         EXPECT_FALSE(filer.CloseFiler()) << path;
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(reports.count(), 0u);
+}
+
+TEST_F(OKTXmlFilerTest, CloseFiler_NoMemoryForTheSave_TrueAndClosed_Quirk73)
+{
+    ReportCatcher const reports;
+    bool struck = true;
+    for (std::size_t passed = 0; struck; ++passed)
+    {
+        OKTXmlFiler filer;
+        ASSERT_TRUE(filer.NewFiler(m_folder.path("short.xml"), true));
+        ASSERT_TRUE(filer.writeString(u"s", u"text"));
+        bool closed;
+        {
+            AllocationFault const fault(passed);
+            closed = filer.CloseFiler();
+            struck = fault.struck();
+        }
+        EXPECT_TRUE(closed) << passed;
+        EXPECT_FALSE(filer.CloseFiler()) << passed;
+    }
     EXPECT_EQ(reports.count(), 0u);
 }

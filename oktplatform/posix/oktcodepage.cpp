@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <iconv.h>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -243,13 +244,23 @@ bool OktSystem::fromCodePage(unsigned int page, char const *text, std::size_t le
 
 int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, char *target, int size, char const *defaultChar,
                         BOOL *usedDefault)
+try
 {
     return OktToMultiByte(codePage, text, length, target, size, defaultChar, usedDefault);
 }
+catch (std::bad_alloc const &)
+{
+    return 0;
+}
 
 int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHAR *target, int size)
+try
 {
     return OktToWideChar(codePage, text, length, target, size);
+}
+catch (std::bad_alloc const &)
+{
+    return 0;
 }
 
 int lstrlenW(WCHAR const *text)

@@ -2,6 +2,7 @@
 #include <oktplatform/posix/oktpath.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <limits>
 #include <string>
@@ -49,8 +50,35 @@ int openPath(char const *path, OktSystem::FileRequest request, bool &created)
     return untilDone([&] { return open(path, flags | O_CREAT, kNewFileMode); });
 }
 
+/// Finds room for that many bytes of a file whose present ones are given up, without changing its length or its bytes. Gives the
+/// system's error number, 0 also where the system knows no such thing.
+int reserveRoom([[maybe_unused]] int file, [[maybe_unused]] struct stat const &status, [[maybe_unused]] std::uint64_t room)
+{
+#if defined(FALLOC_FL_KEEP_SIZE)
+    constexpr std::uint64_t kBlock = 512; // what st_blocks counts in
+    auto const held = kBlock * static_cast<std::uint64_t>(status.st_blocks);
+    if (room <= held || room > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()))
+        return 0;
+    if (untilDone([&] { return fallocate(file, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(room)); }) == 0)
+        return 0;
+    int const error = errno;
+    if (error != ENOSPC && error != EDQUOT && error != EFBIG)
+        return 0;
+    // What was found by then goes back: cutting a file to its own length frees all behind it.
+    struct stat now = {};
+    if (fstat(file, &now) == 0 && now.st_blocks != status.st_blocks)
+    {
+        int const result = ftruncate(file, status.st_size);
+        static_cast<void>(result);
+    }
+    return error;
+#else
+    return 0;
+#endif
+}
+
 /// Makes an open descriptor ready for use: what it is, lock, length. Gives the system's error number.
-int prepare(int file, OktSystem::FileRequest request)
+int prepare(int file, OktSystem::FileRequest request, bool created)
 {
     struct stat status = {};
     if (fstat(file, &status) != 0)
@@ -68,9 +96,16 @@ int prepare(int file, OktSystem::FileRequest request)
     }
     if (untilDone([&] { return flock(file, (writes ? LOCK_EX : LOCK_SH) | LOCK_NB); }) != 0)
         return errno;
-    if (request.truncate && untilDone([&] { return ftruncate(file, 0); }) != 0)
-        return errno;
-    return 0;
+    if (!request.truncate)
+        return 0;
+    if (!created)
+    {
+        // Asked once more: only now does the file stay as it is.
+        int const error = fstat(file, &status) != 0 ? errno : reserveRoom(file, status, request.room);
+        if (error != 0)
+            return error;
+    }
+    return untilDone([&] { return ftruncate(file, 0); }) != 0 ? errno : 0;
 }
 } // namespace
 
@@ -83,7 +118,7 @@ int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest reques
     int const file = openPath(name.c_str(), request, created);
     if (file < 0)
         return errno;
-    int const error = prepare(file, request);
+    int const error = prepare(file, request, created);
     if (error == 0)
     {
         handle = file;

@@ -16,6 +16,46 @@ namespace
 {
 std::atomic<unsigned int> generation{0};
 
+/// The system's own per-thread store, which tells a thread's end. When the library ends, threads that live on keep their object.
+class ThreadSlot
+{
+public:
+    explicit ThreadSlot(void (*end)(void *)) : m_isMade(pthread_key_create(&m_key, end) == 0), m_end(end) {}
+    ThreadSlot(ThreadSlot const &) = delete;
+    ThreadSlot &operator=(ThreadSlot const &) = delete;
+    ~ThreadSlot()
+    {
+        s_isOver = true;
+        if (!m_isMade)
+            return;
+        if (void *const object = pthread_getspecific(m_key))
+            m_end(object);
+        pthread_key_delete(m_key);
+    }
+
+    static bool isOver() { return s_isOver; }
+
+    void *object(void *(*make)()) const
+    {
+        void *object = m_isMade ? pthread_getspecific(m_key) : nullptr;
+        if (object != nullptr || !m_isMade)
+            return object;
+        object = make();
+        if (object != nullptr && pthread_setspecific(m_key, object) != 0)
+        {
+            m_end(object);
+            return nullptr;
+        }
+        return object;
+    }
+
+private:
+    pthread_key_t m_key = {};
+    bool m_isMade;
+    void (*m_end)(void *);
+    inline static std::atomic<bool> s_isOver = false;
+};
+
 constexpr char kWarningPrefix[] = "OKTDatabase10: ";
 constexpr std::size_t kWarningSize = 1024; // a write of so little to a pipe is one piece
 } // namespace
@@ -45,6 +85,16 @@ unsigned int OktPosix::processGeneration()
     if (!arranged)
         return generation.fetch_add(1, std::memory_order_relaxed); // forks go unseen, so that nothing may be kept
     return generation.load(std::memory_order_relaxed);
+}
+
+// --- Threads -----------------------------------------------------------------------------------------------------------------
+
+void *OktSystem::threadObject(void *(*make)(), void (*end)(void *))
+{
+    if (ThreadSlot::isOver())
+        return nullptr;
+    static ThreadSlot const slot(end);
+    return slot.object(make);
 }
 
 // --- Locale ------------------------------------------------------------------------------------------------------------------

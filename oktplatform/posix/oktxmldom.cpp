@@ -112,7 +112,7 @@ std::string contentOf(xmlNodePtr attribute)
         return {};
     if (only->next == nullptr && only->type == XML_TEXT_NODE)
         return std::string(viewOf(only->content));
-    std::unique_ptr<xmlChar, void (*)(void *)> const text(xmlNodeListGetString(attribute->doc, only, 1), xmlFree);
+    std::unique_ptr<xmlChar, void (*)(void *)> const text(needed(xmlNodeListGetString(attribute->doc, only, 1)), xmlFree);
     return std::string(viewOf(text.get()));
 }
 
@@ -410,7 +410,10 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     OktXmlTree read;
     read.document = xmlCtxtReadIO(parser, &readFile, &closeNothing, &file, nullptr, nullptr, kOptions);
+    bool const hadMemory = parser->errNo != XML_ERR_NO_MEMORY && parser->lastError.code != XML_ERR_NO_MEMORY;
     xmlFreeParserCtxt(parser);
+    if (!hadMemory)
+        throw std::bad_alloc();
     if (read.document == nullptr || !tidy(read.document))
         return S_FALSE;
     addInstruction(read.document);

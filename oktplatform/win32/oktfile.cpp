@@ -35,9 +35,25 @@ DWORD sharingOf(OktSystem::FileRequest request)
 
 DWORD makingOf(OktSystem::FileRequest request)
 {
-    if (request.truncate)
+    if (request.truncate && request.room == 0)
         return CREATE_ALWAYS;
     return request.create ? OPEN_ALWAYS : OPEN_EXISTING;
+}
+
+/// Finds room for that many bytes, without changing the file's length or its bytes, and cuts it then.
+int cutWithRoom(HANDLE file, std::uint64_t room, bool isNew)
+{
+    LARGE_INTEGER length;
+    if (!isNew && GetFileSizeEx(file, &length) && room > static_cast<std::uint64_t>(length.QuadPart))
+    {
+        FILE_ALLOCATION_INFO wanted = {};
+        wanted.AllocationSize.QuadPart = static_cast<LONGLONG>(room);
+        if (!SetFileInformationByHandle(file, FileAllocationInfo, &wanted, sizeof wanted) &&
+            (GetLastError() == ERROR_DISK_FULL || GetLastError() == ERROR_HANDLE_DISK_FULL ||
+             GetLastError() == ERROR_DISK_QUOTA_EXCEEDED))
+            return lastError();
+    }
+    return SetEndOfFile(file) ? 0 : lastError(); // the position is the start
 }
 } // namespace
 
@@ -50,12 +66,19 @@ int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest reques
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return lastError();
+    bool const isNew = GetLastError() != ERROR_ALREADY_EXISTS;
     // A device may be written. Reading one could wait for ever.
     if (request.access != FileAccess::Write && GetFileType(file) != FILE_TYPE_DISK)
     {
         CloseHandle(file);
         return ERROR_INVALID_FUNCTION;
     }
+    if (request.truncate && request.room != 0 && GetFileType(file) == FILE_TYPE_DISK)
+        if (int const error = cutWithRoom(file, request.room, isNew); error != 0)
+        {
+            CloseHandle(file);
+            return error;
+        }
     handle = reinterpret_cast<std::intptr_t>(file);
     return 0;
 }

@@ -10,6 +10,14 @@
 #include <string>
 #include <string_view>
 
+#if defined(__linux__)
+#include "support/diskroom.h"
+
+#include <oktdatabase/oktmemoryfiler.h>
+
+#include <sched.h>
+#include <sys/mount.h>
+#endif
 #if !defined(_WIN32)
 #include <csignal>
 #include <dirent.h>
@@ -432,6 +440,114 @@ TEST_F(File, Descriptor_IsNotHandedToOtherPrograms)
     }
     closedir(folder);
     EXPECT_EQ(seen, 1);
+}
+
+#endif
+
+// --- Room on the disk --------------------------------------------------------------------------------------------------------
+
+#if defined(__linux__)
+
+namespace
+{
+bool openWithRoom(CString const &path, ULONGLONG room, int &error)
+{
+    CFile file;
+    CFileException told(-1);
+    bool const opened = file.OpenWithRoom(path, kCreate, room, &told);
+    error = told.m_lOsError;
+    return opened;
+}
+} // namespace
+
+TEST_F(File, OpenWithRoom_NoRoomForAFileThatExists_RefusedAndTheFileStays)
+{
+    CString const path = m_folder.path("old");
+    put("old", "what was there");
+    for (int const refusal : {ENOSPC, EDQUOT, EFBIG})
+    {
+        NoDiskRoom const full(refusal);
+        int error = 0;
+        EXPECT_FALSE(openWithRoom(path, 1'000'000, error));
+        EXPECT_EQ(error, refusal);
+        EXPECT_EQ(NoDiskRoom::asked(), 1);
+        EXPECT_EQ(textAt(path), "what was there");
+    }
+}
+
+TEST_F(File, OpenWithRoom_SystemWithoutReservation_OpensAndCuts)
+{
+    CString const path = m_folder.path("old");
+    for (int const refusal : {EOPNOTSUPP, ENOSYS, EINVAL, EPERM})
+    {
+        put("old", "what was there");
+        NoDiskRoom const unknown(refusal);
+        int error = -1;
+        EXPECT_TRUE(openWithRoom(path, 1'000'000, error)) << refusal;
+        EXPECT_EQ(error, 0);
+        EXPECT_EQ(textAt(path), "");
+    }
+}
+
+TEST_F(File, OpenWithRoom_NewFileOrRoomEnough_NothingIsAsked)
+{
+    NoDiskRoom const full(ENOSPC);
+    int error = -1;
+    EXPECT_TRUE(openWithRoom(m_folder.path("new"), 1'000'000, error)); // writing tells
+    CString const path = m_folder.path("old");
+    put("old", std::string(100'000, 'x'));
+    EXPECT_TRUE(openWithRoom(path, 90'000, error));
+    EXPECT_EQ(NoDiskRoom::asked(), 0);
+    EXPECT_EQ(textAt(path), "");
+}
+
+TEST_F(File, OpenWithRoom_Succeeds_LengthIsZeroAndOnlyThen)
+{
+    CString const path = m_folder.path("old");
+    put("old", "what was there");
+    {
+        CFile file;
+        ASSERT_TRUE(file.OpenWithRoom(path, kCreate, 1'000'000));
+        EXPECT_EQ(file.GetLength(), 0u);
+        file.Write("new", 3);
+    }
+    EXPECT_EQ(textAt(path), "new");
+}
+
+// A real disk that is full: one of 64 KB in the memory of a child process, which no other process sees.
+TEST_F(File, SaveFiler_FullDisk_FalseAndTheOldFileIsWhole)
+{
+    std::string const folder = m_folder.path("disk").ToUtf8();
+    ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+    pid_t const child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+    {
+        if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+            _exit(10);
+        if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 && errno != EINVAL)
+            _exit(11);
+        if (mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k") != 0)
+            _exit(12);
+        CString const path = m_folder.path("disk/template.okt");
+        CByteArray const good = bytesOf(std::string(20'000, 'g'));
+        CByteArray large;
+        large.SetSize(100'000);
+        if (!OKTMemoryFiler::saveFiler(path, good))
+            _exit(13);
+        if (OKTMemoryFiler::saveFiler(path, large))
+            _exit(14);
+        if (textAt(path) != std::string(20'000, 'g'))
+            _exit(15);
+        CByteArray const fits = bytesOf(std::string(50'000, 'f')); // what the refused one had found is free again
+        if (!OKTMemoryFiler::saveFiler(path, fits) || textAt(path) != std::string(50'000, 'f'))
+            _exit(16);
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 #endif

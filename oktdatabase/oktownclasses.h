@@ -1,0 +1,14 @@
+#pragma once
+
+class OKTDbObject;
+class OKTRuntimeClass;
+
+// The stored classes of this library itself, as opposed to those of client modules: they change no pool while they are written and
+// never look at the translation of ids, so that a save and a clone may take shorter ways with their objects. Not installed.
+
+/// The descriptor of one of them. None is, before the library is initialised.
+bool OktIsOwnClass(OKTRuntimeClass const &descriptor);
+/// An object of exactly that class: a class that derives from it without a descriptor of its own is no own class.
+bool OktIsOwnObject(OKTDbObject const &object);
+/// All descriptors made so far are the library's own.
+void OktEndOwnClasses();

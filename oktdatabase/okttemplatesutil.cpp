@@ -1,0 +1,3 @@
+#include <oktdatabase/okttemplatesutil.h>
+
+OKTTemplatesUtil &OKTTemplatesUtil::operator=(OKTTemplatesUtil const &) = default;

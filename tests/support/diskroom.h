@@ -1,0 +1,14 @@
+#pragma once
+
+/// While one lives, the disk has no room to reserve for this process: the system's call that does it answers with that error. It
+/// counts what it was asked. One at a time; not where the system has no such call.
+class NoDiskRoom
+{
+public:
+    explicit NoDiskRoom(int error);
+    NoDiskRoom(NoDiskRoom const &) = delete;
+    NoDiskRoom &operator=(NoDiskRoom const &) = delete;
+    ~NoDiskRoom();
+
+    static int asked();
+};
