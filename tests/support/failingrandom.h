@@ -10,3 +10,14 @@ public:
     FailingRandom &operator=(FailingRandom const &) = delete;
     ~FailingRandom();
 };
+
+/// While one lives, the system's random source gives the same bytes each time. A new thread makes the same ids of them on every run.
+/// Where the system makes the ids, they stay random.
+class RepeatedRandom
+{
+public:
+    RepeatedRandom();
+    RepeatedRandom(RepeatedRandom const &) = delete;
+    RepeatedRandom &operator=(RepeatedRandom const &) = delete;
+    ~RepeatedRandom();
+};

@@ -1,0 +1,347 @@
+#include "support/shortage.h"
+
+#include "support/spareblock.h"
+
+#include <oktdatabase/oktcrashhandler.h>
+#include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktframe.h>
+#include <oktplatform/oktwarning.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+#include <map>
+#include <numeric>
+#include <set>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <libxml/xmlerror.h>
+#endif
+
+namespace
+{
+// --- Reports -----------------------------------------------------------------------------------------------------------------
+
+constexpr std::size_t kReportRoom = 256;
+std::size_t g_reports = 0;
+WCHAR g_report[kReportRoom];
+std::size_t g_reportLength = 0;
+
+void countReport(CString const &text)
+{
+    ++g_reports;
+    OktTextView const units = text.View();
+    g_reportLength = std::min(units.size(), kReportRoom);
+    std::copy_n(units.data(), g_reportLength, g_report);
+}
+
+// --- What is tried -----------------------------------------------------------------------------------------------------------
+
+char g_tried[200]; // for the message of a process that ends in the middle of it
+
+void tellAndEnd(int signal)
+{
+    std::fputs(g_tried, stderr);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+char const *nameOf(FaultKind kind)
+{
+    switch (kind)
+    {
+    case FaultKind::Once: return "the n-th allocation fails once";
+    case FaultKind::FromThere: return "the n-th allocation and all behind it fail";
+    default: return "all blocks of n bytes and more fail";
+    }
+}
+
+/// Names what is tried in case that the process ends.
+class Trial
+{
+public:
+    Trial(ShortageScenario const &scenario, char const *kind, std::size_t number)
+    {
+        std::snprintf(g_tried, sizeof g_tried, "\nthe process ended in %s, %s, n = %zu\n", scenario.name.c_str(), kind, number);
+        m_before = std::signal(SIGABRT, tellAndEnd);
+#if !defined(OKT_TESTS_UNDER_LEAK_CHECK)
+        m_beforeFault = std::signal(SIGSEGV, tellAndEnd);
+#endif
+    }
+    Trial(Trial const &) = delete;
+    Trial &operator=(Trial const &) = delete;
+    ~Trial()
+    {
+        std::signal(SIGABRT, m_before);
+#if !defined(OKT_TESTS_UNDER_LEAK_CHECK)
+        std::signal(SIGSEGV, m_beforeFault);
+#endif
+    }
+
+private:
+    void (*m_before)(int);
+#if !defined(OKT_TESTS_UNDER_LEAK_CHECK)
+    void (*m_beforeFault)(int);
+#endif
+};
+
+// --- What stays behind -------------------------------------------------------------------------------------------------------
+
+// What the library and the parser keep from one operation to the next is given up.
+void giveUpKept()
+{
+    giveUpSpareBlock();
+#if !defined(_WIN32)
+    xmlResetLastError();
+#endif
+    OKTScratchText text;
+    text.text() = CString();
+}
+
+// The first fault and the first report of a process make what stays.
+void makeFirstFault()
+{
+    AllocationFault const never(FaultKind::Large, static_cast<std::size_t>(-1));
+    ReportCounter const reports;
+    try
+    {
+        throw std::bad_alloc();
+    }
+    OKT_ANSWER_NOTHING
+}
+
+void const *tableOf(void const *object)
+{
+    void const *table = nullptr;
+    std::memcpy(&table, object, sizeof table);
+    return table;
+}
+
+std::set<void const *> g_objectTables;
+
+// An object is known by the pointer to its virtual table.
+void noteObjectTables()
+{
+    g_objectTables.clear();
+    for (auto const &[name, descriptor] : g_RuntimeClass)
+    {
+        if (descriptor == nullptr)
+            continue;
+        OKTDbObject const *const object = descriptor->CreateObject();
+        if (object != nullptr)
+            g_objectTables.insert(tableOf(object));
+        delete object;
+    }
+}
+
+bool isObject(LiveBlocks::Block const &block)
+{
+    return block.size >= sizeof(OKTDbObject) && g_objectTables.contains(tableOf(block.memory));
+}
+
+// Deletes the objects that were lost by rule, and tells what is left beside them.
+std::string takeLost(LiveBlocks const &blocks, int mayLose)
+{
+    int lost = 0;
+    for (LiveBlocks::Block block = blocks.find(isObject); block.memory != nullptr; block = blocks.find(isObject))
+    {
+        delete static_cast<OKTDbObject *>(block.memory);
+        ++lost;
+    }
+    if (!blocks.isComplete())
+        return "more blocks are in use than the test can watch";
+    if (blocks.count() > 0)
+        return std::to_string(blocks.count()) + " blocks are lost, one of them of " +
+               std::to_string(blocks.find([](LiveBlocks::Block const &) { return true; }).size) + " bytes";
+    return lost <= mayLose ? "" : std::to_string(lost) + " objects are lost";
+}
+
+// --- One fault ---------------------------------------------------------------------------------------------------------------
+
+struct Outcome
+{
+    bool struck = false;
+    std::string wrong;
+};
+
+/// Runs the scenario once. `disturb` calls what it is given while its fault lives, and answers whether that struck.
+template <typename Disturb> Outcome run(ShortageScenario const &scenario, Disturb disturb)
+{
+    giveUpKept();
+    Outcome outcome;
+    LiveBlocks const blocks;
+    scenario.prepare();
+    bool escaped = false;
+    {
+        ReportCounter const reports;
+        outcome.struck = disturb([&] {
+            try
+            {
+                scenario.perform();
+            }
+            catch (...)
+            {
+                escaped = true;
+            }
+        });
+    }
+    outcome.wrong = scenario.judge(outcome.struck);
+    giveUpKept();
+    if (outcome.wrong.empty())
+        outcome.wrong = takeLost(blocks, outcome.struck ? scenario.mayLose : 0);
+    if (escaped)
+        outcome.wrong = "an exception leaves it; " + outcome.wrong;
+    return outcome;
+}
+
+// --- All faults --------------------------------------------------------------------------------------------------------------
+
+/// What went wrong in the same way.
+struct Wrong
+{
+    std::size_t count = 0;
+    std::vector<std::size_t> first;
+    std::string text;
+    std::string place;
+};
+
+// Without its numbers.
+std::string shapeOf(std::string const &text)
+{
+    std::string shape;
+    std::copy_if(text.begin(), text.end(), std::back_inserter(shape), [](char c) { return c < '0' || c > '9'; });
+    return shape;
+}
+
+/// Which of `count` faults are tried: all, or the first and the last few and some between.
+bool isChosen(std::size_t number, std::size_t count, std::size_t most)
+{
+    constexpr std::size_t kEnds = 6;
+    if (most == 0 || count <= most || number < kEnds || number + kEnds >= count)
+        return true;
+    return number % (count / most + 1) == 0;
+}
+
+class Tries
+{
+public:
+    explicit Tries(ShortageScenario const &scenario) : m_scenario(scenario) {}
+
+    void all()
+    {
+        if (!isRightUndisturbed())
+            return;
+        std::vector<std::size_t> numbers(m_allocations);
+        std::iota(numbers.begin(), numbers.end(), std::size_t{0});
+        kind(FaultKind::Once, numbers);
+        kind(FaultKind::FromThere, numbers);
+        kind(FaultKind::Large, m_sizes);
+    }
+
+    ShortageCount const &count() const { return m_count; }
+
+private:
+    // The first run makes what a process makes once, the second tells how many allocations there are.
+    bool isRightUndisturbed()
+    {
+        auto const undisturbed = [](auto const &perform) {
+            perform();
+            return false;
+        };
+        run(m_scenario, undisturbed);
+        Outcome const outcome = run(m_scenario, undisturbed);
+        EXPECT_EQ(outcome.wrong, "") << m_scenario.name << ", undisturbed";
+        static AllocationSizes sizes;
+        run(m_scenario, [&](auto const &perform) {
+            sizes.start();
+            perform();
+            sizes.stop();
+            return false;
+        });
+        m_allocations = sizes.count();
+        m_sizes.assign(sizes.begin(), sizes.end());
+        return outcome.wrong.empty();
+    }
+
+    void kind(FaultKind kind, std::vector<std::size_t> const &numbers)
+    {
+        std::map<std::string, Wrong> wrongs;
+        std::size_t faults = 0;
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+        {
+            if (!isChosen(i, numbers.size(), m_scenario.most))
+                continue;
+            ++faults;
+            Trial const trial(m_scenario, nameOf(kind), numbers[i]);
+            Outcome const outcome = run(m_scenario, [&](auto const &perform) {
+                AllocationFault const fault(kind, numbers[i]);
+                perform();
+                return fault.struck();
+            });
+            m_count.struck += outcome.struck ? 1 : 0;
+            if (!outcome.wrong.empty())
+                note(wrongs[shapeOf(outcome.wrong)], numbers[i], outcome.wrong);
+        }
+        m_count.faults += faults;
+        for (auto const &[shape, wrong] : wrongs)
+            tell(kind, faults, wrong);
+    }
+
+    static void note(Wrong &wrong, std::size_t number, std::string const &text)
+    {
+        constexpr std::size_t kShown = 8;
+        if (wrong.count++ == 0)
+        {
+            wrong.text = text;
+            wrong.place = AllocationFault::place();
+        }
+        if (wrong.first.size() < kShown)
+            wrong.first.push_back(number);
+    }
+
+    void tell(FaultKind kind, std::size_t faults, Wrong const &wrong)
+    {
+        m_count.wrong += wrong.count;
+        std::string numbers;
+        for (std::size_t const number : wrong.first)
+            numbers += " " + std::to_string(number);
+        ADD_FAILURE() << m_scenario.name << ", " << nameOf(kind) << ": " << wrong.count << " of " << faults
+                      << " faults, n =" << numbers << (wrong.first.size() < wrong.count ? " ..." : "") << "\n  " << wrong.text
+                      << "\n  what failed first in the first of them:" << wrong.place;
+    }
+
+    ShortageScenario const &m_scenario;
+    std::size_t m_allocations = 0;
+    std::vector<std::size_t> m_sizes;
+    ShortageCount m_count;
+};
+} // namespace
+
+ReportCounter::ReportCounter()
+{
+    g_reports = 0;
+    g_reportLength = 0;
+    OktSetWarningPresenter(countReport);
+}
+
+ReportCounter::~ReportCounter() { OktSetWarningPresenter(nullptr); }
+
+std::size_t ReportCounter::count() { return g_reports; }
+
+std::string ReportCounter::lastText() { return CString(g_report, static_cast<int>(g_reportLength)).ToUtf8(); }
+
+ShortageCount forEveryFault(ShortageScenario const &scenario)
+{
+    noteObjectTables();
+    makeFirstFault();
+    Tries tries(scenario);
+    tries.all();
+    ShortageCount const count = tries.count();
+    EXPECT_TRUE(count.struck > 0 || !AllocationFault::reachesCAllocator()) << scenario.name << ": nothing failed";
+    return count;
+}
