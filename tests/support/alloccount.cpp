@@ -334,7 +334,7 @@ std::size_t PeakMemory::bytes() const { return static_cast<std::size_t>(s_peak -
 
 AllocationFault::AllocationFault(FaultKind kind, std::size_t number)
 {
-    notePlace(); // the first call asks for memory itself
+    notePlace(); // as in LiveBlocks
     s_struck = false;
     s_kind = kind;
     (kind == FaultKind::Large ? s_least : s_left) = number;
@@ -397,6 +397,7 @@ void AllocationSizes::note(std::size_t size)
 
 LiveBlocks::LiveBlocks()
 {
+    notePlace(); // the first call asks for memory itself, and keeps it
     std::fill_n(s_blocks, s_blockCount == 0 && !s_isFull ? 0 : kPlaces, Block{});
     s_blockCount = 0;
     s_isFull = false;

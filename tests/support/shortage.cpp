@@ -92,21 +92,9 @@ private:
 
 // --- What stays behind -------------------------------------------------------------------------------------------------------
 
-// What the library and the parser keep from one operation to the next is given up.
-void giveUpKept()
+// The first report of a process makes what stays.
+void makeFirstReport()
 {
-    giveUpSpareBlock();
-#if !defined(_WIN32)
-    xmlResetLastError();
-#endif
-    OKTScratchText text;
-    text.text() = CString();
-}
-
-// The first fault and the first report of a process make what stays.
-void makeFirstFault()
-{
-    AllocationFault const never(FaultKind::Large, static_cast<std::size_t>(-1));
     ReportCounter const reports;
     try
     {
@@ -322,6 +310,16 @@ private:
 };
 } // namespace
 
+void giveUpKept()
+{
+    giveUpSpareBlock();
+#if !defined(_WIN32)
+    xmlResetLastError();
+#endif
+    OKTScratchText text;
+    text.text() = CString();
+}
+
 ReportCounter::ReportCounter()
 {
     g_reports = 0;
@@ -338,7 +336,7 @@ std::string ReportCounter::lastText() { return CString(g_report, static_cast<int
 ShortageCount forEveryFault(ShortageScenario const &scenario)
 {
     noteObjectTables();
-    makeFirstFault();
+    makeFirstReport();
     Tries tries(scenario);
     tries.all();
     ShortageCount const count = tries.count();

@@ -27,6 +27,9 @@ public:
     static std::string lastText();
 };
 
+/// What the library and the parser keep from one operation to the next is given up.
+void giveUpKept();
+
 /// One operation that is tried again and again, each time with other allocations failing.
 struct ShortageScenario
 {
