@@ -31,7 +31,7 @@
 namespace
 {
 constexpr int kParameters = 100'000;
-constexpr int kSteps = 16;
+constexpr int kSteps = 12;
 constexpr std::size_t kMegabyte = 1 << 20;
 
 std::size_t addressSpace()
