@@ -74,6 +74,7 @@ bool OKTByteFiler::loadBytes(CByteArray const &source)
 try
 {
     m_borrowed = nullptr;
+    forgetOwed();
     m_buffer.RemoveAll();
     if (m_mode != 0)
         return false;
@@ -89,15 +90,19 @@ void OKTByteFiler::readInPlace(CByteArray const &source)
     m_borrowed = &source;
 }
 
-CByteArray OKTByteFiler::takeBytes() { return std::move(m_buffer); }
+CByteArray OKTByteFiler::takeBytes()
+{
+    forgetOwed();
+    return std::move(m_buffer);
+}
 
 // --- Writing ---
 
 BYTE *OKTByteFiler::extend(int count)
 {
-    if (m_borrowed != nullptr || count < 0 || count > std::numeric_limits<int>::max() - m_buffer.GetSize())
+    if (m_borrowed != nullptr || count < 0 || count > std::numeric_limits<int>::max() - m_buffer.GetSize() - m_owed)
         return nullptr;
-    return m_buffer.Extend(count);
+    return m_buffer.Extend(count, m_owed);
 }
 
 void OKTByteFiler::expectLength(std::int64_t size) noexcept
@@ -270,6 +275,64 @@ try
     return true;
 }
 OKT_ANSWER_ZERO
+
+void OKTByteFiler::forgetOwed()
+{
+    m_owed = 0;
+    m_depth = 0;
+}
+
+void OKTByteFiler::leaveFrame()
+{
+    if (m_depth == 0)
+        return; // one end too many
+    int const *const sections = sectionsOwed();
+    m_owed = std::max(m_owed - 1 - (sections == nullptr ? 0 : kSection * *sections), 0);
+    --m_depth;
+}
+
+bool OKTByteFiler::beginFrame(CString const &className, int version)
+{
+    ++m_depth;
+    ++m_owed;
+    if (int *const sections = sectionsOwed())
+    {
+        *sections = std::clamp(version, 0, kMostSections);
+        m_owed += kSection * *sections;
+    }
+    bool const done = writeClassBegin(className, version);
+    if (!done)
+        leaveFrame();
+    return done;
+}
+
+bool OKTByteFiler::beginSection(int section)
+{
+    int *const sections = sectionsOwed();
+    bool const isOwed = sections != nullptr && *sections > 0;
+    if (isOwed)
+    {
+        --*sections;
+        m_owed -= kSection;
+    }
+    ++m_owed;
+    bool const done = writeType(VarMembersBegin) && writeLong(static_cast<std::uint32_t>(section));
+    if (!done)
+        --m_owed;
+    return done;
+}
+
+bool OKTByteFiler::endSection()
+{
+    m_owed -= m_owed > 0 ? 1 : 0;
+    return writeType(VarMembersEnd);
+}
+
+bool OKTByteFiler::endFrame()
+{
+    leaveFrame();
+    return writeType(VarClassEnd);
+}
 
 bool OKTByteFiler::writeIdFrame(unsigned char const *guid)
 try

@@ -57,6 +57,13 @@ public:
     /// The place of `count` new bytes at the end, which the caller sets at once. Null, and nothing appended, when the buffer
     /// would pass 2^31 - 1 bytes. The mode is not looked at.
     BYTE *extend(int count);
+    /// The framing of a class. Nobody looks at the result of an end, and a section that cannot be begun counts as one that is not
+    /// there: so the beginning of a frame makes room for all of its framing that is to come, `version` sections and every end, or is
+    /// false. Later writes keep that room free.
+    bool beginFrame(CString const &className, int version);
+    bool beginSection(int section);
+    bool endSection();
+    bool endFrame();
     /// The buffer is about to grow to that size: where there is memory for it, it does so at once.
     void expectLength(std::int64_t size) noexcept;
     /// What lies from the position to the end; null and nothing in write mode.
@@ -122,6 +129,9 @@ private:
     static constexpr std::size_t kClassHeads = 16; // a power of two
 
     ClassHead const *classHead(CString const &className);
+    int *sectionsOwed() { return m_depth > 0 && m_depth <= kDeepest ? &m_sectionsOwed[m_depth - 1] : nullptr; }
+    void forgetOwed();
+    void leaveFrame();
 
     using TypeStack = OKTArray<_VariableType, _VariableType const &>;
 
@@ -139,5 +149,12 @@ private:
     int m_mode = 1;
     int m_position = 0;
     CByteArray const *m_borrowed = nullptr;
+    // Bytes of framing that are to come in the open frames, and the sections among them of each frame.
+    static constexpr std::size_t kDeepest = 16;
+    static constexpr int kMostSections = 64;
+    static constexpr int kSection = 7; // its beginning and its end
+    int m_owed = 0;
+    std::size_t m_depth = 0;
+    std::array<int, kDeepest> m_sectionsOwed = {};
     std::array<ClassHead, kClassHeads> m_classHeads = {};
 };

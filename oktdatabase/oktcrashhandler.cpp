@@ -35,8 +35,8 @@ public:
     CString message(wchar_t const *name, int line)
     {
         if (m_isInUse.test_and_set())
-            return kNoMemory;
-        CString text = kNoMemory;
+            return CString::OfConstant(kNoMemory);
+        CString text = CString::OfConstant(kNoMemory);
         try
         {
             text = make(name, line);
@@ -107,17 +107,31 @@ CString messageOf(wchar_t const *file, int line)
         return g_reserved.message(name, line);
     }
 }
-} // namespace
 
-OKTCrashHandler::OKTCrashHandler() : OKTCrashHandler(nullptr, 0) {}
-
-OKTCrashHandler::OKTCrashHandler(wchar_t const *file, int line) { show(messageOf(file, line)); }
-
-void OKTCrashHandler::show(CString const &message)
+void present(CString const &message)
 {
     CZnDlgWarningReport dialog(nullptr);
     dialog.setWarningMsg(message);
     dialog.DoModal();
+}
+} // namespace
+
+OKTCrashHandler::OKTCrashHandler() : OKTCrashHandler(nullptr, 0) {}
+
+OKTCrashHandler::OKTCrashHandler(wchar_t const *file, int line) { present(messageOf(file, line)); }
+
+void OKTCrashHandler::show(char16_t const *message)
+{
+    CString text = CString::OfConstant(message);
+    try
+    {
+        text = text.Owned(); // a presenter may keep it longer than a client module stays
+    }
+    catch (std::bad_alloc const &)
+    {
+        // Then it gets the constant itself.
+    }
+    present(text);
 }
 
 OKTCrashHandler::~OKTCrashHandler() = default;

@@ -18,8 +18,8 @@ public:
 
     static std::int64_t mov_rax_0();
 
-    /// Shows a report whose text is ready.
-    static void show(CString const &message);
+    /// Shows a report whose text is ready, and lies in the program or library of the handler.
+    static void show(char16_t const *message);
 };
 
 /// The zero of whatever an operation returns: false, null, 0, a default object. For a status it is the value of success.

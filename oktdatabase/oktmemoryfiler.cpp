@@ -77,28 +77,28 @@ OKTDbObjectId const &OKTMemoryFiler::replaced(OKTDbObjectId const &id) const { r
 bool OKTMemoryFiler::beginWriteClass(CString, CString className, int version)
 try
 {
-    return m_bytes.writeClassBegin(className, version);
+    return m_bytes.beginFrame(className, version);
 }
 OKT_ANSWER_ZERO
 
 bool OKTMemoryFiler::endWriteClass()
 try
 {
-    return m_bytes.writeType(VarClassEnd);
+    return m_bytes.endFrame();
 }
 OKT_ANSWER_ZERO
 
 bool OKTMemoryFiler::beginWriteMembers(int section)
 try
 {
-    return m_bytes.writeType(VarMembersBegin) && m_bytes.writeLong(static_cast<std::uint32_t>(section));
+    return m_bytes.beginSection(section);
 }
 OKT_ANSWER_ZERO
 
 bool OKTMemoryFiler::endWriteMembers()
 try
 {
-    return m_bytes.writeType(VarMembersEnd);
+    return m_bytes.endSection();
 }
 OKT_ANSWER_ZERO
 

@@ -149,12 +149,12 @@ void CByteArray::reallocate(int capacity)
         throw std::bad_alloc();
 }
 
-void CByteArray::grow(int count)
+void CByteArray::grow(int count, int spare)
 {
-    if (count > kMaxSize - m_size)
+    if (count > kMaxSize - m_size - spare)
         throw std::length_error("CByteArray");
     int const step = std::max(m_growBy, m_size < kSmall ? m_size / 2 : m_size < kLarge ? m_size / 8 : m_size / 16);
-    int const needed = m_size + count;
+    int const needed = m_size + count + spare;
     int const wanted = std::max(needed, step > kMaxSize - m_size ? kMaxSize : m_size + step);
     if (wanted == needed || !tryReallocate(wanted))
         reallocate(needed);
@@ -212,7 +212,7 @@ void CByteArray::SetSize(int size, int growBy)
     else if (size > m_size)
     {
         if (size > m_capacity)
-            grow(size - m_size);
+            grow(size - m_size, 0);
         std::memset(m_data + m_size, 0, static_cast<std::size_t>(size - m_size));
     }
     m_size = size;

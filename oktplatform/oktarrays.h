@@ -47,19 +47,19 @@ public:
     int Append(CByteArray const &other);
     void Copy(CByteArray const &other);
 
-    /// Adds `count` bytes at the end whose contents the caller sets at once, and gives their place. One comparison and one
-    /// addition while the capacity lasts. Throws std::length_error beyond 2^31 - 1 bytes.
-    BYTE *Extend(int count)
+    /// Adds `count` bytes at the end whose contents the caller sets at once, and gives their place. `spare` bytes more have room
+    /// behind them then. One comparison and one addition while the capacity lasts. Throws std::length_error beyond 2^31 - 1 bytes.
+    BYTE *Extend(int count, int spare = 0)
     {
-        if (m_capacity - m_size < count)
-            grow(count);
+        if (m_capacity - m_size - spare < count)
+            grow(count, spare);
         BYTE *const place = m_data + m_size;
         m_size += count;
         return place;
     }
 
 private:
-    void grow(int count);
+    void grow(int count, int spare);
     bool tryReallocate(int capacity) noexcept;
     void reallocate(int capacity);
     void checkIndex(int index) const;

@@ -157,6 +157,14 @@ public:
     /// Takes over one reference to a buffer. Null gives the empty text.
     explicit CString(OktTextBuffer *owned) noexcept : m_word(reinterpret_cast<std::uintptr_t>(owned)) {}
 
+    /// A zero-terminated text that outlives every copy of this one: it is wrapped, whatever memory it lies in.
+    static CString OfConstant(char16_t const *text) noexcept
+    {
+        CString wrapped;
+        wrapped.m_word.store(reinterpret_cast<std::uintptr_t>(text) | kUnits, std::memory_order_relaxed);
+        return wrapped;
+    }
+
     /// Malformed UTF-8 becomes U+FFFD, one for each maximal ill-formed subpart; a lone surrogate leaves as U+FFFD.
     static CString FromUtf8(std::string_view text);
     std::string ToUtf8() const;

@@ -157,21 +157,27 @@ void addInstruction(xmlDocPtr document)
     xmlAddPrevSibling(document->children, instruction); // there is a root
 }
 
-// While one lives, the parser tells nobody of its troubles; its results tell enough.
+// While one lives, the parser tells nobody of its troubles. Its results tell enough, but for want of memory, which they pass over.
 class Silence
 {
 public:
     Silence() : m_handler(xmlStructuredError), m_context(xmlStructuredErrorContext)
     {
-        xmlSetStructuredErrorFunc(nullptr, [](void *, xmlErrorPtr) {});
+        xmlSetStructuredErrorFunc(this, [](void *silence, xmlErrorPtr error) {
+            if (error != nullptr && error->code == XML_ERR_NO_MEMORY)
+                static_cast<Silence *>(silence)->m_hasMemory = false;
+        });
     }
     Silence(Silence const &) = delete;
     Silence &operator=(Silence const &) = delete;
     ~Silence() { xmlSetStructuredErrorFunc(m_context, m_handler); }
 
+    bool hasMemory() const { return m_hasMemory; }
+
 private:
     xmlStructuredErrorFunc m_handler;
     void *m_context;
+    bool m_hasMemory = true;
 };
 
 // Declared attributes are not looked at. Their defaults cost the parser time for every element, so their number is bounded.
@@ -219,19 +225,6 @@ int readFile(void *file, char *target, int size)
     }
 }
 
-int writeFile(void *file, char const *source, int size)
-{
-    try
-    {
-        static_cast<CFile *>(file)->Write(source, static_cast<UINT>(size));
-        return size;
-    }
-    catch (CFileException const &)
-    {
-        return -1;
-    }
-}
-
 int closeNothing(void *) { return 0; }
 
 IXMLDOMNodePtr nodePtr(std::shared_ptr<OktXmlTree> const &tree, xmlNodePtr node)
@@ -252,6 +245,7 @@ struct FreeNode
 template <typename T> OktXmlNode *detached(OktXmlTree &tree, T *made)
 {
     std::unique_ptr<xmlNode, FreeNode> node(reinterpret_cast<xmlNodePtr>(needed(made)));
+    needed(node->name); // which the library lets be missing for want of memory
     tree.detached.insert(node.get());
     return wrapped(node.release());
 }
@@ -339,7 +333,11 @@ void IXMLDOMAttribute::setText(CString const &text) const
         return;
     if (value.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         throw std::bad_alloc();
-    xmlNodePtr const content = needed(xmlNewDocTextLen(attribute->doc, xmlText(value), static_cast<int>(value.size())));
+    Silence const silence;
+    std::unique_ptr<xmlNode, FreeNode> made(
+        needed(xmlNewDocTextLen(attribute->doc, xmlText(value), static_cast<int>(value.size()))));
+    needed(made->content);
+    xmlNodePtr const content = made.release();
     content->parent = attribute;
     attribute->children = content;
     attribute->last = content;
@@ -377,7 +375,11 @@ IXMLDOMNodePtr IXMLDOMDocument::createProcessingInstruction(CString const &targe
     if (!OktXmlText::isName(target.View()))
         return nullptr;
     std::string const name = target.ToUtf8();
-    return IXMLDOMNodePtr(m_tree, detached(*m_tree, xmlNewDocPI(m_tree->document, xmlText(name), xmlText(valueText(data)))));
+    std::string const text = valueText(data);
+    Silence const silence;
+    OktXmlNode *const made = detached(*m_tree, xmlNewDocPI(m_tree->document, xmlText(name), xmlText(text)));
+    needed(raw(made)->content);
+    return IXMLDOMNodePtr(m_tree, made);
 }
 
 IXMLDOMElementPtr IXMLDOMDocument::createElement(CString const &name) const
@@ -385,6 +387,7 @@ IXMLDOMElementPtr IXMLDOMDocument::createElement(CString const &name) const
     if (!OktXmlText::isName(name.View()))
         return nullptr;
     std::string const tag = name.ToUtf8();
+    Silence const silence;
     return IXMLDOMElementPtr(m_tree, detached(*m_tree, xmlNewDocNode(m_tree->document, nullptr, xmlText(tag), nullptr)));
 }
 
@@ -393,6 +396,7 @@ IXMLDOMAttributePtr IXMLDOMDocument::createAttribute(CString const &name) const
     if (!OktXmlText::isName(name.View()))
         return nullptr;
     std::string const tag = name.ToUtf8();
+    Silence const silence;
     return IXMLDOMAttributePtr(m_tree, detached(*m_tree, xmlNewDocProp(m_tree->document, xmlText(tag), nullptr)));
 }
 
@@ -410,7 +414,7 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     OktXmlTree read;
     read.document = xmlCtxtReadIO(parser, &readFile, &closeNothing, &file, nullptr, nullptr, kOptions);
-    bool const hadMemory = parser->errNo != XML_ERR_NO_MEMORY && parser->lastError.code != XML_ERR_NO_MEMORY;
+    bool const hadMemory = silence.hasMemory() && parser->errNo != XML_ERR_NO_MEMORY;
     xmlFreeParserCtxt(parser);
     if (!hadMemory)
         throw std::bad_alloc();
@@ -421,16 +425,29 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     return S_OK;
 }
 
+// The whole text is made before a file is touched, so that one which cannot be made leaves what is there.
 HRESULT IXMLDOMDocument::save(CString const &path) const
 {
-    CFile file;
-    if (!file.Open(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite))
-        return E_FAIL;
     Silence const silence;
-    xmlSaveCtxtPtr const saver =
-        needed(xmlSaveToIO(&writeFile, &closeNothing, &file, kSavedEncoding, XML_SAVE_NO_DECL | XML_SAVE_AS_XML));
+    std::unique_ptr<xmlBuffer, void (*)(xmlBufferPtr)> const text(needed(xmlBufferCreate()), xmlBufferFree);
+    xmlSaveCtxtPtr const saver = needed(xmlSaveToBuffer(text.get(), kSavedEncoding, XML_SAVE_NO_DECL | XML_SAVE_AS_XML));
     long const written = xmlSaveDoc(saver, m_tree->document);
     int const closed = xmlSaveClose(saver);
-    return written < 0 || closed < 0 ? E_FAIL : S_OK;
+    if (written < 0 || closed < 0 || !silence.hasMemory())
+        return E_FAIL;
+    auto const size = static_cast<UINT>(xmlBufferLength(text.get()));
+    CFile file;
+    if (!file.OpenWithRoom(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite, size))
+        return E_FAIL;
+    try
+    {
+        file.Write(xmlBufferContent(text.get()), size);
+        file.Close();
+    }
+    catch (CFileException const &)
+    {
+        return E_FAIL;
+    }
+    return S_OK;
 }
 } // namespace OktXml

@@ -130,6 +130,7 @@ template <typename Filer> void readEachUnderFaults(char const *kind, PoolSize si
                 filer.reset();
                 return wrong;
             },
+            .mayTakeNone = true, // ids and numbers
             .most = most,
         });
     }

@@ -177,6 +177,7 @@ template <typename Filer> void readUnderFaults(char const *kind)
                     return "true, and the value is not whole";
                 return done || struck ? "" : "false without cause";
             },
+            .mayTakeNone = true, // numbers
         });
     }
     VariantClear(&variant);

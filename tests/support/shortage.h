@@ -43,6 +43,8 @@ struct ShortageScenario
     std::function<std::string(bool struck)> judge;
     /// Objects that the operation may lose by rule.
     int mayLose = 0;
+    /// The operation needs no memory; otherwise one that takes none is a mistake of the test.
+    bool mayTakeNone = false;
     /// Faults of each kind that are tried, spread over all there are; 0: all.
     std::size_t most = 0;
 };
