@@ -279,5 +279,6 @@ TEST(ShortageDocument, ReadXmlFile_EveryFault_FalseAndNoObject_Quirk72)
             return objects == 0 ? "" : "there are objects";
         },
         .mayLose = 2, // quirk 18, for each object of a known class
+        .losesWithMemory = true,
     });
 }

@@ -181,7 +181,7 @@ template <typename Disturb> Outcome run(ShortageScenario const &scenario, Distur
     outcome.wrong = scenario.judge(outcome.struck);
     giveUpKept();
     if (outcome.wrong.empty())
-        outcome.wrong = takeLost(blocks, outcome.struck ? scenario.mayLose : 0);
+        outcome.wrong = takeLost(blocks, outcome.struck || scenario.losesWithMemory ? scenario.mayLose : 0);
     if (escaped)
         outcome.wrong = "an exception leaves it; " + outcome.wrong;
     return outcome;

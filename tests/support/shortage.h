@@ -43,6 +43,7 @@ struct ShortageScenario
     std::function<std::string(bool struck)> judge;
     /// Objects that the operation may lose by rule.
     int mayLose = 0;
+    bool losesWithMemory = false; ///< it loses them also where nothing fails
     /// The operation needs no memory; otherwise one that takes none is a mistake of the test.
     bool mayTakeNone = false;
     /// Faults of each kind that are tried, spread over all there are; 0: all.
