@@ -200,9 +200,9 @@ inline std::string systemWords(char const *here, [[maybe_unused]] unsigned long 
 }
 
 /// The failure of a program whose standard output takes nothing.
-inline void expectOutputFailure(ProcessResult const &result, [[maybe_unused]] char const *words)
+inline void expectOutputFailure(ProcessResult const &result, [[maybe_unused]] char const *words, int exitCode = 1)
 {
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, exitCode);
     std::string const line = "okt: standard output: the output cannot be written: ";
 #if defined(_WIN32) // the words are those of the runtime library
     EXPECT_TRUE(result.err.starts_with(line)) << result.err;

@@ -148,8 +148,8 @@ TEST_F(OktExport, Output_ThatCannotBeWritten_NothingIsLeft)
     std::string const picture = path("pictures/727EC297-1483-468D-812D-A07952424387.bin");
     expectFailure(runOkt({"export", pool, "--pictures", path("pictures"), "-o", picture}),
                   picture + ": the file cannot be written: one of the pictures has this name");
-    EXPECT_TRUE(fs::remove(path("pictures"))); // and is empty
-#if !defined(_WIN32)                           // where a process can be held to a size of files
+    EXPECT_FALSE(fs::exists(path("pictures")));
+#if !defined(_WIN32) // where a process can be held to a size of files
     expectFailure(runOkt({"export", pool, "-o", path("b.json")}, ProcessOutput::Kept, 4096),
                   path("b.json") + ": the file cannot be written: File too large");
 #endif

@@ -110,7 +110,7 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
 
     for (std::string const &fault : faults)
         printError(fault);
-    makeFolder(outputFolder);
+    MadeFolder folder(outputFolder);
     for (TemplatePlan const &plan : plans.templates)
         checkWritable(outputFolder / plan.fileName, replaces);
     Progress progress(printable(pathName(outputFolder)), plans.templates.size(), "templates");
@@ -128,6 +128,7 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
         print("no " + skipped.stem + ": " + printable(skipped.reason) + "\n");
     print(std::to_string(plans.templates.size()) + " templates in " + printable(pathName(outputFolder)) + ", " +
           std::to_string(plans.skipped.size() + faults.size()) + " not made\n");
+    folder.keep();
     return faults.empty();
 }
 

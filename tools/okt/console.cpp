@@ -1,7 +1,5 @@
 #include "console.h"
 
-#include "failure.h"
-#include "files.h"
 #include "system.h"
 
 #include <atomic>
@@ -65,6 +63,11 @@ void guardStandardStreams()
     prepareStreams();
 }
 
+OutputFailed::OutputFailed(int error)
+    : std::runtime_error("standard output: the output cannot be written: " + std::generic_category().message(error))
+{
+}
+
 void print(std::string_view text)
 {
     static bool const isOnTerminal = isTerminal(Stream::Output);
@@ -77,7 +80,7 @@ void print(std::string_view text)
         return;
     if (isClosedPipe(errno))
         throw OutputClosed();
-    throw Failure("standard output", "", "the output cannot be written: " + std::generic_category().message(errno));
+    throw OutputFailed(errno);
 }
 
 void printError(std::string_view text)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -25,7 +26,15 @@ struct OutputClosed
 {
 };
 
-/// Writes to standard output, all of it, at once. Throws Failure when the system takes less than everything.
+/// Thrown by print when the system takes less than everything. No Failure: a command that tells one and goes on with the next
+/// file has nowhere left to write to, and the user is told once.
+class OutputFailed : public std::runtime_error
+{
+public:
+    explicit OutputFailed(int error);
+};
+
+/// Writes to standard output, all of it, at once. Throws OutputFailed or OutputClosed.
 void print(std::string_view text);
 /// One line on standard error: "okt: " and the text.
 void printError(std::string_view text);

@@ -39,8 +39,8 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     CByteArray const image = readInput(path);
     if (image.IsEmpty())
         throw Failure(inputName(path), "", "the file is empty");
+    PictureFolder folder(pictures, replaces); // in front of the text, which may be written into the same folder
     std::optional<OutputFile> text;
-    PictureFolder folder(pictures, replaces);
     OKTTextPutFile put;
     if (!pictures.empty())
         put = [&folder](std::string const &stem, CByteArray const &bytes) { return folder.put(stem, bytes); };
@@ -66,8 +66,7 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     text->close();
     if (folder.has(output))
         throw Failure(pathName(output), "", "the file cannot be written: one of the pictures has this name");
-    folder.commit();
-    text->commit();
+    folder.commitWith(*text);
 }
 
 /// The bar record that a template came from; nothing where a fault of the file keeps it from being had, which was told. A fault

@@ -181,7 +181,8 @@ std::string PictureFolder::put(std::string const &stem, CByteArray const &bytes)
     std::error_code ignored;
     if (fs::is_regular_file(path, ignored) && holds(path, bytes))
         return name;
-    makeFolder(m_folder);
+    if (!m_made)
+        m_made.emplace(m_folder);
     auto file = std::make_unique<OutputFile>(path, m_replaces);
     file->write({reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())});
     file->close();
@@ -196,10 +197,16 @@ bool PictureFolder::has(fs::path const &path) const
     return m_names.contains(pathName(path.filename())) && fs::equivalent(folder, m_folder, ignored);
 }
 
-void PictureFolder::commit()
+void PictureFolder::commitWith(OutputFile &text)
 {
+    std::vector<PendingFile *> pending;
     for (std::unique_ptr<OutputFile> const &file : m_files)
-        file->commit();
+        pending.push_back(&*file->m_pending);
+    if (text.m_pending)
+        pending.push_back(&*text.m_pending);
+    PendingFile::commitTogether(pending);
+    if (m_made)
+        m_made->keep();
 }
 
 } // namespace okt

@@ -35,7 +35,7 @@ public:
 private:
     std::filesystem::path m_path;
     std::string m_name;
-    std::optional<PendingFile> m_kept;
+    std::optional<TemporaryFile> m_kept;
 };
 
 /// Throws Failure where the output is the file that is read; `what` is that file in words.
@@ -61,12 +61,15 @@ public:
     void commit();
 
 private:
+    friend class PictureFolder;
+
     std::filesystem::path m_path;
     std::optional<PendingFile> m_pending;
     CFile m_file;
 };
 
-/// The folder for the pictures of a text. All of them get their names at once.
+/// The folder for the pictures of a text. All of them and the text get their names together, or none does; nothing is left of
+/// them then, and a folder that was made for them is gone.
 class PictureFolder
 {
 public:
@@ -77,12 +80,13 @@ public:
     std::string put(std::string const &stem, CByteArray const &bytes);
     /// True where one of the pictures has that path.
     bool has(std::filesystem::path const &path) const;
-    void commit();
+    void commitWith(OutputFile &text);
 
 private:
     std::filesystem::path m_folder;
     bool m_replaces;
     std::set<std::string> m_names;
+    std::optional<MadeFolder> m_made;
     std::vector<std::unique_ptr<OutputFile>> m_files;
 };
 

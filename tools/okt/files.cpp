@@ -168,25 +168,82 @@ fs::path behindLinks(fs::path path)
     return path;
 }
 
-PendingFile::PendingFile(fs::path target)
-    : m_target(std::move(target)), m_path(pathBeside(m_target)), m_halfWritten(pathName(m_path))
+TemporaryFile::TemporaryFile(fs::path const &neighbour)
+    : m_path(pathBeside(neighbour)), m_halfWritten(std::in_place, pathName(m_path))
 {
 }
 
-PendingFile::~PendingFile()
+TemporaryFile::~TemporaryFile()
 {
     std::error_code ignored;
-    fs::remove(m_path, ignored);
+    if (m_halfWritten)
+        fs::remove(m_path, ignored);
+}
+
+std::error_code PendingFile::place()
+{
+    std::error_code error;
+    if (fs::file_status const status = fs::status(m_target, error); fs::is_regular_file(status))
+        fs::permissions(path(), status.permissions(), error); // those of the file that is replaced
+    fs::rename(path(), m_target, error);
+    return error;
+}
+
+void PendingFile::refuse(std::error_code const &error, std::string const &more) const
+{
+    throw Failure(pathName(m_target), "", "the file cannot be put in place: " + error.message() + more);
 }
 
 void PendingFile::commit()
 {
+    if (std::error_code const error = place())
+        refuse(error);
+}
+
+/// The file keeps its own name meanwhile, so that it is never without one.
+std::error_code PendingFile::keepPrevious()
+{
     std::error_code error;
-    if (fs::file_status const status = fs::status(m_target, error); fs::is_regular_file(status))
-        fs::permissions(m_path, status.permissions(), error); // those of the file that is replaced
-    fs::rename(m_path, m_target, error);
+    if (!fs::is_regular_file(m_target, error))
+        return {};
+    m_previous.emplace(m_target);
+    fs::create_hard_link(m_target, m_previous->path(), error);
+    if (error) // not every file system has such links
+        fs::copy_file(m_target, m_previous->path(), error);
+    return error;
+}
+
+/// False: what the target was could not be given its name back, and stays under the other one.
+bool PendingFile::takeBack()
+{
+    std::error_code error;
+    if (!m_previous)
+    {
+        fs::remove(m_target, error);
+        return true;
+    }
+    fs::rename(m_previous->path(), m_target, error);
     if (error)
-        throw Failure(pathName(m_target), "", "the file cannot be put in place: " + error.message());
+        m_previous->keep();
+    return !error;
+}
+
+void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
+{
+    for (std::size_t i = 0; i + 1 < files.size(); ++i) // when the last one fails, it has replaced nothing
+        if (std::error_code const error = files[i]->keepPrevious())
+            files[i]->refuse(error);
+    for (std::size_t done = 0; done < files.size(); ++done)
+    {
+        std::error_code const error = files[done]->place();
+        if (!error)
+            continue;
+        std::string lost;
+        for (std::size_t i = done; i-- > 0;)
+            if (!files[i]->takeBack())
+                lost += "; what " + pathName(files[i]->m_target) + " was is in " + pathName(files[i]->m_previous->path());
+        files[done]->refuse(error, lost);
+    }
 }
 
 void checkReplaceable(fs::path const &path)
@@ -211,7 +268,9 @@ void checkReplaceable(fs::path const &path)
         throw Failure(name, "", openFailure(refused.m_lOsError));
 }
 
-void makeFolder(fs::path const &path)
+MadeFolder::Made::Made(fs::path const &folder) : path(folder), halfWritten(pathName(folder)) {}
+
+MadeFolder::MadeFolder(fs::path const &path)
 {
     checkName(path);
     std::error_code error;
@@ -219,9 +278,22 @@ void makeFolder(fs::path const &path)
         return;
     if (fs::exists(path, error))
         throw Failure(pathName(path), "", "the output folder cannot be made: a file has this name");
+    std::vector<fs::path> missing;
+    for (fs::path folder = path; folder.has_relative_path() && !fs::exists(folder, error); folder = folder.parent_path())
+        missing.push_back(folder);
+    std::for_each(missing.rbegin(), missing.rend(), [this](fs::path const &folder) { m_made.emplace_back(folder); });
     fs::create_directories(path, error);
-    if (error)
-        throw Failure(pathName(path), "", "the output folder cannot be made: " + error.message());
+    if (!error)
+        return;
+    removeEmpty();
+    throw Failure(pathName(path), "", "the output folder cannot be made: " + error.message());
+}
+
+void MadeFolder::removeEmpty()
+{
+    std::error_code ignored;
+    for (; !m_made.empty(); m_made.pop_back())
+        fs::remove(m_made.back().path, ignored);
 }
 
 } // namespace okt

@@ -10,7 +10,7 @@ namespace okt
 /// written, and ends the process as it would have ended without us. Signals that the caller had switched off stay so.
 void handleInterrupts();
 
-/// Names a file that an interrupt is to remove, for as long as this lives.
+/// Names a file that an interrupt is to remove, or a folder where it is empty, for as long as this lives.
 class HalfWritten
 {
 public:

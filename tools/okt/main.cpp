@@ -102,6 +102,10 @@ int main(int argc, char **argv)
     {
         okt::printError(failure.what());
     }
+    catch (okt::OutputFailed const &failure)
+    {
+        okt::printError(failure.what());
+    }
     catch (std::bad_alloc const &)
     {
         okt::printError("there is not enough memory");

@@ -24,11 +24,12 @@ std::string completionFor(CLI::App const &app, std::string const &shell)
 
 void writeFile(fs::path const &path, std::string const &text)
 {
-    makeFolder(path.parent_path());
+    MadeFolder folder(path.parent_path());
     OutputFile file(path, true);
     file.write(text);
     file.close();
     file.commit();
+    folder.keep();
 }
 
 /// Everything that is installed beside the program, below a folder.

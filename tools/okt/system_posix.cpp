@@ -18,6 +18,7 @@ namespace
 extern "C" void onInterrupt(int signal)
 {
     forEachHalfWritten([](char const *path) { unlink(path); });
+    forEachHalfWritten([](char const *path) { rmdir(path); }); // folders, which are empty now
     clearStatusFromSignal();
     // The handler is gone already, so this ends the process, and its parent learns why.
     raise(signal);

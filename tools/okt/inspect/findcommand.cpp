@@ -269,7 +269,8 @@ void addFind(CommandLine &line)
     CLI::App *const command = line.app.add_subcommand(
         "find", "Searches pool files, and folders with all below them, for names, texts, values, ids and classes.\n"
                 "  okt find 'hook*' templates --name");
-    command->footer("0 found, 1 nothing found, 2 wrong usage, or nothing found and a file that cannot be read.");
+    command->footer("0 found; 1 nothing found; 2 wrong usage, an output that takes nothing, or "
+                    "nothing found and a file that cannot be read.");
     auto const options = std::make_shared<Options>();
     command
         ->add_option("PATTERN", options->pattern,
@@ -283,7 +284,10 @@ void addFind(CommandLine &line)
         command->add_flag("--name", options->namesOnly, "only in names of pools, parameters and categories");
     command->add_flag("--value", options->valuesOnly, "only in values, expressions and descriptions")->excludes(names);
     command->add_flag("-l,--files", options->filesOnly, "only the names of the files in which something is found");
-    command->callback([&line, options] { line.run = [options] { return find(*options); }; });
+    command->callback([&line, options] {
+        line.trouble = kTrouble; // 1 would say that nothing was found
+        line.run = [options] { return find(*options); };
+    });
 }
 
 } // namespace okt
