@@ -308,6 +308,39 @@ TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
     EXPECT_EQ(unseen, "");
 }
 
+/// The process is stopped again and again, so that it takes long enough for lines on however quick a machine.
+TEST_F(OktHabits, Progress_FileThatIsReadTwice_CountsItsBytes)
+{
+    using Clock = std::chrono::steady_clock;
+    setenv("TERM", "xterm", 1);
+    std::string const pool = largePool();
+    std::string const size = okt::bytesText(fs::file_size(pool));
+    Clock::time_point const begin = Clock::now();
+    ASSERT_EQ(runOkt({"verify", pool}).exitCode, 0);
+    auto const slice = (Clock::now() - begin) / 25;
+
+    Terminal terminal;
+    ASSERT_EQ(fcntl(terminal.master, F_SETFL, O_NONBLOCK), 0);
+    RunningOkt okt({"verify", pool}, {-1, -1, terminal.slave});
+    std::string shown;
+    for (int i = 0; i < 200 && shown.find(", pass 2 of 2, ") == std::string::npos; ++i)
+    {
+        std::this_thread::sleep_for(slice);
+        okt.signal(SIGSTOP);
+        std::this_thread::sleep_for(std::chrono::milliseconds(210));
+        okt.signal(SIGCONT);
+        char buffer[4096];
+        for (ssize_t count = 0; (count = read(terminal.master, buffer, sizeof buffer)) > 0;)
+            shown.append(buffer, static_cast<std::size_t>(count));
+    }
+    int const status = okt.wait();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_THAT(shown, HasSubstr(" % of " + size + ", pass 1 of 2, "));
+    EXPECT_THAT(shown, HasSubstr(" % of " + size + ", pass 2 of 2, "));
+    for (std::size_t at = shown.find(" % of "); at != std::string::npos; at = shown.find(" % of ", at + 1))
+        EXPECT_EQ(shown.substr(at + 6, size.size() + 2), size + ", ");
+}
+
 /// What a second process writes to a terminal as its standard error.
 std::string errorOf(auto action)
 {
@@ -347,7 +380,7 @@ TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
     using namespace std::chrono_literals;
     setenv("TERM", "xterm", 1);
     EXPECT_EQ(errorOf([] {
-                  okt::Progress const first("report", 10, "files");
+                  okt::Progress const first("report", 10, "templates");
                   okt::Waiting const waiting("link.okt", 0, 0ms);
                   std::this_thread::sleep_for(500ms);
               }),

@@ -10,6 +10,7 @@ using namespace okt;
 TEST(OktProgress, BytesText_Sizes_PowersOfThousand)
 {
     EXPECT_EQ(bytesText(0), "0 bytes");
+    EXPECT_EQ(bytesText(1), "1 byte");
     EXPECT_EQ(bytesText(999), "999 bytes");
     EXPECT_EQ(bytesText(1500), "1.5 kB");
     EXPECT_EQ(bytesText(34'000'000), "34 MB");
@@ -40,6 +41,15 @@ TEST(OktProgress, ProgressLine_TotalNotKnown_WhatIsDone)
 TEST(OktProgress, ProgressLine_MoreThanTheTotal_TakenAsAll)
 {
     EXPECT_EQ(progressLine("link.okt", 2000, 1000, "", 0, 2), "link.okt: 100 % of 1 kB, 1 s left");
+}
+
+TEST(OktProgress, ProgressLine_SeveralPasses_BytesOfTheFileAndTimeOfAllPasses)
+{
+    EXPECT_EQ(progressLine("link.okt", 500, 1000, "", 7, 2, {1, 2}),
+              "link.okt: 50 % of 1 kB, pass 1 of 2, 7 objects, 6 s left");
+    EXPECT_EQ(progressLine("link.okt", 0, 1000, "", 0, 4, {2, 2}), "link.okt: 0 % of 1 kB, pass 2 of 2, 4 s left");
+    EXPECT_EQ(progressLine("link.okt", 500, 1000, "", 1, 6, {2, 2}), "link.okt: 50 % of 1 kB, pass 2 of 2, 1 object, 2 s left");
+    EXPECT_EQ(progressLine("link.okt", 1000, 1000, "", 0, 6, {2, 2}), "link.okt: 100 % of 1 kB, pass 2 of 2, 1 s left");
 }
 
 TEST(OktProgress, ProgressLine_OtherPieces_Counted)

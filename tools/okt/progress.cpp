@@ -43,7 +43,7 @@ std::string timeText(double seconds)
 std::string bytesText(std::uintmax_t bytes)
 {
     if (bytes < 1000)
-        return std::to_string(bytes) + " bytes";
+        return plural(static_cast<std::int64_t>(bytes), "byte");
     static constexpr char const *kUnits[] = {"kB", "MB", "GB", "TB"};
     double value = static_cast<double>(bytes) / 1000;
     std::size_t unit = 0;
@@ -53,7 +53,7 @@ std::string bytesText(std::uintmax_t bytes)
 }
 
 std::string progressLine(std::string const &what, std::uintmax_t done, std::uintmax_t total, std::string const &unit,
-                         std::uintmax_t objects, double seconds)
+                         std::uintmax_t objects, double seconds, Pass const &pass)
 {
     auto const amount = [&unit](std::uintmax_t count) {
         return unit.empty() ? bytesText(count) : std::to_string(count) + " " + unit;
@@ -65,15 +65,18 @@ std::string progressLine(std::string const &what, std::uintmax_t done, std::uint
         line += amount(done);
     else
         line += std::to_string(static_cast<int>(part * 100)) + " % of " + amount(total);
+    if (pass.of > 1)
+        line += ", pass " + std::to_string(pass.number) + " of " + std::to_string(pass.of);
     if (objects != 0)
-        line += ", " + std::to_string(objects) + " objects";
-    if (part > 0)
-        line += ", " + timeText(seconds / part - seconds) + " left";
+        line += ", " + plural(static_cast<std::int64_t>(objects), "object");
+    double const whole = total == 0 ? 0 : (pass.number - 1 + part) / pass.of;
+    if (whole > 0)
+        line += ", " + timeText(seconds / whole - seconds) + " left";
     return line;
 }
 
-Progress::Progress(std::string what, std::uintmax_t total, std::string unit)
-    : m_what(std::move(what)), m_total(total), m_unit(std::move(unit)), m_start(Clock::now()),
+Progress::Progress(std::string what, std::uintmax_t total, std::string unit, int passes)
+    : m_what(std::move(what)), m_total(total), m_unit(std::move(unit)), m_pass{1, passes}, m_start(Clock::now()),
       m_next(std::max(firstLine(kPatience), m_start + kPause)), m_speaks(!std::exchange(g_isSpokenFor, true))
 {
 }
@@ -94,7 +97,8 @@ void Progress::at(std::uintmax_t done, std::uintmax_t objects)
     if (now < m_next)
         return;
     m_next = now + kPause;
-    showStatus(progressLine(m_what, done, m_total, m_unit, objects, std::chrono::duration<double>(now - m_start).count()));
+    double const seconds = std::chrono::duration<double>(now - m_start).count();
+    showStatus(progressLine(m_what, done, m_total, m_unit, objects, seconds, m_pass));
 }
 
 std::string waitingLine(std::string const &what, std::uintmax_t size, double seconds)

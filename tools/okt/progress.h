@@ -10,6 +10,13 @@
 namespace okt
 {
 
+/// Which of several times through the same bytes.
+struct Pass
+{
+    int number = 1;
+    int of = 1;
+};
+
 /// Tells how far something is that takes longer than a second: a line on standard error, where that is a terminal, with bytes,
 /// objects and the time that is left.
 ///
@@ -23,14 +30,16 @@ class Progress
 {
 public:
     /// `what` is printable: the file, or what is done. `total` is what counts: bytes, or pieces where `unit` names them
-    /// ("templates", "files"). 0: not known.
-    Progress(std::string what, std::uintmax_t total, std::string unit = "");
+    /// ("templates"). 0: not known. Bytes are those of the file, however many times it is gone through.
+    Progress(std::string what, std::uintmax_t total, std::string unit = "", int passes = 1);
     ~Progress();
     Progress(Progress const &) = delete;
     Progress &operator=(Progress const &) = delete;
 
-    /// `done` of the total; with objects, their number so far.
+    /// `done` of the total, in this pass; with objects, their number so far.
     void at(std::uintmax_t done, std::uintmax_t objects = 0);
+    /// What comes now counts from the start again.
+    void nextPass() { ++m_pass.number; }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -38,6 +47,7 @@ private:
     std::string m_what;
     std::uintmax_t m_total;
     std::string m_unit;
+    Pass m_pass;
     Clock::time_point m_start;
     Clock::time_point m_next; ///< when the line is to be written again
     bool m_speaks;
@@ -74,9 +84,9 @@ private:
 /// Its line: "link.okt: 1.2 GB, 12 s so far"; without a size that it does not know, 0.
 std::string waitingLine(std::string const &what, std::uintmax_t size, double seconds);
 
-/// The line: "link.okt: 34 % of 1.2 GB, 12345 objects, 12 s left".
+/// The line: "link.okt: 34 % of 1.2 GB, pass 1 of 2, 12345 objects, 12 s left". The time is that of all passes.
 std::string progressLine(std::string const &what, std::uintmax_t done, std::uintmax_t total, std::string const &unit,
-                         std::uintmax_t objects, double seconds);
+                         std::uintmax_t objects, double seconds, Pass const &pass = {});
 
 /// "999 bytes", "1.5 kB", "34 MB", "1.2 GB": powers of 1000, two digits at least.
 std::string bytesText(std::uintmax_t bytes);

@@ -52,8 +52,7 @@ int diff(Options const &options)
         options.fromGit ? poolFromGit(files[kOldFile], "a/" + files.front()) : poolOf(files[0], inputName(utf8Path(files[0])));
     DiffPool const second =
         options.fromGit ? poolFromGit(files[kNewFile], "b/" + files.front()) : poolOf(files[1], inputName(utf8Path(files[1])));
-    std::optional<Waiting> waiting(std::in_place, printable(std::string_view(second.name())),
-                                   first.bytes().size() + second.bytes().size());
+    std::optional<Waiting> waiting(std::in_place, "comparing", first.bytes().size() + second.bytes().size());
     PoolDiff const found = compare(first, second, options.byName ? MatchBy::Name : MatchBy::Id);
     std::string const text = options.asJson ? describeAsJson(found, first, second) : describe(found, first, second);
     waiting.reset();

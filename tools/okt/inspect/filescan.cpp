@@ -28,7 +28,8 @@ bool FileScan::run(std::function<void(Stretch const &)> const &onObject,
     std::uintmax_t objects = 0;
     while (std::optional<Stretch> const stretch = scan.next())
     {
-        progress.at(static_cast<std::uintmax_t>(stretch->end), ++objects);
+        objects += stretch->kind == Stretch::Kind::Object ? 1 : 0;
+        progress.at(static_cast<std::uintmax_t>(stretch->end), objects);
         if (stretch->kind == Stretch::Kind::Object)
             onObject(*stretch);
         // What follows a damaged header up to the first object is its rest.

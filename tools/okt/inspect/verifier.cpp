@@ -113,7 +113,7 @@ class Verifier
 public:
     Verifier(FileScan &scan, std::function<void(Finding const &)> const &onFinding)
         : m_source(scan.source()), m_header(scan.header()), m_onFinding(onFinding),
-          m_progress(printable(scan.name()), 2 * static_cast<std::uintmax_t>(scan.source().size()))
+          m_progress(printable(scan.name()), static_cast<std::uintmax_t>(scan.source().size()), "", 2)
     {
     }
 
@@ -122,10 +122,10 @@ public:
         structure();
         sortIds();
         header();
+        m_progress.nextPass();
         for (std::size_t i = 0; i < m_entries.size(); ++i)
         {
-            // The second time through the file.
-            m_progress.at(static_cast<std::uintmax_t>(m_source.size() + m_entries[i].begin), i);
+            m_progress.at(static_cast<std::uintmax_t>(m_entries[i].begin), i);
             object(static_cast<std::int32_t>(i));
         }
         links();

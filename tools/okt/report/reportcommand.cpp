@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <system_error>
 
@@ -29,6 +30,14 @@ struct Options
     bool replaces = false;
 };
 
+/// 0: it has no file, or cannot be read.
+std::uintmax_t sizeOf(std::string const &file)
+{
+    std::error_code error;
+    std::uintmax_t const size = file == kStandardStream ? 0 : fs::file_size(utf8Path(file), error);
+    return error ? 0 : size;
+}
+
 int report(Options const &options)
 {
     fs::path const output = utf8Path(options.output);
@@ -40,11 +49,15 @@ int report(Options const &options)
         checkWritable(output, options.replaces);
     std::optional<Progress> progress; // of one file the steps tell more
     if (options.files.size() > 1)
-        progress.emplace("report", options.files.size(), "files");
+        progress.emplace("report",
+                         std::accumulate(options.files.begin(), options.files.end(), std::uintmax_t(0),
+                                         [](std::uintmax_t sum, std::string const &file) { return sum + sizeOf(file); }));
+    std::uintmax_t done = 0;
     for (std::string const &file : options.files)
     {
         if (progress)
-            progress->at(templates.size());
+            progress->at(done);
+        done += sizeOf(file);
         fs::path const path = utf8Path(file);
         std::string fault;
         templates.push_back(factsOf(path, "t" + std::to_string(templates.size() + 1), fault));
