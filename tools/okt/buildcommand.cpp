@@ -34,13 +34,11 @@ struct Options
     bool replaces = false;
 };
 
-bool isBarTable(fs::path const &path)
-{
-    std::string const name = path.filename().string();
-    return name.starts_with("bars-") && name.ends_with(".csv");
-}
+bool hasEnding(fs::path const &path, char16_t const *ending) { return pathText(path.extension()).CompareNoCase(ending) == 0; }
 
-bool isBarRecords(fs::path const &path) { return pathText(path.extension()).CompareNoCase(u".bf2d") == 0; }
+bool isBarTable(fs::path const &path) { return pathName(path.filename()).starts_with("bars-") && hasEnding(path, u".csv"); }
+
+bool isBarRecords(fs::path const &path) { return hasEnding(path, u".bf2d"); }
 
 /// The bar tables and the files of bar records that are meant.
 std::vector<fs::path> sourcesIn(fs::path const &data)

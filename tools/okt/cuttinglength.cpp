@@ -30,7 +30,9 @@ ShapeLengths ShapeLengths::load(std::filesystem::path const &path)
     shapes.m_file = table.file();
     for (CsvRow const &row : table.rows())
     {
-        std::string const &code = table.text(row, "code");
+        std::string code = table.text(row, "code");
+        if (code.size() == 1)
+            code.insert(0, 1, '0'); // which a spreadsheet takes away from a number
         std::string const &formula = table.text(row, "length");
         try
         {

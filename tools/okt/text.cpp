@@ -153,7 +153,18 @@ std::string quoted(CString const &text) { return "\"" + printableUnits(text, tru
 
 std::string excerpt(std::string_view utf8) { return "\"" + printableBytes(utf8, true, 40) + "\""; }
 
-std::string plural(std::int64_t number, char const *noun) { return std::to_string(number) + " " + noun + (number == 1 ? "" : "s"); }
+std::size_t notUtf8At(std::string_view text)
+{
+    for (std::size_t at = 0, length = 0; at < text.size(); at += length)
+        if (decode(text.substr(at), length) == kNoCharacter)
+            return at;
+    return std::string_view::npos;
+}
+
+std::string plural(std::int64_t number, char const *noun)
+{
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
 
 std::string withArticle(CString const &className)
 {

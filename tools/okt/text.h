@@ -19,6 +19,9 @@ std::string quoted(CString const &text);
 /// For messages: printable in quotation marks, at most some 40 characters of it.
 std::string excerpt(std::string_view utf8);
 
+/// The place of the first byte that belongs to no character; npos: there is none.
+std::size_t notUtf8At(std::string_view text);
+
 /// "1 object", "2 objects".
 std::string plural(std::int64_t number, char const *noun);
 /// "an OKTDbParameter", "a Thing"; "an object" without a name.

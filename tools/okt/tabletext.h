@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace okt
+{
+
+/// The text of a table in UTF-8 without a byte order mark. The bytes are UTF-8, or UTF-16 behind a byte order mark. Throws
+/// Failure, named `file`, which tells what the bytes look like where they are neither.
+std::string tableText(std::string const &file, std::string_view bytes);
+
+} // namespace okt
