@@ -1,6 +1,8 @@
+#include <tools/okt/cuttinglength.h>
 #include <tools/okt/failure.h>
 #include <tools/okt/poolbuilder.h>
 #include <tools/okt/recordtemplate.h>
+#include <tools/okt/shapecode.h>
 
 #include "support/scratchfolder.h"
 
@@ -217,6 +219,141 @@ TEST(OktBf2d, Refusal_MassAndLegs_HeldAgainstTheTable)
     record = parseBf2d(kOne);
     record.legs = {{970, 90}, {30, 0}};
     EXPECT_EQ(bf2dRefusal(record, bars()), "leg 2 is too short for its bends, by 6 mm");
+}
+
+// ---- Shape codes -------------------------------------------------------------------------------------------------------------
+
+struct Shape
+{
+    char const *code;
+    std::vector<Bf2dLeg> legs;
+    double radius = 24;
+    double diameter = 12;
+};
+
+/// The code of a bar, which its mirror image and its other direction have as well.
+std::string codeOf(Shape const &shape)
+{
+    std::vector<Bf2dLeg> mirrored = shape.legs;
+    for (Bf2dLeg &leg : mirrored)
+        leg.angle = -leg.angle;
+    std::vector<Bf2dLeg> reversed(shape.legs.rbegin(), shape.legs.rend());
+    for (std::size_t i = 0; i < reversed.size(); ++i)
+        reversed[i].angle = i + 1 < reversed.size() ? reversed[i + 1].angle : 0;
+    std::string const code = shapeCodeOf(shape.legs, shape.radius, shape.diameter).code;
+    EXPECT_EQ(shapeCodeOf(mirrored, shape.radius, shape.diameter).code, code);
+    EXPECT_EQ(shapeCodeOf(reversed, shape.radius, shape.diameter).code, code);
+    return code;
+}
+
+std::vector<Shape> const kPlainShapes = {
+    {"00", {{1000, 0}}},
+    {"00", {{1000, 0}}, 0, 14},
+    {"11", {{400, 90}, {600, 0}}},
+    {"11", {{400, -90}, {600, 0}}, 70, 20},
+    {"11", {{400, 90}, {600, 0}}, 87, 25},
+    {"11", {{400, 90}, {600, 0}}, 87.5, 25},
+    {"11", {{400, 90}, {600, 0}}, 28, 14},
+    {"12", {{400, 90}, {600, 0}}, 200},
+    {"12", {{400, 90}, {600, 0}}, 25},
+    {"13", {{400, 180}, {600, 0}}},
+    {"13", {{400, 180}, {600, 0}}, 100},
+    {"15", {{400, 45}, {600, 0}}},
+    {"15", {{400, 12.5}, {600, 0}}},
+    {"21", {{400, 90}, {300, 90}, {600, 0}}},
+    {"46", {{400, 30}, {300, -30}, {500, -30}, {300, 30}, {450, 0}}},
+    {"47", {{120, 180}, {400, 90}, {300, 90}, {400, 180}, {120, 0}}},
+    {"51", {{160, 90}, {250, 90}, {400, 90}, {250, 90}, {400, 90}, {160, 0}}},
+    {"63", {{160, 90}, {250, 90}, {400, 90}, {250, 90}, {400, 90}, {250, 90}, {160, 0}}},
+};
+
+TEST(OktShapeCode, PlainShapes_TheirCodes)
+{
+    for (Shape const &shape : kPlainShapes)
+        EXPECT_EQ(codeOf(shape), shape.code) << testing::PrintToString(shape.legs.size()) << " legs, r = " << shape.radius;
+    EXPECT_EQ(shapeCodeOf({{400, 90}, {600, 0}}, 24, 12).what, "L");
+    EXPECT_EQ(shapeCodeOf({{400, 90}, {600, 0}}, 200, 12).what, "L with a large radius");
+}
+
+TEST(OktShapeCode, WhatGeometryDoesNotTell_NoCode)
+{
+    std::vector<Shape> const shapes = {
+        {"a radius below the least", {{400, 90}, {600, 0}}, 20},
+        {"nearly a right angle", {{400, 89}, {600, 0}}},
+        {"beyond 45 degrees", {{400, 46}, {600, 0}}},
+        {"beyond a right angle", {{400, 135}, {600, 0}}},
+        {"to both sides", {{400, 90}, {300, -90}, {600, 0}}},
+        {"a large radius", {{400, 90}, {300, 90}, {600, 0}}, 100},
+        {"a crank", {{400, 45}, {300, -45}, {600, 0}}},
+        {"22 or 31", {{400, 90}, {300, 90}, {300, 90}, {200, 0}}},
+        {"22 or none", {{400, 90}, {300, 180}, {300, 0}}},
+        {"33 or none", {{200, 180}, {400, 180}, {400, 180}, {200, 0}}},
+        {"41 or 44", {{100, 90}, {300, -90}, {400, -90}, {300, 90}, {100, 0}}},
+        {"41 or 44, lips inside", {{100, 90}, {300, 90}, {400, 90}, {300, 90}, {100, 0}}},
+        {"slants of two lengths", {{400, 30}, {300, -30}, {500, -30}, {310, 30}, {450, 0}}},
+        {"two slants", {{400, 30}, {300, -30}, {500, -40}, {300, 40}, {450, 0}}},
+        {"one side longer", {{160, 90}, {250, 90}, {400, 90}, {251, 90}, {400, 90}, {160, 0}}},
+        {"one end longer", {{160, 90}, {250, 90}, {400, 90}, {250, 90}, {400, 90}, {170, 0}}},
+        {"ends beyond the side", {{260, 90}, {250, 90}, {400, 90}, {250, 90}, {400, 90}, {260, 0}}},
+        {"one bend outwards", {{160, 90}, {250, 90}, {400, 90}, {250, 90}, {400, -90}, {160, 0}}},
+        {"hooks of 135 degrees", {{160, 135}, {250, 90}, {400, 90}, {250, 90}, {400, 135}, {160, 0}}},
+        {"the second example", {{100, 90}, {300, 45}, {424, -45}, {300, -90}, {100, 0}}},
+    };
+    for (Shape const &shape : shapes)
+        EXPECT_EQ(codeOf(shape), "") << shape.code;
+    EXPECT_EQ(shapeCodeOf({{400, 60}, {600, 0}}, 24, 12).what, "None that the geometry tells for sure");
+}
+
+/// The length by the formula of the code is that of the centre line, but for the roundings of the formulas.
+TEST(OktShapeCode, CodesFound_TheirFormulasGiveTheLength)
+{
+    ShapeLengths const table = ShapeLengths::load(OKT_EXAMPLES_DIR "/data/shape-lengths-bs8666.csv");
+    for (Shape const &shape : kPlainShapes)
+    {
+        ASSERT_TRUE(table.has(shape.code)) << shape.code;
+        std::string const code = shape.code;
+        ShapeDimensions dimensions;
+        std::vector<double> lengths;
+        for (Bf2dLeg const &leg : shape.legs)
+            lengths.push_back(leg.length);
+        lengths.resize(7);
+        bool const isLink = code == "47" || code == "51" || code == "63";
+        dimensions.A = code == "47" ? lengths[1] : isLink ? lengths[2] : lengths[0];
+        dimensions.B = code == "13" ? 2 * (shape.radius + shape.diameter) : code == "47" ? lengths[2] : lengths[1];
+        dimensions.C = isLink ? lengths[0] : code == "13" || code == "15" ? lengths[1] : lengths[2];
+        dimensions.E = lengths[4];
+        dimensions.largeRadius = shape.radius;
+        dimensions.radius = shape.radius;
+        dimensions.diameter = shape.diameter;
+
+        Bf2dRecord record;
+        record.diameter = shape.diameter;
+        record.mandrel = 2 * shape.radius;
+        record.legs = shape.legs;
+        double const real = bentLine(bf2dPlan(record, "", "x")).length();
+        // A bend that the formula did not know would make 0.5 r + d.
+        double const bends = static_cast<double>(shape.legs.size()) - 1;
+        EXPECT_NEAR(table.length(code, dimensions), real, 0.6 * shape.diameter * bends + 1e-9) << code;
+    }
+}
+
+// ---- Titles ------------------------------------------------------------------------------------------------------------------
+
+TEST(OktBf2d, Title_RecordsOfOnePosition_Differ)
+{
+    EXPECT_EQ(bf2dPlan(parseBf2d(kOne), kOne, "bars-1").poolName, "Bent bar, 12 mm, TestPDF 417/1, bars-1");
+    EXPECT_EQ(bf2dPlan(parseBf2d(kTwo), kTwo, "bars-2").poolName, "Bent bar, 12 mm, TestPDF 417/1, bars-2");
+    Bf2dRecord record = parseBf2d(kOne);
+    record.legs = {{1000, 0}};
+    record.position = "";
+    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, TestPDF 417, x-1");
+    record.drawing = "";
+    record.position = "7";
+    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, TestPDF/7, x-1");
+    record.project = "";
+    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, 7, x-1");
+    record.position = "";
+    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, x-1");
 }
 
 // ---- Templates ---------------------------------------------------------------------------------------------------------------

@@ -44,6 +44,54 @@ TEST_F(OktBf2dCommands, BuildAndExport_TheExamples_TheSameBytes)
               "okt: " + path("one.bf2d") + ": the file exists already; --force replaces it\n");
 }
 
+TEST_F(OktBf2dCommands, Build_TheExamples_ShapeCodesAndTitles)
+{
+    ProcessResult const built = runOkt({"build", kData + "/bar-records.bf2d", "-o", path("out")});
+    EXPECT_EQ(built.exitCode, 0) << built.err;
+    std::vector<std::string> codes;
+    std::vector<std::string> titles;
+    for (char const *const name : {"out/bar-records-1.okt", "out/bar-records-2.okt"})
+    {
+        OKTDbPool pool;
+        ASSERT_TRUE(pool.readFile(m_folder.path(name)));
+        titles.push_back(pool.poolName().ToUtf8());
+        EXPECT_NE(built.out.find(path(name) + ": " + titles.back() + ", "), std::string::npos) << built.out;
+        for (int i = 0; i < pool.objectCount(); ++i)
+            if (auto *const parameter = OKTDbParameter::cast(pool.objectAt(i)); parameter != nullptr && parameter->Type() == 28)
+                codes.push_back(CString(parameter->Value().bstrVal).ToUtf8());
+    }
+    EXPECT_EQ(codes, (std::vector<std::string>{"11", ""}));
+    EXPECT_EQ(titles, (std::vector<std::string>{"Bent bar, 12 mm, TestPDF 417/1, bar-records-1",
+                                                "Bent bar, 12 mm, TestPDF 417/1, bar-records-2"}));
+}
+
+TEST_F(OktBf2dCommands, Build_OneRecord_TemplateInTheSingular)
+{
+    fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
+    std::string const good = contents(kData + "/bar-records.bf2d");
+    std::string const file = put("one.bf2d", good.substr(0, good.find('\n') + 1));
+    ProcessResult const built = runOkt({"build", file, "-o", path("out")});
+    EXPECT_EQ(built.exitCode, 0) << built.err;
+    EXPECT_TRUE(built.out.ends_with("\n1 template in " + path("out") + ", 0 not made\n")) << built.out;
+}
+
+#if !defined(_WIN32) // where names differ in the case of their letters
+TEST_F(OktBf2dCommands, Build_TwoFilesOfOneName_Failure)
+{
+    fs::create_directory(path("data"));
+    fs::copy(kData + "/bars-en10080.csv", path("data/bars-en10080.csv"));
+    for (char const *const name : {"bends-bs8666.csv", "bend-rules.csv", "shape-lengths-bs8666.csv"})
+        fs::copy(kData + "/" + name, path("data/") + name);
+    fs::copy(kData + "/bar-records.bf2d", path("data/a.bf2d"));
+    fs::copy(kData + "/bar-records.bf2d", path("data/a.BF2D"));
+    ProcessResult const result = runOkt({"build", path("data"), "-o", path("out")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err,
+              "okt: " + path("data") + ": two files of bar records have the same name: a-1.okt would be made twice\n");
+    EXPECT_FALSE(fs::exists(path("out")));
+}
+#endif
+
 TEST_F(OktBf2dCommands, Build_WrongRecords_OneLineForEachAndTheGoodOnesMade)
 {
     fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));

@@ -82,13 +82,16 @@ Plans plansFromRecords(fs::path const &records, std::vector<std::string> &faults
     return {std::move(made.templates), {}};
 }
 
-/// Two tables of one folder may hold the same size.
+/// Two tables of one folder may hold the same size, and names of records differ in the case of their endings.
 void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string const &data)
 {
     std::map<std::string, TemplatePlan const *> seen;
     for (TemplatePlan const &plan : templates)
         if (!seen.emplace(plan.fileName, &plan).second)
-            throw Failure(data, "", "two bar tables hold the same size: " + plan.fileName + " would be made twice");
+            throw Failure(data, "",
+                          (plan.kind == TemplateKind::Bent ? "two files of bar records have the same name: "
+                                                           : "two bar tables hold the same size: ") +
+                              plan.fileName + " would be made twice");
 }
 
 /// Makes templates from a bar table or bar records, or from all of a folder, with the rule tables beside them. Nothing is
@@ -120,12 +123,13 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
         std::unique_ptr<OKTDbPool> const pool = buildPool(plan);
         addClientObjects(*pool, plan);
         int const size = writePool(*pool, path);
-        print(printable(pathName(path)) + ": " + plan.poolName + ", " + std::to_string(size) + " bytes\n");
+        print(printable(pathName(path)) + ": " + printable(std::string_view(plan.poolName)) + ", " + plural(size, "byte") +
+              "\n");
     }
     for (SkippedTemplate const &skipped : plans.skipped)
         print("no " + skipped.stem + ": " + printable(skipped.reason) + "\n");
-    print(std::to_string(plans.templates.size()) + " templates in " + printable(pathName(outputFolder)) + ", " +
-          std::to_string(plans.skipped.size() + faults.size()) + " not made\n");
+    print(plural(static_cast<std::int64_t>(plans.templates.size()), "template") + " in " + printable(pathName(outputFolder)) +
+          ", " + std::to_string(plans.skipped.size() + faults.size()) + " not made\n");
     folder.keep();
     return faults.empty();
 }

@@ -119,7 +119,8 @@ private:
 void heading(Canvas &canvas, Figures const &figures, std::string const &line)
 {
     canvas.text({kMargin, 38}, figures.plan().poolName, 20, true, Align::Left);
-    canvas.text({kMargin, 61}, "Shape code " + figures.text(kShapeCode) + ", " + line, 14, false, Align::Left);
+    std::string const code = figures.text(kShapeCode);
+    canvas.text({kMargin, 61}, (code.empty() ? "" : "Shape code " + code + ", ") + line, 14, false, Align::Left);
     canvas.rule({kMargin, 74.5}, {kPreviewWidth - kMargin, 74.5});
     canvas.text({kPreviewWidth - kMargin, kPreviewHeight - 11},
                 std::string("Every view to scale, dimensions in ") + (figures.metric() ? "millimetres" : "inches"), 12.5, false,

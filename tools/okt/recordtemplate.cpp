@@ -2,6 +2,7 @@
 
 #include "failure.h"
 #include "files.h"
+#include "shapecode.h"
 #include "text.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -22,7 +23,6 @@ namespace
 using namespace types;
 
 constexpr char kStandardName[] = "BF2D";
-constexpr char kSpecialCode[] = "99";
 constexpr double kRightAngle = 90;
 // A file keeps metres, so a length comes back with the last bits changed.
 constexpr int kDigits = 12;
@@ -170,6 +170,17 @@ private:
     std::map<std::pair<int, int>, OKTDbParameter const *> m_parameters;
 };
 
+/// Records of one position differ in the name of their file.
+std::string titleOf(Bf2dRecord const &record, std::string const &stem)
+{
+    std::string place = record.project;
+    for (auto const &[part, before] : {std::pair(&record.drawing, " "), std::pair(&record.position, "/")})
+        if (!part->empty())
+            place += (place.empty() ? "" : before) + *part;
+    return (record.legs.size() == 1 ? "Straight bar, " : "Bent bar, ") + number(record.diameter) + " mm, " +
+           (place.empty() ? "" : place + ", ") + stem;
+}
+
 BarSize const *sizeOf(BarTable const &bars, double diameter)
 {
     for (BarSize const &size : bars.sizes)
@@ -202,8 +213,8 @@ TemplatePlan bf2dPlan(Bf2dRecord const &record, std::string const &line, std::st
     TemplatePlan plan;
     plan.kind = TemplateKind::Bent;
     plan.fileName = stem + ".okt";
-    plan.poolName = (record.legs.size() == 1 ? "Straight bar, " : "Bent bar, ") + number(record.diameter) + " mm, " +
-                    record.project + " " + record.drawing + "/" + record.position;
+    plan.poolName = titleOf(record, stem);
+    ShapeCode const shape = shapeCodeOf(record.legs, record.mandrel / 2, record.diameter);
     ParameterPlan diameter = parameter({kDiameter, 0}, record.diameter, "", "Nominal diameter in millimetres");
     diameter.inBend = true;
     ParameterPlan radius = parameter({kBendingRadius, 0}, record.mandrel / 2, "", "Inside of the bends: half the mandrel");
@@ -212,7 +223,7 @@ TemplatePlan bf2dPlan(Bf2dRecord const &record, std::string const &line, std::st
                            {parameter({kStandard, 0}, std::string(kStandardName), "", "Came from a bar record"),
                             parameter({kSteelGrade, 0}, record.grade, ""), diameter,
                             parameter({kShapeStandard, 0}, std::string("BS 8666:2005"), "", "Codes only"),
-                            parameter({kShapeCode, 0}, std::string(kSpecialCode), "", "No code of its own"),
+                            parameter({kShapeCode, 0}, shape.code, "", shape.what),
                             parameter({kLength, 0}, record.length, "Length", "The sum of the legs"),
                             parameter({kNumber, 0}, record.count, "", "Bars"),
                             parameter({kNumber, kMass}, record.mass, "Mass", "Of one bar, in kilograms")}};
