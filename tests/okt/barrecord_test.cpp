@@ -218,7 +218,9 @@ TEST(OktBf2d, Refusal_MassAndLegs_HeldAgainstTheTable)
     EXPECT_THAT(bf2dRefusal(record, bars()), HasSubstr("bars-en10080.csv has no row for 13 mm"));
     record = parseBf2d(kOne);
     record.legs = {{970, 90}, {30, 0}};
-    EXPECT_EQ(bf2dRefusal(record, bars()), "leg 2 is too short for its bends, by 6 mm");
+    EXPECT_EQ(bf2dRefusal(record, bars()), "leg 2 is too short for its bend, by 6 mm");
+    record.legs = {{400, 90}, {60, 90}, {540, 0}};
+    EXPECT_EQ(bf2dRefusal(record, bars()), "leg 2 is too short for its bends, by 12 mm");
 }
 
 // ---- Shape codes -------------------------------------------------------------------------------------------------------------

@@ -141,7 +141,7 @@ TEST_F(OktExportFiles, CommitWith_FilesThatAreReplaced_NoOtherNameIsLeft)
 
 // ---- Folders -----------------------------------------------------------------------------------------------------------------
 
-TEST_F(OktExportFiles, MadeFolder_NotKept_OnlyWhatIsEmptyGoes)
+TEST_F(OktExportFiles, MadeFolder_AtItsEnd_OnlyWhatIsEmptyGoes)
 {
     {
         MadeFolder const folder(utf8Path(path("a/b/c")));
@@ -150,10 +150,14 @@ TEST_F(OktExportFiles, MadeFolder_NotKept_OnlyWhatIsEmptyGoes)
     }
     EXPECT_EQ(left(), (std::set<std::string>{"a", "a/file"}));
     {
-        MadeFolder folder(utf8Path(path("a/d/")));
-        folder.keep();
+        MadeFolder const folder(utf8Path(path("a/d/")));
+        EXPECT_TRUE(fs::is_directory(path("a/d")));
     }
-    EXPECT_EQ(left(), (std::set<std::string>{"a", "a/d", "a/file"}));
+    fs::create_directory(path("empty"));
+    {
+        MadeFolder const folder(utf8Path(path("empty")));
+    }
+    EXPECT_EQ(left(), (std::set<std::string>{"a", "a/file", "empty"}));
 }
 
 TEST_F(OktExportFiles, MadeFolder_FileInTheWay_FailureAndNothingMade)

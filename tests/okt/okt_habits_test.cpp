@@ -380,7 +380,7 @@ TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
     using namespace std::chrono_literals;
     setenv("TERM", "xterm", 1);
     EXPECT_EQ(errorOf([] {
-                  okt::Progress const first("report", 10, "templates");
+                  okt::Progress const first("report", 10, "template");
                   okt::Waiting const waiting("link.okt", 0, 0ms);
                   std::this_thread::sleep_for(500ms);
               }),

@@ -89,6 +89,13 @@ protected:
     }
 };
 
+TEST_F(OktPicture, Picture_OfOneByte_ByteInTheSingular)
+{
+    ProcessResult const result = runOkt({"picture", poolFile("one.okt", {1}), "-o", path("one.bin")});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, path("one.bin") + ": no known format, 1 byte\n");
+}
+
 TEST_F(OktPicture, Picture_ExampleTemplate_PngAndOneLine)
 {
     ASSERT_EQ(runOkt({"build", OKT_EXAMPLES_DIR "/data/bars-astm-a615.csv", "-o", path("t")}).exitCode, 0);

@@ -65,6 +65,17 @@ TEST_F(OktBf2dCommands, Build_TheExamples_ShapeCodesAndTitles)
                                                 "Bent bar, 12 mm, TestPDF 417/1, bar-records-2"}));
 }
 
+TEST_F(OktBf2dCommands, Build_OnlyWrongRecords_NoFolder)
+{
+    fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
+    std::string const file = put("wrong.bf2d", "BF2D@\n");
+    ProcessResult const built = runOkt({"build", file, "-o", path("out")});
+    EXPECT_EQ(built.exitCode, 1);
+    EXPECT_EQ(built.err, "okt: " + file + ":1:6: here is the end of the line, where the header begins with \"H\"\n");
+    EXPECT_EQ(built.out, "0 templates in " + path("out") + ", 1 not made\n");
+    EXPECT_FALSE(fs::exists(path("out")));
+}
+
 TEST_F(OktBf2dCommands, Build_OneRecord_TemplateInTheSingular)
 {
     fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));

@@ -449,6 +449,19 @@ TEST_F(OktShow, Show_DamageInsideAnObject_ItsPlace)
     expectLine(result, "  OKTDbRelation, 17 bytes from byte 1167: damaged");
 }
 
+TEST_F(OktShow, ShowInPart_FileTooShort_Failure)
+{
+    for (char const *const part : {"--index", "--preview"})
+    {
+        EXPECT_EQ(runOkt({"show", part, put("empty.okt", std::string())}).err,
+                  "okt: " + path("empty.okt") + ": the file is empty\n");
+        EXPECT_EQ(runOkt({"show", part, put("one.okt", std::string("x"))}).err,
+                  "okt: " + path("one.okt") +
+                      ": a file of 1 byte cannot be read in part, only one of 1024 or more; okt show "
+                      "without --index and --preview reads it whole\n");
+    }
+}
+
 TEST_F(OktShow, Show_StandardOutputTakesNothing_Failure)
 {
     expectOutputFailure(runOkt({"show", golden("stirrup.okt")}, ProcessOutput::Full), "No space left on device");

@@ -54,7 +54,9 @@ TEST(OktProgress, ProgressLine_SeveralPasses_BytesOfTheFileAndTimeOfAllPasses)
 
 TEST(OktProgress, ProgressLine_OtherPieces_Counted)
 {
-    EXPECT_EQ(progressLine("templates", 23, 46, "templates", 0, 3), "templates: 50 % of 46 templates, 3 s left");
+    EXPECT_EQ(progressLine("out", 23, 46, "template", 0, 3), "out: 50 % of 46 templates, 3 s left");
+    EXPECT_EQ(progressLine("out", 0, 1, "template", 0, 3), "out: 0 % of 1 template");
+    EXPECT_EQ(progressLine("out", 1, 0, "template", 0, 3), "out: 1 template");
 }
 
 TEST(OktProgress, WaitingLine_SizeAndTime)

@@ -111,10 +111,10 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
 
     for (std::string const &fault : faults)
         printError(fault);
-    MadeFolder folder(outputFolder);
+    MadeFolder const folder(outputFolder);
     for (TemplatePlan const &plan : plans.templates)
         checkWritable(outputFolder / plan.fileName, replaces);
-    Progress progress(printable(pathName(outputFolder)), plans.templates.size(), "templates");
+    Progress progress(printable(pathName(outputFolder)), plans.templates.size(), "template");
     std::size_t done = 0;
     for (TemplatePlan const &plan : plans.templates)
     {
@@ -130,7 +130,6 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
         print("no " + skipped.stem + ": " + printable(skipped.reason) + "\n");
     print(plural(static_cast<std::int64_t>(plans.templates.size()), "template") + " in " + printable(pathName(outputFolder)) +
           ", " + std::to_string(plans.skipped.size() + faults.size()) + " not made\n");
-    folder.keep();
     return faults.empty();
 }
 

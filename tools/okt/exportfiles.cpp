@@ -205,8 +205,6 @@ void PictureFolder::commitWith(OutputFile &text)
     if (text.m_pending)
         pending.push_back(&*text.m_pending);
     PendingFile::commitTogether(pending);
-    if (m_made)
-        m_made->keep();
 }
 
 } // namespace okt

@@ -84,7 +84,7 @@ private:
 void checkReplaceable(std::filesystem::path const &path);
 
 /// A folder that is made where it is missing, with those above it. The destructor removes those that were made here and are
-/// empty, unless they are kept; so does an interrupt.
+/// empty: nothing came into them. So does an interrupt.
 class MadeFolder
 {
 public:
@@ -93,8 +93,6 @@ public:
     MadeFolder(MadeFolder const &) = delete;
     MadeFolder &operator=(MadeFolder const &) = delete;
     ~MadeFolder() { removeEmpty(); }
-
-    void keep() { m_made.clear(); }
 
 private:
     struct Made

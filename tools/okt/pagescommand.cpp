@@ -24,12 +24,11 @@ std::string completionFor(CLI::App const &app, std::string const &shell)
 
 void writeFile(fs::path const &path, std::string const &text)
 {
-    MadeFolder folder(path.parent_path());
+    MadeFolder const folder(path.parent_path());
     OutputFile file(path, true);
     file.write(text);
     file.close();
     file.commit();
-    folder.keep();
 }
 
 /// Everything that is installed beside the program, below a folder.

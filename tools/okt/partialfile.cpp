@@ -22,10 +22,13 @@ constexpr std::uintmax_t kProbeSize = 1024;
 PartialFile::PartialFile(std::filesystem::path const &path, std::string const &name)
     : m_path(path), m_name(name.empty() ? pathName(path) : name), m_size(readableLength(path))
 {
+    if (m_size == 0)
+        throw Failure(m_name, "", "the file is empty");
     if (m_size < kProbeSize)
         throw Failure(m_name, "",
-                      "a file of " + std::to_string(m_size) + " bytes cannot be read in part, only one of " +
-                          std::to_string(kProbeSize) + " or more; okt show without --index and --preview reads it whole");
+                      "a file of " + plural(static_cast<std::int64_t>(m_size), "byte") +
+                          " cannot be read in part, only one of " + std::to_string(kProbeSize) +
+                          " or more; okt show without --index and --preview reads it whole");
     ReportCollector const collector;
     if (!m_pool.readFileHeader(pathText(path), m_places))
         throw Failure(m_name, "", "no header can be read: this is no pool file, or its header is damaged");
@@ -50,7 +53,7 @@ LoneObject PartialFile::read(OKTDbObjectId const &id, std::string const &what)
     if (lone.position < 0 || !OKTMemoryFiler::loadFiler(pathText(m_path), lone.bytes, lone.position, lone.size))
     {
         lone.fault = faultAt(-1, "the header places " + what + " at byte " + std::to_string(lone.position) + ", " +
-                                     std::to_string(lone.size) + " bytes long, which is not inside the file");
+                                     plural(lone.size, "byte") + " long, which is not inside the file");
         return lone;
     }
     lone.frame = readFrame(lone.bytes, 0);

@@ -150,8 +150,7 @@ bool picture(fs::path const &path, int index, fs::path const &output, bool repla
     file.close();
     file.commit();
     if (output != kStandardStream)
-        print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + std::to_string(image->GetSize()) +
-              " bytes\n");
+        print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + plural(image->GetSize(), "byte") + "\n");
     return true;
 }
 

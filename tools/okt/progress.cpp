@@ -56,7 +56,7 @@ std::string progressLine(std::string const &what, std::uintmax_t done, std::uint
                          std::uintmax_t objects, double seconds, Pass const &pass)
 {
     auto const amount = [&unit](std::uintmax_t count) {
-        return unit.empty() ? bytesText(count) : std::to_string(count) + " " + unit;
+        return unit.empty() ? bytesText(count) : plural(static_cast<std::int64_t>(count), unit.c_str());
     };
     std::string line = what + ": ";
     done = total == 0 ? done : std::min(done, total);

@@ -29,8 +29,8 @@ struct Pass
 class Progress
 {
 public:
-    /// `what` is printable: the file, or what is done. `total` is what counts: bytes, or pieces where `unit` names them
-    /// ("templates"). 0: not known. Bytes are those of the file, however many times it is gone through.
+    /// `what` is printable: the file, or what is done. `total` is what counts: bytes, or pieces where `unit` names one of
+    /// them ("template"). 0: not known. Bytes are those of the file, however many times it is gone through.
     Progress(std::string what, std::uintmax_t total, std::string unit = "", int passes = 1);
     ~Progress();
     Progress(Progress const &) = delete;

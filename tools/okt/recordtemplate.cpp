@@ -204,7 +204,11 @@ std::string bf2dRefusal(Bf2dRecord const &record, BarTable const &bars)
     std::vector<double> const straights = straightsOf(record.legs, record.mandrel / 2, record.diameter);
     for (std::size_t i = 0; i < straights.size(); ++i)
         if (straights[i] < -1e-9)
-            return "leg " + std::to_string(i + 1) + " is too short for its bends, by " + rounded(-straights[i], 3) + " mm";
+        {
+            bool const hasTwo = i > 0 && i + 1 < straights.size();
+            return "leg " + std::to_string(i + 1) + " is too short for its " + (hasTwo ? "bends" : "bend") + ", by " +
+                   rounded(-straights[i], 3) + " mm";
+        }
     return "";
 }
 

@@ -257,8 +257,16 @@ int find(Options const &options)
 {
     checkReadOnce(options.files);
     Finder finder(options);
-    for (std::string const &file : options.files)
-        finder.search(file);
+    try
+    {
+        for (std::string const &file : options.files)
+            finder.search(file);
+    }
+    catch (OutputFailed const &failure)
+    {
+        printError(failure.what());
+        return kTrouble; // 1 would say that nothing was found
+    }
     return finder.isFound() ? kDone : finder.isAllRead() ? kFailed : kWrongUsage;
 }
 
@@ -284,10 +292,7 @@ void addFind(CommandLine &line)
         command->add_flag("--name", options->namesOnly, "only in names of pools, parameters and categories");
     command->add_flag("--value", options->valuesOnly, "only in values, expressions and descriptions")->excludes(names);
     command->add_flag("-l,--files", options->filesOnly, "only the names of the files in which something is found");
-    command->callback([&line, options] {
-        line.trouble = kTrouble; // 1 would say that nothing was found
-        line.run = [options] { return find(*options); };
-    });
+    command->callback([&line, options] { line.run = [options] { return find(*options); }; });
 }
 
 } // namespace okt
