@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 using namespace okt;
 
@@ -268,6 +269,30 @@ TEST(OktCsvTable, Parse_OtherEncodings_FailureThatTellsThem)
     EXPECT_EQ(parse("\xFF\xFE" + utf16("a;b\n1;", true) + "\x3D\xD8" + utf16("\n", true)),
               "t.csv:2: half a character of UTF-16 stands alone here");
     EXPECT_EQ(parse("\xFF\xFE"), "t.csv: the file is empty");
+}
+
+TEST(OktCsvTable, Parse_EveryPrefixAndByteChanged_TableOrOneLine)
+{
+    std::string const text =
+        "sep=;\r\n\"# a \"\"b\"\"\r\n c\";;\r\n size ;\"na\"\"me\";;\r\n1,5;\"a\r\nb\";;\r\n;;;\n2;\xC3\xA4\r";
+    std::vector<std::string> cases;
+    for (std::string const &whole : {text, "\xFF\xFE" + utf16(text, true), "\xFE\xFF" + utf16(text, false)})
+        for (std::size_t i = 0; i < whole.size(); ++i)
+        {
+            cases.push_back(whole.substr(0, i));
+            for (char const c : {'"', ';', ',', '\t', '\n', '\r', '#', '\0', '\xFF'})
+                cases.push_back(whole.substr(0, i) + c + whole.substr(i + 1));
+        }
+    for (std::string const &bytes : cases)
+    {
+        std::string const failure = failureOf([&] {
+            CsvTable const table = CsvTable::parse("t.csv", bytes);
+            for (CsvRow const &row : table.rows())
+                EXPECT_FALSE(row.empty());
+        });
+        EXPECT_TRUE(failure == "no failure" || failure.starts_with("t.csv:")) << failure;
+        EXPECT_EQ(failure.find('\n'), std::string::npos) << failure;
+    }
 }
 
 TEST(OktCsvTable, Positive_DecimalComma_WhereNoCommaSeparates)

@@ -214,11 +214,10 @@ CsvTable CsvTable::parse(std::string file, std::string_view bytes)
     while (reader.findRow())
     {
         CsvRow row = reader.row();
-        if (std::all_of(row.begin(), row.end(), isEmpty))
-            ; // as spreadsheets write an empty row
-        else if (table.m_header.empty())
+        bool const hasValue = !std::all_of(row.begin(), row.end(), isEmpty); // spreadsheets write rows without one
+        if (hasValue && table.m_header.empty())
             table.putHeader(std::move(row));
-        else
+        else if (hasValue)
             table.putRow(std::move(row), placeOf(reader.line(), reader.column()));
         reader.passLineEnd();
     }

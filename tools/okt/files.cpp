@@ -241,7 +241,8 @@ void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
         std::string lost;
         for (std::size_t i = done; i-- > 0;)
             if (!files[i]->takeBack())
-                lost += "; what " + pathName(files[i]->m_target) + " was is in " + pathName(files[i]->m_previous->path());
+                lost += "; what " + printable(pathName(files[i]->m_target)) + " was is in " +
+                        printable(pathName(files[i]->m_previous->path()));
         files[done]->refuse(error, lost);
     }
 }
