@@ -49,7 +49,7 @@ TEST_F(OktInfo, OldSections_NumbersOfThoseThatAreThere)
     EXPECT_EQ(result.out, golden("oldest-header.okt") +
                               ": 1159 bytes\n"
                               "  Pool            \"oldest\" {270DA048-6A72-4B45-8DE0-81C43C29E773}\n"
-                              "  Header          263 bytes from byte 5, sections 1\n"
+                              "  Header          263 bytes from byte 5, section 1\n"
                               "  Metrics factor  none\n"
                               "  Objects         3\n"
                               "  CLASS                   OBJECTS     BYTES         SECTIONS\n"

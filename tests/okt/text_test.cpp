@@ -47,6 +47,16 @@ TEST(OktText, Excerpt_LongText_CutAtFortyCharacters)
     EXPECT_EQ(excerpt(std::string(40, 'x')), "\"" + std::string(40, 'x') + "\"");
 }
 
+TEST(OktText, Plural_OneAndOthers)
+{
+    EXPECT_EQ(plural(1, "byte"), "1 byte");
+    EXPECT_EQ(plural(0, "byte"), "0 bytes");
+    EXPECT_EQ(plural(2, "byte"), "2 bytes");
+    EXPECT_EQ(plural(-1, "byte"), "-1 bytes");
+    EXPECT_EQ(plural(1, "category"), "1 category");
+    EXPECT_EQ(plural(3, "category"), "3 categories");
+}
+
 TEST(OktText, Padded_TextWithUmlauts_CountedInCharacters)
 {
     EXPECT_EQ(width("Bügel"), 5u);

@@ -146,7 +146,7 @@ private:
         std::string text = idText(id) + (target == nullptr ? ", not in this file" : ", " + className(target));
         OKTDbPool::_ObjectInfo const *const place = hasPlace ? m_file.places.find(id) : nullptr;
         if (place != nullptr && place->nObjectPosition >= 0)
-            text += ", " + std::to_string(place->nObjectSize) + " bytes from byte " +
+            text += ", " + plural(place->nObjectSize, "byte") + " from byte " +
                     std::to_string(static_cast<long long>(place->nObjectPosition) + m_file.objectsStart);
         return text;
     }
@@ -176,8 +176,7 @@ private:
     {
         for (OKTDbGroupCategory const *const group : all<OKTDbGroupCategory>())
         {
-            heading("Group category " + idText(group->objectId()) + ", " +
-                    (group->categoryCount() == 1 ? "1 category" : std::to_string(group->categoryCount()) + " categories"));
+            heading("Group category " + idText(group->objectId()) + ", " + plural(group->categoryCount(), "category"));
             IdArray ids;
             group->getAllCategories(ids);
             for (OKTDbObjectId const &id : ids)

@@ -161,9 +161,12 @@ std::size_t notUtf8At(std::string_view text)
     return std::string_view::npos;
 }
 
-std::string plural(std::int64_t number, char const *noun)
+std::string plural(std::int64_t number, std::string_view noun)
 {
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+    std::string text = std::to_string(number) + " ";
+    if (number == 1)
+        return text.append(noun);
+    return noun.ends_with("ory") ? text.append(noun.substr(0, noun.size() - 1)) + "ies" : text.append(noun) + "s";
 }
 
 std::string withArticle(CString const &className)

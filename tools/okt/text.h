@@ -22,8 +22,8 @@ std::string excerpt(std::string_view utf8);
 /// The place of the first byte that belongs to no character; npos: there is none.
 std::size_t notUtf8At(std::string_view text);
 
-/// "1 object", "2 objects".
-std::string plural(std::int64_t number, char const *noun);
+/// "1 object", "2 objects", "1 category", "2 categories".
+std::string plural(std::int64_t number, std::string_view noun);
 /// "an OKTDbParameter", "a Thing"; "an object" without a name.
 std::string withArticle(CString const &className);
 /// How messages call a place in a file.

@@ -204,20 +204,21 @@ std::string placeText(Role const &role, std::int64_t blockBegin)
         return "";
     if (role.size < 0)
         return ", no place";
-    return ", " + std::to_string(role.size) + " bytes from byte " + std::to_string(blockBegin + role.position);
+    return ", " + plural(role.size, "byte") + " from byte " + std::to_string(blockBegin + role.position);
 }
 
 std::string textOf(Report const &report)
 {
     auto const line = [](std::string const &label, std::string const &text) { return "  " + padded(label, 16) + text + "\n"; };
-    std::string text = printable(report.name) + ": " + std::to_string(report.size) + " bytes\n";
+    std::string text = printable(report.name) + ": " + plural(report.size, "byte") + "\n";
     HeaderFields const &fields = report.fields;
     if (report.header.isWhole)
     {
         std::set<int> const sections(fields.sections.begin(), fields.sections.end());
         text += line("Pool", fields.name + " " + fields.id);
-        text += line("Header", std::to_string(report.header.end - report.header.begin) + " bytes from byte " +
-                                   std::to_string(report.header.begin) + ", sections " + numbersText(sections));
+        text += line("Header", plural(report.header.end - report.header.begin, "byte") + " from byte " +
+                                   std::to_string(report.header.begin) + (sections.size() == 1 ? ", section " : ", sections ") +
+                                   numbersText(sections));
         text += line("Metrics factor", fields.hasFactor ? number(fields.factor) : "none");
         for (Role const &role : fields.roles)
             text += line(role.name, role.id + placeText(role, report.header.end));

@@ -43,7 +43,7 @@ std::string Stretch::fault() const
     {
     case Kind::Cut: return "the file ends inside " + object;
     case Kind::Damaged: return "damaged inside " + object;
-    case Kind::Gap: return plural(size(), "byte") + " that belong to no object";
+    case Kind::Gap: return plural(size(), "byte") + (size() == 1 ? " that belongs to no object" : " that belong to no object");
     case Kind::Object: break;
     }
     return {};

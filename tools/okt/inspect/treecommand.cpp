@@ -213,7 +213,7 @@ private:
     {
         CByteArray data;
         self.getPictureData(data);
-        return {idText(self.objectId()) + ", " + std::to_string(data.GetSize()) + " bytes" +
+        return {idText(self.objectId()) + ", " + plural(data.GetSize(), "byte") +
                     (data.IsEmpty() ? "" : ", " + formatOf(data).text()),
                 {}};
     }
