@@ -47,7 +47,7 @@ TEST(OktHelp, Help_EveryCommand_ExampleAndExitCodes)
         EXPECT_EQ(help.err, "");
         std::size_t const examples = help.out.find("\nExamples:\n");
         ASSERT_NE(examples, std::string::npos) << command;
-        EXPECT_NE(help.out.find(" " + command + " ", examples), std::string::npos) << command;
+        EXPECT_THAT(help.out.substr(examples), testing::ContainsRegex("okt[^\n]* " + command + "[ \n]")) << command;
         EXPECT_NE(help.out.find("\nExit code: 0 ", examples), std::string::npos) << command;
         EXPECT_THAT(help.out.substr(examples), HasSubstr(" 2 ")) << command;
         // Wrong usage is one line and the same code everywhere.
@@ -67,12 +67,53 @@ TEST(OktHelp, WrongUsage_LineThatHelps)
         EXPECT_EQ(result.out, "");
         return result.err;
     };
-    EXPECT_EQ(told({}), "okt: A subcommand is required (see okt --help)\n");
-    EXPECT_EQ(told({"shwo", "link.okt"}), "okt: there is no command shwo (see okt --help)\n");
-    EXPECT_EQ(told({"--no-such"}), "okt: there is no option --no-such (see okt --help)\n");
+    std::string const program = "; see \"okt --help\"\n";
+    std::string const show = "; see \"okt show --help\"\n";
+    EXPECT_EQ(told({}), "okt: a command is missing" + program);
+    EXPECT_EQ(told({"shwo", "link.okt"}), "okt: there is no command shwo (did you mean show?)" + program);
+    EXPECT_EQ(told({"verfy"}), "okt: there is no command verfy (did you mean verify?)" + program);
+    EXPECT_EQ(told({"nothing"}), "okt: there is no command nothing" + program);
+    EXPECT_EQ(told({"a\nb"}), "okt: there is no command a\\nb" + program);
+    EXPECT_EQ(told({"--no-such"}), "okt: there is no option --no-such" + program);
+    EXPECT_EQ(told({"--no-such", "show", "link.okt"}), "okt: there is no option --no-such" + program);
+    EXPECT_EQ(told({"--module"}), "okt: --module: a value is missing" + program);
+    EXPECT_EQ(told({"show"}), "okt: FILE is missing" + show);
+    EXPECT_EQ(told({"show", "--unti", "in", "link.okt"}), "okt: there is no option --unti (did you mean --unit?)" + show);
+    EXPECT_EQ(told({"show", "link.okt", "--unit"}), "okt: --unit: a value is missing" + show);
+    EXPECT_EQ(told({"show", "link.okt", "--unit", "yd"}), "okt: --unit: yd is none of mm, cm, m, in, ft" + show);
+    EXPECT_EQ(told({"show", "link.okt", "--ids=1"}), "okt: --ids takes no value" + show);
+    EXPECT_EQ(told({"show", "link.okt", "--i"}), "okt: --i may be short for --ids and for --index" + show);
+    EXPECT_EQ(told({"show", "-x"}), "okt: there is no option -x" + show);
+    EXPECT_EQ(told({"show", "-link.okt"}),
+              "okt: there is no option -l, as in -link.okt; a name like this stands behind --" + show);
+    EXPECT_EQ(told({"show", "--index", "--preview", "link.okt"}), "okt: --index excludes --preview" + show);
+    EXPECT_EQ(told({"tree", "a.okt", "b.okt"}), "okt: there is no place for b.okt; see \"okt tree --help\"\n");
+    EXPECT_EQ(told({"report", "a.okt"}), "okt: --output is missing; see \"okt report --help\"\n");
+    EXPECT_EQ(told({"export", "--format", "bf2d", "--pictures", "p", "a.okt"}),
+              "okt: --pictures: a bar record has no pictures; see \"okt export --help\"\n");
     EXPECT_EQ(told({"picture", "link.okt", "-o", "-", "--index", "-1"}),
-              "okt: --index: -1 is no whole number from 0 on (see okt --help)\n");
-    EXPECT_EQ(told({"dump", "link.okt", "--at", "x"}), "okt: --at: x is no whole number from 0 on (see okt --help)\n");
+              "okt: --index: -1 is no whole number from 0 on; see \"okt picture --help\"\n");
+    EXPECT_EQ(told({"picture", "link.okt", "-o", "-", "--index", "99999999999"}),
+              "okt: --index: 99999999999 is too large; see \"okt picture --help\"\n");
+    EXPECT_EQ(told({"dump", "link.okt", "--at", "x"}), "okt: --at: x is no whole number from 0 on; see \"okt dump --help\"\n");
+    EXPECT_EQ(told({"help", "shwo"}), "okt: there is no command shwo (did you mean show?)" + program);
+    EXPECT_EQ(told({"help", "show", "tree"}), "okt: there is no place for tree; see \"okt help --help\"\n");
+}
+
+TEST(OktHelp, HelpCommand_WhatTheOptionPrints)
+{
+    for (std::string const &command : commands())
+    {
+        ProcessResult const help = runOkt({"help", command});
+        EXPECT_EQ(help.exitCode, 0) << command;
+        EXPECT_EQ(help.err, "") << command;
+        EXPECT_EQ(help.out, runOkt({command, "--help"}).out) << command;
+        EXPECT_THAT(help.out, HasSubstr("\nUsage: okt " + command)) << command;
+    }
+    ProcessResult const help = runOkt({"help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_EQ(help.out, runOkt({"--help"}).out);
+    EXPECT_THAT(help.out, HasSubstr("\nokt help COMMAND tells more, with examples.\n"));
 }
 
 class OktPages : public FolderTest
@@ -137,6 +178,8 @@ TEST_F(OktPages, BashCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offered("okt completion ''", 2), "bash zsh fish\n");
     EXPECT_EQ(offered("okt export --format b", 3), "bf2d\n");
     EXPECT_EQ(offered("okt --ver", 1), "--version\n");
+    EXPECT_EQ(offered("okt help sh", 2), "show\n");
+    EXPECT_EQ(offered("okt --module x.so help ex", 4), "export\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offered("okt build " + data, 2), data + "ords.bf2d\n");
     for (char const *const option : {"report --title", "picture --index", "dump --at", "find --class", "ls --name"})
@@ -173,6 +216,7 @@ TEST_F(OktPages, FishCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offeredByFish("okt export --format b"), "bf2d\n");
     EXPECT_EQ(offeredByFish("okt report --title "), "") << "no file";
     EXPECT_EQ(offeredByFish("okt --ver"), "--version\n");
+    EXPECT_EQ(offeredByFish("okt help sh"), "show\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offeredByFish("okt build " + data), data + "ords.bf2d\n");
 }
@@ -190,13 +234,15 @@ std::string completedByZsh(std::string const &setUp, std::vector<std::string> co
 TEST_F(OktPages, ZshCompletion_CommandsOptionsValuesFiles)
 {
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
-    EXPECT_EQ(completedByZsh("source <('" OKT_EXE "' completion zsh)",
-                             {"okt ex", "okt show --un", "okt show --unit i", "okt show --ids --unit i", "okt --module x.so ex",
-                              "okt --module x.so show --un", "okt completion z", "okt export --format b", "okt --ver",
-                              "okt build " + data, "okt diff a.okt " + data, "okt nothing --un"}),
-              "okt export \nokt show --unit \nokt show --unit in \nokt show --ids --unit in \nokt --module x.so export \n"
-              "okt --module x.so show --unit \nokt completion zsh \nokt export --format bf2d \nokt --version \nokt build " +
-                  data + "ords.bf2d \nokt diff a.okt " + data + "ords.bf2d \nokt nothing --un\n");
+    EXPECT_EQ(
+        completedByZsh("source <('" OKT_EXE "' completion zsh)",
+                       {"okt ex", "okt show --un", "okt show --unit i", "okt show --ids --unit i", "okt --module x.so ex",
+                        "okt --module x.so show --un", "okt completion z", "okt export --format b", "okt --ver",
+                        "okt build " + data, "okt diff a.okt " + data, "okt nothing --un", "okt help sho"}),
+        "okt export \nokt show --unit \nokt show --unit in \nokt show --ids --unit in \nokt --module x.so export \n"
+        "okt --module x.so show --unit \nokt completion zsh \nokt export --format bf2d \nokt --version \nokt build " +
+            data + "ords.bf2d \nokt diff a.okt " + data +
+            "ords.bf2d \nokt nothing --un\nokt help show \n");
 }
 
 TEST_F(OktPages, ZshCompletion_FromAFolderOfFunctions)

@@ -54,7 +54,7 @@ void finishHelp(CLI::App &app)
 {
     auto const formatter = std::make_shared<HelpFormatter>();
     app.formatter(formatter);
-    app.footer("okt COMMAND --help tells more, with examples.\n" + std::string(kExitCode) + kUsualExitCodes +
+    app.footer("okt help COMMAND tells more, with examples.\n" + std::string(kExitCode) + kUsualExitCodes +
                " okt find, okt verify and okt diff tell their own.");
     for (CLI::App *const command : app.get_subcommands(nullptr))
     {
@@ -78,6 +78,12 @@ void finishHelp(CLI::App &app)
     }
 }
 
+std::string helpText(CLI::App const &app)
+{
+    std::string const name = app.get_parent() == nullptr ? app.get_name() : app.get_parent()->get_name() + " " + app.get_name();
+    return app.get_formatter()->make_help(&app, name, CLI::AppFormatMode::Normal);
+}
+
 CommandHelp const &helpOf(CLI::App const &command) { return g_help[&command]; }
 
 std::vector<CLI::App const *> commandsOf(CLI::App const &app)
@@ -92,6 +98,11 @@ std::vector<CLI::Option const *> optionsOf(CLI::App const &command)
 {
     return command.get_options(
         [](CLI::Option const *option) { return option->nonpositional() && !option->get_group().empty(); });
+}
+
+std::vector<CLI::Option const *> positionalsOf(CLI::App const &command)
+{
+    return command.get_options([](CLI::Option const *option) { return option->get_positional(); });
 }
 
 std::vector<std::string> choicesOf(CLI::Option const &option)

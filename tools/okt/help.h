@@ -22,6 +22,8 @@ struct CommandHelp
 
 /// To be called when all commands are declared: brings their texts into the form of the help.
 void finishHelp(CLI::App &app);
+/// What --help of the program or of a command prints; behind finishHelp.
+std::string helpText(CLI::App const &app);
 /// Of a command, behind finishHelp.
 CommandHelp const &helpOf(CLI::App const &command);
 
@@ -29,6 +31,8 @@ CommandHelp const &helpOf(CLI::App const &command);
 std::vector<CLI::App const *> commandsOf(CLI::App const &app);
 /// The options of a command that are told of, without its positionals.
 std::vector<CLI::Option const *> optionsOf(CLI::App const &command);
+/// Its operands.
+std::vector<CLI::Option const *> positionalsOf(CLI::App const &command);
 /// "FILE", "mm|cm|m|in|ft"; empty for a flag.
 std::string valueNameOf(CLI::Option const &option);
 /// The values that an option takes, where it takes no others.

@@ -1,3 +1,4 @@
+#include "arguments.h"
 #include "commands.h"
 #include "console.h"
 #include "failure.h"
@@ -8,7 +9,6 @@
 #include "system.h"
 #include "text.h"
 
-#include <algorithm>
 #include <new>
 #include <sstream>
 #include <string>
@@ -21,22 +21,32 @@ using okt::kDone;
 using okt::kFailed;
 using okt::kWrongUsage;
 
+int answerWrongUsage(okt::WrongUsage const &wrong)
+{
+    std::string const help = wrong.command() == nullptr ? "okt --help" : "okt " + wrong.command()->get_name() + " --help";
+    okt::printError(okt::printable(std::string_view(wrong.what())) + "; see \"" + help + "\"");
+    return kWrongUsage;
+}
+
 /// Help and version go to standard output; wrong usage is one line.
 int answerParser(CLI::App const &app, CLI::ParseError const &error)
 {
-    if (error.get_exit_code() == 0)
-    {
-        std::ostringstream text;
-        app.exit(error, text, text);
-        okt::print(text.str());
-        return kDone;
-    }
-    std::string line = error.what();
-    if (std::vector<std::string> const left = app.remaining(); app.get_subcommands().empty() && !left.empty())
-        line = (left.front().starts_with("-") ? "there is no option " : "there is no command ") + left.front();
-    std::replace(line.begin(), line.end(), '\n', ' ');
-    okt::printError(okt::printable(line) + " (see okt --help)");
-    return kWrongUsage;
+    if (error.get_exit_code() != 0)
+        return answerWrongUsage(okt::wrongUsage(app, error));
+    std::ostringstream text;
+    app.exit(error, text, text);
+    okt::print(text.str());
+    return kDone;
+}
+
+/// Of an option that is given more than once the last one counts, but for those that are given once for each of something.
+void letTheLastCount(CLI::App &app)
+{
+    for (CLI::Option *const option : app.get_options())
+        if (option->nonpositional() && option->get_expected_max() == 1)
+            option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    for (CLI::App *const command : app.get_subcommands(nullptr))
+        letTheLastCount(*command);
 }
 
 /// `trouble` becomes the exit code for what is thrown.
@@ -56,13 +66,14 @@ int run(int argc, char **argv, int &trouble)
     okt::CommandLine line{app, {}};
     for (auto const add : {okt::addInfo, okt::addLs, okt::addShow, okt::addTree, okt::addFind, okt::addDump, okt::addReport,
                            okt::addPicture, okt::addBuild, okt::addExport, okt::addImport, okt::addDiff, okt::addVerify,
-                           okt::addRecover, okt::addCompletion, okt::addPages})
+                           okt::addRecover, okt::addCompletion, okt::addPages, okt::addHelp})
         add(line);
+    letTheLastCount(app);
     okt::finishHelp(app);
 
     try
     {
-        std::vector<std::string> const texts = okt::arguments(argc, argv);
+        std::vector<std::string> const texts = okt::arranged(app, okt::arguments(argc, argv));
         std::vector<char const *> words;
         for (std::string const &text : texts)
             words.push_back(text.c_str());
@@ -71,6 +82,10 @@ int run(int argc, char **argv, int &trouble)
     catch (CLI::ParseError const &error)
     {
         return answerParser(app, error);
+    }
+    catch (okt::WrongUsage const &wrong)
+    {
+        return answerWrongUsage(wrong);
     }
     trouble = line.trouble;
     okt::Modules loader;

@@ -55,11 +55,6 @@ std::vector<std::string> namesOf(CLI::Option const &option)
     return names;
 }
 
-std::vector<CLI::Option const *> positionalsOf(CLI::App const &command)
-{
-    return command.get_options([](CLI::Option const *option) { return option->get_positional(); });
-}
-
 std::string optionsSection(CLI::App const &command)
 {
     std::string page = ".SH OPTIONS\n";
