@@ -12,6 +12,14 @@
 /// The path of a golden pool file.
 inline std::string golden(std::string const &name) { return OKT_TEST_DATA_DIR "/golden/" + name; }
 
+#if defined(OKT_OWN_MODULES)
+/// The example's client module where okt finds it without being told.
+inline std::string ownModule()
+{
+    return std::filesystem::absolute(OKT_OWN_MODULES "/" OKT_EXAMPLE_MODULE_NAME).lexically_normal().generic_string();
+}
+#endif
+
 inline std::string contents(std::filesystem::path const &path)
 {
     std::ifstream file(path, std::ios::binary);

@@ -143,6 +143,9 @@ TEST_F(OktPages, ManPages_EveryCommand_FormattedWithoutAWarning)
     }
     EXPECT_THAT(shell("groff -man -Tascii -P-c -P-b -P-o -P-u \"$1\"", path("share/man/man1/okt-diff.1")).out,
                 HasSubstr("okt diff --by-name link.okt clone.okt\n"));
+    std::string const program = shell("groff -man -Tascii -P-c -P-b -P-o -P-u \"$1\"", path("share/man/man1/okt.1")).out;
+    EXPECT_THAT(program, HasSubstr("--no-modules\n"));
+    EXPECT_THAT(program, HasSubstr("OKT_MODULE_PATH\n"));
 }
 
 TEST_F(OktPages, Pages_Completions_ThoseThatTheCommandWrites)
@@ -178,8 +181,10 @@ TEST_F(OktPages, BashCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offered("okt completion ''", 2), "bash zsh fish\n");
     EXPECT_EQ(offered("okt export --format b", 3), "bf2d\n");
     EXPECT_EQ(offered("okt --ver", 1), "--version\n");
+    EXPECT_EQ(offered("okt --no-m", 1), "--no-modules\n");
+    EXPECT_EQ(offered("okt mod", 1), "modules\n");
     EXPECT_EQ(offered("okt help sh", 2), "show\n");
-    EXPECT_EQ(offered("okt --module x.so help ex", 4), "export\n");
+    EXPECT_EQ(offered("okt --no-modules help mod", 3), "modules\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offered("okt build " + data, 2), data + "ords.bf2d\n");
     for (char const *const option : {"report --title", "picture --index", "dump --at", "find --class", "ls --name"})
@@ -216,6 +221,7 @@ TEST_F(OktPages, FishCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offeredByFish("okt export --format b"), "bf2d\n");
     EXPECT_EQ(offeredByFish("okt report --title "), "") << "no file";
     EXPECT_EQ(offeredByFish("okt --ver"), "--version\n");
+    EXPECT_EQ(offeredByFish("okt show --no-m"), "--no-modules\n");
     EXPECT_EQ(offeredByFish("okt help sh"), "show\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offeredByFish("okt build " + data), data + "ords.bf2d\n");
@@ -238,11 +244,11 @@ TEST_F(OktPages, ZshCompletion_CommandsOptionsValuesFiles)
         completedByZsh("source <('" OKT_EXE "' completion zsh)",
                        {"okt ex", "okt show --un", "okt show --unit i", "okt show --ids --unit i", "okt --module x.so ex",
                         "okt --module x.so show --un", "okt completion z", "okt export --format b", "okt --ver",
-                        "okt build " + data, "okt diff a.okt " + data, "okt nothing --un", "okt help sho"}),
+                        "okt build " + data, "okt diff a.okt " + data, "okt nothing --un", "okt help sho", "okt show --no-m"}),
         "okt export \nokt show --unit \nokt show --unit in \nokt show --ids --unit in \nokt --module x.so export \n"
         "okt --module x.so show --unit \nokt completion zsh \nokt export --format bf2d \nokt --version \nokt build " +
             data + "ords.bf2d \nokt diff a.okt " + data +
-            "ords.bf2d \nokt nothing --un\nokt help show \n");
+            "ords.bf2d \nokt nothing --un\nokt help show \nokt show --no-modules \n");
 }
 
 TEST_F(OktPages, ZshCompletion_FromAFolderOfFunctions)

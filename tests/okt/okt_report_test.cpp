@@ -344,8 +344,7 @@ TEST_F(OktReport, Report_LoopsAndDanglingIds_ShownAsSuch)
 
 TEST_F(OktReport, Report_GoldenFilesWithFaults_ToldAsByShow)
 {
-    for (char const *const name :
-         {"truncated.okt", "unknown-class.okt", "duplicate-id.okt", "other-case.okt", "every-class.okt"})
+    for (char const *const name : {"truncated.okt", "duplicate-id.okt", "group-parameter-name.okt"})
     {
         ProcessResult const shown = runOkt({"show", golden(name)});
         ProcessResult const reported = runOkt({"report", golden(name), "-o", path(std::string(name) + ".html")});
@@ -354,6 +353,20 @@ TEST_F(OktReport, Report_GoldenFilesWithFaults_ToldAsByShow)
         EXPECT_THAT(textOf(path(std::string(name) + ".html")),
                     HasSubstr("This file has a fault; what could be read of it is shown."));
     }
+}
+
+TEST_F(OktReport, Report_ClassOfNoModule_Information)
+{
+    std::string const text = page({golden("unknown-class.okt"), golden("every-class.okt")});
+    EXPECT_THAT(text, HasSubstr("<dt>Needs a client module</dt><dd>OKTDbNobody, 1 object: no module that okt finds names it; "
+                                "--module FILE gives one, okt modules tells where okt looks</dd>"));
+    EXPECT_THAT(text,
+                HasSubstr("<dt>Needs a client module</dt><dd>OKTDbIndexData, 1 object: " OKT_EXAMPLE_MODULE_NAME
+                          " from okt&#39;s own modules brings a class of this name with other members; --module FILE gives "
+                          "another</dd>"));
+    EXPECT_THAT(text, HasSubstr(", a class that needs a client module"));
+    EXPECT_THAT(text, Not(HasSubstr(ownModule()))) << "folders are not told";
+    EXPECT_THAT(text, Not(testing::ContainsRegex("[^e]fault"))) << "but for default";
 }
 
 TEST_F(OktReport, Report_Truncated_WhatCouldBeReadAndTheFault)

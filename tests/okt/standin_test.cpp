@@ -84,4 +84,20 @@ TEST(OktStandIn, XmlOut_Always_Refused)
     EXPECT_FALSE(pool.saveFiler(image, translated));
 }
 
+// A module that reads other members than a file has gives its place to stand-ins, for this file.
+TEST(OktStandIn, ReplaceClass_ClassThatIsThere_UntilItStepsAside)
+{
+    ASSERT_TRUE(StandIn::replaceClass(u"OKTDbPicture", {u"OKTDbObject"}));
+    EXPECT_TRUE(StandIn::isRegistered(u"OKTDbPicture"));
+    EXPECT_EQ(OKTDbPicture::cast(made(u"OKTDbPicture").get()), nullptr);
+    ASSERT_TRUE(StandIn::replaceClass(u"OKTDbPicture", {u"OKTDbObject"}));
+    ASSERT_TRUE(StandIn::replaceClass(u"OKTDbPicture", {u"StandInBetween", u"OKTDbObject"}));
+    EXPECT_TRUE(StandIn::isRegistered(u"OKTDbPicture"));
+    StandIn::stepAside();
+    EXPECT_FALSE(StandIn::isRegistered(u"OKTDbPicture"));
+    EXPECT_NE(OKTDbPicture::cast(made(u"OKTDbPicture").get()), nullptr);
+    EXPECT_FALSE(StandIn::replaceClass(u"OKTDbPicture", {}));
+    EXPECT_NE(OKTDbPicture::cast(made(u"OKTDbPicture").get()), nullptr);
+}
+
 } // namespace

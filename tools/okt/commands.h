@@ -44,6 +44,7 @@ void addVerify(CommandLine &line);
 void addDump(CommandLine &line);
 void addFind(CommandLine &line);
 void addTree(CommandLine &line);
+void addModules(CommandLine &line);
 void addHelp(CommandLine &line); ///< behind all that it tells of
 
 } // namespace okt

@@ -62,11 +62,13 @@ int run(int argc, char **argv, int &trouble)
     app.add_option("--module", modules, "a client module that brings classes of its own; once for each")
         ->type_name("FILE")
         ->allow_extra_args(false);
+    bool withoutSearch = false;
+    app.add_flag("--no-modules", withoutSearch, "look for no client modules; only those that --module names are loaded");
 
     okt::CommandLine line{app, {}};
     for (auto const add : {okt::addInfo, okt::addLs, okt::addShow, okt::addTree, okt::addFind, okt::addDump, okt::addReport,
                            okt::addPicture, okt::addBuild, okt::addExport, okt::addImport, okt::addDiff, okt::addVerify,
-                           okt::addRecover, okt::addCompletion, okt::addPages, okt::addHelp})
+                           okt::addRecover, okt::addModules, okt::addCompletion, okt::addPages, okt::addHelp})
         add(line);
     letTheLastCount(app);
     okt::finishHelp(app);
@@ -88,9 +90,9 @@ int run(int argc, char **argv, int &trouble)
         return answerWrongUsage(wrong);
     }
     trouble = line.trouble;
-    okt::Modules loader;
     for (std::string const &module : modules)
-        loader.load(okt::utf8Path(module));
+        okt::modules().load(okt::utf8Path(module));
+    okt::modules().searchIn(okt::moduleFolders(), !withoutSearch);
     return line.run();
 }
 

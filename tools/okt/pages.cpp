@@ -145,8 +145,10 @@ std::string manPage(CLI::App const &app)
     for (CLI::App const *const command : commandsOf(app))
         page += ".TP\n" + bold("okt-" + command->get_name()) + "(1)\n" + roff(helpOf(*command).summary) + "\n";
     page += optionsSection(app) + exitSection(kUsual);
-    page += ".SH ENVIRONMENT\n.TP\n" + bold("NO_COLOR") + "\nnot empty: no colours, whatever the terminal\n.TP\n" +
-            bold("TERM") + "\ndumb: neither colours nor progress\n";
+    page += ".SH ENVIRONMENT\n.TP\n" + bold("OKT_MODULE_PATH") +
+            "\nfolders in which client modules are looked for, whole paths with : between them (; on Windows)\n.TP\n" +
+            bold("NO_COLOR") + "\nnot empty: no colours, whatever the terminal\n.TP\n" + bold("TERM") +
+            "\ndumb: neither colours nor progress\n";
     return page;
 }
 

@@ -2,8 +2,8 @@
 
 #include "failure.h"
 #include "files.h"
+#include "objectread.h"
 #include "reportcollector.h"
-#include "standin.h"
 #include "text.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -64,26 +64,40 @@ LoneObject PartialFile::read(OKTDbObjectId const &id, std::string const &what)
                                                 printable(found.getGuidAsString(false)) + ", although the header places " +
                                                 what + " " + printable(id.getGuidAsString(false)) + " here");
     else
-        readObject(lone, what);
+        readObject(lone, collector);
     if (lone.fault.empty() && !collector.reports().empty())
         lone.fault = faultAt(lone.position, "the object could not be read whole: " + collector.reports());
     return lone;
 }
 
-void PartialFile::readObject(LoneObject &lone, std::string const &what)
+void PartialFile::readObject(LoneObject &lone, ReportCollector const &collector)
 {
     CString const &className = lone.frame.className;
-    OKTDbObject *made = nullptr;
-    if (StandIn::isRegistered(className) || !m_pool.CreateObjectFromClassName(className, made))
+    if (!isRegistered(className))
     {
-        lone.fault = faultAt(lone.position, what + " is of the class " + quoted(className) +
-                                                ", which is not known here; --module loads the module that brings it");
-        return;
+        ModuleAnswer const &answer = modules().find(className);
+        if (!isRegistered(className))
+        {
+            lone.missing = answer;
+            return;
+        }
     }
+    Module const *const found = modules().foundFor(className);
+    OKTDbObject *made = nullptr;
+    m_pool.CreateObjectFromClassName(className, made);
     lone.object.reset(made);
     OKTMemoryFiler filer(&m_pool);
     filer.readInPlace(lone.bytes);
-    if (lone.object->xmlIn(&filer) == eFilerOk)
+    bool const isRead = made != nullptr && made->xmlIn(&filer) == eFilerOk;
+    if (found != nullptr && (!isRead || collector.forgetBehind(0)))
+    {
+        // Another module may have a class of the same name.
+        lone.object.reset();
+        lone.missing = ModuleAnswer{ModuleAnswer::Kind::Other, found->file, found->origin, {}};
+        return;
+    }
+    lone.module = found;
+    if (isRead)
         return;
     lone.object.reset();
     lone.fault = faultAt(lone.position, "damaged: the members of this " + printable(className) + " are not those of its class");

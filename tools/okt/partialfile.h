@@ -1,18 +1,22 @@
 #pragma once
 
 #include "frames.h"
+#include "modules.h"
 
 #include <oktdatabase/oktdbpool.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 class OKTDbObject;
 
 namespace okt
 {
+
+class ReportCollector;
 
 /// One object of a file, read alone.
 struct LoneObject
@@ -23,6 +27,8 @@ struct LoneObject
     Frame frame;                         ///< positions count from the start of the stretch
     std::unique_ptr<OKTDbObject> object; ///< null: not read, or of a class that is not known here
     std::string fault;                   ///< the line for the user; empty when all is well
+    Module const *module = nullptr;      ///< the one that was found by the search and brings the class
+    std::optional<ModuleAnswer> missing; ///< the class needs a module that is not there
 };
 
 /// A pool file of which only the first 1024 bytes, the header and the objects asked for are read.
@@ -43,7 +49,7 @@ public:
 
 private:
     std::string faultAt(int position, std::string const &reason) const;
-    void readObject(LoneObject &lone, std::string const &what);
+    void readObject(LoneObject &lone, ReportCollector const &collector);
 
     std::filesystem::path m_path;
     std::string m_name;

@@ -3,6 +3,7 @@
 #include "guids.h"
 #include "imageformat.h"
 #include "members.h"
+#include "moduletext.h"
 #include "text.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -22,13 +23,13 @@ std::string headerLine(char const *label, std::string const &text) { return "  "
 
 std::string headText(PartialFile const &file)
 {
-    return printable(file.name()) + ": " + std::to_string(file.size()) + " bytes, read in part\n" +
+    return printable(file.name()) + ": " + plural(static_cast<std::int64_t>(file.size()), "byte") + ", read in part\n" +
            headerLine("Pool", quoted(file.pool().poolName()) + " " + idText(file.pool().objectId()));
 }
 
 std::string placeText(LoneObject const &lone)
 {
-    return std::to_string(lone.size) + " bytes from byte " + std::to_string(lone.position);
+    return plural(lone.size, "byte") + " from byte " + std::to_string(lone.position);
 }
 
 std::string membersText(std::vector<Member> const &members)
@@ -65,7 +66,15 @@ std::string pictureText(LoneObject const &lone)
         return "";
     CByteArray image;
     picture->getPictureData(image);
-    return "    image of " + std::to_string(image.GetSize()) + " bytes, " + formatOf(image).text() + "\n";
+    return "    image of " + plural(image.GetSize(), "byte") + (image.IsEmpty() ? "" : ", " + formatOf(image).text()) + "\n";
+}
+
+/// The client module that brings the class of an object, or what helps where none does.
+std::string moduleText(LoneObject const &lone)
+{
+    if (lone.missing)
+        return headerLine("Module", "the class needs a client module: " + helpFor(*lone.missing, ModulePlace::Path));
+    return lone.module == nullptr ? "" : headerLine("Module", moduleLine(*lone.module, lone.frame.className));
 }
 
 } // namespace
@@ -87,6 +96,7 @@ PartialText describeIndex(PartialFile &file)
         result.text += membersText(membersOf(*lone.object));
     else if (lone.frame.state == Frame::State::Whole && lone.frame.id && !lone.bytes.IsEmpty())
         result.text += membersText(recordsOf(lone.bytes));
+    result.text += moduleText(lone);
     noteFault(result, lone.fault);
     return result;
 }
@@ -99,7 +109,7 @@ PartialText describePictures(PartialFile &file)
     for (OKTDbObjectId const &id : ids)
     {
         LoneObject const lone = file.read(id, "a picture");
-        result.text += headerLine("Picture", roleText(id, lone)) + pictureText(lone);
+        result.text += headerLine("Picture", roleText(id, lone)) + pictureText(lone) + moduleText(lone);
         noteFault(result, lone.fault);
     }
     if (ids.getSize() == 0)

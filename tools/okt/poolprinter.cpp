@@ -3,6 +3,7 @@
 #include "guids.h"
 #include "imageformat.h"
 #include "members.h"
+#include "moduletext.h"
 #include "objectsof.h"
 #include "standin.h"
 #include "text.h"
@@ -101,6 +102,7 @@ public:
         otherObjects();
         sizes();
         notRead();
+        missingModules();
         return std::move(m_text);
     }
 
@@ -168,6 +170,8 @@ private:
             headerLine("Picture", role(id, true));
         if (pictures.getSize() == 0)
             headerLine("Pictures", "none");
+        for (std::string const &module : moduleLines(m_file, ModulePlace::Path))
+            headerLine("Module", module);
     }
 
     // Categories
@@ -349,7 +353,7 @@ private:
             first = false;
             bool const unknown = dynamic_cast<StandIn const *>(found) != nullptr;
             line("  " + className(found) + " " + idText(id) + placeOf(id) +
-                 (unknown ? ", a class that is not known here" : ""));
+                 (unknown ? ", a class that needs a client module" : ""));
         }
     }
 
@@ -404,6 +408,15 @@ private:
                  (frame.id ? " " + idText(toId(*frame.id)) : "") + ", " + plural(frame.size, "byte") + " from byte " +
                  std::to_string(frame.offset) + ": " + object.reason);
         }
+    }
+
+    void missingModules()
+    {
+        std::vector<std::string> const lines = missingLines(m_file, ModulePlace::Path);
+        if (!lines.empty())
+            heading("Classes that need a client module");
+        for (std::string const &each : lines)
+            line("  " + each);
     }
 
     PoolFile const &m_file;

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <set>
 
 namespace okt
@@ -57,7 +58,10 @@ CByteArray stretch(CByteArray const &bytes, Frame const &frame)
 class ObjectSieve
 {
 public:
-    ObjectSieve(PoolFile &file, CByteArray const &bytes) : m_file(file), m_bytes(bytes) {}
+    ObjectSieve(PoolFile &file, CByteArray const &bytes, ReportCollector const &collector)
+        : m_file(file), m_bytes(bytes), m_collector(collector)
+    {
+    }
 
     void run()
     {
@@ -69,11 +73,43 @@ public:
             if (take(frame))
                 m_good.push_back(&frame);
         }
+        tellModules();
     }
 
     std::vector<Frame const *> const &good() const { return m_good; }
 
 private:
+    /// Which modules the file needs, and has.
+    void tellModules()
+    {
+        for (Frame const &frame : m_file.frames)
+        {
+            if (frame.state != Frame::State::Whole || frame.className.IsEmpty())
+                continue;
+            if (!isRegistered(frame.className))
+                tellMissing(frame);
+            else if (Module const *const found = modules().foundFor(frame.className))
+                tellUsed(*found, frame.className);
+        }
+    }
+
+    void tellMissing(Frame const &frame)
+    {
+        auto const [place, isFirst] = m_missing.emplace(frame.className, m_file.missing.size());
+        if (isFirst)
+            m_file.missing.push_back({frame.className, 0, frame.offset, m_answers[frame.className]});
+        ++m_file.missing[place->second].objects;
+    }
+
+    void tellUsed(Module const &module, CString const &className)
+    {
+        auto const isSame = [&module](UsedModule const &used) { return used.file == module.file; };
+        auto found = std::find_if(m_file.modules.begin(), m_file.modules.end(), isSame);
+        if (found == m_file.modules.end())
+            found = m_file.modules.insert(found, {module.file, module.origin, {}});
+        found->classes.insert(className.ToUtf8());
+    }
+
     void note(int position, std::string const &reason)
     {
         if (m_file.fault.empty())
@@ -97,20 +133,42 @@ private:
         return isKnown(frame) && isReadable(frame);
     }
 
+    /// False: no object of the class can be made, not even a stand-in.
     bool isKnown(Frame const &frame)
     {
+        if (frame.className.IsEmpty())
+            return refuse(frame, frame.offset, "an object of a class without a name", "a class without a name");
         if (isRegistered(frame.className))
             return true;
-        std::string const reason = "an object of the class " + quoted(frame.className) + ", which is not known here";
-        if (!StandIn::registerClass(frame.className, frame.bases))
-            return refuse(frame, frame.offset, reason, "a class that is not known here");
-        note(frame.offset, reason);
-        return true;
+        if (!m_answers.contains(frame.className))
+            m_answers[frame.className] = modules().find(frame.className);
+        if (isRegistered(frame.className))
+            return true;
+        if (StandIn::registerClass(frame.className, frame.bases))
+            return true;
+        m_file.unread.push_back({frame, "a class that needs a client module"});
+        return false;
+    }
+
+    ReadObject readObject(Frame const &frame) { return readAlone(stretch(m_bytes, frame), frame.className); }
+
+    /// Another module may have a class of the same name. What a module that nobody named does not read is not its own: all objects
+    /// of the class are stand-ins then.
+    ReadObject readByFound(Frame const &frame, Module const &module)
+    {
+        std::size_t const reported = m_collector.reports().size();
+        ReadObject read = readObject(frame);
+        bool const isReported = m_collector.forgetBehind(reported);
+        if ((read.fault.empty() && !isReported) || !StandIn::replaceClass(frame.className, frame.bases))
+            return read;
+        m_answers[frame.className] = {ModuleAnswer::Kind::Other, module.file, module.origin, {}};
+        return readObject(frame);
     }
 
     bool isReadable(Frame const &frame)
     {
-        ReadObject const read = readAlone(stretch(m_bytes, frame), frame.className);
+        Module const *const found = StandIn::isRegistered(frame.className) ? nullptr : modules().foundFor(frame.className);
+        ReadObject const read = found == nullptr ? readObject(frame) : readByFound(frame, *found);
         if (!read.fault.empty())
             return refuse(frame, frame.offset, "damaged: " + read.fault, read.inShort);
         if (!m_ids.insert(read.object->objectId()).second)
@@ -132,6 +190,9 @@ private:
 
     PoolFile &m_file;
     CByteArray const &m_bytes;
+    ReportCollector const &m_collector;
+    std::map<CString, ModuleAnswer> m_answers; ///< for classes that are not read by a module
+    std::map<CString, std::size_t> m_missing;  ///< the place of each class among those that are told
     std::set<OKTDbObjectId> m_ids;
     std::vector<Frame const *> m_good;
 };
@@ -169,6 +230,7 @@ void noteStop(PoolFile &file)
 PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name)
 {
     ReportCollector const collector;
+    StandIn::stepAside();
     CByteArray const bytes = readBytes(path);
     PoolFile file;
     file.name = name.empty() ? pathName(path) : name;
@@ -181,23 +243,24 @@ PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::
         Waiting const waiting(printable(file.name), static_cast<std::uintmax_t>(file.size));
         file.frames = readFrames(bytes, file.objectsStart);
     }
-    ObjectSieve sieve(file, bytes);
+    ObjectSieve sieve(file, bytes, collector);
     sieve.run();
 
     Waiting const waiting(printable(file.name), static_cast<std::uintmax_t>(file.size));
     file.pool = std::make_unique<OKTDbPool>();
     file.pool->setMetricsFactor(metricsFactor);
-    if (file.fault.empty())
+    if (file.unread.empty() && file.fault.empty())
     {
         if (!file.pool->readFile(pathText(path)))
             noteStop(file);
     }
     else
     {
-        // A load of the file itself would stop at the fault, and lose the object there.
+        // A load of the file itself would stop at what cannot be read, and lose the objects behind it.
         header.setMetricsFactor(metricsFactor);
         if (!file.pool->loadFiler(imageOf(header, file, bytes, sieve.good())))
-            file.fault += "; what is whole in it cannot be read either";
+            file.fault = (file.fault.empty() ? Failure(file.name, "", "damaged").what() : file.fault) +
+                         "; what is whole in it cannot be read either";
     }
     if (file.fault.empty() && !collector.reports().empty())
         file.fault = Failure(file.name, "", "an object could not be read whole: " + collector.reports()).what();

@@ -27,4 +27,11 @@ ReportCollector::~ReportCollector() { OktSetWarningPresenter(nullptr); }
 
 std::string const &ReportCollector::reports() const { return g_reports; }
 
+bool ReportCollector::forgetBehind(std::size_t length) const
+{
+    bool const isLonger = g_reports.size() > length;
+    g_reports.resize(isLonger ? length : g_reports.size());
+    return isLonger;
+}
+
 } // namespace okt

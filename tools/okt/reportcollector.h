@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace okt
@@ -16,6 +17,8 @@ public:
 
     /// What the library reported so far, printable, on one line.
     std::string const &reports() const;
+    /// Forgets what was reported behind the first `length` bytes. True: there was something.
+    bool forgetBehind(std::size_t length) const;
 };
 
 } // namespace okt

@@ -2,7 +2,6 @@
 
 #include <oktdatabase/oktdbobject.h>
 
-#include <memory>
 #include <vector>
 
 namespace okt
@@ -13,13 +12,17 @@ namespace okt
 class StandIn : public OKTDbObject
 {
 public:
-    /// Registers the class under its name, for the rest of the process, unless the name is taken. `bases` are the class names
-    /// of the frames nested in its frame, the nearest first; the last must be that of OKTDbObject. False: it is not, or there
-    /// is no name.
+    /// Registers the class under its name, unless a library or a module has the name. `bases` are the class names of the frames
+    /// nested in its frame, the nearest first; the last must be that of OKTDbObject. False: it is not, or there is no name.
     static bool registerClass(CString const &className, std::vector<CString> const &bases);
+    /// The same in place of the class of a module, until stepAside.
+    static bool replaceClass(CString const &className, std::vector<CString> const &bases);
+    /// The classes of modules are those of the modules again.
+    static void stepAside();
 
-    /// The class is one that was registered here.
+    /// The class is one that was registered here, now.
     static bool isRegistered(CString const &className);
+    static bool isStandIn(OKTRuntimeClass const *descriptor);
 
     CString className() const;
 
@@ -33,7 +36,9 @@ public:
 
 private:
     struct Class;
-    static std::vector<std::unique_ptr<Class>> &classes();
+    struct Classes;
+    static Classes &classes();
+    static Class &madeFor(CString const &className, std::vector<CString> const &between);
 
     explicit StandIn(Class const &description) : m_class(&description) {}
 

@@ -28,6 +28,30 @@ extern "C" void onInterrupt(int signal)
 
 std::vector<std::string> arguments(int argc, char const *const *argv) { return {argv, argv + argc}; }
 
+std::filesystem::path programFile()
+{
+    std::error_code error;
+    std::filesystem::path file = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::filesystem::path() : file;
+}
+
+std::string environmentVariable(char const *name)
+{
+    char const *const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+char const kListSeparator = ':';
+char const *const kLibraryEnding = ".so";
+
+bool isWritableByAll(std::filesystem::path const &path)
+{
+    using std::filesystem::perms;
+    std::error_code error;
+    std::filesystem::file_status const status = std::filesystem::status(path, error);
+    return !error && (status.permissions() & perms::others_write) != perms::none;
+}
+
 void prepareStreams() { std::signal(SIGPIPE, SIG_IGN); }
 
 bool isClosedPipe(int error) { return error == EPIPE; }

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include <fcntl.h>
 #include <io.h>
@@ -46,6 +47,27 @@ std::vector<std::string> arguments(int, char const *const *)
     LocalFree(texts);
     return all;
 }
+
+std::filesystem::path programFile()
+{
+    constexpr DWORD kLongest = 32768; // of any path
+    std::vector<wchar_t> name(kLongest);
+    DWORD const length = GetModuleFileNameW(nullptr, name.data(), kLongest);
+    return length < kLongest ? std::filesystem::path(std::wstring(name.data(), length)) : std::filesystem::path();
+}
+
+std::string environmentVariable(char const *name)
+{
+    std::wstring const wide(name, name + std::strlen(name));
+    wchar_t const *const value = _wgetenv(wide.c_str());
+    return value == nullptr ? "" : CString(value).ToUtf8();
+}
+
+char const kListSeparator = ';';
+char const *const kLibraryEnding = ".dll";
+
+// Who may write where is told by lists that are long to read; a folder that others may change is for its owner to close.
+bool isWritableByAll(std::filesystem::path const &) { return false; }
 
 void prepareStreams()
 {

@@ -5,6 +5,7 @@
 #include "../failure.h"
 #include "../guids.h"
 #include "../imageformat.h"
+#include "../moduletext.h"
 #include "../objectsof.h"
 #include "../poolprinter.h"
 #include "../poolreader.h"
@@ -242,6 +243,15 @@ bool isUtf8Locale()
 #endif
 }
 
+void addLines(std::vector<Node> &nodes, char const *title, std::vector<std::string> const &lines)
+{
+    Node node{title, {}};
+    for (std::string const &line : lines)
+        node.children.push_back({line, {}});
+    if (!lines.empty())
+        nodes.push_back(std::move(node));
+}
+
 int tree(Options const &options)
 {
     DisplayUnit const *const unit = findUnit(options.unit);
@@ -251,7 +261,10 @@ int tree(Options const &options)
     PoolFile const file = readPool(input.path(), unit->factor, input.name());
     std::string text = quoted(file.pool->poolName()) + " " + idText(file.pool->objectId()) + "\n";
     std::optional<Waiting> waiting(std::in_place, printable(input.name()), static_cast<std::uintmax_t>(file.size));
-    append(text, options.inAscii || !isUtf8Locale() ? kAscii : kBoxes, "", TreeMaker(*file.pool, *unit).nodes());
+    std::vector<Node> nodes = TreeMaker(*file.pool, *unit).nodes();
+    addLines(nodes, "Client modules", moduleLines(file, ModulePlace::Path));
+    addLines(nodes, "Classes that need a client module", missingLines(file, ModulePlace::Path));
+    append(text, options.inAscii || !isUtf8Locale() ? kAscii : kBoxes, "", nodes);
     waiting.reset();
     print(text);
     if (!file.fault.empty())

@@ -5,6 +5,7 @@
 #include <tools/okt/exportfiles.h>
 #include <tools/okt/failure.h>
 #include <tools/okt/members.h>
+#include <tools/okt/moduletext.h>
 #include <tools/okt/objectsof.h>
 #include <tools/okt/poolprinter.h>
 #include <tools/okt/progress.h>
@@ -453,7 +454,7 @@ private:
             if (auto const frame = m_frames.find(id); frame != m_frames.end())
                 shown.note = placeOf(*frame->second);
             if (dynamic_cast<StandIn const *>(found) != nullptr)
-                shown.note += ", a class that is not known here";
+                shown.note += ", a class that needs a client module";
             else
                 for (Member const &member : membersOf(*found))
                     shown.members.push_back({escapedLine(member.name), escapedLine(member.value)});
@@ -549,6 +550,10 @@ void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::str
             facts.header.push_back({"Name", unfolding(name)});
     }
     Collector(file, values, facts).run();
+    for (std::string const &module : moduleLines(file, ModulePlace::Name))
+        facts.header.push_back({"Module", escapedLine(module)});
+    for (std::string const &missing : missingLines(file, ModulePlace::Name))
+        facts.header.push_back({"Needs a client module", escapedLine(missing)});
 }
 
 } // namespace
