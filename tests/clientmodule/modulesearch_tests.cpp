@@ -124,6 +124,7 @@ TEST_F(OktModuleSearch, OwnFolder_TemplatesOfTheDemo_OpenWithNothingNamed)
               48u);
     EXPECT_EQ(countOf("<th scope=\"row\">m_strTitle</th>", page), 48u) << "the members of the index";
     EXPECT_EQ(countOf("client module", page), 0u);
+    EXPECT_EQ(countOf("fault", page), countOf("Default", page) + countOf("default", page)) << "the style included";
     for (std::string const &text : {shown, tree, listed})
         EXPECT_THAT(text, Not(ContainsRegex("[Ff]ault")));
 }

@@ -373,11 +373,11 @@ TEST_F(OktReport, Report_Truncated_WhatCouldBeReadAndTheFault)
 {
     std::string const text = page({golden("truncated.okt")}, 1);
     EXPECT_THAT(text,
-                HasSubstr("<p class=\"fault\"><strong>This file has a fault; what could be read of it is shown.</strong> "
+                HasSubstr("<p class=\"alarm\"><strong>This file has a fault; what could be read of it is shown.</strong> "
                           "truncated.okt:byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358</p>\n"));
     EXPECT_THAT(text, HasSubstr("<li class=\"find\">OKTDbParameter {31882FDD-D649-4893-A02B-DECFCDD39355} <span class=\"note\">"
                                 "230\u00A0bytes from byte 1358: cut off</span></li>\n"));
-    EXPECT_THAT(text, HasSubstr("<rect class=\"c-fault\""));
+    EXPECT_THAT(text, HasSubstr("<rect class=\"c-damaged\""));
 }
 
 TEST_F(OktReport, Report_UnreadableAmongOthers_InThePageAndOnStandardError)

@@ -35,7 +35,7 @@ std::string styleOf(PageStretch const &stretch, ClassColours &colours)
     switch (stretch.kind)
     {
     case PageStretch::Kind::Header: return "c-header";
-    case PageStretch::Kind::Fault: return "c-fault";
+    case PageStretch::Kind::Fault: return "c-damaged";
     case PageStretch::Kind::Gap: return "c-gap";
     case PageStretch::Kind::Object: return colours.of(stretch.className);
     }

@@ -189,7 +189,7 @@ private:
                       counted(facts.parameters, "parameter") + " in " + counted(facts.categories, "category") + kDot +
                       counted(facts.objects, "object") + kDot + counted(facts.size, "byte") + "</p>\n";
         if (!facts.fault.empty())
-            m_text += "<p class=\"fault\"><strong>" +
+            m_text += "<p class=\"alarm\"><strong>" +
                       std::string(facts.isRead ? "This file has a fault; what could be read of it is shown."
                                                : "This file cannot be read.") +
                       "</strong> " + facts.fault + "</p>\n";
