@@ -3,6 +3,7 @@
 
 #include "support/printers.h"
 #include "support/scratchfolder.h"
+#include "support/streambuilder.h"
 #include "support/units.h"
 
 #include <tools/okt/picturetext.h>
@@ -262,6 +263,19 @@ TEST_F(OktPicture, Picture_ListedButMissing_Failure)
                   path("x.okt") + ": picture 1 " + stranger.getGuidAsString(false).ToUtf8() +
                       " is listed, but not in this file");
     ASSERT_EQ(runOkt({"picture", path("x.okt"), "-o", path("image")}).exitCode, 0);
+}
+
+TEST_F(OktPicture, Picture_OfTheClassOfAModule_WhatHelps)
+{
+    StreamBuilder picture;
+    picture.beginClass("OwnPicture").objectBase("{00000001-1111-1111-1111-111111111111}").endClass();
+    HeaderFields header;
+    header.pictures = {{"{00000001-1111-1111-1111-111111111111}", {0, picture.size()}}};
+    expectFailure(runOkt({"picture", put("x.okt", poolImage(header, picture)), "-o", path("image")}),
+                  path("x.okt") +
+                      ": picture 0 {00000001-1111-1111-1111-111111111111} is of the class \"OwnPicture\", which needs "
+                      "a client module: no module that okt finds names it; --module FILE gives one, okt modules tells "
+                      "where okt looks");
 }
 
 TEST_F(OktPicture, Picture_ListedObjectOfAnotherClass_Failure)

@@ -6,10 +6,12 @@
 #include "files.h"
 #include "help.h"
 #include "imageformat.h"
+#include "moduletext.h"
 #include "picturetext.h"
 #include "poolreader.h"
 #include "progress.h"
 #include "reportcollector.h"
+#include "standin.h"
 #include "text.h"
 
 #include <oktdatabase/oktdatabase.h>
@@ -114,6 +116,10 @@ std::optional<CByteArray> imageOf(PictureFile const &file, fs::path const &path,
         return std::nullopt;
     if (object == nullptr)
         refuse(file, "", title + " is listed, but not in this file");
+    if (dynamic_cast<StandIn const *>(object) != nullptr)
+        refuse(file, "",
+               title + " is of the class " + quoted(object->isA()->ClassName()) +
+                   ", which needs a client module: " + helpFor(modules().find(object->isA()->ClassName()), ModulePlace::Path));
     if (picture == nullptr)
         refuse(file, "", title + " is an object of another class: " + printable(object->isA()->ClassName()));
     OKTDbPool::_ObjectInfo const *const place = file.places.find(id);
