@@ -83,25 +83,46 @@ TEST_F(OktModuleFolders, Files_LibrariesByName)
     ASSERT_EQ(files.size(), 3u);
     EXPECT_EQ(pathName(files[0].filename()), "a" + std::string(kLibraryEnding));
     EXPECT_EQ(pathName(files[2].filename()), "c" + std::string(kLibraryEnding));
-    EXPECT_TRUE(moduleFilesIn({utf8Path(folder), ModuleOrigin::Variable, "refused"}).empty());
+    EXPECT_TRUE(moduleFilesIn({utf8Path(folder), ModuleOrigin::Variable, "refused", false}).empty());
 }
 
 #if !defined(_WIN32)
+// Where everybody may replace the program itself, nothing is gained by refusing its modules.
+TEST_F(OktModuleFolders, OwnFolder_OpenToAll_RefusedUnlessTheProgramIsToo)
+{
+    std::vector<ModuleFolder> folders = moduleFolders("", utf8Path(path("bin/okt")));
+    ASSERT_EQ(folders.size(), 1u);
+    made("bin");
+    fs::create_directories(folders[0].path);
+    std::string const file = pathName(folders[0].path) + "/a.so";
+    put(file.substr(path("").size()), "");
+    fs::permissions(file, fs::perms::others_write, fs::perm_options::add);
+    fs::permissions(folders[0].path, fs::perms::others_write, fs::perm_options::add);
+    folders = moduleFolders("", utf8Path(path("bin/okt")));
+    EXPECT_EQ(folders[0].refusal, "everybody may write there");
+    fs::permissions(path("bin"), fs::perms::others_write, fs::perm_options::add);
+    folders = moduleFolders("", utf8Path(path("bin/okt")));
+    EXPECT_EQ(folders[0].refusal, "");
+    EXPECT_EQ(moduleFilesIn(folders[0]).size(), 1u);
+    EXPECT_EQ(refusalOfModule(folders[0], file), "");
+}
+
 TEST_F(OktModuleFolders, File_ThatEverybodyMayChange_Refused)
 {
     std::string const file = put("a.so", "");
     fs::permissions(file, fs::perms::others_write, fs::perm_options::remove);
-    EXPECT_EQ(refusalOfModule(file), "");
+    ModuleFolder const folder = {utf8Path(path("")), ModuleOrigin::Variable, "", false};
+    EXPECT_EQ(refusalOfModule(folder, file), "");
     fs::create_symlink(file, path("link.so"));
     fs::permissions(file, fs::perms::others_write, fs::perm_options::add);
-    EXPECT_EQ(refusalOfModule(file), "everybody may write to the file");
-    EXPECT_EQ(refusalOfModule(path("link.so")), "everybody may write to the file");
+    EXPECT_EQ(refusalOfModule(folder, file), "everybody may write to the file");
+    EXPECT_EQ(refusalOfModule(folder, path("link.so")), "everybody may write to the file");
     // Behind a link lies another folder.
     made("open");
     put("open/b.so", "");
     fs::permissions(path("open"), fs::perms::others_write, fs::perm_options::add);
     fs::create_symlink(path("open/b.so"), path("other.so"));
-    EXPECT_EQ(refusalOfModule(path("other.so")), "everybody may write to the folder of the file");
+    EXPECT_EQ(refusalOfModule(folder, path("other.so")), "everybody may write to the folder of the file");
 }
 #endif
 

@@ -23,7 +23,7 @@ class OktModuleText : public FolderTest
 protected:
     ~OktModuleText() override { modules().searchIn({}, false); }
 
-    void searchHere(bool isOn) const { modules().searchIn({{utf8Path(path("")), ModuleOrigin::Variable, ""}}, isOn); }
+    void searchHere(bool isOn) const { modules().searchIn({{utf8Path(path("")), ModuleOrigin::Variable, "", false}}, isOn); }
     std::string module(std::string const &name) const { return put(name + kLibraryEnding, std::string("code BarMark\0", 13)); }
 };
 

@@ -47,7 +47,7 @@ std::vector<ModuleFolder> moduleFolders(std::string const &variable, fs::path co
     auto const add = [&folders](fs::path const &path, ModuleOrigin origin) {
         auto const isSame = [&path](ModuleFolder const &folder) { return folder.path == path; };
         if (std::none_of(folders.begin(), folders.end(), isSame))
-            folders.push_back({path, origin, refusalOfFolder(path)});
+            folders.push_back({path, origin, refusalOfFolder(path), false});
     };
     for (std::size_t begin = 0; begin <= variable.size();)
     {
@@ -56,8 +56,14 @@ std::vector<ModuleFolder> moduleFolders(std::string const &variable, fs::path co
             add(utf8Path(variable.substr(begin, end - begin)), ModuleOrigin::Variable);
         begin = end + 1;
     }
-    if (!program.empty())
-        add((program.parent_path() / utf8Path(OKT_MODULES_FROM_PROGRAM)).lexically_normal(), ModuleOrigin::Own);
+    if (program.empty())
+        return folders;
+    add((program.parent_path() / utf8Path(OKT_MODULES_FROM_PROGRAM)).lexically_normal(), ModuleOrigin::Own);
+    if (ModuleFolder &own = folders.back(); own.origin == ModuleOrigin::Own && isWritableByAll(program.parent_path()))
+    {
+        own.isAsOpenAsOkt = true;
+        own.refusal = own.refusal == kWritable ? "" : own.refusal;
+    }
     return folders;
 }
 
@@ -80,8 +86,10 @@ std::vector<fs::path> moduleFilesIn(ModuleFolder const &folder)
     return files;
 }
 
-std::string refusalOfModule(fs::path const &file)
+std::string refusalOfModule(ModuleFolder const &folder, fs::path const &file)
 {
+    if (folder.isAsOpenAsOkt)
+        return "";
     // A link leads to the file that is loaded.
     std::error_code error;
     fs::path const real = fs::canonical(file, error);

@@ -150,7 +150,7 @@ ModuleAnswer Modules::search(CString const &className, bool loads)
         {
             if (!namesClass(file, text))
                 continue;
-            std::string reason = refusalOfModule(file);
+            std::string reason = refusalOfModule(folder, file);
             if (reason.empty() && !loads)
                 return {ModuleAnswer::Kind::LeftOut, file, folder.origin, {}};
             if (reason.empty())

@@ -23,7 +23,7 @@ std::string classesOf(Module const &module)
 
 std::string fileText(ModuleFolder const &folder, std::filesystem::path const &file)
 {
-    std::string reason = refusalOfModule(file);
+    std::string reason = refusalOfModule(folder, file);
     if (reason.empty())
         reason = modules().loadFound(file, folder.origin);
     Module const *const module = modules().loadedFrom(file);
