@@ -268,6 +268,30 @@ TEST_F(OktHabits, StandardInput_EveryCommandThatReadsPools)
     EXPECT_EQ(piped("report - - -o -").err, "okt: standard input: it can be read only once\n");
 }
 
+/// What a shell gives for <(command).
+TEST_F(OktHabits, NamedPipe_EveryCommandThatReadsPools)
+{
+    std::string const file = OKT_TEST_DATA_DIR "/golden/pictures.okt";
+    auto const piped = [&file](std::string const &arguments) {
+        return runProgram("/bin/bash", {"-c", "\"$0\" " + arguments, OKT_EXE, file});
+    };
+    for (std::string const command : {"info", "ls", "show", "show --index", "tree", "find a", "dump", "verify", "export"})
+    {
+        ProcessResult const result = piped(command + " <(cat \"$1\")");
+        ProcessResult const plain = piped(command + " - <\"$1\"");
+        EXPECT_EQ(result.exitCode, 0) << command;
+        EXPECT_EQ(result.err, "") << command;
+        EXPECT_NE(result.out, "") << command;
+        EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), std::count(plain.out.begin(), plain.out.end(), '\n'));
+    }
+    EXPECT_EQ(piped("picture <(cat \"$1\") --index 1 -o -").out, piped("picture \"$1\" --index 1 -o -").out);
+    EXPECT_EQ(piped("recover <(cat \"$1\") -o - 2>/dev/null").out, piped("recover \"$1\" -o - 2>/dev/null").out);
+    EXPECT_EQ(piped("import <(\"$0\" export \"$1\") -o -").out, contents(file));
+    EXPECT_EQ(piped("report <(cat \"$1\") -o -").exitCode, 0);
+    // A device may have no end.
+    EXPECT_EQ(piped("show /dev/zero").err, "okt: /dev/zero: this is no plain file\n");
+}
+
 // ---- Progress ----------------------------------------------------------------------------------------------------------------
 
 /// Imports a text that comes slowly, and gives what standard error has then.

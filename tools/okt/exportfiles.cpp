@@ -10,6 +10,8 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <fstream>
+#include <functional>
 #include <system_error>
 
 namespace okt
@@ -22,27 +24,61 @@ namespace fs = std::filesystem;
 
 constexpr int kLargestInput = 0x7FFFFFFF;
 
-CByteArray readStandardInput()
+/// Fills a piece with what comes next; a count below that of the piece is the end. Throws Failure.
+using ReadPiece = std::function<std::size_t(char *piece, std::size_t count)>;
+
+CByteArray readToEnd(std::string const &name, ReadPiece const &read)
 {
     constexpr int kPiece = 1 << 16;
     CByteArray bytes;
     bytes.SetSize(0, 1 << 20);
-    Progress progress(inputName(kStandardStream), 0);
+    Progress progress(printable(name), 0);
     for (;;)
     {
         progress.at(static_cast<std::uintmax_t>(bytes.GetSize()));
         int const before = bytes.GetSize();
         if (before > kLargestInput - kPiece)
-            throw Failure(inputName(kStandardStream), "", "it is larger than 2147483647 bytes");
-        errno = 0;
-        std::size_t const count = std::fread(bytes.Extend(kPiece), 1, kPiece, stdin);
+            throw Failure(name, "", "it is larger than 2147483647 bytes");
+        std::size_t const count = read(reinterpret_cast<char *>(bytes.Extend(kPiece)), kPiece);
         bytes.SetSize(before + static_cast<int>(count));
-        if (std::ferror(stdin) != 0)
-            throw Failure(inputName(kStandardStream), "", "it cannot be read: " + systemReason(errno));
         if (count < kPiece)
             return bytes;
     }
 }
+
+CByteArray readStandardInput()
+{
+    std::string const name = inputName(kStandardStream);
+    return readToEnd(name, [&name](char *piece, std::size_t size) {
+        errno = 0;
+        std::size_t const count = std::fread(piece, 1, size, stdin);
+        if (std::ferror(stdin) != 0)
+            throw Failure(name, "", "it cannot be read: " + systemReason(errno));
+        return count;
+    });
+}
+
+CByteArray readPipe(fs::path const &path)
+{
+    std::string const name = pathName(path);
+    errno = 0;
+    std::ifstream pipe(path, std::ios::binary);
+    if (!pipe)
+        throw Failure(name, "", "the file cannot be opened: " + systemReason(errno));
+    return readToEnd(name, [&](char *piece, std::size_t size) {
+        try
+        {
+            errno = 0;
+            return static_cast<std::size_t>(pipe.rdbuf()->sgetn(piece, static_cast<std::streamsize>(size)));
+        }
+        catch (std::ios_base::failure const &)
+        {
+            throw Failure(name, "", "the file cannot be read: " + systemReason(errno));
+        }
+    });
+}
+
+CByteArray readStream(fs::path const &path) { return path == kStandardStream ? readStandardInput() : readPipe(path); }
 
 /// ".png", ".jpeg", ...; ".bin" where the format is not known.
 std::string endingOf(CByteArray const &image)
@@ -65,13 +101,19 @@ bool holds(fs::path const &path, CByteArray const &bytes)
 
 std::string inputName(fs::path const &path) { return path == kStandardStream ? "standard input" : pathName(path); }
 
-CByteArray readInput(fs::path const &path) { return path == kStandardStream ? readStandardInput() : readBytes(path); }
+bool isStream(fs::path const &path)
+{
+    std::error_code ignored;
+    return path == kStandardStream || fs::is_fifo(path, ignored);
+}
+
+CByteArray readInput(fs::path const &path) { return isStream(path) ? readStream(path) : readBytes(path); }
 
 InputFile::InputFile(fs::path const &path) : m_path(path), m_name(inputName(path))
 {
-    if (path != kStandardStream)
+    if (!isStream(path))
         return;
-    CByteArray const bytes = readStandardInput();
+    CByteArray const bytes = readStream(path);
     std::error_code error;
     fs::path const folder = fs::temp_directory_path(error);
     if (error)

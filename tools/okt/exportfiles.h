@@ -18,14 +18,16 @@ inline constexpr char kStandardStream[] = "-";
 
 /// How messages call an input that may be standard input.
 std::string inputName(std::filesystem::path const &path);
-/// All bytes of a file or of standard input. Throws Failure.
+/// Standard input, or a pipe with a name, which is what a shell gives for <(command): read once, from its start to its end.
+bool isStream(std::filesystem::path const &path);
+/// All bytes of a file or a stream. Throws Failure.
 CByteArray readInput(std::filesystem::path const &path);
 
-/// An input that has to be a file, since it is read at places: standard input is kept in a file for the time being.
+/// An input that has to be a file, since it is read at places: a stream is kept in a file for the time being.
 class InputFile
 {
 public:
-    /// Throws Failure when standard input cannot be read or kept. What is wrong with a file shows when it is read.
+    /// Throws Failure when a stream cannot be read or kept. What is wrong with a file shows when it is read.
     explicit InputFile(std::filesystem::path const &path);
 
     std::filesystem::path const &path() const { return m_kept ? m_kept->path() : m_path; }

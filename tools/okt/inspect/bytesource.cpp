@@ -63,7 +63,7 @@ private:
     std::size_t m_buffered = 1 << 14;
 };
 
-/// Standard input, kept.
+/// A stream, kept.
 class OwnedSource : public ByteSource
 {
 public:
@@ -129,7 +129,7 @@ std::int64_t ByteSource::findFrameBegin(std::int64_t from, std::int64_t to)
 
 std::unique_ptr<ByteSource> openSource(std::filesystem::path const &path)
 {
-    if (path == kStandardStream)
+    if (isStream(path))
         return std::make_unique<OwnedSource>(readInput(path));
     return std::make_unique<FileSource>(path);
 }

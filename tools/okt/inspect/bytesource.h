@@ -64,7 +64,7 @@ private:
     std::string_view lookElsewhere(std::int64_t offset, std::size_t count);
 };
 
-/// A pool file, or standard input for "-", which is read whole. Throws Failure as readBytes does.
+/// A pool file, or a stream (isStream), which is read whole. Throws Failure as readBytes does.
 std::unique_ptr<ByteSource> openSource(std::filesystem::path const &path);
 
 } // namespace okt
