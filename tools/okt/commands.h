@@ -33,6 +33,7 @@ void addShow(CommandLine &line);
 void addPicture(CommandLine &line);
 void addExport(CommandLine &line);
 void addImport(CommandLine &line);
+void addFilter(CommandLine &line);
 void addReport(CommandLine &line);
 void addDiff(CommandLine &line);
 void addRecover(CommandLine &line);

@@ -3,6 +3,7 @@
 #include "console.h"
 #include "failure.h"
 #include "files.h"
+#include "gitcall.h"
 #include "help.h"
 #include "interrupt.h"
 #include "modules.h"
@@ -67,15 +68,17 @@ int run(int argc, char **argv, int &trouble)
 
     okt::CommandLine line{app, {}};
     for (auto const add : {okt::addInfo, okt::addLs, okt::addShow, okt::addTree, okt::addFind, okt::addDump, okt::addReport,
-                           okt::addPicture, okt::addBuild, okt::addExport, okt::addImport, okt::addDiff, okt::addVerify,
-                           okt::addRecover, okt::addModules, okt::addCompletion, okt::addPages, okt::addHelp})
+                           okt::addPicture, okt::addBuild, okt::addExport, okt::addImport, okt::addFilter, okt::addDiff,
+                           okt::addVerify, okt::addRecover, okt::addModules, okt::addCompletion, okt::addPages, okt::addHelp})
         add(line);
     letTheLastCount(app);
     okt::finishHelp(app);
 
     try
     {
-        std::vector<std::string> const texts = okt::arranged(app, okt::arguments(argc, argv));
+        std::vector<std::string> typed = okt::arguments(argc, argv);
+        okt::markGitOperands(typed);
+        std::vector<std::string> const texts = okt::arranged(app, typed);
         std::vector<char const *> words;
         for (std::string const &text : texts)
             words.push_back(text.c_str());
