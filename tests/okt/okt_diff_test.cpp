@@ -1,9 +1,7 @@
-#include "files.h"
-#include "process.h"
+#include "difftest.h"
 
 #include "support/clientclasses.h"
 #include "support/poolmaker.h"
-#include "support/scratchfolder.h"
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -25,76 +23,8 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-/// A template's parameters in small.
-class OktDiff : public FolderTest
+class OktDiff : public DiffTest
 {
-protected:
-    OktDiff()
-    {
-        m_pool.setPoolName(u"Link");
-        auto *const owner = new OKTDbParamRelation;
-        m_pool.appendObject(owner);
-        m_category = new OKTDbCategory;
-        m_pool.appendObject(m_category);
-        m_category->setCategoryName(u"Bar");
-        for (int i = 0; i < 4; ++i)
-            addParameter(owner->objectId(), i);
-    }
-
-    OKTDbParameter *addParameter(OKTDbObjectId const &owner, int number)
-    {
-        auto *const parameter = new OKTDbParameter(54, owner);
-        m_pool.appendObject(parameter);
-        parameter->setValue(0.25 * number, number);
-        parameter->setUserName(number == 0 ? u"Length" : number == 1 ? u"Leg A" : number == 2 ? u"Leg B" : u"Leg C", false);
-        parameter->setCategory(m_category->objectId());
-        m_category->appendParameter(parameter->objectId());
-        m_parameters.push_back(parameter);
-        return parameter;
-    }
-
-    std::string write(std::string const &name) const { return write(name, m_pool); }
-    std::string write(std::string const &name, OKTDbPool const &pool) const
-    {
-        EXPECT_TRUE(const_cast<OKTDbPool &>(pool).writeFile(m_folder.path(name)));
-        return path(name);
-    }
-
-    std::string writeClone(std::string const &name)
-    {
-        m_pool.setBoolTranslatedIds(true);
-        std::unique_ptr<OKTDbPool> const clone(m_pool.clone());
-        m_pool.setBoolTranslatedIds(false);
-        return write(name, *clone);
-    }
-
-    static void expectSame(ProcessResult const &result)
-    {
-        EXPECT_EQ(result.exitCode, 0);
-        EXPECT_EQ(result.out, "");
-        EXPECT_EQ(result.err, "");
-    }
-
-    static void expectDifferent(ProcessResult const &result, std::string const &lines)
-    {
-        EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.err, "");
-        std::size_t const body = result.out.find('\n', result.out.find('\n') + 1) + 1;
-        EXPECT_EQ(result.out.substr(body), lines);
-    }
-
-    static void expectTrouble(ProcessResult const &result, std::string const &message)
-    {
-        EXPECT_EQ(result.exitCode, 2);
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, StartsWith("okt: " + message));
-    }
-
-    static std::string textOf(OKTDbObject const *object) { return object->objectId().getGuidAsString(false).ToUtf8(); }
-
-    OKTDbPool m_pool;
-    OKTDbCategory *m_category = nullptr;
-    std::vector<OKTDbParameter *> m_parameters;
 };
 
 // ---- By id -------------------------------------------------------------------------------------------------------------------
@@ -113,7 +43,7 @@ TEST_F(OktDiff, Diff_ChangedMembers_OldAndNew)
     m_parameters[1]->setValue(0.5, 1);
     m_parameters[1]->setDescription(u"changed\n\u202E");
     m_pool.setPoolName(u"Other link");
-    ProcessResult const result = runOkt({"diff", before, write("b.okt")});
+    ProcessResult const result = runOkt({"diff", "--members", before, write("b.okt")});
     EXPECT_THAT(result.out, StartsWith("--- " + before + "\n+++ " + path("b.okt") + "\n"));
     expectDifferent(result, "~ header\n"
                             "    m_strPoolName: \"Link\" -> \"Other link\"\n"
@@ -129,7 +59,7 @@ TEST_F(OktDiff, Diff_ChangedKindOfValue_KindsTold)
 {
     std::string const before = write("a.okt");
     m_parameters[1]->setValue(CString(u"long"), 1);
-    ProcessResult const result = runOkt({"diff", before, write("b.okt")});
+    ProcessResult const result = runOkt({"diff", "--members", before, write("b.okt")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.out, HasSubstr(": VT_R8 0.25 -> VT_BSTR \"long\"\n"));
 }
@@ -144,12 +74,12 @@ TEST_F(OktDiff, Diff_AddedAndRemoved_ObjectsAndTheListsTheyStandIn)
     delete last;
     std::string const less = write("less.okt");
     std::string const category = "~ OKTDbCategory " + textOf(m_category) + " \"Bar\"\n";
-    expectDifferent(runOkt({"diff", full, less}), "- OKTDbParameter " + id + " \"Leg C\"\n" + category +
-                                                      "    m_tabParameters: 4 ids -> 3 ids\n      - " + id +
-                                                      " \"Leg C\"\n1 removed, 0 added, 1 changed, 4 the same\n");
-    expectDifferent(runOkt({"diff", less, full}), "+ OKTDbParameter " + id + " \"Leg C\"\n" + category +
-                                                      "    m_tabParameters: 3 ids -> 4 ids\n      + " + id +
-                                                      " \"Leg C\"\n0 removed, 1 added, 1 changed, 4 the same\n");
+    expectDifferent(runOkt({"diff", "--members", full, less}), "- OKTDbParameter " + id + " \"Leg C\"\n" + category +
+                                                                   "    m_tabParameters: 4 ids -> 3 ids\n      - " + id +
+                                                                   " \"Leg C\"\n1 removed, 0 added, 1 changed, 4 the same\n");
+    expectDifferent(runOkt({"diff", "--members", less, full}), "+ OKTDbParameter " + id + " \"Leg C\"\n" + category +
+                                                                   "    m_tabParameters: 3 ids -> 4 ids\n      + " + id +
+                                                                   " \"Leg C\"\n0 removed, 1 added, 1 changed, 4 the same\n");
 }
 
 TEST_F(OktDiff, Diff_Picture_FormatAndSize)
@@ -162,7 +92,7 @@ TEST_F(OktDiff, Diff_Picture_FormatAndSize)
     std::string const before = write("a.okt");
     image[50] = 1;
     picture->setPictureData(image);
-    ProcessResult const result = runOkt({"diff", before, write("b.okt")});
+    ProcessResult const result = runOkt({"diff", "--members", before, write("b.okt")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.out, HasSubstr("    picture: no known format, 100 bytes -> no known format, 100 bytes, another\n"));
 }
@@ -210,6 +140,17 @@ TEST_F(OktDiff, Diff_ClassThatIsNotKnown_RecordByRecord)
                                                    "0 removed, 1 added, 0 changed, 6 the same\n");
 }
 
+TEST_F(OktDiff, Diff_OneIdAndSeveral_Counted)
+{
+    m_category->removeAllParameters();
+    m_category->appendParameter(m_parameters[0]->objectId());
+    std::string const before = write("a.okt");
+    m_category->appendParameter(m_parameters[1]->objectId());
+    expectDifferent(runOkt({"diff", "--members", before, write("b.okt")}),
+                    "~ OKTDbCategory " + textOf(m_category) + " \"Bar\"\n    m_tabParameters: 1 id -> 2 ids\n      + " +
+                        textOf(m_parameters[1]) + " \"Leg A\"\n0 removed, 0 added, 1 changed, 5 the same\n");
+}
+
 // ---- By name -----------------------------------------------------------------------------------------------------------------
 
 TEST_F(OktDiff, ByName_Clone_DiffersInNothing)
@@ -226,7 +167,7 @@ TEST_F(OktDiff, ByName_ChangedClone_OnlyTheChange)
     std::string const original = write("a.okt");
     m_parameters[2]->setValue(0.75, 2);
     m_parameters[3]->setUserName(u"Leg Z", false);
-    ProcessResult const result = runOkt({"diff", "--by-name", original, writeClone("b.okt")});
+    ProcessResult const result = runOkt({"diff", "--by-name", "--members", original, writeClone("b.okt")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.out, HasSubstr("\"Leg B\"\n    varConverted: 0.5 -> 0.75\n"));
     EXPECT_THAT(result.out, HasSubstr("    m_strUserName: \"Leg C\" -> \"Leg Z\"\n"));
@@ -238,7 +179,7 @@ TEST_F(OktDiff, ByName_CloneWithOneMore_AddedAndListed)
     std::string const original = write("a.okt");
     OKTDbObjectId const owner = m_parameters[0]->OwnerId();
     addParameter(owner, 1)->setUserName(u"Leg E", false);
-    ProcessResult const result = runOkt({"diff", "--by-name", original, writeClone("b.okt")});
+    ProcessResult const result = runOkt({"diff", "--by-name", "--members", original, writeClone("b.okt")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.out, HasSubstr("    m_tabParameters: 4 ids -> 5 ids\n      + "));
     EXPECT_TRUE(result.out.ends_with("\n0 removed, 1 added, 1 changed, 5 the same\n")) << result.out;
@@ -299,9 +240,97 @@ TEST_F(OktDiff, Diff_Trouble_ExitCodeTwo)
     expectTrouble(runOkt({"diff", file, put("empty.okt", "")}), path("empty.okt") + ": the file is empty\n");
     expectTrouble(runOkt({"diff", file}), "FILE: two files are compared, here are 1");
     expectTrouble(runOkt({"diff", "-", "-"}), "FILE: only one of the two files can be standard input");
-    expectTrouble(runOkt({"diff", "--git", file, file}), "--git: git gives 1, 7 or 9 arguments, here are 2");
+    expectTrouble(runOkt({"diff", "--git", file, file}), "--git: git gives 1, 7, 8 or 9 arguments, here are 2");
     expectTrouble(runOkt({"--module", path("none.so"), "diff", file, file}), path("none.so") + ": there is no such file\n");
 }
+
+/// Bytes come first: what the files are does not matter then.
+TEST_F(OktDiff, Diff_EqualBytes_TheSameWhateverTheyAre)
+{
+    std::string const whole = contents(write("a.okt"));
+    for (std::string const &bytes : {whole.substr(0, whole.size() / 2), std::string("no pool"), std::string()})
+    {
+        std::string const first = put("first.okt", bytes);
+        std::string const second = put("second.okt", bytes);
+        expectSame(runOkt({"diff", first, second}));
+        expectSame(runOkt({"diff", first, first}));
+        expectSame(runOkt({"diff", "--by-name", "--members", first, second}));
+        ProcessResult const json = runOkt({"diff", "--json", first, second});
+        EXPECT_EQ(json.exitCode, 0);
+        EXPECT_EQ(nlohmann::json::parse(json.out)["same"], true);
+    }
+    std::string const cut = put("cut.okt", whole.substr(0, whole.size() / 2));
+    expectTrouble(runOkt({"diff", path("a.okt"), cut}), cut + ":byte " + std::to_string(whole.size() / 2) + ": the file ends ");
+    expectTrouble(runOkt({"diff", cut, path("a.okt")}), cut + ":byte ");
+    // Of the same length, and different in the last byte.
+    std::string other = whole;
+    other.back() = '\x63';
+    expectTrouble(runOkt({"diff", path("a.okt"), put("other.okt", other)}), path("other.okt") + ":byte ");
+}
+
+TEST_F(OktDiff, Diff_LargeFiles_DifferentInTheLastByteAlone)
+{
+    std::string bytes(3'000'000, 'x');
+    std::string const first = put("first.okt", bytes);
+    expectSame(runOkt({"diff", first, put("second.okt", bytes)}));
+    bytes.back() = 'y';
+    expectTrouble(runOkt({"diff", first, put("second.okt", bytes)}), first + ":byte 0: this is no pool file");
+}
+
+TEST_F(OktDiff, Diff_OptionsAndFiles_InAnyOrder)
+{
+    std::string const before = write("a.okt");
+    m_parameters[1]->setValue(0.5, 1);
+    std::string const after = write("b.okt");
+    for (std::vector<std::string> const &words :
+         std::vector<std::vector<std::string>>{{"diff", before, "--members", after},
+                                               {"diff", before, after, "--members"},
+                                               {"diff", "--members", "--", before, after},
+                                               {"diff", "--members", before, "--", after}})
+        EXPECT_THAT(runOkt(words).out, HasSubstr("    varConverted: 0.25 -> 0.5\n"));
+    EXPECT_THAT(runOkt({"diff", before, "-u", "cm", after}).out, HasSubstr("~ Leg A: 25 cm -> 50 cm\n"));
+    expectTrouble(runOkt({"diff", before, after, before}), "FILE: two files are compared, here are 3");
+    expectTrouble(runOkt({"diff", before, "--", after, "--members"}), "FILE: two files are compared, here are 3");
+}
+
+#if !defined(_WIN32) // pipes with names, and a shell that makes them
+
+TEST_F(OktDiff, Diff_NamesThatBeginWithADash_BehindTwoDashes)
+{
+    write("-a.okt");
+    m_parameters[1]->setValue(0.5, 1);
+    write("--json");
+    ProcessResult const result = runProgram("/bin/sh", {"-c", "cd \"$1\" && \"$0\" diff -- -a.okt --json", OKT_EXE, path("")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.out, StartsWith("--- -a.okt\n+++ --json\n~ Leg A: 250 mm -> 500 mm\n"));
+}
+
+TEST_F(OktDiff, Diff_Pipes_Read)
+{
+    std::string const before = write("a.okt");
+    m_parameters[1]->setValue(0.5, 1);
+    std::string const after = write("b.okt");
+    auto const inShell = [&](std::string const &script) {
+        return runProgram("/bin/bash", {"-c", script, OKT_EXE, before, after});
+    };
+    char const *const change = "~ Leg A: 250 mm -> 500 mm\n0 removed, 0 added, 1 changed, 5 the same\n";
+    expectDifferent(inShell("\"$0\" diff <(cat \"$1\") <(cat \"$2\")"), change);
+    expectDifferent(inShell("\"$0\" diff \"$1\" <(cat \"$2\")"), change);
+    expectDifferent(inShell("\"$0\" diff <(cat \"$1\") - <\"$2\""), change);
+    expectDifferent(inShell("cat \"$1\" | \"$0\" diff /dev/stdin \"$2\""), change);
+    expectDifferent(inShell("mkfifo \"$1.pipe\"; cat \"$1\" >\"$1.pipe\" & \"$0\" diff \"$1.pipe\" \"$2\""), change);
+    expectSame(inShell("\"$0\" diff <(cat \"$1\") <(cat \"$1\")"));
+    expectSame(inShell("\"$0\" diff <(cat \"$1\") \"$1\""));
+    expectSame(inShell("\"$0\" diff <(true) <(true)"));
+    ProcessResult const json = inShell("\"$0\" diff --json <(cat \"$1\") <(cat \"$1\")");
+    EXPECT_EQ(json.exitCode, 0);
+    EXPECT_EQ(nlohmann::json::parse(json.out)["unchanged"], 6);
+    ProcessResult const empty = inShell("\"$0\" diff <(true) \"$1\"");
+    EXPECT_EQ(empty.exitCode, 2);
+    EXPECT_THAT(empty.err, HasSubstr(": the file is empty\n"));
+}
+
+#endif
 
 TEST_F(OktDiff, Diff_GoldenFilesWithEachOther_NoCrashAndAnAnswer)
 {
@@ -313,7 +342,7 @@ TEST_F(OktDiff, Diff_GoldenFilesWithEachOther_NoCrashAndAnAnswer)
     for (std::size_t i = 0; i < files.size(); ++i)
     {
         std::string const &other = files[(i + 1) % files.size()];
-        for (char const *const by : {"--by-name", "--json"})
+        for (char const *const by : {"--by-name", "--json", "--members", "--unit=ft"})
         {
             ProcessResult const self = runOkt({"diff", by, files[i], files[i]});
             ProcessResult const result = runOkt({"diff", by, files[i], other});
@@ -364,70 +393,5 @@ TEST_F(OktDiff, Colours_NoTerminal_None)
     m_parameters[1]->setValue(0.5, 1);
     EXPECT_THAT(runOkt({"diff", before, write("b.okt")}).out, Not(HasSubstr("\x1b")));
 }
-
-// ---- With git ----------------------------------------------------------------------------------------------------------------
-
-#if !defined(_WIN32) // the scripts are those of a shell
-
-class OktDiffGit : public OktDiff
-{
-protected:
-    ProcessResult inRepository(std::string const &commands) const
-    {
-        std::string const script = "set -e; cd \"$1\"; export GIT_CONFIG_NOSYSTEM=1 HOME=\"$1\" GIT_PAGER=cat "
-                                   "GIT_AUTHOR_NAME=a GIT_AUTHOR_EMAIL=a@b GIT_COMMITTER_NAME=a GIT_COMMITTER_EMAIL=a@b; " +
-                                   commands;
-        return runProgram("/bin/sh", {"-c", script, OKT_EXE, path("")});
-    }
-};
-
-TEST_F(OktDiffGit, ExternalDiff_ChangedAddedRemovedRenamed_AsTold)
-{
-    write("link.okt");
-    ProcessResult const made =
-        inRepository("git init -q .; echo '*.okt diff=okt' >.gitattributes; git add .; git commit -qm first; "
-                     "git config diff.okt.command \"$0 diff --git\"");
-    ASSERT_EQ(made.exitCode, 0) << made.err;
-    m_parameters[1]->setValue(0.5, 1);
-    write("link.okt");
-    ProcessResult const changed = inRepository("git diff");
-    EXPECT_EQ(changed.exitCode, 0) << changed.err;
-    EXPECT_THAT(changed.out, HasSubstr("--- a/link.okt\n+++ b/link.okt\n~ OKTDbParameter "));
-    EXPECT_THAT(changed.out, HasSubstr("    varConverted: 0.25 -> 0.5\n"));
-
-    write("new.okt");
-    ProcessResult const added = inRepository("git add new.okt; git diff --cached -- new.okt");
-    EXPECT_EQ(added.exitCode, 0) << added.err;
-    EXPECT_THAT(added.out, StartsWith("--- /dev/null\n+++ b/new.okt\n+ OKTDb"));
-    EXPECT_THAT(added.out, HasSubstr("0 removed, 6 added, 0 changed, 0 the same\n"));
-
-    ProcessResult const removed = inRepository("git reset -q; rm link.okt; git diff -- link.okt");
-    EXPECT_EQ(removed.exitCode, 0) << removed.err;
-    EXPECT_THAT(removed.out, StartsWith("--- a/link.okt\n+++ /dev/null\n- OKTDb"));
-    EXPECT_THAT(removed.out, HasSubstr("6 removed, 0 added, 0 changed, 0 the same\n"));
-
-    ProcessResult const renamed =
-        inRepository("git checkout -q .; cp new.okt saved; git mv link.okt bow.okt; cp saved bow.okt; git add bow.okt; "
-                     "git diff --ext-diff -M10% --cached");
-    EXPECT_EQ(renamed.exitCode, 0) << renamed.err;
-    EXPECT_THAT(renamed.out, HasSubstr("    varConverted: 0.25 -> 0.5\n"));
-}
-
-TEST_F(OktDiffGit, TextConversion_ChangedValue_OneLineOfTheText)
-{
-    write("link.okt");
-    ProcessResult const made =
-        inRepository("git init -q .; echo '*.okt diff=okt' >.gitattributes; git add .; git commit -qm first; "
-                     "git config diff.okt.textconv \"$0 export\"; git config diff.okt.binary true");
-    ASSERT_EQ(made.exitCode, 0) << made.err;
-    m_parameters[1]->setValue(0.5, 1);
-    write("link.okt");
-    ProcessResult const changed = inRepository("git diff -U0");
-    EXPECT_EQ(changed.exitCode, 0) << changed.err;
-    EXPECT_THAT(changed.out, HasSubstr("-        {\"name\": \"varConverted\", \"variant\": \"VT_R8\", \"double\": 0.25},\n"
-                                       "+        {\"name\": \"varConverted\", \"variant\": \"VT_R8\", \"double\": 0.5},\n"));
-}
-
-#endif
 
 } // namespace

@@ -1,14 +1,17 @@
 #include "commands.h"
 
 #include "console.h"
+#include "damagedpool.h"
 #include "exportfiles.h"
 #include "failure.h"
+#include "gitfilter.h"
 #include "poolreader.h"
 #include "progress.h"
 #include "recordtemplate.h"
 #include "reportcollector.h"
 #include "text.h"
 
+#include <okttext/oktpoolparts.h>
 #include <okttext/okttextpool.h>
 
 #include <memory>
@@ -30,6 +33,7 @@ struct Options
     std::string pictures;
     std::string format = "json";
     bool replaces = false;
+    bool forGit = false;
 };
 
 /// Writes the text form of a pool file to a file in one step, or to standard output. With a folder for pictures, they go there.
@@ -67,6 +71,34 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     if (folder.has(output))
         throw Failure(pathName(output), "", "the file cannot be written: one of the pictures has this name");
     folder.commitWith(*text);
+}
+
+/// As git's text conversion, which must not fail for what is in a file: it would end the whole of a log.
+void exportForGit(fs::path const &path)
+{
+    ReportCollector const collector;
+    CByteArray image;
+    try
+    {
+        image = readInput(path);
+        if (image.IsEmpty())
+            throw Failure(inputName(path), "", "the file is empty");
+    }
+    catch (Failure const &failure)
+    {
+        // Git gives copies of files other names each time.
+        return print("! " + failure.withoutFile() + "\n");
+    }
+    std::optional<Waiting> waiting(std::in_place, printable(inputName(path)), static_cast<std::uintmax_t>(image.GetSize()));
+    auto const sink = [&waiting](std::string_view piece) {
+        waiting.reset();
+        print(piece);
+    };
+    OKTTextFault fault;
+    if (isFilterText(okttext::bytesOf(image)))
+        sink(asExported(okttext::bytesOf(image)));
+    else if (!OktExportText(image, sink, fault))
+        writeDamagedText(okttext::bytesOf(image), fault, sink);
 }
 
 /// The bar record that a template came from; nothing where a fault of the file keeps it from being had, which was told. A fault
@@ -110,24 +142,35 @@ void addExport(CommandLine &line)
         "export", "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.\n"
                   "  okt export templates/link-d12.okt -o link.json\n"
                   "  okt export - <link.okt | okt import - -o copy.okt\n"
-                  "  okt export --format bf2d templates/bar-records-1.okt");
+                  "  okt export --format bf2d templates/bar-records-1.okt\n"
+                  "  git config diff.okt.textconv 'okt export --git'");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
-    command->add_option("-o,--output", options->output,
-                        "the file for the text; standard output without this option, or with -");
+    CLI::Option *const git = command->add_flag(
+        "--git", options->forGit,
+        "as git's text conversion: a damaged file gives its faults and what is whole, and is no failure. What follows is FILE");
+    command->add_option("-o,--output", options->output, "the file for the text; standard output without this option, or with -")
+        ->excludes(git);
     command
         ->add_option("--pictures", options->pictures,
                      "a folder for pictures and longer byte arrays, which stand in the text otherwise")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->excludes(git);
     command
         ->add_option("--format", options->format,
                      "json (default): the whole file; bf2d: the bar record that a template of okt build came from")
-        ->check(CLI::IsMember({"json", "bf2d"}));
+        ->check(CLI::IsMember({"json", "bf2d"}))
+        ->excludes(git);
     command->add_flag("--force", options->replaces, "replace files that exist");
     command->callback([&line, options] {
         if (options->format == "bf2d" && !options->pictures.empty())
             throw CLI::ValidationError("--pictures", "a bar record has no pictures");
         line.run = [options] {
+            if (options->forGit)
+            {
+                exportForGit(utf8Path(options->file));
+                return kDone;
+            }
             if (options->format == "bf2d")
                 return exportRecord(utf8Path(options->file), utf8Path(options->output), options->replaces) ? kDone : kFailed;
             exportText(utf8Path(options->file), utf8Path(options->output), utf8Path(options->pictures), options->replaces);

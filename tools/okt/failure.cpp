@@ -10,16 +10,13 @@ namespace
 
 std::string composed(std::string const &file, std::string const &place, std::string const &reason)
 {
-    std::string line = file.empty() ? "\"\"" : printable(file);
-    if (!place.empty())
-        line += ":" + place;
-    return line + ": " + reason;
+    return (file.empty() ? "\"\"" : printable(file)) + (place.empty() ? "" : ":") + place + ": " + reason;
 }
 
 } // namespace
 
 Failure::Failure(std::string const &file, std::string const &place, std::string const &reason)
-    : std::runtime_error(composed(file, place, reason))
+    : std::runtime_error(composed(file, place, reason)), m_withoutFile(place.empty() ? reason : place + ": " + reason)
 {
 }
 

@@ -12,6 +12,12 @@ class Failure : public std::runtime_error
 {
 public:
     Failure(std::string const &file, std::string const &place, std::string const &reason);
+
+    /// The line without the file, for where that stands beside it anyway.
+    std::string const &withoutFile() const { return m_withoutFile; }
+
+private:
+    std::string m_withoutFile;
 };
 
 } // namespace okt

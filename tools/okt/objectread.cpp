@@ -10,10 +10,11 @@ namespace okt
 
 bool isRegistered(CString const &className) { return g_RuntimeClass.contains(className) && !StandIn::isRegistered(className); }
 
-ReadObject readAlone(CByteArray const &frame, CString const &className)
+ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor)
 {
     ReadObject read;
     read.pool = std::make_unique<OKTDbPool>();
+    read.pool->setMetricsFactor(metricsFactor);
     OKTMemoryFiler filer(read.pool.get());
     filer.readInPlace(frame);
     OKTDbObject *made = nullptr;

@@ -22,7 +22,7 @@ struct ReadObject
     std::string inShort; ///< the fault in a list of objects
 };
 
-/// Reads the bytes of a frame as an object of a class that is registered.
-ReadObject readAlone(CByteArray const &frame, CString const &className);
+/// Reads the bytes of a frame as an object of a class that is registered, under a metrics factor (drawing units per metre).
+ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor = 1);
 
 } // namespace okt

@@ -6,6 +6,7 @@
 
 #include <okttext/oktnotation.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace okt
@@ -45,39 +46,128 @@ std::string classNameOf(Record const &frame)
     return Json::parse('"' + json + '"').get<std::string>();
 }
 
+/// The frame of the base class stands first in that of a class.
+Record const *baseOf(Record const &frame)
+{
+    return frame.children.empty() || frame.children.front().kind != Record::Kind::Frame ? nullptr : &frame.children.front();
+}
+
+KnownClass kindOf(Record const &object)
+{
+    for (Record const *frame = &object; frame != nullptr; frame = baseOf(*frame))
+        switch (KnownClass const known = knownClass(frame->payload))
+        {
+        case KnownClass::Parameter:
+        case KnownClass::Category:
+        case KnownClass::GroupCategory:
+        case KnownClass::Relation:
+        case KnownClass::ParamRelation:
+        case KnownClass::Picture: return known;
+        default: break;
+        }
+    return KnownClass::Other;
+}
+
+/// The frame of that class in the frame of an object of it or derived from it.
+Record const *frameOf(Record const &object, KnownClass known)
+{
+    Record const *frame = &object;
+    while (frame != nullptr && knownClass(frame->payload) != known)
+        frame = baseOf(*frame);
+    return frame;
+}
+
+bool hasOwnName(Record const &object, KnownClass kind)
+{
+    if (kind != KnownClass::Parameter && kind != KnownClass::Category)
+        return false;
+    Record const *const section = sectionOf(frameOf(object, kind), 1);
+    if (section == nullptr)
+        return false;
+    auto const text = std::find_if(section->children.begin(), section->children.end(),
+                                   [](Record const &child) { return child.kind == Record::Kind::String16; });
+    return text != section->children.end() && !text->payload.empty();
+}
+
 } // namespace
 
-DiffPool::DiffPool(std::string name, CByteArray image) : m_name(std::move(name)), m_image(std::move(image))
+Record const *sectionOf(Record const *frame, std::int32_t number)
+{
+    if (frame == nullptr)
+        return nullptr;
+    auto const found = std::find_if(frame->children.begin(), frame->children.end(), [number](Record const &child) {
+        return child.kind == Record::Kind::Section && child.number == number;
+    });
+    return found == frame->children.end() ? nullptr : &*found;
+}
+
+DiffPool::DiffPool(std::string name, CByteArray image, Damage damage) : m_name(std::move(name)), m_image(std::move(image))
 {
     if (m_image.IsEmpty())
-        throw Failure(m_name, "", "the file is empty");
+    {
+        m_isNothing = true;
+        Failure const failure(m_name, "", "the file is empty");
+        if (damage == Damage::Refused)
+            throw failure;
+        m_faults.emplace_back(failure.what());
+        return;
+    }
+    std::string const shown = printable(std::string_view(m_name));
+    {
+        Waiting const waiting(shown, bytes().size());
+        takeApart(damage);
+    }
+    Progress progress(shown, bytes().size());
+    m_objects.reserve(m_parts.objects.size());
+    for (okttext::Stretch const &stretch : m_parts.objects)
+    {
+        progress.at(stretch.begin, m_objects.size());
+        addObject(stretch);
+    }
+}
+
+DiffPool DiffPool::unreadable(std::string name, std::string fault)
+{
+    DiffPool pool;
+    pool.m_name = std::move(name);
+    pool.m_faults.push_back(std::move(fault));
+    pool.m_isNothing = true;
+    return pool;
+}
+
+void DiffPool::takeApart(Damage damage)
+{
     try
     {
-        std::string const shown = printable(std::string_view(m_name));
-        {
-            Waiting const waiting(shown, bytes().size());
-            m_parts = okttext::takeApart(bytes());
-        }
-        Progress progress(shown, bytes().size());
-        m_objects.reserve(m_parts.objects.size());
-        for (okttext::Stretch const &stretch : m_parts.objects)
-        {
-            progress.at(stretch.begin, m_objects.size());
-            DiffObject &object = m_objects.emplace_back();
-            object.stretch = stretch;
-            if (!stretch.isObject)
-                continue;
-            Record const record = recordOf(object);
-            object.className = classNameOf(record);
-            object.name = firstText(record);
-            if (!stretch.id.empty() && !object.name.empty())
-                m_named.emplace(okttext::guidText(stretch.id), m_objects.size() - 1);
-        }
+        m_parts = okttext::takeApart(bytes());
+        m_hasHeader = true;
     }
     catch (OKTTextFault const &fault)
     {
-        throw Failure(m_name, fault.place(), fault.reason);
+        if (damage == Damage::Refused)
+            throw Failure(m_name, fault.place(), fault.reason);
+        DamagedPool pool = takeApartDamaged(bytes(), fault);
+        for (PoolFault const &found : pool.faults)
+            m_faults.emplace_back(Failure(m_name, byteAt(found.byte), found.reason).what());
+        m_isNothing = pool.isNothing();
+        m_hasHeader = pool.hasHeader;
+        m_parts = std::move(pool.parts);
     }
+}
+
+void DiffPool::addObject(okttext::Stretch const &stretch)
+{
+    DiffObject &object = m_objects.emplace_back();
+    object.stretch = stretch;
+    if (!stretch.isObject)
+        return;
+    Record const record = recordOf(object);
+    object.className = classNameOf(record);
+    object.name = firstText(record);
+    object.kind = kindOf(record);
+    object.isNamed = hasOwnName(record, object.kind);
+    if (!stretch.id.empty() && !object.name.empty())
+        m_named.emplace(okttext::guidText(stretch.id), m_objects.size() - 1);
 }
 
 Bytes DiffPool::bytes() const
@@ -93,6 +183,36 @@ Bytes DiffPool::bytesOf(DiffObject const &object) const
 Record DiffPool::recordOf(DiffObject const &object) const
 {
     return object.stretch.isObject ? okttext::parseRecord(bytes(), object.stretch.begin) : Record();
+}
+
+std::vector<std::string> DiffPool::listOf(DiffObject const &object) const
+{
+    std::vector<std::string> ids;
+    Record const record = recordOf(object);
+    Record const *const section = sectionOf(frameOf(record, object.kind), 1);
+    if (section == nullptr)
+        return ids;
+    // The count of the list is the last number in the section, and ids of other members stand ahead of it.
+    for (Record const &child : section->children)
+    {
+        if (child.kind == Record::Kind::Long)
+            ids.clear();
+        else if (std::string id = okttext::idOf(child); !id.empty())
+            ids.push_back(std::move(id));
+    }
+    return ids;
+}
+
+std::string DiffPool::titleOf(DiffObject const &object) const
+{
+    if (!object.stretch.isObject)
+        return plural(static_cast<std::int64_t>(object.stretch.end - object.stretch.begin), "byte") + " that are no object";
+    std::string title = printable(std::string_view(object.className));
+    if (!object.stretch.id.empty())
+        title += " " + okttext::guidText(object.stretch.id);
+    if (!object.name.empty())
+        title += " " + excerpt(object.name);
+    return title;
 }
 
 Json DiffPool::textOf(DiffObject const &object) const
@@ -116,7 +236,7 @@ Json DiffPool::textOf(DiffObject const &object) const
 
 Json DiffPool::textOfHeader() const
 {
-    if (!exists())
+    if (!m_hasHeader)
         return Json::object();
     std::string text;
     okttext::TextWriter writer(bytes(), [&text](std::string_view piece) { text += piece; }, {});

@@ -1,5 +1,7 @@
 #include "pooldiff.h"
 
+#include "outline.h"
+
 #include <okttext/oktnotation.h>
 
 #include <algorithm>
@@ -240,7 +242,7 @@ PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
             ids.emplace(id, other);
             guids.emplace(okttext::guidText(id), okttext::guidText(other));
         }
-    if (by == MatchBy::Name && first.exists() && second.exists())
+    if (by == MatchBy::Name && first.hasHeader() && second.hasHeader())
     {
         // The pools themselves stand for each other.
         std::string const id = okttext::firstIdIn(first.parts().header);
@@ -249,7 +251,8 @@ PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
             guids.emplace(okttext::guidText(id), okttext::guidText(other));
     }
 
-    diff.header = compareEntries(first.textOfHeader(), second.textOfHeader(), guids);
+    if (first.hasHeader() && second.hasHeader())
+        diff.header = compareEntries(first.textOfHeader(), second.textOfHeader(), guids);
     for (std::size_t i = 0; i < matching.second.size(); ++i)
     {
         std::size_t const other = matching.second[i];
@@ -260,8 +263,9 @@ PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
         }
         DiffObject const &before = first.objects()[i];
         DiffObject const &after = second.objects()[other];
-        bool const isSame = ids.empty() || !before.stretch.isObject ? first.bytesOf(before) == second.bytesOf(after)
-                                                                    : isSameRecord(first.recordOf(before), second.recordOf(after), ids);
+        bool const isSame = ids.empty() || !before.stretch.isObject
+                                ? first.bytesOf(before) == second.bytesOf(after)
+                                : isSameRecord(first.recordOf(before), second.recordOf(after), ids);
         if (isSame)
         {
             ++diff.same;
@@ -277,6 +281,13 @@ PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
     for (std::size_t i = 0; i < matching.first.size(); ++i)
         if (matching.first[i] == kUnmatched)
             diff.added.push_back(i);
+    PoolOutline const before(first);
+    PoolOutline const after(second);
+    before.sort(diff.removed);
+    after.sort(diff.added);
+    std::sort(diff.changed.begin(), diff.changed.end(), [&after](ObjectChange const &left, ObjectChange const &right) {
+        return after.place(left.second) < after.place(right.second);
+    });
     diff.isOtherOrder = by == MatchBy::Id && diff.isSame() && first.bytes() != second.bytes();
     return diff;
 }

@@ -24,7 +24,7 @@ struct ObjectChange
     std::vector<MemberChange> members;
 };
 
-/// In what two pools differ.
+/// In what two pools differ. Objects stand in the order of their outline.
 struct PoolDiff
 {
     std::vector<MemberChange> header;
