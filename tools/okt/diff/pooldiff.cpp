@@ -1,7 +1,5 @@
 #include "pooldiff.h"
 
-#include "outline.h"
-
 #include <okttext/oktnotation.h>
 
 #include <algorithm>
@@ -281,12 +279,12 @@ PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
     for (std::size_t i = 0; i < matching.first.size(); ++i)
         if (matching.first[i] == kUnmatched)
             diff.added.push_back(i);
-    PoolOutline const before(first);
-    PoolOutline const after(second);
-    before.sort(diff.removed);
-    after.sort(diff.added);
-    std::sort(diff.changed.begin(), diff.changed.end(), [&after](ObjectChange const &left, ObjectChange const &right) {
-        return after.place(left.second) < after.place(right.second);
+    diff.before = std::make_shared<PoolOutline>(first);
+    diff.after = std::make_shared<PoolOutline>(second);
+    diff.before->sort(diff.removed);
+    diff.after->sort(diff.added);
+    std::sort(diff.changed.begin(), diff.changed.end(), [&diff](ObjectChange const &left, ObjectChange const &right) {
+        return diff.after->place(left.second) < diff.after->place(right.second);
     });
     diff.isOtherOrder = by == MatchBy::Id && diff.isSame() && first.bytes() != second.bytes();
     return diff;

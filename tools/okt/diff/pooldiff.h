@@ -1,8 +1,10 @@
 #pragma once
 
 #include "matching.h"
+#include "outline.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -32,7 +34,9 @@ struct PoolDiff
     std::vector<std::size_t> added;   ///< in the second
     std::vector<ObjectChange> changed;
     std::size_t same = 0;
-    IdPairs guids;             ///< ids of the first pool, in registry form, and others that stand for them in the second
+    IdPairs guids; ///< ids of the first pool, in registry form, and others that stand for them in the second
+    std::shared_ptr<PoolOutline const> before; ///< of the first pool, by which its objects are sorted
+    std::shared_ptr<PoolOutline const> after;
     bool isOtherOrder = false; ///< the files differ, although no object and no field of the header does
 
     bool isSame() const { return header.empty() && removed.empty() && added.empty() && changed.empty() && !isOtherOrder; }

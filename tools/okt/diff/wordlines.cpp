@@ -4,7 +4,6 @@
 #include "labels.h"
 #include "listdiff.h"
 #include "memberlines.h"
-#include "outline.h"
 
 #include <tools/okt/console.h>
 #include <tools/okt/objectread.h>
@@ -96,12 +95,9 @@ constexpr std::array<std::pair<std::string_view, char const *>, 2> kPlaceWords =
 /// A pool and what its objects are called.
 struct Side
 {
-    explicit Side(DiffPool const &source) : pool(source), outline(source), labels(outline) {}
-    Side(Side const &) = delete; // labels keep the outline
-    Side &operator=(Side const &) = delete;
+    Side(DiffPool const &source, PoolOutline const &outline) : pool(source), labels(outline) {}
 
     DiffPool const &pool;
-    PoolOutline outline;
     PoolLabels labels;
 };
 
@@ -137,7 +133,7 @@ class WordLines
 {
 public:
     WordLines(PoolDiff const &diff, DiffPool const &first, DiffPool const &second, DisplayUnit const &unit)
-        : m_diff(diff), m_first(first), m_second(second), m_unit(unit)
+        : m_diff(diff), m_first(first, *diff.before), m_second(second, *diff.after), m_unit(unit)
     {
     }
 
