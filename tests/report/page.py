@@ -1,4 +1,4 @@
-"""page.py OKT DATA GOLDEN FOLDER: the pages of okt report are well-formed, whole and closed in themselves.
+"""page.py OKT DATA GOLDEN FOLDER TIDY: the pages of okt report are valid, whole, closed in themselves and no larger than need be.
 
 Takes the golden files of the folder GOLDEN, and the templates that okt makes of DATA. What is made goes to FOLDER."""
 
@@ -12,9 +12,13 @@ import subprocess
 import sys
 import xml.etree.ElementTree as ElementTree
 
-okt, data, golden, folder = sys.argv[1:]
+import html5lib
+
+okt, data, golden, folder, tidy = sys.argv[1:]
 folder = pathlib.Path(folder)
 failed = False
+
+MOST_BYTES = 25000  # of a template, beyond its pictures
 
 VOID = {"meta", "link", "input", "img", "wbr", "br", "hr"}
 ADDRESSES = {"href", "src", "srcset", "action", "formaction", "poster", "data", "background", "cite", "ping"}
@@ -54,12 +58,33 @@ class Reader(html.parser.HTMLParser):
             self.text.append(text)
 
 
+def texts(element):
+    """The texts of an element but those of scripts, which are data."""
+    if element.tag != "script":
+        yield element.text or ""
+        for child in element:
+            yield from texts(child)
+    yield element.tail or ""
+
+
 def parts(page, name):
     return re.findall(rf"<{name}>(.*?)</{name}>", page, re.S)
 
 
+def check_valid(path, page, name):
+    """What HTML checkers say: one of elements and attributes, one of the syntax to the letter."""
+    checked = subprocess.run([tidy, "-quiet", "-errors", "-utf8", "--drop-empty-elements", "no", path], capture_output=True, text=True)
+    if checked.returncode != 0 or checked.stderr:
+        fault(f"{name}: {checked.stderr[:1000]}")
+    try:
+        html5lib.HTMLParser(strict=True).parse(page)
+    except html5lib.html5parser.ParseError as error:
+        fault(f"{name}: an error of syntax: {error}")
+
+
 def check_page(path, name):
     page = path.read_bytes().decode("utf-8")
+    check_valid(path, page, name)
     if not page.startswith("<!DOCTYPE html>\n"):
         fault(f"{name}: no HTML document")
     if any(ord(c) < 0x20 and c != "\n" for c in page):
@@ -95,7 +120,7 @@ def check_page(path, name):
         fault(f"{name}: {reader.faults or reader.open}")
     if sorted(reader.tags) != sorted(element.tag.lower() for element in root.iter()):
         fault(f"{name}: an HTML parser sees other elements than an XML parser")
-    if "".join(reader.text).split() != "".join(root.itertext()).split():
+    if "".join(reader.text).split() != "".join(texts(root)).split():
         fault(f"{name}: an HTML parser sees another text than an XML parser")
 
     ids = [element.get("id") for element in root.iter() if element.get("id") is not None]
@@ -117,21 +142,35 @@ def check_page(path, name):
     levels = [int(element.tag[1]) for element in root.iter() if re.fullmatch("h[1-6]", element.tag)]
     if levels.count(1) != 1 or levels[0] != 1 or any(b > a + 1 for a, b in zip(levels, levels[1:])):
         fault(f"{name}: the headings are of the levels {levels}")
-    # In a map, the stretches of all rows follow one another from the first byte to the last.
+    check_sizes(page, root, name)
+    # The stretches of a file follow one another from the first byte to the last.
     for article in root.iter("article"):
         at = 0
-        for row in article.iter("div"):
-            if row.get("class") != "row":
-                continue
-            begin = int(row.find("span").text)
-            for rect in row.iter("rect"):
-                if begin + int(rect.get("x")) != at:
-                    fault(f"{name}: the map has a gap at byte {at}")
-                at = begin + int(rect.get("x")) + int(rect.get("width"))
-        size = re.search(r"([\d\u202f]+)\u00a0bytes?$", "".join(article.find("header/p").itertext()))
-        if size and at != int(size[1].replace("\u202f", "")):
-            fault(f"{name}: the map ends at byte {at}")
+        for row in article.iterfind(".//table[@class='stretches']/tbody/tr"):
+            begin, length = (int(row[cell].text) for cell in (4, 5))
+            if begin != at:
+                fault(f"{name}: the stretches have a gap at byte {at}")
+            at = begin + length
+        size = [re.search(r"([\d\u202f]+)\u00a0bytes?$", text.text or "") for text in article.iterfind("details/noscript/p")]
+        if any(size) and at != int(next(filter(None, size))[1].replace("\u202f", "")):
+            fault(f"{name}: the stretches end at byte {at}")
     return root
+
+
+def check_sizes(page, root, name):
+    pictures = [image.get("src") for image in root.iter("img")]
+    if len(pictures) != len(set(pictures)):
+        fault(f"{name}: a picture stands there twice")
+    articles = list(root.iter("article"))
+    if len(articles) < 40:
+        return  # style and script are the larger part of a short page
+    size = len(page.encode()) - sum(map(len, pictures))
+    if size > MOST_BYTES * len(articles):
+        fault(f"{name}: {size / len(articles):.0f} bytes a template beyond its pictures")
+    for article in articles:
+        alone = len(ElementTree.tostring(article)) - sum(len(image.get("src")) for image in article.iter("img"))
+        if alone > MOST_BYTES:
+            fault(f"{name}: {alone} bytes of {article.get('id')} beyond its pictures")
 
 
 shutil.rmtree(folder, ignore_errors=True)
@@ -149,11 +188,15 @@ for path in pools:
     shown, reported = run("show", path), run("report", path, "-o", page)
     if (reported.returncode, reported.stderr) != (shown.returncode, shown.stderr):
         fault(f"{path.name}: {reported.returncode}, {reported.stderr!r} where okt show gives {shown.returncode}, {shown.stderr!r}")
-    check_page(page, path.name)
+    root = check_page(page, path.name)
+    if reported.returncode == 0 and root is not None and "fault" in "".join(texts(root)):
+        fault(f"{path.name}: a sound file bears the word")
 for name, files in [("golden", pools), ("templates", templates)]:
     page = folder / f"all-{name}.html"
     run("report", *files, "-o", page)
     root = check_page(page, name)
+    if name == "templates" and root is not None and "fault" in "".join(texts(root)):
+        fault(f"{name}: sound files bear the word")
     if root is not None and len(root.findall(".//article")) != len(files):
         fault(f"{name}: not every file is in the page")
 

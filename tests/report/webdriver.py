@@ -66,8 +66,8 @@ class Browser:
     def devtools(self, name, **parameters):
         return self.command("/goog/cdp/execute", {"cmd": name, "params": parameters})
 
-    def open(self, path):
-        self.command("/url", {"url": path.resolve().as_uri()})
+    def open(self, path, place=""):
+        self.command("/url", {"url": path.resolve().as_uri() + place})
 
     def run(self, script, *arguments):
         """What a function with this body returns."""
@@ -89,6 +89,16 @@ class Browser:
 
     def type(self, selector, text):
         self.command(f"/element/{self.element(selector)}/value", {"text": text})
+
+    def insert(self, text):
+        """Types where the keys go, without looking for an element first."""
+        self.devtools("Input.insertText", text=text)
+
+    def press(self, key, code):
+        """A key that writes nothing, or is written by `key` itself."""
+        for kind in ("keyDown" if len(key) == 1 else "rawKeyDown", "keyUp"):
+            self.devtools("Input.dispatchKeyEvent", type=kind, key=key, windowsVirtualKeyCode=code,
+                          **({"text": key} if kind == "keyDown" else {}))
 
     def click(self, selector):
         self.command(f"/element/{self.element(selector)}/click")

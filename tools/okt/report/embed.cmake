@@ -1,5 +1,5 @@
-# cmake -DSTYLE=report.css -DSCRIPT=report.js -DOUTPUT=pageparts.cpp -P embed.cmake
-# Writes the source that holds the two files of the page, with their digests.
+# cmake -DSTYLE=report.css "-DSCRIPT=report.js;search.js" -DOUTPUT=pageparts.cpp -P embed.cmake
+# Writes the source that holds the style and the script of the page, with their digests. Each is one text, of one or several files.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -29,10 +29,14 @@ function(base64 variable hex)
     set(${variable} "${text}" PARENT_SCOPE)
 endfunction()
 
-set(source "// Made of report.css and report.js.\n\n#include <tools/okt/report/pageparts.h>\n\nnamespace okt\n{\n")
+set(source "// Made of the style and the script of the page.\n\n#include <tools/okt/report/pageparts.h>\n\nnamespace okt\n{\n")
 foreach(part Style Script)
     string(TOUPPER ${part} path)
-    file(READ ${${path}} text)
+    set(text "")
+    foreach(file IN LISTS ${path})
+        file(READ ${file} piece)
+        string(APPEND text "${piece}")
+    endforeach()
     string(REPLACE "\r\n" "\n" text "${text}")
     string(FIND "${text}" ")okt\"" end)
     if(NOT end EQUAL -1)

@@ -4,6 +4,8 @@
 
 #include <oktdatabase/okttools.h>
 
+#include <array>
+#include <cstdio>
 #include <stdexcept>
 
 namespace okt
@@ -12,13 +14,43 @@ namespace okt
 namespace
 {
 
-using namespace std::string_view_literals;
-
 /// More characters of a text are folded away.
 constexpr std::size_t kLongestOpen = 240;
 
 constexpr std::string_view kFirmBlank = "\xC2\xA0";
 constexpr std::string_view kNarrowBlank = "\xE2\x80\xAF"; // no line breaks at it
+
+/// The text with escapes for what no document may hold although it has a code: U+FFFE, U+FFFF and their like in the other planes,
+/// U+FDD0 to U+FDEF.
+std::string withoutNonCharacters(std::string_view text)
+{
+    std::string result;
+    result.reserve(text.size() + text.size() / 8);
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        auto const byte = [&](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u; };
+        unsigned const lead = byte(i);
+        if (lead < 0xEF)
+        {
+            result += text[i];
+            continue;
+        }
+        bool const isShort = lead == 0xEF; // three bytes, or four
+        std::size_t const size = isShort ? 3 : 4;
+        unsigned code = isShort ? lead & 0x0F : lead & 0x07;
+        for (std::size_t k = 1; k < size; ++k)
+            code = code << 6 | (byte(i + k) & 0x3F);
+        bool const isNone = (code & 0xFFFE) == 0xFFFE || (code >= 0xFDD0 && code <= 0xFDEF);
+        std::array<char, 16> escape{};
+        if (isNone && isShort)
+            std::snprintf(escape.data(), escape.size(), "\\u%04X", code);
+        else if (isNone)
+            std::snprintf(escape.data(), escape.size(), "\\u%04X\\u%04X", 0xD7C0 + (code >> 10), 0xDC00 + (code & 0x3FF));
+        result += isNone ? std::string_view(escape.data()) : text.substr(i, size);
+        i += size - 1;
+    }
+    return result;
+}
 
 } // namespace
 
@@ -26,26 +58,16 @@ std::string escapedLine(std::string_view text)
 {
     std::string result;
     result.reserve(text.size() + text.size() / 8);
-    for (std::size_t i = 0; i < text.size(); ++i)
+    for (char const c : withoutNonCharacters(text))
     {
-        switch (text[i])
+        switch (c)
         {
         case '&': result += "&amp;"; break;
         case '<': result += "&lt;"; break;
         case '>': result += "&gt;"; break;
         case '"': result += "&quot;"; break;
         case '\'': result += "&#39;"; break;
-        default:
-            // Two characters that are none: U+FFFE and U+FFFF.
-            if (text.substr(i).starts_with("\xEF\xBF\xBE"sv) || text.substr(i).starts_with("\xEF\xBF\xBF"sv))
-            {
-                result += text[i + 2] == '\xBE' ? "\\uFFFE" : "\\uFFFF";
-                i += 2;
-            }
-            else
-            {
-                result += text[i];
-            }
+        default: result += c;
         }
     }
     return result;
@@ -80,6 +102,24 @@ std::string unfolding(CString const &text)
 std::string attribute(char const *name, std::string const &value)
 {
     return value.empty() ? "" : " " + std::string(name) + "=\"" + value + "\"";
+}
+
+std::string jsonText(std::string_view text)
+{
+    std::string result;
+    for (char const c : withoutNonCharacters(text))
+    {
+        switch (c)
+        {
+        case '"': result += "\\\""; break;
+        case '\\': result += "\\\\"; break;
+        case '&': result += "\\u0026"; break;
+        case '<': result += "\\u003c"; break;
+        case '>': result += "\\u003e"; break;
+        default: result += c;
+        }
+    }
+    return result;
 }
 
 std::string grouped(std::uint64_t number)

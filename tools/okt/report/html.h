@@ -26,6 +26,9 @@ std::string unfolding(CString const &text);
 /// " name="value"", the value being HTML already; nothing for an empty value.
 std::string attribute(char const *name, std::string const &value);
 
+/// A printable text between the quotation marks of JSON that stands in a page: no tag can begin or end in it, and no reference.
+std::string jsonText(std::string_view printableUtf8);
+
 /// A whole number in groups of three digits, which no line break parts: 67 996.
 std::string grouped(std::uint64_t number);
 /// "1 byte", "67 996 bytes".

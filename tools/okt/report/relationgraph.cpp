@@ -3,10 +3,10 @@
 #include "html.h"
 #include "layeredlayout.h"
 
-#include <tools/okt/text.h>
-
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <string>
 
 namespace okt
 {
@@ -15,33 +15,8 @@ namespace
 {
 
 constexpr std::size_t kLongestLabel = 30;
-constexpr double kBoxHeight = 20;
 constexpr double kBoxMargin = 9;
 constexpr double kBold = 1.1; ///< how much wider the letters of groups and categories are
-
-char const *nameOf(RelationGraph::NodeKind kind)
-{
-    switch (kind)
-    {
-    case RelationGraph::NodeKind::Group: return "group";
-    case RelationGraph::NodeKind::Category: return "category";
-    case RelationGraph::NodeKind::Parameter: return "parameter";
-    case RelationGraph::NodeKind::Relation: return "relation";
-    }
-    return "";
-}
-
-char const *nameOf(RelationGraph::EdgeKind kind)
-{
-    switch (kind)
-    {
-    case RelationGraph::EdgeKind::Lists: return "lists";
-    case RelationGraph::EdgeKind::Ties: return "ties";
-    case RelationGraph::EdgeKind::Uses: return "uses";
-    case RelationGraph::EdgeKind::Named: return "named";
-    }
-    return "";
-}
 
 bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
 
@@ -68,27 +43,8 @@ double textWidth(std::string const &utf8)
     return sum;
 }
 
-/// A coordinate with at most two decimals.
-std::string place(double value) { return rounded(static_cast<double>(static_cast<long long>(value * 100 + 0.5)) / 100, 9); }
-
-std::string curve(std::vector<LayoutPoint> const &points)
-{
-    std::string path = "M" + place(points[0].x) + " " + place(points[0].y);
-    for (std::size_t i = 1; i < points.size(); ++i)
-    {
-        LayoutPoint const &from = points[i - 1];
-        LayoutPoint const &to = points[i];
-        if (from.y == to.y)
-        {
-            path += "H" + place(to.x);
-            continue;
-        }
-        double const middle = (from.x + to.x) / 2;
-        path += "C" + place(middle) + " " + place(from.y) + " " + place(middle) + " " + place(to.y) + " " + place(to.x) + " " +
-                place(to.y);
-    }
-    return path;
-}
+/// A coordinate in whole steps, as fine as a screen shows it.
+std::string place(double value) { return std::to_string(std::lround(value)); }
 
 bool isNameStart(char c)
 {
@@ -108,7 +64,7 @@ RelationGraph drawnPart(RelationGraph const &graph)
     return part;
 }
 
-std::string svgOf(RelationGraph const &graph, std::string const &label)
+std::string graphData(RelationGraph const &graph)
 {
     std::vector<LayoutNode> boxes;
     for (RelationGraph::Node const &node : graph.nodes)
@@ -122,7 +78,7 @@ std::string svgOf(RelationGraph const &graph, std::string const &label)
     for (std::size_t i = 0; i < boxes.size(); ++i)
     {
         double &wide = widest[static_cast<std::size_t>(graph.nodes[i].kind)];
-        wide = std::max(wide, boxes[i].width);
+        wide = std::max(wide, std::ceil(boxes[i].width));
     }
     for (std::size_t i = 0; i < boxes.size(); ++i)
         boxes[i].width = widest[static_cast<std::size_t>(graph.nodes[i].kind)];
@@ -131,34 +87,31 @@ std::string svgOf(RelationGraph const &graph, std::string const &label)
         arrows.push_back({edge.from, edge.to});
     Layout const layout = layered(boxes, arrows);
 
-    std::string const wide = place(layout.width);
-    std::string const high = place(layout.height);
-    std::string svg = "<svg class=\"graph\" role=\"group\" aria-label=\"" + label + "\" width=\"" + wide + "\" height=\"" +
-                      high + "\" viewBox=\"0 0 " + wide + " " + high + "\">\n";
-    for (std::size_t i = 0; i < graph.edges.size(); ++i)
-    {
-        RelationGraph::Edge const &edge = graph.edges[i];
-        if (layout.edges[i].empty())
-            continue;
-        bool const isArrow = edge.kind == RelationGraph::EdgeKind::Uses || edge.kind == RelationGraph::EdgeKind::Named;
-        svg += "<path class=\"" + std::string(nameOf(edge.kind)) + "\" data-from=\"" + std::to_string(edge.from) +
-               "\" data-to=\"" + std::to_string(edge.to) + "\"" + (isArrow ? " marker-end=\"url(#arrow)\"" : "") + " d=\"" +
-               curve(layout.edges[i]) + "\"/>\n";
-    }
+    std::string data = "{\"size\":[" + place(layout.width) + "," + place(layout.height) + "],\"boxes\":[";
     for (std::size_t i = 0; i < graph.nodes.size(); ++i)
     {
         RelationGraph::Node const &node = graph.nodes[i];
-        LayoutPoint const &at = layout.nodes[i];
-        std::string const shown = shortened(node.label, kLongestLabel);
-        svg += "<a class=\"node " + std::string(nameOf(node.kind)) + "\" data-node=\"" + std::to_string(i) + "\" href=\"#" +
-               node.target + "\" aria-label=\"" + nameOf(node.kind) + " " + escapedLine(node.label) + "\">";
-        if (shown != node.label)
-            svg += "<title>" + escapedLine(node.label) + "</title>";
-        svg += "<rect x=\"" + place(at.x) + "\" y=\"" + place(at.y - kBoxHeight / 2) + "\" width=\"" + place(boxes[i].width) +
-               "\" height=\"" + place(kBoxHeight) + "\" rx=\"4\"/><text x=\"" + place(at.x + kBoxMargin) + "\" y=\"" +
-               place(at.y + 4) + "\">" + escapedLine(shown) + "</text></a>\n";
+        data += std::string(i == 0 ? "" : ",") + "[" + std::to_string(static_cast<int>(node.kind)) + "," +
+                place(layout.nodes[i].x) + "," + place(layout.nodes[i].y) + "," + place(boxes[i].width) + ",\"" +
+                jsonText(node.label) + "\"]";
     }
-    return svg + "</svg>\n";
+    data += "],\"ties\":[";
+    bool isFirst = true;
+    for (std::size_t i = 0; i < graph.edges.size(); ++i)
+    {
+        std::vector<LayoutPoint> const &points = layout.edges[i];
+        if (points.empty())
+            continue;
+        RelationGraph::Edge const &edge = graph.edges[i];
+        data += std::string(isFirst ? "" : ",") + "[" + std::to_string(static_cast<int>(edge.kind)) + "," +
+                std::to_string(edge.from) + "," + std::to_string(edge.to);
+        isFirst = false;
+        if (bool const isStraight = points.size() == 2 && points[0].x < points[1].x; !isStraight)
+            for (LayoutPoint const &point : points)
+                data += "," + place(point.x) + "," + place(point.y);
+        data += "]";
+    }
+    return data + "]}";
 }
 
 std::vector<std::string> namesIn(std::string const &expression)

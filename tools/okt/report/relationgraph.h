@@ -10,6 +10,7 @@ namespace okt
 /// What of a template is tied to what.
 struct RelationGraph
 {
+    // The script of the page knows these numbers.
     enum class NodeKind
     {
         Group,
@@ -27,8 +28,7 @@ struct RelationGraph
     struct Node
     {
         NodeKind kind = NodeKind::Parameter;
-        std::string label;  ///< printable UTF-8, as long as it is
-        std::string target; ///< the place in the page that tells of it
+        std::string label; ///< printable UTF-8, as long as it is
     };
     struct Edge
     {
@@ -48,8 +48,10 @@ inline constexpr std::size_t kMostDrawnEdges = 1500;
 /// The first boxes and arrows of a graph, as many as are drawn.
 RelationGraph drawnPart(RelationGraph const &graph);
 
-/// A drawing of the graph as SVG. `label` is what a screen reader says of it, in HTML.
-std::string svgOf(RelationGraph const &graph, std::string const &label);
+/// What the script of the page draws of a graph, as JSON that may stand in a page:
+/// {"size": [width, height], "boxes": [[kind, x, middle y, width, label], ...], "ties": [[kind, from, to, x, y, x, y, ...], ...]}.
+/// A tie without points leads from the right side of one box straight to the left side of the other.
+std::string graphData(RelationGraph const &graph);
 
 /// The names in an expression: letters, digits and underscores that begin with a letter or an underscore.
 std::vector<std::string> namesIn(std::string const &expression);

@@ -60,13 +60,14 @@ int report(Options const &options)
         done += sizeOf(file);
         fs::path const path = utf8Path(file);
         std::string fault;
-        templates.push_back(factsOf(path, "t" + std::to_string(templates.size() + 1), fault));
+        templates.push_back(factsOf(path, fault));
         if (!fault.empty())
             printError(fault);
     }
     progress.reset();
     Waiting const waiting("report");
     PageOptions page;
+    arrange(templates);
     page.title = html(std::string_view(options.title));
     page.unit = static_cast<std::size_t>(std::find(kUnitNames.begin(), kUnitNames.end(), options.unit) - kUnitNames.begin());
     OutputFile file(output, options.replaces);

@@ -1,6 +1,7 @@
 #include "templatefacts.h"
 
 #include "html.h"
+#include "naturalorder.h"
 
 #include <tools/okt/exportfiles.h>
 #include <tools/okt/failure.h>
@@ -14,8 +15,7 @@
 
 #include <oktdatabase/oktdatabase.h>
 
-#include <charconv>
-#include <cmath>
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -25,102 +25,17 @@ namespace okt
 namespace
 {
 
-using UnitValues = std::map<OKTDbObjectId, PageValue>;
-
 constexpr std::size_t kUnits = kUnitNames.size();
-constexpr int kAllDigits = 12;
 
-/// Decimals of a length that matter on a drawing, by unit: a hundredth of a millimetre, a thousandth of an inch.
-constexpr std::array<int, kUnits> kDecimals = {2, 3, 5, 3, 4};
-
-/// A length below so many of its last decimals is shown with digits enough to tell it from others.
-constexpr double kFewSteps = 100;
-constexpr int kFewDigits = 3;
+constexpr int kCameraDigits = 6;
 
 /// Names are cut behind so many characters where they refer to something, and behind those of a heading.
 constexpr std::size_t kLongestReference = 80;
 constexpr std::size_t kLongestTitle = 160;
-constexpr std::size_t kLongestValue = 160;
 
 constexpr char kNotHere[] = " (not in this file)";
 
 std::string idHtml(OKTDbObjectId const &id) { return html(id.getGuidAsString(false)); }
-
-std::string length(double value, int decimals)
-{
-    double const size = std::abs(value);
-    bool const isSmall = size != 0 && size < kFewSteps * std::pow(10.0, -decimals);
-    if (!std::isfinite(value) || size >= 1e15)
-        return rounded(value, kAllDigits);
-    if (isSmall)
-        return rounded(value, kFewDigits);
-    std::array<char, 64> buffer{};
-    std::to_chars_result const end =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
-    std::string text(buffer.data(), end.ptr);
-    if (text.find('.') != std::string::npos)
-    {
-        text.erase(text.find_last_not_of('0') + 1);
-        if (text.back() == '.')
-            text.pop_back();
-    }
-    return text;
-}
-
-/// The value of a parameter under one unit.
-void putValue(PageValue &shown, std::size_t unit, OKTDbParameter const &parameter)
-{
-    tagVARIANT const value = parameter.Value();
-    std::string &text = shown.texts[unit];
-    std::string &exact = shown.exact[unit];
-    shown.isNumber = value.vt == VT_I2 || value.vt == VT_I4 || value.vt == VT_R4 || value.vt == VT_R8;
-    switch (value.vt)
-    {
-    case VT_EMPTY:
-    case VT_NULL: shown.isAbsent = true; break;
-    case VT_I2: text = std::to_string(value.iVal); break;
-    case VT_I4: text = std::to_string(value.lVal); break;
-    case VT_R4: // a file holds a double in this kind too, and reading keeps it as one
-    case VT_R8:
-        shown.hasUnit = parameter.isInDrawingUnits();
-        exact = shown.hasUnit ? rounded(value.dblVal, kAllDigits) : number(value.dblVal);
-        text = shown.hasUnit ? length(value.dblVal, kDecimals[unit]) : exact;
-        break;
-    case VT_BSTR:
-    {
-        CString const held(value.bstrVal, static_cast<int>(SysStringLen(value.bstrVal)));
-        exact = html(held);
-        text = escapedLine(shortened(printable(held), kLongestValue));
-        if (text.size() < exact.size())
-            shown.folded = unfolding(held);
-        break;
-    }
-    case VT_BOOL: text = value.lVal == 0 ? "no" : value.lVal == -1 ? "yes" : std::to_string(value.lVal); break;
-    default: text = "?"; break;
-    }
-    if (exact.empty())
-        exact = text;
-}
-
-/// Adds what the pool holds under its factor.
-void putValues(UnitValues &values, std::size_t unit, OKTDbPool &pool)
-{
-    IdArray all;
-    pool.getAllObjects(all);
-    for (OKTDbObjectId const &id : all)
-    {
-        OKTDbObject *object = nullptr;
-        pool.findObject(id, object);
-        auto const *const parameter = OKTDbParameter::cast(object);
-        if (parameter == nullptr)
-            continue;
-        PageValue &value = values[id];
-        putValue(value, unit, *parameter);
-        // A text with lengths in it is another one in another unit.
-        if (unit > 0 && value.exact[unit] != value.exact[0])
-            value.hasUnit = true;
-    }
-}
 
 /// The name that an expression has for a parameter: without blanks, in whatever case.
 std::string expressionName(std::string const &utf8)
@@ -144,7 +59,7 @@ char const *typeOf(ImageFormat const &format)
 
 std::string pointText(OKTGeXYZ const &point)
 {
-    auto const shown = [](double value) { return rounded(value, kAllDigits); };
+    auto const shown = [](double value) { return rounded(value, kCameraDigits); };
     return "(" + shown(point.X()) + ", " + shown(point.Y()) + ", " + shown(point.Z()) + ")";
 }
 
@@ -181,6 +96,7 @@ public:
         header();
         groups();
         strays();
+        m_facts.keyFacts = keyFactsOf(m_listed, m_values);
         relations();
         pictures();
         others();
@@ -221,17 +137,12 @@ private:
 
     // Header
 
-    void role(char const *name, OKTDbObjectId const &id, bool hasPlace)
+    void role(std::string const &name, OKTDbObjectId const &id)
     {
         if (id.isNull())
             return;
         OKTDbObject *const target = object(id);
-        std::string text = idHtml(id) + (target == nullptr ? kNotHere : ", " + html(classOf(target)));
-        OKTDbPool::_ObjectInfo const *const place = hasPlace ? m_file.places.find(id) : nullptr;
-        if (place != nullptr && place->nObjectPosition >= 0)
-            text += ", " + counted(static_cast<std::uint64_t>(std::max(place->nObjectSize, 0)), "byte") + " from byte " +
-                    std::to_string(static_cast<long long>(place->nObjectPosition) + m_file.objectsStart);
-        m_facts.header.push_back({name, text});
+        m_facts.header.push_back({name, idHtml(id) + (target == nullptr ? kNotHere : ", " + html(classOf(target)))});
     }
 
     void header()
@@ -239,24 +150,22 @@ private:
         m_facts.header.push_back({"Pool", idHtml(m_pool.objectId())});
         m_facts.header.push_back(
             {"Metrics factor", m_file.factor ? number(*m_file.factor) + " in the file" : "none in the file"});
-        m_facts.header.push_back({"Header", counted(static_cast<std::uint64_t>(std::max(m_file.headerSize, 0)), "byte")});
-        role("Construct", m_pool.constructId(), true);
-        role("Index", m_pool.indexId(), true);
-        role("Sketch", m_pool.sketchId(), false);
-        role("PP actions", m_pool.ppActionsId(), false);
-        role("Radial", m_pool.RadialReinfId(), false);
-        for (OKTDbObjectId const &id : m_pool.picturesId())
-            role("Picture", id, true);
+        role("Construct", m_pool.constructId());
+        role("Index", m_pool.indexId());
+        role("Sketch", m_pool.sketchId());
+        role("PP actions", m_pool.ppActionsId());
+        role("Radial", m_pool.RadialReinfId());
+        IdArray const pictures = m_pool.picturesId();
+        for (int i = 0; i < pictures.getSize(); ++i)
+            role("Picture " + std::to_string(i), pictures.at(i));
     }
 
     // Categories
 
-    std::size_t addNode(RelationGraph::NodeKind kind, OKTDbObjectId const &id, std::string label, std::string target)
+    void addNode(RelationGraph::NodeKind kind, OKTDbObjectId const &id, std::string label)
     {
-        auto const [place, isNew] = m_nodes.emplace(id, m_facts.graph.nodes.size());
-        if (isNew)
-            m_facts.graph.nodes.push_back({kind, std::move(label), std::move(target)});
-        return place->second;
+        if (m_nodes.emplace(id, m_facts.graph.nodes.size()).second)
+            m_facts.graph.nodes.push_back({kind, std::move(label)});
     }
 
     void addEdge(RelationGraph::EdgeKind kind, OKTDbObjectId const &from, OKTDbObjectId const &to)
@@ -274,7 +183,7 @@ private:
     {
         for (OKTDbGroupCategory const *const group : all<OKTDbGroupCategory>())
         {
-            addNode(RelationGraph::NodeKind::Group, group->objectId(), "Group", m_facts.anchor + "-parameters");
+            addNode(RelationGraph::NodeKind::Group, group->objectId(), "Group");
             PageGroup shown;
             shown.title = "Group";
             shown.id = idHtml(group->objectId());
@@ -301,8 +210,7 @@ private:
         shown.isAbove = !m_shown.insert(category.objectId()).second;
         if (shown.isAbove)
             return shown;
-        addNode(RelationGraph::NodeKind::Category, category.objectId(), plainReference(category.objectId()),
-                m_facts.anchor + "-parameters");
+        addNode(RelationGraph::NodeKind::Category, category.objectId(), plainReference(category.objectId()));
         IdArray ids;
         category.getAllParameters(ids);
         for (OKTDbObjectId const &id : ids)
@@ -348,22 +256,31 @@ private:
         // A list may name a parameter more than once: the first place is the one to go to.
         if (m_shown.insert(id).second)
         {
-            shown.anchor = m_facts.anchor + "-" + std::to_string(m_nodes.size());
-            addNode(RelationGraph::NodeKind::Parameter, id, plainReference(id), shown.anchor);
+            shown.box = m_nodes.size();
+            addNode(RelationGraph::NodeKind::Parameter, id, plainReference(id));
+            m_listed.push_back(&parameter);
         }
-        std::string const typeName = html(parameter.getTypeName());
         shown.id = idHtml(id);
         shown.name = parameter.UserName().IsEmpty() ? reference(id) : unfolding(parameter.UserName());
-        shown.type = std::to_string(parameter.Type()) + (typeName.empty() ? "" : " " + typeName);
-        shown.list = html(parameter.getListIndex());
+        shown.type = typeText(parameter);
         shown.expression = breakable(parameter.Expression());
         shown.description = unfolding(parameter.Description());
-        shown.kind = kindName(parameter.Value().vt);
+        shown.kind = kindWord(parameter.Value().vt);
         for (OKTDbObjectId const &used : parameter.TabParams())
             shown.uses.push_back(reference(used));
         if (auto const value = m_values.find(id); value != m_values.end())
             shown.value = value->second;
         return shown;
+    }
+
+    /// The type in words, with the place in its list; empty where the name says the same.
+    static std::string typeText(OKTDbParameter const &parameter)
+    {
+        CString const typeName = parameter.getTypeName();
+        std::string const list = printable(parameter.getListIndex());
+        std::string type = typeName.IsEmpty() ? "type " + std::to_string(parameter.Type()) : printable(typeName);
+        type += list.empty() ? "" : " " + list;
+        return type == printable(parameter.UserName()) ? "" : escapedLine(type);
     }
 
     // What else there is
@@ -376,8 +293,7 @@ private:
             PageRelation shown;
             shown.className = html(classOf(relation));
             shown.id = idHtml(relation->objectId());
-            addNode(RelationGraph::NodeKind::Relation, relation->objectId(), printable(classOf(relation)),
-                    m_facts.anchor + "-relations");
+            addNode(RelationGraph::NodeKind::Relation, relation->objectId(), printable(classOf(relation)));
             if (auto const *const members = OKTDbParamRelation::cast(relation))
             {
                 IdArray ids;
@@ -477,14 +393,22 @@ private:
 
     // Bytes
 
+    static void describe(PageStretch &stretch, OKTDbObject const &object)
+    {
+        if (CString const name = nameOf(&object); !name.IsEmpty())
+            stretch.name = escapedLine(shortened(printable(name), kLongestReference));
+        if (auto const *const parameter = OKTDbParameter::cast(&object))
+            stretch.type = std::to_string(parameter->Type()) + " " + kindName(parameter->Value().vt);
+    }
+
     void stretches()
     {
         std::uint64_t const size = static_cast<std::uint64_t>(m_file.size);
         std::uint64_t at = std::min(static_cast<std::uint64_t>(std::max(m_file.objectsStart, 0)), size);
-        m_facts.stretches.push_back({PageStretch::Kind::Header, 0, at, "", ""});
+        m_facts.stretches.push_back({PageStretch::Kind::Header, 0, at, "", "", "", ""});
         auto const fill = [&](std::uint64_t to) {
             if (to > at)
-                m_facts.stretches.push_back({PageStretch::Kind::Gap, at, to - at, "", ""});
+                m_facts.stretches.push_back({PageStretch::Kind::Gap, at, to - at, "", "", "", ""});
         };
         for (Frame const &frame : m_file.frames)
         {
@@ -495,9 +419,9 @@ private:
             stretch.offset = offset;
             stretch.size = static_cast<std::uint64_t>(frame.size);
             stretch.className = frame.className.IsEmpty() ? "an object" : html(frame.className);
+            stretch.id = frame.id ? idHtml(toId(*frame.id)) : "";
             if (OKTDbObject const *const found = frame.id ? object(toId(*frame.id)) : nullptr)
-                if (CString const name = nameOf(found); !name.IsEmpty())
-                    stretch.name = escapedLine(shortened(printable(name), kLongestReference));
+                describe(stretch, *found);
             m_facts.stretches.push_back(std::move(stretch));
             at = offset + static_cast<std::uint64_t>(frame.size);
         }
@@ -508,6 +432,7 @@ private:
     UnitValues const &m_values;
     TemplateFacts &m_facts;
     std::map<OKTDbObjectId, Frame const *> m_frames;
+    std::vector<OKTDbParameter const *> m_listed; ///< every parameter, in the order of the page
     std::set<OKTDbObjectId> m_shown;
     std::map<OKTDbObjectId, std::size_t> m_nodes;
     std::set<std::pair<std::size_t, std::size_t>> m_tied;
@@ -547,8 +472,9 @@ void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::str
         std::string const title = shortened(whole, kLongestTitle);
         facts.title = escapedLine(title);
         if (title.size() < whole.size())
-            facts.header.push_back({"Name", unfolding(name)});
+            facts.longName = unfolding(name);
     }
+    completeDiameters(values, *file.pool);
     Collector(file, values, facts).run();
     for (std::string const &module : moduleLines(file, ModulePlace::Name))
         facts.header.push_back({"Module", escapedLine(module)});
@@ -558,10 +484,9 @@ void readFacts(std::filesystem::path const &path, TemplateFacts &facts, std::str
 
 } // namespace
 
-TemplateFacts factsOf(std::filesystem::path const &path, std::string const &anchor, std::string &faultLine)
+TemplateFacts factsOf(std::filesystem::path const &path, std::string &faultLine)
 {
     TemplateFacts facts;
-    facts.anchor = anchor;
     std::string const name = fileName(path);
     facts.file = html(std::string_view(name));
     facts.title = facts.file;
@@ -576,6 +501,15 @@ TemplateFacts factsOf(std::filesystem::path const &path, std::string const &anch
     facts.fault =
         escapedLine(withoutFolder(faultLine, printable(std::string_view(pathName(path))), printable(std::string_view(name))));
     return facts;
+}
+
+void arrange(std::vector<TemplateFacts> &templates)
+{
+    std::stable_sort(templates.begin(), templates.end(), [](TemplateFacts const &a, TemplateFacts const &b) {
+        return a.title != b.title ? naturalLess(a.title, b.title) : naturalLess(a.file, b.file);
+    });
+    for (std::size_t i = 0; i < templates.size(); ++i)
+        templates[i].anchor = "t" + std::to_string(i + 1);
 }
 
 } // namespace okt

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "keyfacts.h"
+#include "pagevalue.h"
 #include "relationgraph.h"
 
 #include <tools/okt/imageformat.h>
-#include <tools/okt/poolprinter.h>
-#include <tools/okt/poolreader.h>
 
-#include <array>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,25 +16,13 @@ namespace okt
 
 // All texts here are HTML: what comes from a file is escaped.
 
-/// A value in every unit of the page, as the library converts it.
-struct PageValue
-{
-    std::array<std::string, kUnitNames.size()> texts; ///< with as many digits as a drawing needs
-    std::array<std::string, kUnitNames.size()> exact; ///< with all digits
-    std::string folded;                               ///< a long text, with its rest folded away
-    bool isNumber = false;
-    bool isAbsent = false;
-    bool hasUnit = false; ///< it is a length, or holds some
-};
-
 struct PageParameter
 {
-    std::string anchor;
+    std::optional<std::size_t> box; ///< its place in the graph; nothing where the page has shown it before
     std::string id;
     std::string name;
-    std::string type; ///< "37 Spacing"
-    std::string kind; ///< "VT_R8"
-    std::string list;
+    std::string type; ///< "Spacing A", "type 99"; empty where the name says the same
+    std::string kind; ///< "whole number"
     std::string expression;
     std::string description;
     std::vector<std::string> uses;
@@ -104,13 +92,15 @@ struct PageStretch
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
     std::string className; ///< HTML, as all texts
-    std::string name;      ///< of the object, in quotation marks; may be empty
+    std::string name;      ///< of the object; may be empty
+    std::string id;
+    std::string type; ///< of a parameter: "37 VT_R8"
 };
 
 /// Everything that the page tells of a file.
 struct TemplateFacts
 {
-    std::string anchor;
+    std::string anchor; ///< begins the names of the places in the page
     std::string title;
     std::string file;  ///< its name without the folder
     std::string fault; ///< the line about the first fault, without the folder; empty when all is well
@@ -120,6 +110,8 @@ struct TemplateFacts
     std::uint64_t objects = 0; ///< that were read
     std::uint64_t parameters = 0;
     std::uint64_t categories = 0;
+    std::vector<KeyFact> keyFacts;
+    std::string longName; ///< the whole name of the pool where the title is the beginning of it
     std::vector<PageFact> header;
     std::vector<PageGroup> groups;
     std::vector<PageRelation> relations;
@@ -130,8 +122,11 @@ struct TemplateFacts
     RelationGraph graph;
 };
 
-/// Reads a pool file once for each unit. One of which not even a header can be read has its facts too. `anchor` begins the names
-/// of the places in the page. `faultLine` receives the line for the user, empty when all is well.
-TemplateFacts factsOf(std::filesystem::path const &path, std::string const &anchor, std::string &faultLine);
+/// Reads a pool file once for each unit. One of which not even a header can be read has its facts too. `faultLine` receives the
+/// line for the user, empty when all is well.
+TemplateFacts factsOf(std::filesystem::path const &path, std::string &faultLine);
+
+/// The templates in the order of the page, by their titles, and the anchor of each.
+void arrange(std::vector<TemplateFacts> &templates);
 
 } // namespace okt
