@@ -343,17 +343,17 @@ TEST(OktShapeCode, CodesFound_TheirFormulasGiveTheLength)
 
 TEST(OktBf2d, Title_RecordsOfOnePosition_Differ)
 {
-    EXPECT_EQ(bf2dPlan(parseBf2d(kOne), kOne, "bars-1").poolName, "Bent bar, 12 mm, TestPDF 417/1, bars-1");
-    EXPECT_EQ(bf2dPlan(parseBf2d(kTwo), kTwo, "bars-2").poolName, "Bent bar, 12 mm, TestPDF 417/1, bars-2");
+    EXPECT_EQ(bf2dPlan(parseBf2d(kOne), kOne, "bars-1").poolName, "Bent bar, 12 mm, TestPDF 417/1 (bars-1)");
+    EXPECT_EQ(bf2dPlan(parseBf2d(kTwo), kTwo, "bars-2").poolName, "Bent bar, 12 mm, TestPDF 417/1 (bars-2)");
     Bf2dRecord record = parseBf2d(kOne);
     record.legs = {{1000, 0}};
     record.position = "";
-    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, TestPDF 417, x-1");
+    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, TestPDF 417 (x-1)");
     record.drawing = "";
     record.position = "7";
-    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, TestPDF/7, x-1");
+    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, TestPDF/7 (x-1)");
     record.project = "";
-    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, 7, x-1");
+    EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, 7 (x-1)");
     record.position = "";
     EXPECT_EQ(bf2dPlan(record, "", "x-1").poolName, "Straight bar, 12 mm, x-1");
 }

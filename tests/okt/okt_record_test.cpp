@@ -61,8 +61,8 @@ TEST_F(OktBf2dCommands, Build_TheExamples_ShapeCodesAndTitles)
                 codes.push_back(CString(parameter->Value().bstrVal).ToUtf8());
     }
     EXPECT_EQ(codes, (std::vector<std::string>{"11", ""}));
-    EXPECT_EQ(titles, (std::vector<std::string>{"Bent bar, 12 mm, TestPDF 417/1, bar-records-1",
-                                                "Bent bar, 12 mm, TestPDF 417/1, bar-records-2"}));
+    EXPECT_EQ(titles, (std::vector<std::string>{"Bent bar, 12 mm, TestPDF 417/1 (bar-records-1)",
+                                                "Bent bar, 12 mm, TestPDF 417/1 (bar-records-2)"}));
 }
 
 TEST_F(OktBf2dCommands, Build_OnlyWrongRecords_NoFolder)

@@ -178,7 +178,7 @@ std::string titleOf(Bf2dRecord const &record, std::string const &stem)
         if (!part->empty())
             place += (place.empty() ? "" : before) + *part;
     return (record.legs.size() == 1 ? "Straight bar, " : "Bent bar, ") + number(record.diameter) + " mm, " +
-           (place.empty() ? "" : place + ", ") + stem;
+           (place.empty() ? stem : place + " (" + stem + ")");
 }
 
 BarSize const *sizeOf(BarTable const &bars, double diameter)
