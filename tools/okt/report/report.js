@@ -259,6 +259,7 @@ function startPaper() {
 }
 
 addEventListener('DOMContentLoaded', () => {
+    root.classList.add('ready');
     startTemplates();
     startSwitches();
     startSide();
