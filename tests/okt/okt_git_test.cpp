@@ -230,6 +230,9 @@ TEST_F(OktGit, ExternalDiff_FileThatIsMissing_Told)
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out, "--- a/link.okt\n+++ b/link.okt\n! b/link.okt: there is no such file\n");
+    EXPECT_EQ(
+        runOkt({"diff", "--git", "x.okt", path("none.okt"), "1234567", "100644", path("no.okt"), "0000000", "100644"}).out,
+        "--- a/x.okt\n+++ b/x.okt\n! a/x.okt: there is no such file\n! b/x.okt: there is no such file\n");
     EXPECT_EQ(runOkt({"diff", "--git", "x.okt"}).out, "x.okt: not merged yet\n");
 }
 

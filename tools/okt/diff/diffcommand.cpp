@@ -95,7 +95,8 @@ int compareForGit(Options const &options)
     DiffPool const first = poolFromGit(call.before, "a/");
     DiffPool const second = poolFromGit(call.after, "b/");
     std::string text;
-    if (options.asJson || first.bytes() != second.bytes() || !first.exists() || !second.exists())
+    bool const isToBeTold = first.bytes() != second.bytes() || !first.exists() || !second.exists() || first.isNothing();
+    if (options.asJson || isToBeTold)
         text = textOf(options, compare(first, second, options.byName ? MatchBy::Name : MatchBy::Id), first, second);
     if (options.asJson)
     {

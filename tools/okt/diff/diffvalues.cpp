@@ -1,6 +1,5 @@
 #include "diffvalues.h"
 
-#include <tools/okt/console.h>
 #include <tools/okt/imageformat.h>
 #include <tools/okt/text.h>
 
@@ -91,13 +90,15 @@ std::string kindOf(Json const &value)
     return kind;
 }
 
-std::string changeText(std::string const &what, std::string const &before, std::string after, std::size_t indent)
+std::string changeText(std::string const &what, std::string const &before, std::string after, std::size_t indent,
+                       std::optional<Colour> colour)
 {
     if (before == after)
         after += ", another";
+    std::string const words = colour ? coloured(what, *colour) : what;
     if (width(what) + width(before) + width(after) <= kLongest)
-        return what + " " + coloured(before, Colour::Red) + " -> " + coloured(after, Colour::Green) + "\n";
-    return what + "\n" + removedLine(before, indent) + addedLine(after, indent);
+        return words + " " + coloured(before, Colour::Red) + " -> " + coloured(after, Colour::Green) + "\n";
+    return words + "\n" + removedLine(before, indent) + addedLine(after, indent);
 }
 
 std::string removedLine(std::string const &text, std::size_t indent)

@@ -2,6 +2,9 @@
 
 #include "diffpool.h"
 
+#include <tools/okt/console.h>
+
+#include <optional>
 #include <string>
 
 namespace okt
@@ -17,8 +20,9 @@ std::string idText(std::string const &guid, DiffPool const &pool);
 std::string imageText(std::string const &base64);
 
 /// What stood before and what stands now behind the words for what it is: on one line, or below where that would be long. Two that
-/// look the same are told to be others.
-std::string changeText(std::string const &what, std::string const &before, std::string after, std::size_t indent);
+/// look the same are told to be others. The words have a colour where they are the only line for an object.
+std::string changeText(std::string const &what, std::string const &before, std::string after, std::size_t indent,
+                       std::optional<Colour> colour = {});
 /// Lines below another one.
 std::string removedLine(std::string const &text, std::size_t indent);
 std::string addedLine(std::string const &text, std::size_t indent);

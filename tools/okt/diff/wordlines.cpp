@@ -155,8 +155,7 @@ private:
 
     void line(std::string const &label, std::string const &word, std::string const &before, std::string const &after)
     {
-        m_text +=
-            changeText(coloured("~ " + label + ":", Colour::Yellow) + (word.empty() ? "" : " " + word), before, after, kIndent);
+        m_text += changeText("~ " + label + ":" + (word.empty() ? "" : " " + word), before, after, kIndent, Colour::Yellow);
     }
 
     /// By the name of the member, and with what the file has.
@@ -178,8 +177,9 @@ private:
     /// The place or the size of an object, which the header repeats.
     void place(std::string const &label, MemberChange const &change)
     {
-        auto const shownAs = [](Json const &value) {
-            return value.is_object() && value["long"].is_string() ? "right" : value.is_object() ? value["long"].dump() : "";
+        auto const shownAs = [](Json const &value) -> std::string {
+            auto const number = value.is_object() ? value.find("long") : value.end();
+            return number == value.end() ? "" : number->is_string() ? "right" : number->dump();
         };
         bool const isDamaged = !m_first.pool.faults().empty() || !m_second.pool.faults().empty();
         std::string const before = shownAs(change.before);
@@ -362,7 +362,7 @@ private:
         ListDiff const diff = compareLists(counterparts, after);
         if (diff.isSame())
             return false;
-        m_text += coloured("~ " + label + ":", Colour::Yellow) + " " + word + "\n";
+        m_text += coloured("~ " + label + ": " + word, Colour::Yellow) + "\n";
         for (std::size_t const place : diff.removed)
             m_text += removedLine(m_first.labels.ofId(before[place]), kIndent);
         for (std::size_t const place : diff.added)
