@@ -110,6 +110,7 @@ TEST_F(OktArguments, Arranged_WrongUsage_ReasonAndWhoseHelp)
     EXPECT_EQ(refusal({"show", "-lq"}), "show: there is no option -q, as in -lq; a name like this stands behind --");
     EXPECT_EQ(refusal({"tree", "a", "b"}), "tree: there is no place for b");
     EXPECT_EQ(refusal({"tree", "--", "a", "-b"}), "tree: there is no place for -b");
+    EXPECT_EQ(refusal({"tree", "a", "b", "--help"}), "");
 }
 
 TEST(OktNearest, WordsAndNames)
@@ -177,6 +178,13 @@ TEST_F(OktCommandLine, NamesThatBeginWithADash_BehindTheDoubleDash)
     EXPECT_EQ(runOkt({"show", "--", "--help"}).err, "okt: --help: there is no such file\n");
     EXPECT_EQ(runOkt({"find", "--", "-nothing", "a.okt"}).exitCode, 1) << "a pattern, and not in the file";
     EXPECT_EQ(runOkt({"show", "-odd.okt"}).exitCode, 2);
+}
+
+TEST_F(OktCommandLine, HelpWinsOverOperands)
+{
+    std::string const help = out({"tree", "--help"});
+    EXPECT_EQ(out({"tree", "a.okt", "b.okt", "-h"}), help);
+    EXPECT_EQ(out({"tree", "-h", "--", "a.okt"}), help);
 }
 
 TEST_F(OktCommandLine, NamesOfCommands_AreFilesAndPatternsToo)

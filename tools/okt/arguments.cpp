@@ -83,7 +83,8 @@ private:
         std::size_t places = 0;
         for (CLI::Option const *const operand : positionalsOf(*m_command))
             places += static_cast<std::size_t>(operand->get_expected_max());
-        if (operands.size() > places)
+        bool const isForHelp = std::find(m_line.begin(), m_line.end(), "--help") != m_line.end();
+        if (operands.size() > places && !isForHelp)
             throw WrongUsage(m_command, "there is no place for " + operands[places]);
     }
 
