@@ -27,14 +27,13 @@ protected:
     std::string module(std::string const &name) const { return put(name + kLibraryEnding, std::string("code BarMark\0", 13)); }
 };
 
-TEST_F(OktModuleText, Advice_FileThatNamesTheClass_NotLoaded)
+TEST_F(OktModuleText, ModuleNaming_FileThatNamesTheClass_NotLoaded)
 {
     std::string const file = module("a");
     searchHere(true);
-    std::string const none = "no module that okt finds names it; --module FILE gives one, okt modules tells where okt looks";
-    EXPECT_EQ(adviceFor(u"BarMark"), file + " names it; --module loads it");
-    EXPECT_EQ(adviceFor(u"BarMark2"), none);
-    EXPECT_EQ(adviceFor(u""), none);
+    EXPECT_EQ(moduleNaming("BarMark"), file);
+    EXPECT_EQ(moduleNaming("BarMark2"), std::nullopt);
+    EXPECT_EQ(moduleNaming(""), std::nullopt);
     EXPECT_TRUE(modules().loaded().empty());
 }
 

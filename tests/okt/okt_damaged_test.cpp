@@ -178,9 +178,10 @@ TEST(OktDamagedOne, CommandsForOneFile_EveryFile_NoCrashAndALine)
                                                               {"dump", file},
                                                               {"export", file, "-o", made, "--force"},
                                                               {"export", "--format", "bf2d", file},
-                                                              {"picture", file, "-o", made, "--force"},
-                                                              {"recover", file, "-o", made, "--force"}})
+                                                              {"picture", file, "-o", made, "--force"}})
                 expectTold(runOkt(arguments), {file}, what + ", " + arguments.front());
+            // What was lost goes to standard output, beside a file.
+            expectTold(runOkt({"recover", file, "-o", made, "--force"}), {file}, what + ", recover", {2, true});
             bool const byName = random() % 2 == 0;
             expectTold(runOkt({"diff", byName ? "--by-name" : "--json", file, other}), {file, other}, what + ", diff",
                        {2, true});

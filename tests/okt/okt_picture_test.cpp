@@ -461,6 +461,12 @@ TEST(OktPictureText, PictureTextFault_EveryKindOfText_FaultOrNone)
         {{u"AQ D"}, "\" \" at 2 is no character of base64"},
         {{u"AQID", u"AQ-D"}, "\"-\" at 6 is no character of base64"},
         {{u"AQID", u"\u00E9QID", u"!"}, "\"\u00E9\" at 4 is no character of base64"},
+        {{u"AR"}, "it ends within a byte"},
+        {{u"AQID", u"AQJ"}, "it ends within a byte"},
+        {{u"AQI="}, ""},
+        {{u"AQ="}, "its padding does not fit its length"},
+        {{u"AQID="}, "its padding does not fit its length"},
+        {{u"AQ==", u"AQID"}, "text goes on behind its padding, at 4"},
         {{CString(viewOf({u"AQ\0D", 4}))}, "a zero at 2 cuts it"},
         {{CString(viewOf({u"AQID\0", 5})), u"AQID"}, "a zero at 4 cuts it"},
     };

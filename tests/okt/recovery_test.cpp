@@ -2,12 +2,10 @@
 #include <tools/okt/inspect/libraryread.h>
 #include <tools/okt/inspect/recovery.h>
 
-#include "okt/files.h"
-#include "okt/process.h"
+#include "okt/damages.h"
 
 #include "support/clientclasses.h"
 #include "support/hexbytes.h"
-#include "support/poolmaker.h"
 #include "support/printers.h"
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
@@ -18,7 +16,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
@@ -27,13 +24,6 @@ using namespace okt;
 
 namespace
 {
-
-namespace fs = std::filesystem;
-
-std::string asText(CByteArray const &bytes)
-{
-    return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
-}
 
 CByteArray asBytes(std::string const &text)
 {
@@ -64,33 +54,6 @@ std::string recovered(std::string const &damaged, std::vector<Part> *objects = n
         std::sort(objects->begin(), objects->end(),
                   [](Part const &left, Part const &right) { return left.begin < right.begin; });
     return bytes;
-}
-
-/// A file with one stretch replaced.
-struct Damage
-{
-    std::size_t begin;
-    std::size_t end;
-    std::string instead;
-
-    std::string of(std::string const &whole) const { return whole.substr(0, begin) + instead + whole.substr(end); }
-};
-
-enum class DamageKind
-{
-    Flip,
-    Hole,
-    CutOff
-};
-
-Damage randomDamage(DamageKind kind, std::string const &whole, std::mt19937 &random)
-{
-    std::size_t const at = random() % whole.size();
-    if (kind == DamageKind::Flip)
-        return {at, at + 1, std::string(1, static_cast<char>(static_cast<unsigned char>(whole[at]) ^ (1 + random() % 255)))};
-    if (kind == DamageKind::CutOff)
-        return {at, whole.size(), ""};
-    return {at, std::min(whole.size(), at + std::max<std::size_t>(1, whole.size() / 100)), ""};
 }
 
 struct Tally
@@ -151,25 +114,7 @@ void tally(Tally &sum, std::string const &whole, std::vector<Part> const &object
 class RecoveryFigure : public testing::Test
 {
 protected:
-    RecoveryFigure()
-    {
-        for (fs::directory_entry const &entry : fs::directory_iterator(OKT_TEST_DATA_DIR "/golden"))
-            if (entry.path().extension() == ".okt")
-                m_files.push_back({entry.path().filename().string(), contents(entry.path())});
-        EXPECT_EQ(runOkt({"build", OKT_EXAMPLES_DIR "/data", "-o", m_folder.path("t").ToUtf8()}).exitCode, 0);
-        for (fs::directory_entry const &entry : fs::directory_iterator(m_folder.path("t").ToUtf8()))
-            m_files.push_back({entry.path().filename().string(), contents(entry.path())});
-        for (unsigned int seed = 1; seed <= 10; ++seed)
-        {
-            OKTDbPool pool;
-            fillRandomly(pool, seed, 1.0);
-            CByteArray image;
-            IdMap ids;
-            EXPECT_TRUE(pool.saveFiler(image, ids));
-            m_files.push_back({"random " + std::to_string(seed), asText(image)});
-        }
-        std::sort(m_files.begin(), m_files.end());
-    }
+    RecoveryFigure() : m_files(filesToDamage(m_folder)) {}
 
     double measure(DamageKind kind)
     {
@@ -200,9 +145,9 @@ protected:
         return static_cast<double>(sum.back) / static_cast<double>(sum.untouched);
     }
 
-    ScratchFolder m_folder;
     ClientClasses m_classes;
     ReportCatcher m_reports;
+    ScratchFolder m_folder;
     std::vector<std::pair<std::string, std::string>> m_files;
 };
 

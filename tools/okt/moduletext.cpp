@@ -51,12 +51,12 @@ std::string helpFor(ModuleAnswer const &answer, ModulePlace place)
     }
 }
 
-std::string adviceFor(CString const &className)
+std::optional<std::string> moduleNaming(std::string const &className)
 {
-    ModuleAnswer const &answer = modules().candidateFor(className);
-    return answer.kind == ModuleAnswer::Kind::LeftOut
-               ? fileText(answer.file, answer.origin, ModulePlace::Path) + " names it; --module loads it"
-               : helpFor(answer, ModulePlace::Path);
+    ModuleAnswer const &answer = modules().candidateFor(CString::FromUtf8(className));
+    if (answer.kind != ModuleAnswer::Kind::LeftOut)
+        return std::nullopt;
+    return fileText(answer.file, answer.origin, ModulePlace::Path);
 }
 
 std::vector<std::string> missingLines(PoolFile const &file, ModulePlace place)

@@ -2,6 +2,7 @@
 
 #include "poolreader.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,8 @@ std::vector<std::string> moduleLines(PoolFile const &file, ModulePlace place);
 std::string moduleLine(Module const &module, CString const &className);
 /// Why no module was loaded for a class, and what helps.
 std::string helpFor(ModuleAnswer const &answer, ModulePlace place);
-/// What helps with a class, for a command that loads only what it is told: "/opt/bars/libbars.so names it; --module loads it".
-std::string adviceFor(CString const &className);
+/// For a command that loads only what it is told: the file of a module that names a class, in UTF-8. Empty: none is found.
+std::optional<std::string> moduleNaming(std::string const &className);
 /// "BarMark, 2 objects: " and why, for each class.
 std::vector<std::string> missingLines(PoolFile const &file, ModulePlace place);
 

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string_view>
 
 namespace okt
 {
@@ -17,20 +18,19 @@ namespace
 constexpr int kCharactersOfGroup = 4;
 constexpr int kHeadOfRecord = 3; // type and count of an 8-bit text
 
-enum class Sign : unsigned char
-{
-    Foreign,
-    Digit,
-    Blank ///< padding and line breaks, which writers of base64 are free to use
-};
+// Of a character that is a digit its six bits. Padding and line breaks writers of base64 are free to use.
+constexpr signed char kForeign = -1;
+constexpr signed char kBreak = -2;
+constexpr signed char kPadding = -3;
 
 constexpr auto kSigns = [] {
-    std::array<Sign, 128> signs{};
-    for (int c = 0; c < 128; ++c)
-        if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/')
-            signs[static_cast<std::size_t>(c)] = Sign::Digit;
-    for (char const c : {'=', '\r', '\n'})
-        signs[static_cast<std::size_t>(c)] = Sign::Blank;
+    std::array<signed char, 128> signs{};
+    signs.fill(kForeign);
+    signed char digit = 0;
+    for (char const c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"))
+        signs[static_cast<std::size_t>(c)] = digit++;
+    signs['\r'] = signs['\n'] = kBreak;
+    signs['='] = kPadding;
     return signs;
 }();
 
@@ -54,9 +54,17 @@ public:
 
     std::string fault() const
     {
-        if (m_fault.empty() && m_digits % kCharactersOfGroup == 1)
+        if (!m_fault.empty())
+            return m_fault;
+        std::int64_t const left = m_digits % kCharactersOfGroup;
+        if (left == 1)
             return "it breaks off behind character " + std::to_string(m_digits);
-        return m_fault;
+        // An end within a group leaves bits over, and padding fills the group up.
+        if ((left == 2 && m_lastDigit % 16 != 0) || (left == 3 && m_lastDigit % 4 != 0))
+            return "it ends within a byte";
+        if (m_padding > 0 && (left + m_padding) % kCharactersOfGroup != 0)
+            return "its padding does not fit its length";
+        return {};
     }
 
 private:
@@ -64,17 +72,26 @@ private:
     {
         for (WCHAR const unit : chunk.View())
         {
-            Sign const sign = unit < kSigns.size() ? kSigns[unit] : Sign::Foreign;
-            if (sign == Sign::Foreign && m_fault.empty())
+            int const sign = unit < kSigns.size() ? kSigns[unit] : kForeign;
+            if (sign == kForeign && m_fault.empty())
                 m_fault =
                     quoted(CString(OktTextView(&unit, 1))) + " at " + std::to_string(m_length) + " is no character of base64";
+            if (sign >= 0 && m_padding > 0 && m_fault.empty())
+                m_fault = "text goes on behind its padding, at " + std::to_string(m_length);
             ++m_length;
-            m_digits += sign == Sign::Digit ? 1 : 0;
+            if (sign == kPadding)
+                ++m_padding;
+            if (sign < 0)
+                continue;
+            ++m_digits;
+            m_lastDigit = sign;
         }
     }
 
     std::int64_t m_length = 0;
     std::int64_t m_digits = 0;
+    std::int64_t m_padding = 0;
+    int m_lastDigit = 0;
     std::string m_fault;
 };
 

@@ -169,6 +169,8 @@ std::string plural(std::int64_t number, std::string_view noun)
     return noun.ends_with("ory") ? text.append(noun.substr(0, noun.size() - 1)) + "ies" : text.append(noun) + "s";
 }
 
+char const *belong(std::int64_t number) { return number == 1 ? "belongs" : "belong"; }
+
 std::string withArticle(CString const &className)
 {
     if (className.IsEmpty())

@@ -24,6 +24,8 @@ std::size_t notUtf8At(std::string_view text);
 
 /// "1 object", "2 objects", "1 category", "2 categories".
 std::string plural(std::int64_t number, std::string_view noun);
+/// "belongs" of one, "belong" of several.
+char const *belong(std::int64_t number);
 /// "an OKTDbParameter", "a Thing"; "an object" without a name.
 std::string withArticle(CString const &className);
 /// How messages call a place in a file.

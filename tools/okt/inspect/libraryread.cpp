@@ -33,6 +33,30 @@ std::string libraryReadFault(ByteSource &source, Stretch const &object, std::int
     return readAlone(bytesAt(source, object.begin, object.size()), className).fault;
 }
 
+LibraryRead readByLibrary(ByteSource &source, Stretch const &object)
+{
+    LibraryRead result;
+    CString const className = object.className();
+    if (!isRegistered(className))
+        return result;
+    ReportCollector const collector;
+    CByteArray const bytes = bytesAt(source, object.begin, object.size());
+    ReadObject const read = readAlone(bytes, className);
+    result.fault = read.fault;
+    if (!read.fault.empty())
+        return result;
+    if (OKTDbPicture *const picture = OKTDbPicture::cast(read.object.get()); picture != nullptr)
+        picture->getPictureData(result.image.emplace());
+    if (object.classNames.empty() || knownClass(object.classNames.front()) != KnownClass::Other)
+        return result;
+    OKTMemoryFiler filer(read.pool.get());
+    result.isSameAgain = read.object->xmlOut(&filer) == eFilerOk;
+    CByteArray const again = filer.takeBytes();
+    result.isSameAgain = result.isSameAgain && again.GetSize() == bytes.GetSize() &&
+                         std::equal(bytes.GetData(), bytes.GetData() + bytes.GetSize(), again.GetData());
+    return result;
+}
+
 std::string libraryHeaderFault(ByteSource &source, HeaderPlace const &header)
 {
     ReportCollector const collector;

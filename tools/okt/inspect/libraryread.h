@@ -2,6 +2,9 @@
 
 #include "objectscan.h"
 
+#include <optional>
+#include <string>
+
 namespace okt
 {
 
@@ -9,7 +12,16 @@ namespace okt
 /// or the class is not known here, or the object is larger than `largest`.
 std::string libraryReadFault(ByteSource &source, Stretch const &object, std::int64_t largest = 0x7FFFFFFF);
 
-/// The same for the header of a pool.
+/// The same, and what the library makes of the object.
+struct LibraryRead
+{
+    std::string fault;
+    bool isSameAgain = true;         ///< it writes the object as it was; asked only of a class that is not the library's own
+    std::optional<CByteArray> image; ///< of a picture
+};
+LibraryRead readByLibrary(ByteSource &source, Stretch const &object);
+
+/// The same as libraryReadFault for the header of a pool.
 std::string libraryHeaderFault(ByteSource &source, HeaderPlace const &header);
 
 } // namespace okt

@@ -43,7 +43,7 @@ std::string Stretch::fault() const
     {
     case Kind::Cut: return "the file ends inside " + object;
     case Kind::Damaged: return "damaged inside " + object;
-    case Kind::Gap: return plural(size(), "byte") + (size() == 1 ? " that belongs to no object" : " that belong to no object");
+    case Kind::Gap: return plural(size(), "byte") + " that " + belong(size()) + " to no object";
     case Kind::Object: break;
     }
     return {};
@@ -100,7 +100,8 @@ Stretch ObjectScan::examine(std::int64_t at)
     // A fault behind the name leaves the name.
     if (RecordPlace const &head = walk.records().record(); stretch.classNames.empty() && head.payloadSize > 0)
         stretch.classNames.emplace_back(nameIn(m_source, head));
-    stretch.isOdd = walk.oddAt() >= 0;
+    stretch.oddAt = walk.oddAt();
+    stretch.oddity = walk.oddity();
     // A count in front of a name can swallow objects as well.
     if (!swallowed && walk.records().badNameAt() >= 0)
         swallowed = walk.records().badNameAt();
@@ -188,7 +189,7 @@ std::int64_t ObjectScan::findNext(std::int64_t from)
     std::int64_t at = m_source.findFrameBegin(from, m_source.size());
     while (at >= 0)
     {
-        std::int64_t const end = m_unclosed.count(at) == 0 && beginsAsObject(at) ? endOfObject(at) : -1;
+        std::int64_t const end = m_unclosed.count(at) == 0 && beginsAsObject(at) && !isBase(at) ? endOfObject(at) : -1;
         std::int64_t const nestedUpTo = end >= 0 ? endOfNested(end) : at + 1;
         if (nestedUpTo < 0)
             return at;
@@ -217,6 +218,22 @@ bool ObjectScan::beginsAsObject(std::int64_t at)
         if (knownClass(name) == KnownClass::Object)
             return rest[length + 5] == 8;
         at += static_cast<std::int64_t>(4 + length + 5);
+    }
+    return false;
+}
+
+/// The head of another frame ends right here: what begins is the frame of its base.
+bool ObjectScan::isBase(std::int64_t at)
+{
+    if (m_source.at(at - 5) != static_cast<int>(RecordType::Long))
+        return false;
+    std::int64_t const begin = std::max<std::int64_t>(0, at - 9 - static_cast<std::int64_t>(kLongestName));
+    std::string const front(m_source.look(begin, static_cast<std::size_t>(at - 5 - begin)));
+    for (std::size_t length = 1; length + 4 <= front.size(); ++length)
+    {
+        std::string_view const head = std::string_view(front).substr(front.size() - length - 4, 4);
+        if (head[0] == 6 && head[1] == 5 && littleEndian(head.substr(2)) == length)
+            return true;
     }
     return false;
 }

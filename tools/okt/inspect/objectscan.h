@@ -27,7 +27,8 @@ struct Stretch
     std::vector<std::string> classNames; ///< of the object and its bases, the object's own first, in the bytes of the file
     std::optional<_GUID> id;             ///< the first id in it, which is the object's own
     CString name;                        ///< of a parameter or a category
-    bool isOdd = false;                  ///< its nesting is whole, but not by the grammar
+    std::int64_t oddAt = -1;             ///< where a record stands that the grammar does not have there; -1: nowhere
+    char const *oddity = nullptr;        ///< and what it is
     std::int64_t faultAt = 0;            ///< of what is no object: where it stops to be one
 
     std::int64_t size() const { return end - begin; }
@@ -57,6 +58,7 @@ private:
     std::int64_t searchStart(std::int64_t at);
     std::int64_t findNext(std::int64_t from);
     bool beginsAsObject(std::int64_t at);
+    bool isBase(std::int64_t at);
     std::int64_t endOfObject(std::int64_t at);
     std::int64_t endOfNested(std::int64_t at);
     bool endsEnclosing(std::int64_t at);

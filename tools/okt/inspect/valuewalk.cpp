@@ -73,7 +73,10 @@ bool ValueWalk::next()
         RecordPlace const &record = m_walk.record();
         std::size_t const depth = m_walk.open().size();
         if (m_oddAt < 0 && m_walk.oddity() != nullptr)
+        {
             m_oddAt = record.begin;
+            m_oddity = m_walk.oddity();
+        }
         switch (record.type)
         {
         case RecordType::FrameBegin:

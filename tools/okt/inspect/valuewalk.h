@@ -78,8 +78,9 @@ public:
     StoredValue const &value() const { return m_value; }
     RecordWalk const &records() const { return m_walk; }
 
-    /// The first record that is not where the grammar has it; -1: none was met.
+    /// The first record that is not where the grammar has it, and what it is; -1 and null: none was met.
     std::int64_t oddAt() const { return m_oddAt; }
+    char const *oddity() const { return m_oddity; }
 
     /// The class names of the object and its bases as far as they were met.
     std::vector<std::string> const &classNames() const { return m_classNames; }
@@ -106,6 +107,7 @@ private:
     std::size_t m_nestedDepth = 0;  ///< of the outermost nested frame, in records; 0: none is open
     std::size_t m_collectDepth = 0; ///< of the frame that is collected into one value; 0: none
     std::int64_t m_oddAt = -1;
+    char const *m_oddity = nullptr;
     int m_nested = 0;
     int m_words = 0;
 };

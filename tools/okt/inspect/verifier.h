@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filescan.h"
+#include "finding.h"
 
 #include <functional>
 #include <string>
@@ -8,30 +9,13 @@
 namespace okt
 {
 
-/// Something in a pool file that is not as it should be.
-struct Finding
-{
-    enum class Severity
-    {
-        Error,
-        Warning ///< nothing is damaged, but somebody should look at it
-    };
+/// Looks through a whole file: its structure, ids and what names them, lists and places, values and images, and whether the library
+/// reads each object. In memory stay some 40 bytes for each object. Findings come as they are met: first those of the structure,
+/// then those of the header, then those of each object, then those of lists and of what is not known here.
+Verdict verify(FileScan &scan, std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf = {});
 
-    Severity severity;
-    std::int64_t offset;
-    std::string text;
-};
-
-struct Verdict
-{
-    std::int64_t objects = 0;
-    std::int64_t errors = 0;
-    std::int64_t warnings = 0;
-};
-
-/// Looks through a whole file: its structure, ids and what names them, lists and places, values, and whether the library reads each
-/// object. In memory stay some 40 bytes for each object. Findings come as they are met: first those of the structure, then those
-/// of each object, then those of lists.
-Verdict verify(FileScan &scan, std::function<void(Finding const &)> const &onFinding);
+/// The same for any bytes; `name` is how a progress line calls them.
+Verdict verify(std::string const &name, ByteSource &source, HeaderPlace const &header,
+               std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf = {});
 
 } // namespace okt

@@ -5,6 +5,8 @@
 #include "../console.h"
 #include "../exportfiles.h"
 #include "../failure.h"
+#include "../guids.h"
+#include "../moduletext.h"
 #include "../text.h"
 
 #include <nlohmann/json.hpp>
@@ -25,16 +27,19 @@ struct Options
     bool asJson = false;
 };
 
-char const *severityName(Finding const &finding) { return finding.severity == Finding::Severity::Error ? "error" : "warning"; }
-
 std::string findingLine(std::string const &file, Finding const &finding, bool asJson)
 {
     if (!asJson)
-        return Failure(file, byteAt(finding.offset), std::string(severityName(finding)) + ": " + finding.text).what();
+        return Failure(file, byteAt(finding.offset), std::string(severityName(finding.severity)) + ": " + finding.text).what();
     Json json;
     json["file"] = file;
     json["offset"] = finding.offset;
-    json["severity"] = severityName(finding);
+    json["severity"] = severityName(finding.severity);
+    json["code"] = codeName(finding.code);
+    if (finding.id && !isSame(*finding.id, kNoId))
+        json["id"] = idText(*finding.id);
+    if (finding.named)
+        json["names"] = idText(*finding.named);
     json["finding"] = finding.text;
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -42,11 +47,10 @@ std::string findingLine(std::string const &file, Finding const &finding, bool as
 bool isSound(std::string const &file, bool asJson)
 {
     FileScan scan(file);
-    Verdict const verdict =
-        verify(scan, [&](Finding const &finding) { print(findingLine(scan.name(), finding, asJson) + "\n"); });
+    Verdict const verdict = verify(
+        scan, [&](Finding const &finding) { print(findingLine(scan.name(), finding, asJson) + "\n"); }, moduleNaming);
     if (!asJson)
-        print(printable(scan.name()) + ": " + plural(verdict.objects, "object") + ", " + plural(verdict.errors, "error") +
-              ", " + plural(verdict.warnings, "warning") + "\n");
+        print(printable(scan.name()) + ": " + plural(verdict.objects, "object") + ", " + findingsText(verdict) + "\n");
     return verdict.errors == 0;
 }
 
@@ -74,9 +78,11 @@ int verifyAll(Options const &options)
 void addVerify(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "verify", "Checks pool files: structure, ids and what names them, lists, places, values. One line for each finding.\n"
-                  "  okt verify templates/*.okt");
-    command->footer("0 no error, warnings or not; 1 an error, or a file that cannot be read; 2 wrong usage.");
+        "verify",
+        "Checks pool files: structure, ids and what names them, lists, places, values, images. One line for each finding.\n"
+        "  okt verify templates/*.okt");
+    command->footer(
+        "0 no error, with or without warnings and infos; 1 an error, or a file that cannot be read; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->files, "pool files; - for standard input")->required();
     command->add_flag("--json", options->asJson, "one JSON object a line, one for each finding");
