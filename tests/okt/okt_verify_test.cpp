@@ -305,7 +305,7 @@ TEST_F(OktVerifyPool, UnknownClass_InformationThatNamesTheModule)
     };
     EXPECT_EQ(findingsOf(bytes).substr(findingsOf(bytes).find("info: ")),
               "info: 1 object of the class \"OKTDbNobody\", which is not known here: only the records are checked, and a load "
-              "stops at the first; the module /opt/okt/libnobody.so brings the class: --module /opt/okt/libnobody.so\n");
+              "stops at the first; /opt/okt/libnobody.so names it; --module loads it\n");
 }
 
 TEST_F(OktVerifyPool, ClassNameDamaged_AWarningAndNoModuleIsAskedFor)
