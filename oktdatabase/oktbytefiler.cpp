@@ -100,7 +100,9 @@ CByteArray OKTByteFiler::takeBytes()
 
 BYTE *OKTByteFiler::extend(int count)
 {
-    if (m_borrowed != nullptr || count < 0 || count > std::numeric_limits<int>::max() - m_buffer.GetSize() - m_owed)
+    // A negative count is a large unsigned one.
+    int const most = std::numeric_limits<int>::max() - m_buffer.GetSize() - m_owed;
+    if (static_cast<unsigned int>(count) > static_cast<unsigned int>(most) || m_borrowed != nullptr)
         return nullptr;
     return m_buffer.Extend(count, m_owed);
 }

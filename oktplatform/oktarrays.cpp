@@ -155,9 +155,7 @@ void CByteArray::grow(int count, int spare)
         throw std::length_error("CByteArray");
     int const step = std::max(m_growBy, m_size < kSmall ? m_size / 2 : m_size < kLarge ? m_size / 8 : m_size / 16);
     int const needed = m_size + count + spare;
-    int const wanted = std::max(needed, step > kMaxSize - m_size ? kMaxSize : m_size + step);
-    if (wanted == needed || !tryReallocate(wanted))
-        reallocate(needed);
+    reallocate(std::max(needed, step > kMaxSize - m_size ? kMaxSize : m_size + step));
 }
 
 void CByteArray::checkIndex(int index) const

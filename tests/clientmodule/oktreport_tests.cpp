@@ -72,7 +72,7 @@ TEST_F(OktReportModules, Report_IndexWithoutUnit_NotTold)
 TEST_F(OktReportModules, Report_WithoutTheModule_NotTold)
 {
     std::string const file = writeBar(u"mm", u"Nominal diameter");
-    std::string const text = runOkt({"report", file, "-o", "-"}).out;
+    std::string const text = runOkt({"--no-modules", "report", file, "-o", "-"}).out;
     EXPECT_THAT(text, HasSubstr("<dt>Diameter</dt><dd>12 <span class=\"note\">unit not told</span></dd>\n"));
     EXPECT_THAT(text, Not(HasSubstr("<dd>12\u00A0mm")));
 }

@@ -66,28 +66,29 @@ TEST_F(OktVerify, GoldenFiles_Findings)
                   golden("duplicate-id.okt") + ": 4 objects, 1 error, 1 warning\n");
     // A client that removes these objects leaves their ids in the header. A class that is not known here is no fault.
     EXPECT_EQ(runOkt({"verify", golden("every-class.okt")}).exitCode, 0);
-    EXPECT_EQ(
-        runOkt({"verify", golden("every-class.okt")}).out,
-        golden("every-class.okt") +
-            ":byte 299: warning: the header names {45A3C7B9-1986-4CD1-A067-68DE1D95FE29} for the ppActions, "
-            "which is not in the file\n" +
-            golden("every-class.okt") +
-            ":byte 354: warning: the header names {1A435E24-0A16-4E55-B2F3-F55750B8BCD9} for the sketch, "
-            "which is not in the file\n" +
-            golden("every-class.okt") +
-            ":byte 479: warning: the header names {46705F52-6EC5-4F4E-BAE4-4BF91EFAAD93} for the radial "
-            "reinforcement, which is not in the file\n" +
-            golden("every-class.okt") + ":byte 2303: info: the image of this picture is not judged: it has no known format\n" +
-            golden("every-class.okt") +
-            ":byte 1799: warning: the category {A1DDE39E-F7DB-44EC-BAFB-D4A63A29323E} lists this parameter, "
-            "which names none\n" +
-            golden("every-class.okt") +
-            ":byte 1011: info: 1 object of the class \"OKTDbConstruct\", which is not known here: only the records are "
-            "checked, and a load stops at the first; a client module that brings the class is loaded with --module FILE\n" +
-            golden("every-class.okt") +
-            ":byte 2178: info: 1 object of the class \"OKTDbIndexData\", which is not known here: only the records are "
-            "checked, and a load stops at the first; a client module that brings the class is loaded with --module FILE\n" +
-            golden("every-class.okt") + ": 10 objects, 0 errors, 4 warnings, 3 infos\n");
+    EXPECT_EQ(runOkt({"verify", golden("every-class.okt")}).out,
+              golden("every-class.okt") +
+                  ":byte 299: warning: the header names {45A3C7B9-1986-4CD1-A067-68DE1D95FE29} for the ppActions, "
+                  "which is not in the file\n" +
+                  golden("every-class.okt") +
+                  ":byte 354: warning: the header names {1A435E24-0A16-4E55-B2F3-F55750B8BCD9} for the sketch, "
+                  "which is not in the file\n" +
+                  golden("every-class.okt") +
+                  ":byte 479: warning: the header names {46705F52-6EC5-4F4E-BAE4-4BF91EFAAD93} for the radial "
+                  "reinforcement, which is not in the file\n" +
+                  golden("every-class.okt") +
+                  ":byte 2303: info: the image of this picture is not judged: it has no known format\n" +
+                  golden("every-class.okt") +
+                  ":byte 1799: warning: the category {A1DDE39E-F7DB-44EC-BAFB-D4A63A29323E} lists this parameter, "
+                  "which names none\n" +
+                  golden("every-class.okt") +
+                  ":byte 1011: info: 1 object of the class \"OKTDbConstruct\", which is not known here: only the records are "
+                  "checked, and a load stops at the first; " +
+                  ownModule() + " names it; --module loads it\n" + golden("every-class.okt") +
+                  ":byte 2178: info: 1 object of the class \"OKTDbIndexData\", which is not known here: only the records are "
+                  "checked, and a load stops at the first; " +
+                  ownModule() + " names it; --module loads it\n" + golden("every-class.okt") +
+                  ": 10 objects, 0 errors, 4 warnings, 3 infos\n");
     EXPECT_EQ(runOkt({"verify", golden("stirrup.okt")}).exitCode, 0);
     EXPECT_EQ(runOkt({"verify", golden("stirrup.okt")}).out,
               golden("stirrup.okt") +
@@ -329,9 +330,10 @@ TEST_F(OktVerifyPool, RecordsOfAParameterUnderAnotherName_AWarning)
     EXPECT_EQ(findings(), "");
     std::string bytes = contents(path("pool.okt"));
     bytes.replace(bytes.find("OKTDbParameter"), 14, "OKTSomethingXX");
-    EXPECT_EQ(findingsOf(bytes).substr(0, findingsOf(bytes).find('\n')),
-              "warning: the class \"OKTSomethingXX\" is not known here, but its records are those of an OKTDbParameter; the name "
-              "may be damaged");
+    EXPECT_EQ(
+        findingsOf(bytes).substr(0, findingsOf(bytes).find('\n')),
+        "warning: the class \"OKTSomethingXX\" is not known here, but its records are those of an OKTDbParameter; the name "
+        "may be damaged");
 }
 
 TEST_F(OktVerifyPool, Texts)
