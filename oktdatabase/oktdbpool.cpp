@@ -566,8 +566,9 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
         _GUID id;
         std::int32_t place;
     };
+    bool const hasClientObjects = m_hasClientObjects;
     std::vector<Begin> begins;
-    if (m_hasClientObjects)
+    if (hasClientObjects)
         begins.reserve(static_cast<std::size_t>(m_mapObjects.getSize()));
     std::uint64_t const changes = m_changes;
 
@@ -592,29 +593,31 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
         if (object == nullptr)
             continue;
         fetchAhead(object);
-        auto const place = static_cast<std::int32_t>(start - objectsStart);
-        bool const keepsIds = replacements != nullptr && m_hasClientObjects && !OktIsOwnObject(*object);
-        if (keepsIds)
-            filer.replaceIds(nullptr);
-        if (m_hasClientObjects)
-            begins.push_back({id.getGuid(), place});
+        bool keepsIds = false;
+        if (hasClientObjects)
+        {
+            begins.push_back({id.getGuid(), static_cast<std::int32_t>(start - objectsStart)});
+            keepsIds = replacements != nullptr && !OktIsOwnObject(*object);
+            if (keepsIds)
+                filer.replaceIds(nullptr);
+        }
         if (object->xmlOut(&filer) != eFilerOk)
             return false;
         long const end = filer.GetFilerLength();
         if (keepsIds)
         {
             filer.replaceIds(replacements);
-            replacements->noteOldIds(place, static_cast<int>(end - objectsStart));
+            replacements->noteOldIds(static_cast<int>(start - objectsStart), static_cast<int>(end - objectsStart));
             if (filer.m_bMapAsked || filer.m_bMapChanged || !filer.getTranslatedIds())
                 replacements->refuse();
         }
         while (next != special.end() && *next < id)
             ++next;
         if (next != special.end() && *next == id)
-            info[id] = {place, static_cast<std::int32_t>(end - start)};
+            info[id] = {static_cast<std::int32_t>(start - objectsStart), static_cast<std::int32_t>(end - start)};
         start = end;
     }
-    if (m_hasClientObjects && (m_changes != changes || specialIds() != special))
+    if (hasClientObjects && (m_changes != changes || specialIds() != special))
     {
         auto place = static_cast<std::int32_t>(start - objectsStart);
         std::set<OKTDbObjectId> left = specialIds();

@@ -141,6 +141,8 @@ std::string takeLost(LiveBlocks const &blocks, int mayLose)
         delete static_cast<OKTDbObject *>(block.memory);
         ++lost;
     }
+    if (lost > 0)
+        giveUpKept(); // the data of a picture are a block that is kept for the next
     if (!blocks.isComplete())
         return "more blocks are in use than the test can watch";
     if (blocks.count() > 0)
