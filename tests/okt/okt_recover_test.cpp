@@ -400,6 +400,71 @@ TEST_F(OktRecoverPool, SpliceOfTwoFiles_WhatBelongsToTheOtherIsMissing)
     EXPECT_EQ(m_exitCode, 1);
 }
 
+/// Where the begin and the end of an object are gone, the frame of its base alone looks like an object.
+TEST_F(OktRecoverPool, BaseOfAnObject_LostAndNoObjectOfItsOwn)
+{
+    std::size_t const constexpr kHead = 23; // of the frame of a parameter
+    std::size_t const constexpr kBase = 76;
+    Span const object = spanOf(*m_parameters[0]);
+    std::string const base = m_bytes.substr(object.begin + kHead, kBase);
+    std::string const bytes = m_bytes.substr(0, object.begin) + "xx" + base + m_bytes.substr(object.begin + object.size);
+    std::string const whole = report(bytes);
+    EXPECT_NE(whole.find("D:byte " + text(object.begin + 2) + ": lost " + idOf(*m_parameters[0]) +
+                         ": nothing is left of it but the frame of its base; 76 bytes from byte " + text(object.begin + 2) +
+                         "; it is named in 1 place\n"),
+              std::string::npos)
+        << whole;
+    EXPECT_NE(
+        whole.find("G: " + sizes(4, block() - object.size) + " rescued as far as can be checked, 1 lost, 2 bytes left out, "),
+        std::string::npos)
+        << whole;
+    EXPECT_EQ(m_exitCode, 1);
+
+    // The same when its sections follow.
+    std::string const sections = m_bytes.substr(object.begin + kHead + kBase, 40);
+    std::string const behind =
+        report(m_bytes.substr(0, object.begin) + base + sections + m_bytes.substr(object.begin + object.size));
+    EXPECT_NE(behind.find(": lost "), std::string::npos) << behind;
+    EXPECT_NE(behind.find("G: " + sizes(4, block() - object.size) + " rescued as far as can be checked, 1 lost, "),
+              std::string::npos)
+        << behind;
+}
+
+TEST_F(OktRecoverPool, RelationBesideDamage_Doubtful)
+{
+    auto *const relation = new OKTDbRelation;
+    m_pool.appendObject(relation);
+    EXPECT_TRUE(m_pool.writeFile(m_folder.path("whole.okt")));
+    m_bytes = contents(path("whole.okt"));
+    Span const object = spanOf(*relation);
+    std::string bytes = m_bytes;
+    bytes.insert(object.begin, "x");
+    std::string const whole = report(bytes);
+    EXPECT_NE(whole.find(": doubtful " + idOf(*relation) +
+                         ": it stands beside damaged bytes and may be the base of another object; 106 bytes from byte " +
+                         text(object.begin + 1) + " of the damaged file\n"),
+              std::string::npos)
+        << whole;
+    EXPECT_NE(whole.find(sizes(1, 106) + " doubtful, 1 byte left out, "), std::string::npos) << whole;
+    EXPECT_EQ(objectsIn(path("good.okt")), 6);
+}
+
+/// A parameter with the head of another frame in front of it is the base of an object that is damaged further on.
+TEST_F(OktRecoverPool, ParameterThatIsABase_NotTakenForAnObject)
+{
+    Span const object = spanOf(*m_parameters[0]);
+    std::string const parameter = m_bytes.substr(object.begin, object.size);
+    std::string const head("\x06\x05\x05\0Angle\x02\x01\0\0\0", 14);
+    std::string const bytes =
+        m_bytes.substr(0, object.begin) + head + parameter + "\x0B" + m_bytes.substr(object.begin + object.size);
+    std::string const whole = report(bytes);
+    EXPECT_NE(whole.find(": lost " + idOf(*m_parameters[0])), std::string::npos) << whole;
+    EXPECT_NE(whole.find("damaged inside an Angle that begins at byte " + text(object.begin)), std::string::npos) << whole;
+    EXPECT_NE(whole.find("G: " + sizes(4, block() - object.size) + " rescued as far as can be checked, 1 lost, "),
+              std::string::npos)
+        << whole;
+}
+
 TEST_F(OktRecoverPool, ClassNameDamaged_DoubtfulAndBehindTheOthers)
 {
     Span const object = spanOf(*m_parameters[2]);

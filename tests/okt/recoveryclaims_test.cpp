@@ -22,7 +22,7 @@ using namespace okt;
 namespace
 {
 
-constexpr int kDamagesEach = 40;           // of each file
+constexpr int kDamagesEach = 32;           // of each file
 constexpr char kPngText[] = "iVBORw0KGgo"; // how the text of every PNG begins
 
 struct Known

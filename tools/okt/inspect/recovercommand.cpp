@@ -104,10 +104,11 @@ private:
                      named(static_cast<std::int64_t>(mends.size()) - 1, "; likewise in ", "further place"));
     }
 
-    /// As okt verify says it.
+    /// As okt verify says it, where that does.
     static std::string said(Finding const &finding)
     {
-        return std::string(severityName(finding.severity)) + ": " + finding.text;
+        return (finding.code == Finding::Code::Remnant ? "" : std::string(severityName(finding.severity)) + ": ") +
+               finding.text;
     }
 
     static std::string subject(RecoveryCheck::Remark const &remark)

@@ -48,6 +48,13 @@ bool hasClass(Stretch const &stretch, char16_t const *name)
                        [name](std::string const &each) { return CString(each.c_str()).CompareNoCase(CString(name)) == 0; });
 }
 
+/// Damaged bytes are what is left of an object, not of one of its values.
+bool isOfObject(Stretch const &fault)
+{
+    return fault.kind != Stretch::Kind::Gap &&
+           (fault.classNames.empty() || !isValueClass(knownClass(fault.classNames.front())));
+}
+
 /// Its class is one without members of its own.
 bool isBare(Stretch const &object)
 {
@@ -88,7 +95,7 @@ Recovery::Recovery(ByteSource &source) : m_source(source), m_header(findHeader(s
         if (isFirst && !m_header.isWhole && !isObject)
             m_losses.back().end = stretch->end;
         else if (!isObject)
-            noteLoss(*stretch, stretch->fault(), stretch->kind != Stretch::Kind::Gap);
+            noteLoss(*stretch, stretch->fault(), isOfObject(*stretch));
         else if (isBare(*stretch) && ((isBehindFault && !endsFrame(stretch->begin)) || goesOn(following)))
             takeRemnant(*stretch);
         else
