@@ -8,6 +8,7 @@
 namespace
 {
 constexpr std::size_t kMostAtOnce = 1u << 30;
+constexpr DWORD kDiskQuotaExceeded = 1295; // for which not every header has the system's name
 
 HANDLE handleOf(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); } // NOLINT: handles are numbers
 
@@ -50,7 +51,7 @@ int cutWithRoom(HANDLE file, std::uint64_t room, bool isNew)
         wanted.AllocationSize.QuadPart = static_cast<LONGLONG>(room);
         if (!SetFileInformationByHandle(file, FileAllocationInfo, &wanted, sizeof wanted) &&
             (GetLastError() == ERROR_DISK_FULL || GetLastError() == ERROR_HANDLE_DISK_FULL ||
-             GetLastError() == ERROR_DISK_QUOTA_EXCEEDED))
+             GetLastError() == kDiskQuotaExceeded))
             return lastError();
     }
     return SetEndOfFile(file) ? 0 : lastError(); // the position is the start
