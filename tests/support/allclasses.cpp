@@ -175,7 +175,7 @@ private:
         CByteArray bytes;
         bytes.SetSize(size);
         for (int i = 0; i < size; ++i)
-            bytes.SetAt(i, static_cast<BYTE>(i * i + size));
+            bytes.SetAt(i, static_cast<BYTE>(std::int64_t{i} * i + size));
         picture->setPictureData(bytes);
         picture->setCameraData({1.0, 2.0, size + 0.5}, {0.0, -1.0, 0.0}, {0.0, 0.0, 1.0});
         append(picture);
