@@ -1155,8 +1155,7 @@ TEST_F(OKTXmlFilerReadingTest, NamesWithAColon_ComeBackWithoutANamespace)
     });
     // Wine's parser drops a prefix that no namespace is declared for.
     int expected = 0;
-    for (char16_t const *const name :
-         {runsUnderWine() ? u"n" : u"p:n", u":n", u"n:", runsUnderWine() ? u"b:c" : u"a:b:c"})
+    for (char16_t const *const name : {runsUnderWine() ? u"n" : u"p:n", u":n", u"n:", runsUnderWine() ? u"b:c" : u"a:b:c"})
     {
         int value = 0;
         EXPECT_TRUE(filer.readInt(name, value)) << CString(name).ToUtf8();

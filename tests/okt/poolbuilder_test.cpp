@@ -232,9 +232,8 @@ TEST_F(OktPoolBuilder, WritePool_FolderIsMissing_FailureWithTheSystemsReason)
     }
     catch (Failure const &failure)
     {
-        EXPECT_EQ(std::string(failure.what()),
-                  path("none/sample.okt").generic_string() +
-                      ": the file cannot be written: " + systemWords("No such file or directory", 3));
+        EXPECT_EQ(std::string(failure.what()), path("none/sample.okt").generic_string() + ": the file cannot be written: " +
+                                                   systemWords("No such file or directory", 3));
     }
 }
 

@@ -243,7 +243,7 @@ TEST(SafeArray, Variants_AreCopiedInAndOut)
     EXPECT_EQ(u16(out.bstrVal), u"text");
     VariantClear(&out);
     ASSERT_EQ(put(array, {0}, array->pvData), S_OK); // the element itself
-#if !defined(_WIN32) // oleaut32 must be given one
+#if !defined(_WIN32)                                 // oleaut32 must be given one
     EXPECT_EQ(put(array, {0}, nullptr), E_INVALIDARG);
 #endif
     SafeArrayDestroy(array);

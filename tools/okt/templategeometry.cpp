@@ -1,9 +1,9 @@
 #include "templategeometry.h"
 
 #include "barline.h"
-#include "recordtemplate.h"
 #include "failure.h"
 #include "preview.h"
+#include "recordtemplate.h"
 
 #include <cmath>
 #include <numbers>
