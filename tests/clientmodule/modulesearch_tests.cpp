@@ -1,5 +1,6 @@
 #include "okt/files.h"
 #include "okt/process.h"
+#include "support/countof.h"
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 
@@ -18,7 +19,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -84,14 +84,6 @@ protected:
         return "\n\nClasses that need a client module\n  BarMark, 1 object: " + why + "\n";
     }
 
-    static std::size_t countOf(std::string const &part, std::string const &text)
-    {
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at)
-            ++count;
-        return count;
-    }
-
     std::string bars;
 };
 
@@ -126,7 +118,7 @@ TEST_F(OktModuleSearch, OwnFolder_TemplatesOfTheDemo_OpenWithNothingNamed)
     EXPECT_EQ(countOf("client module", page), 0u);
     EXPECT_EQ(countOf("fault", page), countOf("Default", page) + countOf("default", page)) << "the style included";
     for (std::string const &text : {shown, tree, listed})
-        EXPECT_THAT(text, Not(ContainsRegex("[Ff]ault")));
+        EXPECT_EQ(countOf("fault", text) + countOf("Fault", text), 0u);
 }
 
 // ---- OKT_MODULE_PATH --------------------------------------------------------------------------------------------------------
