@@ -1,4 +1,4 @@
-#include <tools/okt/arguments.h>
+#include <tools/okt/commands/arguments.h>
 
 #include "files.h"
 #include "process.h"

@@ -1,4 +1,4 @@
-#include <tools/okt/barline.h>
+#include <oktrebar/barline.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include <tools/okt/cuttinglength.h>
-#include <tools/okt/failure.h>
-#include <tools/okt/poolbuilder.h>
-#include <tools/okt/recordtemplate.h>
-#include <tools/okt/shapecode.h>
+#include <oktrebar/cuttinglength.h>
+#include <oktformat/failure.h>
+#include <oktrebar/poolbuilder.h>
+#include <oktrebar/recordtemplate.h>
+#include <oktrebar/shapecode.h>
 
 #include "support/scratchfolder.h"
 

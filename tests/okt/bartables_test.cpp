@@ -1,6 +1,6 @@
-#include <tools/okt/bartable.h>
-#include <tools/okt/bendtables.h>
-#include <tools/okt/failure.h>
+#include <oktrebar/bartable.h>
+#include <oktrebar/bendtables.h>
+#include <oktformat/failure.h>
 
 #include <gtest/gtest.h>
 

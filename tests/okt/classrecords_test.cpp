@@ -1,4 +1,4 @@
-#include <tools/okt/inspect/classrecords.h>
+#include <oktinspect/classrecords.h>
 
 #include "support/streambuilder.h"
 

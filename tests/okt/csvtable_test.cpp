@@ -1,5 +1,5 @@
-#include <tools/okt/csvtable.h>
-#include <tools/okt/failure.h>
+#include <oktrebar/csvtable.h>
+#include <oktformat/failure.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include <tools/okt/csvtable.h>
-#include <tools/okt/cuttinglength.h>
-#include <tools/okt/failure.h>
-#include <tools/okt/formula.h>
+#include <oktrebar/csvtable.h>
+#include <oktrebar/cuttinglength.h>
+#include <oktformat/failure.h>
+#include <oktrebar/formula.h>
 
 #include <gtest/gtest.h>
 

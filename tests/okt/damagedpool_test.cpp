@@ -1,8 +1,8 @@
 #include "files.h"
 
-#include <tools/okt/damagedpool.h>
-#include <tools/okt/diff/difftext.h>
-#include <tools/okt/reportcollector.h>
+#include <okttext/damagedpool.h>
+#include <tools/okt/printing/difftext.h>
+#include <oktinspect/reportcollector.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,7 +1,7 @@
 #include "files.h"
 
-#include <tools/okt/exportfiles.h>
-#include <tools/okt/failure.h>
+#include <tools/okt/files/exportfiles.h>
+#include <oktformat/failure.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <tools/okt/formula.h>
+#include <oktrebar/formula.h>
 
 #include <gtest/gtest.h>
 

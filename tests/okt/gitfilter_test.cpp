@@ -3,7 +3,7 @@
 #include "support/clientclasses.h"
 #include "support/poolmaker.h"
 
-#include <tools/okt/gitfilter.h>
+#include <tools/okt/commands/gitfilter.h>
 
 #include <oktdatabase/oktdatabase.h>
 

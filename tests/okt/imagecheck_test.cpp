@@ -1,6 +1,6 @@
 #include "tinypng.h"
 
-#include <tools/okt/imagecheck.h>
+#include <oktinspect/imagecheck.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <tools/okt/imageformat.h>
+#include <oktformat/imageformat.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include <tools/okt/modulefolders.h>
+#include <oktinspect/modulefolders.h>
 
-#include <tools/okt/files.h>
-#include <tools/okt/system.h>
+#include <tools/okt/files/files.h>
+#include <oktplatform/oktprogram.h>
 
 #include "files.h"
 
@@ -33,7 +33,7 @@ protected:
     {
         std::string text;
         for (std::string const &folder : folders)
-            text += (text.empty() ? "" : std::string(1, kListSeparator)) + folder;
+            text += (text.empty() ? "" : std::string(1, OktListSeparator())) + folder;
         return text;
     }
 };
@@ -74,15 +74,15 @@ TEST_F(OktModuleFolders, Folders_WhatIsRefused)
 TEST_F(OktModuleFolders, Files_LibrariesByName)
 {
     std::string const folder = made("folder");
-    made("folder/sub" + std::string(kLibraryEnding));
+    made("folder/sub" + OktLibraryEnding().ToUtf8());
     for (char const *const name : {"b", "a", "c"})
-        put("folder/" + std::string(name) + kLibraryEnding, "");
+        put("folder/" + std::string(name) + OktLibraryEnding().ToUtf8(), "");
     put("folder/readme.txt", "");
     put("folder/a.json", "");
     std::vector<fs::path> const files = moduleFilesIn(of(folder)[0]);
     ASSERT_EQ(files.size(), 3u);
-    EXPECT_EQ(pathName(files[0].filename()), "a" + std::string(kLibraryEnding));
-    EXPECT_EQ(pathName(files[2].filename()), "c" + std::string(kLibraryEnding));
+    EXPECT_EQ(pathName(files[0].filename()), "a" + OktLibraryEnding().ToUtf8());
+    EXPECT_EQ(pathName(files[2].filename()), "c" + OktLibraryEnding().ToUtf8());
     EXPECT_TRUE(moduleFilesIn({utf8Path(folder), ModuleOrigin::Variable, "refused", false}).empty());
 }
 
@@ -143,9 +143,10 @@ TEST_F(OktModuleFolders, NamesClass_LiteralOfAnyWidth)
 // Its own folder is found from where it stands, so it is one that a build folder has too.
 TEST_F(OktModuleFolders, ProgramFile_ThisOne)
 {
-    EXPECT_TRUE(programFile().is_absolute());
-    EXPECT_TRUE(fs::exists(programFile()));
-    EXPECT_TRUE(pathName(programFile().filename()).starts_with("okt_tests"));
+    fs::path const program = utf8Path(OktProgramFile().ToUtf8());
+    EXPECT_TRUE(program.is_absolute());
+    EXPECT_TRUE(fs::exists(program));
+    EXPECT_TRUE(pathName(program.filename()).starts_with("okt_tests"));
 }
 
 } // namespace

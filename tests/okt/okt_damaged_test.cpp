@@ -6,9 +6,9 @@
 #include "support/scratchfolder.h"
 #include "support/wine.h"
 
-#include <tools/okt/failure.h>
-#include <tools/okt/inspect/filescan.h>
-#include <tools/okt/inspect/verifier.h>
+#include <oktformat/failure.h>
+#include <oktformat/filescan.h>
+#include <oktinspect/verifier.h>
 
 #include <oktdatabase/oktdatabase.h>
 

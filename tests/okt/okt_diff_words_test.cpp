@@ -1,6 +1,6 @@
 #include "difftest.h"
 
-#include <tools/okt/diff/listdiff.h>
+#include <oktinspect/listdiff.h>
 
 #include <oktdatabase/oktdatabase.h>
 

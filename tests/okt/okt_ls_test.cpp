@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <tools/okt/inspect/textmatch.h>
+#include <oktinspect/textmatch.h>
 
 #include <algorithm>
 #include <string>

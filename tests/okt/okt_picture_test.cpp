@@ -6,7 +6,7 @@
 #include "support/streambuilder.h"
 #include "support/units.h"
 
-#include <tools/okt/picturetext.h>
+#include <oktinspect/picturetext.h>
 
 #include <oktdatabase/oktdatabase.h>
 

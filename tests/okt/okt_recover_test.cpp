@@ -2,8 +2,8 @@
 #include "process.h"
 #include "tinypng.h"
 
-#include <tools/okt/guids.h>
-#include <tools/okt/inspect/objectscan.h>
+#include <oktformat/guids.h>
+#include <oktformat/objectscan.h>
 
 #include "support/printers.h"
 #include "support/scratchfolder.h"

@@ -5,12 +5,12 @@
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 
-#include <tools/okt/report/html.h>
-#include <tools/okt/report/layeredlayout.h>
-#include <tools/okt/report/naturalorder.h>
-#include <tools/okt/report/pageparts.h>
-#include <tools/okt/report/pagevalue.h>
-#include <tools/okt/report/relationgraph.h>
+#include <oktreport/html.h>
+#include <oktreport/layeredlayout.h>
+#include <oktreport/naturalorder.h>
+#include <oktreport/pageparts.h>
+#include <oktreport/pagevalue.h>
+#include <oktreport/relationgraph.h>
 
 #include <oktdatabase/oktdatabase.h>
 

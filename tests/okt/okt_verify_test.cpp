@@ -2,9 +2,9 @@
 #include "process.h"
 #include "tinypng.h"
 
-#include <tools/okt/inspect/libraryread.h>
-#include <tools/okt/inspect/recovery.h>
-#include <tools/okt/inspect/verifier.h>
+#include <oktinspect/libraryread.h>
+#include <oktinspect/recovery.h>
+#include <oktinspect/verifier.h>
 
 #include "support/clientclasses.h"
 #include "support/reportcatcher.h"

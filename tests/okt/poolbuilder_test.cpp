@@ -1,6 +1,6 @@
-#include <tools/okt/failure.h>
-#include <tools/okt/files.h>
-#include <tools/okt/poolbuilder.h>
+#include <oktformat/failure.h>
+#include <tools/okt/files/files.h>
+#include <oktrebar/poolbuilder.h>
 
 #include "okt/files.h"
 #include "okt/process.h"

@@ -1,8 +1,8 @@
-#include <tools/okt/canvas.h>
-#include <tools/okt/failure.h>
-#include <tools/okt/imageformat.h>
-#include <tools/okt/poolbuilder.h>
-#include <tools/okt/preview.h>
+#include <oktrebar/canvas.h>
+#include <oktformat/failure.h>
+#include <oktformat/imageformat.h>
+#include <oktrebar/poolbuilder.h>
+#include <oktrebar/preview.h>
 
 #include "support/printers.h"
 

@@ -1,4 +1,4 @@
-#include <tools/okt/progress.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include <tools/okt/guids.h>
-#include <tools/okt/inspect/recoverycheck.h>
-#include <tools/okt/objectread.h>
+#include <oktformat/guids.h>
+#include <oktinspect/recoverycheck.h>
+#include <oktinspect/objectread.h>
 
 #include "okt/damages.h"
 

@@ -1,4 +1,4 @@
-#include <tools/okt/standin.h>
+#include <oktinspect/standin.h>
 
 #include "support/hexbytes.h"
 #include "support/printers.h"

@@ -1,4 +1,4 @@
-#include <tools/okt/templategeometry.h>
+#include <oktrebar/templategeometry.h>
 
 #include <gtest/gtest.h>
 

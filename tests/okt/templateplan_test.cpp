@@ -1,4 +1,4 @@
-#include <tools/okt/templateplan.h>
+#include <oktrebar/templateplan.h>
 
 #include <gtest/gtest.h>
 

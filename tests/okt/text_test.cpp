@@ -1,4 +1,4 @@
-#include <tools/okt/text.h>
+#include <oktformat/text.h>
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,8 @@
 #include <oktdatabase/oktdatabase.h>
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
-#include <tools/okt/poolbuilder.h>
-#include <tools/okt/templateplan.h>
+#include <oktrebar/poolbuilder.h>
+#include <oktrebar/templateplan.h>
 
 #include <gtest/gtest.h>
 

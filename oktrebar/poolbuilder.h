@@ -1,0 +1,17 @@
+#pragma once
+
+#include <oktrebar/templateplan.h>
+
+#include <memory>
+
+class OKTDbPool;
+
+namespace okt
+{
+
+/// A pool with the objects of the template: parameters, their categories in one group category, and the relation over the bend,
+/// which is also the owner of every parameter, so that lengths are converted on their way into a file; and the preview picture.
+/// Throws Failure.
+std::unique_ptr<OKTDbPool> buildPool(TemplatePlan const &plan);
+
+} // namespace okt
