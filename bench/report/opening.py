@@ -13,7 +13,7 @@ import subprocess
 import sys
 import time
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/report"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/oktreport"))
 from webdriver import Browser
 
 COUNT = 1000

@@ -1,5 +1,5 @@
-#include "okt/files.h"
-#include "okt/process.h"
+#include "support/files.h"
+#include "support/process.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 

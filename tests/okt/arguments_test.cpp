@@ -1,7 +1,7 @@
 #include <tools/okt/commands/arguments.h>
 
-#include "files.h"
-#include "process.h"
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 

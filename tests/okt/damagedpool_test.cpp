@@ -1,4 +1,4 @@
-#include "files.h"
+#include "support/files.h"
 
 #include <okttext/damagedpool.h>
 #include <tools/okt/printing/difftext.h>

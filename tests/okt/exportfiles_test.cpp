@@ -1,4 +1,4 @@
-#include "files.h"
+#include "support/files.h"
 
 #include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>

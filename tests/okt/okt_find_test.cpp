@@ -1,5 +1,5 @@
-#include "files.h"
-#include "process.h"
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 

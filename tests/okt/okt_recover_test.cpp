@@ -1,6 +1,6 @@
-#include "files.h"
-#include "process.h"
-#include "tinypng.h"
+#include "support/files.h"
+#include "support/process.h"
+#include "support/tinypng.h"
 
 #include <oktformat/guids.h>
 #include <oktformat/objectscan.h>

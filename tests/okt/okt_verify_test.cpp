@@ -1,6 +1,6 @@
-#include "files.h"
-#include "process.h"
-#include "tinypng.h"
+#include "support/files.h"
+#include "support/process.h"
+#include "support/tinypng.h"
 
 #include <oktinspect/libraryread.h>
 #include <oktinspect/recovery.h>

@@ -1,9 +1,10 @@
 #include <oktformat/failure.h>
 #include <tools/okt/files/files.h>
+#include <tools/okt/files/poolfile.h>
 #include <oktrebar/poolbuilder.h>
 
-#include "okt/files.h"
-#include "okt/process.h"
+#include "support/files.h"
+#include "support/process.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 

@@ -2,7 +2,7 @@
 #include <oktinspect/recoverycheck.h>
 #include <oktinspect/objectread.h>
 
-#include "okt/damages.h"
+#include "oktinspect/damages.h"
 
 #include "support/clientclasses.h"
 #include "support/printers.h"

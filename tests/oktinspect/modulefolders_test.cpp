@@ -3,7 +3,7 @@
 #include <tools/okt/files/files.h>
 #include <oktplatform/oktprogram.h>
 
-#include "files.h"
+#include "support/files.h"
 
 #include "support/scratchfolder.h"
 
@@ -146,7 +146,7 @@ TEST_F(OktModuleFolders, ProgramFile_ThisOne)
     fs::path const program = utf8Path(OktProgramFile().ToUtf8());
     EXPECT_TRUE(program.is_absolute());
     EXPECT_TRUE(fs::exists(program));
-    EXPECT_TRUE(pathName(program.filename()).starts_with("okt_tests"));
+    EXPECT_TRUE(pathName(program.filename()).starts_with("oktinspect_tests"));
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 #include <oktinspect/libraryread.h>
 #include <oktinspect/recovery.h>
 
-#include "okt/damages.h"
+#include "oktinspect/damages.h"
 
 #include "support/clientclasses.h"
 #include "support/hexbytes.h"

@@ -378,7 +378,7 @@ protected:
     /// The pool of a template that went through a file.
     std::unique_ptr<OKTDbPool> stored(std::string const &line) const
     {
-        writePool(*buildPool(bf2dPlan(parseBf2d(line), line, "x")), m_folder.path("x.okt").ToUtf8());
+        EXPECT_TRUE(buildPool(bf2dPlan(parseBf2d(line), line, "x"))->writeFile(m_folder.path("x.okt")));
         auto pool = std::make_unique<OKTDbPool>();
         pool->setMetricsFactor(1000);
         EXPECT_TRUE(pool->readFile(m_folder.path("x.okt")));

@@ -3,7 +3,7 @@
 #include <tools/okt/files/files.h>
 #include <oktplatform/oktprogram.h>
 
-#include "files.h"
+#include "support/files.h"
 
 #include "support/scratchfolder.h"
 

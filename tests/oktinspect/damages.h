@@ -1,7 +1,7 @@
 #pragma once
 
-#include "files.h"
-#include "process.h"
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/poolmaker.h"
 

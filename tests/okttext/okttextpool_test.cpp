@@ -1,4 +1,4 @@
-#include "texthelpers.h"
+#include "okttext/texthelpers.h"
 
 #include "support/clientclasses.h"
 #include "support/poolmaker.h"

@@ -1,4 +1,4 @@
-#include "tinypng.h"
+#include "support/tinypng.h"
 
 #include <oktinspect/imagecheck.h>
 
