@@ -100,13 +100,16 @@ CByteArray readToEnd(std::string const &name, ReadPiece const &read, OnProgress 
 CByteArray readStandardInput(OnProgress const &onProgress)
 {
     std::string const name = inputName(kStandardStream);
-    return readToEnd(name, [&name](char *piece, std::size_t size) {
-        errno = 0;
-        std::size_t const count = std::fread(piece, 1, size, stdin);
-        if (std::ferror(stdin) != 0)
-            throw Failure(name, "", "it cannot be read: " + systemReason(errno));
-        return count;
-    }, onProgress);
+    return readToEnd(
+        name,
+        [&name](char *piece, std::size_t size) {
+            errno = 0;
+            std::size_t const count = std::fread(piece, 1, size, stdin);
+            if (std::ferror(stdin) != 0)
+                throw Failure(name, "", "it cannot be read: " + systemReason(errno));
+            return count;
+        },
+        onProgress);
 }
 
 CByteArray readPipe(fs::path const &path, OnProgress const &onProgress)
@@ -116,17 +119,20 @@ CByteArray readPipe(fs::path const &path, OnProgress const &onProgress)
     std::ifstream pipe(path, std::ios::binary);
     if (!pipe)
         throw Failure(name, "", "the file cannot be opened: " + systemReason(errno));
-    return readToEnd(name, [&](char *piece, std::size_t size) {
-        try
-        {
-            errno = 0;
-            return static_cast<std::size_t>(pipe.rdbuf()->sgetn(piece, static_cast<std::streamsize>(size)));
-        }
-        catch (std::ios_base::failure const &)
-        {
-            throw Failure(name, "", "the file cannot be read: " + systemReason(errno));
-        }
-    }, onProgress);
+    return readToEnd(
+        name,
+        [&](char *piece, std::size_t size) {
+            try
+            {
+                errno = 0;
+                return static_cast<std::size_t>(pipe.rdbuf()->sgetn(piece, static_cast<std::streamsize>(size)));
+            }
+            catch (std::ios_base::failure const &)
+            {
+                throw Failure(name, "", "the file cannot be read: " + systemReason(errno));
+            }
+        },
+        onProgress);
 }
 
 CByteArray readStream(fs::path const &path, OnProgress const &onProgress)
@@ -138,7 +144,8 @@ CByteArray readStream(fs::path const &path, OnProgress const &onProgress)
 
 std::string openFailure(int error)
 {
-    return OktIsFileInUse(error) ? "the file is locked by another program" : "the file cannot be opened: " + systemReason(error);
+    return OktIsFileInUse(error) ? "the file is locked by another program"
+                                 : "the file cannot be opened: " + systemReason(error);
 }
 
 void checkFileName(fs::path const &path)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <oktinspect/finding.h>
 #include <oktformat/valuewalk.h>
+#include <oktinspect/finding.h>
 
 #include <string>
 #include <string_view>

@@ -101,7 +101,8 @@ Record const *sectionOf(Record const *frame, std::int32_t number)
     return found == frame->children.end() ? nullptr : &*found;
 }
 
-DiffPool::DiffPool(std::string name, CByteArray image, Damage damage, OnProgress const &onProgress) : m_name(std::move(name)), m_image(std::move(image))
+DiffPool::DiffPool(std::string name, CByteArray image, Damage damage, OnProgress const &onProgress)
+    : m_name(std::move(name)), m_image(std::move(image))
 {
     if (m_image.IsEmpty())
     {

@@ -1,8 +1,10 @@
 #pragma once
 
-#include <okttext/damagedpool.h>
+// Stands on the records of the text form. Not installed.
+
 #include <oktformat/progress.h>
 #include <oktformat/valuewalk.h>
+#include <okttext/damagedpool.h>
 
 #include <oktplatform/oktarrays.h>
 #include <okttext/oktpoolparts.h>

@@ -1,8 +1,8 @@
 #include <oktinspect/libraryread.h>
 
+#include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/reportcollector.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 

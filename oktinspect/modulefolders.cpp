@@ -60,7 +60,8 @@ std::vector<ModuleFolder> moduleFolders(std::string const &variable, fs::path co
     if (program.empty())
         return folders;
     add((program.parent_path() / utf8Path(OKT_MODULES_FROM_PROGRAM)).lexically_normal(), ModuleOrigin::Own);
-    if (ModuleFolder &own = folders.back(); own.origin == ModuleOrigin::Own && OktIsWritableByAll(pathText(program.parent_path())))
+    if (ModuleFolder &own = folders.back();
+        own.origin == ModuleOrigin::Own && OktIsWritableByAll(pathText(program.parent_path())))
     {
         own.isAsOpenAsOkt = true;
         own.refusal = own.refusal == kWritable ? "" : own.refusal;
@@ -68,7 +69,10 @@ std::vector<ModuleFolder> moduleFolders(std::string const &variable, fs::path co
     return folders;
 }
 
-std::vector<ModuleFolder> moduleFolders() { return moduleFolders(OktEnvironmentVariable(L"OKT_MODULE_PATH").ToUtf8(), utf8Path(OktProgramFile().ToUtf8())); }
+std::vector<ModuleFolder> moduleFolders()
+{
+    return moduleFolders(OktEnvironmentVariable(L"OKT_MODULE_PATH").ToUtf8(), utf8Path(OktProgramFile().ToUtf8()));
+}
 
 std::vector<fs::path> moduleFilesIn(ModuleFolder const &folder)
 {

@@ -2,8 +2,8 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
-#include <oktinspect/standin.h>
 #include <oktformat/text.h>
+#include <oktinspect/standin.h>
 
 #include <oktdatabase/oktruntimeclass.h>
 

@@ -5,11 +5,11 @@
 #include <oktinspect/valuecheck.h>
 
 #include <oktformat/guids.h>
+#include <oktformat/text.h>
 #include <oktinspect/imagecheck.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/picturetext.h>
 #include <oktinspect/valuetext.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdbparameter.h>
 

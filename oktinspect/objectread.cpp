@@ -1,7 +1,7 @@
 #include <oktinspect/objectread.h>
 
-#include <oktinspect/standin.h>
 #include <oktformat/text.h>
+#include <oktinspect/standin.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Stands on the records of the text form. Not installed.
+
 #include <oktinspect/diffpool.h>
 
 #include <cstddef>

@@ -2,9 +2,9 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/reportcollector.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -2,12 +2,12 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/progress.h>
+#include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/picturetext.h>
-#include <oktformat/progress.h>
 #include <oktinspect/reportcollector.h>
 #include <oktinspect/standin.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -228,7 +228,8 @@ void noteStop(PoolFile &file)
 
 } // namespace
 
-PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name, OnProgress const &onProgress)
+PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name,
+                  OnProgress const &onProgress)
 {
     ReportCollector const collector;
     StandIn::stepAside();
@@ -241,7 +242,8 @@ PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::
     OKTDbPool header;
     readHeader(file, bytes, header);
     {
-        ProgressStep const step = ProgressStep::uncounted(onProgress, printable(file.name), static_cast<std::uint64_t>(file.size));
+        ProgressStep const step =
+            ProgressStep::uncounted(onProgress, printable(file.name), static_cast<std::uint64_t>(file.size));
         file.frames = readFrames(bytes, file.objectsStart);
     }
     ObjectSieve sieve(file, bytes, collector, onProgress);

@@ -4,9 +4,9 @@
 #include <oktinspect/rescuedheader.h>
 
 #include <oktformat/guids.h>
-#include <oktinspect/objectread.h>
 #include <oktformat/progress.h>
 #include <oktformat/text.h>
+#include <oktinspect/objectread.h>
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -72,7 +72,8 @@ std::string objectText(Stretch const &stretch)
     return text;
 }
 
-Recovery::Recovery(ByteSource &source, OnProgress const &onProgress) : m_source(source), m_header(findHeader(source)), m_file(source)
+Recovery::Recovery(ByteSource &source, OnProgress const &onProgress)
+    : m_source(source), m_header(findHeader(source)), m_file(source)
 {
     if (m_header.isWhole)
     {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <oktformat/objectscan.h>
 #include <oktinspect/finding.h>
 #include <oktinspect/headercheck.h>
-#include <oktformat/objectscan.h>
 #include <oktinspect/recoveredfile.h>
 
 #include <cstdint>

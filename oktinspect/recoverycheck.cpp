@@ -129,7 +129,8 @@ private:
 
 } // namespace
 
-RecoveryCheck checkRecovery(Recovery &recovery, std::string const &name, ModuleLookup const &moduleOf, OnProgress const &onProgress)
+RecoveryCheck checkRecovery(Recovery &recovery, std::string const &name, ModuleLookup const &moduleOf,
+                            OnProgress const &onProgress)
 {
     return RecoveryChecker(recovery).run(name, moduleOf, onProgress);
 }

@@ -8,9 +8,9 @@
 #include <oktinspect/objecttable.h>
 
 #include <oktformat/guids.h>
-#include <oktinspect/objectread.h>
 #include <oktformat/progress.h>
 #include <oktformat/text.h>
+#include <oktinspect/objectread.h>
 
 #include <oktdatabase/oktruntimeclass.h>
 
@@ -239,7 +239,8 @@ private:
 } // namespace
 
 Verdict verify(std::string const &name, ByteSource &source, HeaderPlace const &header,
-               std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf, OnProgress const &onProgress)
+               std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf,
+               OnProgress const &onProgress)
 {
     return Verifier(name, source, header, onFinding, moduleOf, onProgress).run();
 }

@@ -1,7 +1,7 @@
 #include <oktrebar/bartable.h>
 
-#include <oktrebar/csvtable.h>
 #include <oktformat/text.h>
+#include <oktrebar/csvtable.h>
 
 #include <algorithm>
 

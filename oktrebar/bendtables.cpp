@@ -1,8 +1,8 @@
 #include <oktrebar/bendtables.h>
 
+#include <oktformat/text.h>
 #include <oktrebar/csvtable.h>
 #include <oktrebar/formula.h>
-#include <oktformat/text.h>
 
 #include <algorithm>
 #include <charconv>

@@ -1,8 +1,8 @@
 #include <oktrebar/clientobjects.h>
 
 #include <oktformat/failure.h>
-#include <oktrebar/templategeometry.h>
 #include <oktformat/text.h>
+#include <oktrebar/templategeometry.h>
 
 #include <oktdatabase/oktdatabase.h>
 

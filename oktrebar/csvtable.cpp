@@ -2,8 +2,8 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
-#include <oktrebar/tabletext.h>
 #include <oktformat/text.h>
+#include <oktrebar/tabletext.h>
 
 #include <algorithm>
 #include <cctype>

@@ -1,9 +1,9 @@
 #include <oktrebar/cuttinglength.h>
 
-#include <oktrebar/csvtable.h>
 #include <oktformat/failure.h>
-#include <oktrebar/formula.h>
 #include <oktformat/text.h>
+#include <oktrebar/csvtable.h>
+#include <oktrebar/formula.h>
 
 #include <numbers>
 #include <numeric>

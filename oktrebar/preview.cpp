@@ -2,9 +2,9 @@
 
 #include <oktrebar/recordtemplate.h>
 
-#include <oktrebar/canvas.h>
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
+#include <oktrebar/canvas.h>
 
 #include <algorithm>
 #include <charconv>

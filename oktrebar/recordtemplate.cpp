@@ -2,8 +2,8 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
-#include <oktrebar/shapecode.h>
 #include <oktformat/text.h>
+#include <oktrebar/shapecode.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,7 +1,7 @@
 #include <oktrebar/templategeometry.h>
 
-#include <oktrebar/barline.h>
 #include <oktformat/failure.h>
+#include <oktrebar/barline.h>
 #include <oktrebar/preview.h>
 #include <oktrebar/recordtemplate.h>
 

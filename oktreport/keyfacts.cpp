@@ -2,8 +2,8 @@
 
 #include <oktreport/html.h>
 
-#include <oktrebar/templateplan.h>
 #include <oktformat/text.h>
+#include <oktrebar/templateplan.h>
 
 #include <algorithm>
 #include <cmath>

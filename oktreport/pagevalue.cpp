@@ -3,10 +3,10 @@
 #include <oktreport/html.h>
 
 #include <oktformat/guids.h>
+#include <oktformat/text.h>
 #include <oktinspect/members.h>
 #include <oktinspect/standin.h>
 #include <oktrebar/templateplan.h>
-#include <oktformat/text.h>
 
 #include <algorithm>
 #include <charconv>

@@ -3,15 +3,15 @@
 #include <oktreport/html.h>
 #include <oktreport/naturalorder.h>
 
-#include <oktformat/fileread.h>
 #include <oktformat/failure.h>
+#include <oktformat/fileread.h>
+#include <oktformat/progress.h>
+#include <oktformat/text.h>
 #include <oktinspect/members.h>
 #include <oktinspect/moduletext.h>
 #include <oktinspect/objectsof.h>
-#include <oktinspect/valuetext.h>
-#include <oktformat/progress.h>
 #include <oktinspect/standin.h>
-#include <oktformat/text.h>
+#include <oktinspect/valuetext.h>
 
 #include <oktdatabase/oktdatabase.h>
 

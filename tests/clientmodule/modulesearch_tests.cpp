@@ -1,6 +1,6 @@
+#include "support/countof.h"
 #include "support/files.h"
 #include "support/process.h"
-#include "support/countof.h"
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 

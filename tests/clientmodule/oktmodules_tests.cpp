@@ -1,6 +1,6 @@
 #include "support/files.h"
-#include "support/process.h"
 #include "support/printers.h"
+#include "support/process.h"
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 

@@ -1,8 +1,8 @@
 #include "support/files.h"
 
+#include <oktinspect/reportcollector.h>
 #include <okttext/damagedpool.h>
 #include <tools/okt/printing/difftext.h>
-#include <oktinspect/reportcollector.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,7 +1,7 @@
 #include "support/files.h"
 
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
+#include <tools/okt/files/exportfiles.h>
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 #include <oktformat/failure.h>
+#include <oktrebar/poolbuilder.h>
 #include <tools/okt/files/files.h>
 #include <tools/okt/files/poolfile.h>
-#include <oktrebar/poolbuilder.h>
 
 #include "support/files.h"
-#include "support/process.h"
 #include "support/printers.h"
+#include "support/process.h"
 #include "support/scratchfolder.h"
 
 #include <oktdatabase/oktdatabase.h>

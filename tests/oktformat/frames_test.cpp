@@ -1,5 +1,5 @@
-#include <tools/okt/files/files.h>
 #include <oktformat/frames.h>
+#include <tools/okt/files/files.h>
 
 #include "support/hexbytes.h"
 #include "support/printers.h"

@@ -1,7 +1,7 @@
 #include <oktinspect/modulefolders.h>
 
-#include <tools/okt/files/files.h>
 #include <oktplatform/oktprogram.h>
+#include <tools/okt/files/files.h>
 
 #include "support/files.h"
 

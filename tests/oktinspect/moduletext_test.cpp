@@ -1,7 +1,7 @@
 #include <oktinspect/moduletext.h>
 
-#include <tools/okt/files/files.h>
 #include <oktplatform/oktprogram.h>
+#include <tools/okt/files/files.h>
 
 #include "support/files.h"
 
@@ -24,7 +24,10 @@ protected:
     ~OktModuleText() override { modules().searchIn({}, false); }
 
     void searchHere(bool isOn) const { modules().searchIn({{utf8Path(path("")), ModuleOrigin::Variable, "", false}}, isOn); }
-    std::string module(std::string const &name) const { return put(name + OktLibraryEnding().ToUtf8(), std::string("code BarMark\0", 13)); }
+    std::string module(std::string const &name) const
+    {
+        return put(name + OktLibraryEnding().ToUtf8(), std::string("code BarMark\0", 13));
+    }
 };
 
 TEST_F(OktModuleText, ModuleNaming_FileThatNamesTheClass_NotLoaded)

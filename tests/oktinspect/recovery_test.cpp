@@ -1,6 +1,6 @@
-#include <tools/okt/files/files.h>
 #include <oktinspect/libraryread.h>
 #include <oktinspect/recovery.h>
+#include <tools/okt/files/files.h>
 
 #include "oktinspect/damages.h"
 

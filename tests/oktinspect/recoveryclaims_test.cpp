@@ -1,6 +1,6 @@
 #include <oktformat/guids.h>
-#include <oktinspect/recoverycheck.h>
 #include <oktinspect/objectread.h>
+#include <oktinspect/recoverycheck.h>
 
 #include "oktinspect/damages.h"
 

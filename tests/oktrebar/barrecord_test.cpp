@@ -1,5 +1,5 @@
-#include <oktrebar/cuttinglength.h>
 #include <oktformat/failure.h>
+#include <oktrebar/cuttinglength.h>
 #include <oktrebar/poolbuilder.h>
 #include <oktrebar/recordtemplate.h>
 #include <oktrebar/shapecode.h>

@@ -1,6 +1,6 @@
+#include <oktformat/failure.h>
 #include <oktrebar/bartable.h>
 #include <oktrebar/bendtables.h>
-#include <oktformat/failure.h>
 
 #include <gtest/gtest.h>
 

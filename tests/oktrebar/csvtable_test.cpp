@@ -1,5 +1,5 @@
-#include <oktrebar/csvtable.h>
 #include <oktformat/failure.h>
+#include <oktrebar/csvtable.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
+#include <oktformat/failure.h>
 #include <oktrebar/csvtable.h>
 #include <oktrebar/cuttinglength.h>
-#include <oktformat/failure.h>
 #include <oktrebar/formula.h>
 
 #include <gtest/gtest.h>

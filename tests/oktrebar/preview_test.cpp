@@ -1,6 +1,6 @@
-#include <oktrebar/canvas.h>
 #include <oktformat/failure.h>
 #include <oktformat/imageformat.h>
+#include <oktrebar/canvas.h>
 #include <oktrebar/poolbuilder.h>
 #include <oktrebar/preview.h>
 

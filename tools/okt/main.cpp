@@ -1,14 +1,14 @@
+#include <oktformat/failure.h>
+#include <oktformat/text.h>
+#include <oktinspect/modules.h>
 #include <tools/okt/commands/arguments.h>
 #include <tools/okt/commands/commands.h>
-#include <tools/okt/terminal/console.h>
-#include <oktformat/failure.h>
-#include <tools/okt/files/files.h>
 #include <tools/okt/commands/gitcall.h>
 #include <tools/okt/commands/help.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/interrupt.h>
-#include <oktinspect/modules.h>
 #include <tools/okt/terminal/system.h>
-#include <oktformat/text.h>
 
 #include <new>
 #include <sstream>

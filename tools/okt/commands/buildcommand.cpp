@@ -1,16 +1,16 @@
 #include <tools/okt/commands/commands.h>
 
-#include <oktrebar/clientobjects.h>
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
-#include <tools/okt/files/files.h>
+#include <oktformat/text.h>
+#include <oktrebar/clientobjects.h>
 #include <oktrebar/poolbuilder.h>
-#include <tools/okt/files/poolfile.h>
-#include <tools/okt/terminal/progress.h>
 #include <oktrebar/recordtemplate.h>
 #include <oktrebar/templateplan.h>
-#include <oktformat/text.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/files/poolfile.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <oktdatabase/oktdbpool.h>
 

@@ -1,16 +1,16 @@
 #include <tools/okt/commands/diffinput.h>
 #include <tools/okt/printing/difftext.h>
 
-#include <tools/okt/commands/commands.h>
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
-#include <tools/okt/files/files.h>
+#include <oktformat/text.h>
+#include <oktinspect/reportcollector.h>
+#include <tools/okt/commands/commands.h>
 #include <tools/okt/commands/gitcall.h>
 #include <tools/okt/commands/gitfilter.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
-#include <oktinspect/reportcollector.h>
-#include <oktformat/text.h>
 
 #include <okttext/oktpoolparts.h>
 

@@ -1,10 +1,10 @@
 #include <tools/okt/commands/diffinput.h>
 
+#include <oktformat/objectscan.h>
+#include <oktformat/text.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/files/files.h>
-#include <oktformat/objectscan.h>
 #include <tools/okt/terminal/progress.h>
-#include <oktformat/text.h>
 
 namespace okt
 {

@@ -1,11 +1,11 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/progress.h>
 #include <oktinspect/dumper.h>
+#include <tools/okt/terminal/progress.h>
 
-#include <tools/okt/terminal/console.h>
 #include <oktformat/failure.h>
 #include <tools/okt/commands/help.h>
+#include <tools/okt/terminal/console.h>
 
 #include <oktdatabase/okttools.h>
 

@@ -1,15 +1,15 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
-#include <okttext/damagedpool.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
-#include <tools/okt/commands/gitfilter.h>
-#include <oktinspect/poolreader.h>
-#include <tools/okt/terminal/progress.h>
-#include <oktrebar/recordtemplate.h>
-#include <oktinspect/reportcollector.h>
 #include <oktformat/text.h>
+#include <oktinspect/poolreader.h>
+#include <oktinspect/reportcollector.h>
+#include <oktrebar/recordtemplate.h>
+#include <okttext/damagedpool.h>
+#include <tools/okt/commands/gitfilter.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <okttext/oktpoolparts.h>
 #include <okttext/okttextpool.h>

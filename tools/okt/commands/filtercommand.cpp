@@ -1,12 +1,12 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
-#include <tools/okt/files/files.h>
-#include <tools/okt/commands/gitfilter.h>
-#include <tools/okt/terminal/progress.h>
 #include <oktformat/text.h>
+#include <tools/okt/commands/gitfilter.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <array>
 #include <cerrno>

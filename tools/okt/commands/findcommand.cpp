@@ -1,15 +1,15 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/progress.h>
 #include <oktformat/filescan.h>
 #include <oktinspect/textmatch.h>
+#include <tools/okt/terminal/progress.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
-#include <tools/okt/files/files.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
 
 #include <algorithm>
 #include <memory>

@@ -1,8 +1,8 @@
 #include <tools/okt/commands/arguments.h>
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
 #include <tools/okt/commands/help.h>
+#include <tools/okt/terminal/console.h>
 
 #include <memory>
 

@@ -1,9 +1,9 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
-#include <tools/okt/terminal/progress.h>
 #include <oktformat/text.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <okttext/okttextpool.h>
 

@@ -1,13 +1,13 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/progress.h>
 #include <oktformat/filescan.h>
+#include <tools/okt/terminal/progress.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/terminal/console.h>
 
 #include <nlohmann/json.hpp>
 

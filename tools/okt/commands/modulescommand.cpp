@@ -1,9 +1,9 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/files.h>
-#include <oktinspect/modules.h>
 #include <oktformat/text.h>
+#include <oktinspect/modules.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
 
 namespace okt
 {

@@ -1,10 +1,10 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
-#include <tools/okt/files/files.h>
 #include <tools/okt/commands/help.h>
 #include <tools/okt/commands/pages.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
 
 #include <memory>
 #include <string>

@@ -1,18 +1,18 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
-#include <tools/okt/files/files.h>
-#include <tools/okt/commands/help.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/text.h>
 #include <oktinspect/moduletext.h>
 #include <oktinspect/picturetext.h>
 #include <oktinspect/poolreader.h>
-#include <tools/okt/terminal/progress.h>
 #include <oktinspect/reportcollector.h>
 #include <oktinspect/standin.h>
-#include <oktformat/text.h>
+#include <tools/okt/commands/help.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,14 +1,14 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/progress.h>
 #include <oktinspect/recoverycheck.h>
+#include <tools/okt/terminal/progress.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
-#include <oktinspect/moduletext.h>
 #include <oktformat/text.h>
+#include <oktinspect/moduletext.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/terminal/console.h>
 
 #include <memory>
 #include <system_error>

@@ -1,10 +1,10 @@
 #include <oktreport/html.h>
 #include <oktreport/page.h>
 
-#include <tools/okt/commands/commands.h>
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
+#include <tools/okt/commands/commands.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <algorithm>

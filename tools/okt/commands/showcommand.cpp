@@ -1,14 +1,14 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
+#include <oktformat/text.h>
+#include <oktinspect/poolreader.h>
+#include <tools/okt/files/exportfiles.h>
 #include <tools/okt/files/files.h>
 #include <tools/okt/printing/partialprinter.h>
 #include <tools/okt/printing/poolprinter.h>
-#include <oktinspect/poolreader.h>
+#include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
-#include <oktformat/text.h>
 
 #include <algorithm>
 #include <memory>

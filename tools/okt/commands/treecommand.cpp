@@ -1,16 +1,16 @@
 #include <tools/okt/commands/commands.h>
 
-#include <tools/okt/terminal/console.h>
-#include <tools/okt/files/exportfiles.h>
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/text.h>
 #include <oktinspect/moduletext.h>
 #include <oktinspect/objectsof.h>
-#include <tools/okt/printing/poolprinter.h>
 #include <oktinspect/poolreader.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/printing/poolprinter.h>
+#include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,10 +1,10 @@
 #include <tools/okt/files/exportfiles.h>
 
-#include <tools/okt/terminal/console.h>
 #include <oktformat/failure.h>
 #include <oktformat/imageformat.h>
-#include <tools/okt/terminal/progress.h>
 #include <oktformat/text.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <algorithm>
 #include <cctype>

@@ -1,9 +1,9 @@
 #include <tools/okt/files/files.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/text.h>
 #include <oktplatform/oktprogram.h>
 #include <tools/okt/terminal/progress.h>
-#include <oktformat/text.h>
 
 #include <algorithm>
 #include <random>

@@ -3,8 +3,8 @@
 #include <tools/okt/printing/memberlines.h>
 #include <tools/okt/printing/wordlines.h>
 
-#include <tools/okt/terminal/console.h>
 #include <oktformat/text.h>
+#include <tools/okt/terminal/console.h>
 
 #include <okttext/oktnotation.h>
 

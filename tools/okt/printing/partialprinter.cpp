@@ -2,9 +2,9 @@
 
 #include <oktformat/guids.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/text.h>
 #include <oktinspect/members.h>
 #include <oktinspect/moduletext.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -2,11 +2,11 @@
 
 #include <oktformat/guids.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/text.h>
 #include <oktinspect/members.h>
 #include <oktinspect/moduletext.h>
 #include <oktinspect/objectsof.h>
 #include <oktinspect/standin.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 

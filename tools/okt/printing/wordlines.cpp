@@ -1,13 +1,13 @@
 #include <tools/okt/printing/wordlines.h>
 
+#include <oktinspect/listdiff.h>
 #include <tools/okt/printing/diffvalues.h>
 #include <tools/okt/printing/labels.h>
-#include <oktinspect/listdiff.h>
 #include <tools/okt/printing/memberlines.h>
 
-#include <tools/okt/terminal/console.h>
-#include <oktinspect/objectread.h>
 #include <oktformat/text.h>
+#include <oktinspect/objectread.h>
+#include <tools/okt/terminal/console.h>
 
 #include <okttext/oktnotation.h>
 

@@ -1,7 +1,7 @@
 #include <tools/okt/terminal/progress.h>
 
-#include <tools/okt/terminal/console.h>
 #include <oktformat/text.h>
+#include <tools/okt/terminal/console.h>
 
 #include <algorithm>
 #include <cmath>
