@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """browser.py OKT DATA GOLDEN FOLDER CHROMEDRIVER PDFTOTEXT: the pages of okt report in a browser, as their readers use them.
 
 Takes the templates that okt makes of DATA, and a file of the folder GOLDEN with texts that try to leave the page. What is made
