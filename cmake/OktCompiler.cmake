@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler settings of this project's own targets: they link okt_compiler. Sanitizers and the mapping of paths concern
 # every object of the build.
 

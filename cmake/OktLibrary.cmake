@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # okt_add_library(NAME [LINKS TARGET...] [USES TARGET...] [SOURCES FILE...] [EXCLUDE REGEX...]): one of the libraries beside the database, made of every source in the
 # current folder but those that match an EXCLUDE, and of further SOURCES. Its headers are installed with it, but for those that say
 # "Not installed." in a comment. LINKS are the libraries that its users link too, USES what only its sources need. The objects,

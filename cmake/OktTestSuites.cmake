@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # okt_add_test_suites(<executable> [TIMEOUT seconds] [ENVIRONMENT name=value...])
 #
 # One ctest entry for each GoogleTest suite of the executable, named after the suite. The suites are asked from the program

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What a build for Windows needs beside the compiler. Included by the project where the target is Windows.
 #
 # Debian has the libraries of headers alone for its own system only, and GoogleTest as source: both serve here, under the names

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The drawings of a template, made of what the page tells of it: the graph of what is tied to what, and the map of its file.
 
 /// An element of a drawing, with attributes, and texts or elements in it.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # cmake -DSTYLE=report.css "-DSCRIPT=report.js;search.js" -DOUTPUT=pageparts.cpp -P embed.cmake
 # Writes the source that holds the style and the script of the page, with their digests. Each is one text, of one or several files.
 
@@ -35,6 +36,8 @@ foreach(part Style Script)
     set(text "")
     foreach(file IN LISTS ${path})
         file(READ ${file} piece)
+        # The line that names the licence is the source's, not the page's.
+        string(REGEX REPLACE "^(//|/\\*) SPDX-License-Identifier:[^\n]*\n" "" piece "${piece}")
         string(APPEND text "${piece}")
     endforeach()
     string(REPLACE "\r\n" "\n" text "${text}")

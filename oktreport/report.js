@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 'use strict';
 // The page is a document that can be read without scripts. To a browser that runs them, what stands within <noscript> is a text:
 // elements are made of it when the reader comes near, so that a page of a thousand templates opens at once. This file does that, and

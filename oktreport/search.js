@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The search. It looks at what is shown: titles, parameters, figures in the unit of the page. What is folded away (ids, bytes) is
 // looked at where the reader has unfolded it or asks for it. Names come before values, values before all else.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """opening.py OKT DATA FOLDER CHROMEDRIVER [REPETITIONS]: how soon the page of a thousand templates is there.
 
 Makes the templates of DATA with okt, and of these a thousand that differ in name and picture, so that the page can share nothing.

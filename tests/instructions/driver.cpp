@@ -56,7 +56,7 @@ std::unique_ptr<OKTDbObject> picture()
     CByteArray bytes;
     bytes.SetSize(kPictureBytes);
     for (int i = 0; i < kPictureBytes; ++i)
-        bytes[i] = static_cast<BYTE>(i * i / 7);
+        bytes[i] = static_cast<BYTE>(static_cast<unsigned int>(i) * static_cast<unsigned int>(i) / 7);
     auto made = std::make_unique<OKTDbPicture>();
     made->setPictureData(bytes);
     return made;

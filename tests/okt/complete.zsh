@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # complete.zsh SETUP LINE...: what an interactive zsh makes of each beginning of a command line when Tab is pressed behind it.
 # SETUP is run in that shell before.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """browser.py OKT DATA GOLDEN FOLDER CHROMEDRIVER PDFTOTEXT: the pages of okt report in a browser, as their readers use them.
 
 Takes the templates that okt makes of DATA, and a file of the folder GOLDEN with texts that try to leave the page. What is made
@@ -323,7 +324,7 @@ with Browser(chromedriver, 1280, 900) as browser:
         check_equal(browser.run(cell, "Quantity expression"), [spacing, unit, ""], f"the quantity expression in {unit}")
         check_equal(browser.run(cell, "Diameter"), ["0.5", "in", ""], f"the diameter under {unit}")
         check_equal(browser.run(cell, "Hook angle 1"), ["135", "\u00b0", ""], f"an angle under {unit}")
-        check(f"Diameter: 0.5 in" in browser.run(facts, "#t1"), f"the diameter among the facts under {unit}")
+        check("Diameter: 0.5 in" in browser.run(facts, "#t1"), f"the diameter among the facts under {unit}")
 
     # The drawings are made when they are unfolded.
     check_equal(browser.run("return document.querySelectorAll('.drawing, .map').length"), 0, "drawings that are folded away")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """page.py OKT DATA GOLDEN FOLDER TIDY: the pages of okt report are valid, whole, closed in themselves and no larger than need be.
 
 Takes the golden files of the folder GOLDEN, and the templates that okt makes of DATA. What is made goes to FOLDER."""

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A browser that a test drives: headless Chromium through the HTTP interface of its driver, and nothing but the standard library."""
 
 import base64

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """schema.py OKT SCHEMA DATA GOLDEN FOLDER: the text form of pool files keeps to its schema, and gives the files again.
 
 Takes the golden files of the folder GOLDEN that are whole, and the templates that okt makes of DATA. What is made goes to
