@@ -2,11 +2,7 @@
 
 #include <oktplatform/oktstring.h>
 
-// Globally unique ids. On disk and in comparisons an id is its 16 bytes as they lie in memory, Data1 to Data3 little-endian.
-#if defined(_WIN32)
-#include <oktplatform/win32/oktnativeguid.h>
-#else
-#include <oktplatform/posix/oktnativeguid.h>
-#endif
+// Globally unique ids. In a file an id is 16 bytes: Data1 to Data3 little-endian, then Data4.
+#include OKT_NATIVE(oktnativeguid.h)
 
 static_assert(sizeof(_GUID) == 16);
