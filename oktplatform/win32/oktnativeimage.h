@@ -4,7 +4,12 @@
 #include <cstring>
 
 /// The start of the program or library that includes this header. Each image has one.
+#if defined(__GNUC__)
 extern "C" char const oktImageBase[] __asm__("__ImageBase");
+#else
+extern "C" char const __ImageBase[];
+inline char const (&oktImageBase)[] = __ImageBase;
+#endif
 
 /// The range of the constants of an image.
 struct OktImageConstants
