@@ -2,13 +2,13 @@
 
 #include "failure.h"
 #include "files.h"
+#include "readnumber.h"
 #include "shapecode.h"
 #include "text.h"
 
 #include <oktdatabase/oktdatabase.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <map>
 #include <numbers>
@@ -47,7 +47,7 @@ double snapped(double value)
 {
     std::string const text = rounded(value, kDigits);
     double result = value;
-    std::from_chars(text.data(), text.data() + text.size(), result);
+    readNumber(text.data(), text.data() + text.size(), result);
     return result;
 }
 
