@@ -6,6 +6,7 @@
 class OKT_API CFileException
 {
 public:
+    /// 0: no error.
     explicit CFileException(int error = 0) : m_lOsError(error) {}
 
     /// The error number of the system.

@@ -143,6 +143,7 @@ public:
         else
             assignWide(text);
     }
+    // Arrays that are not constant are copied.
     template <std::size_t N> CString(char16_t (&text)[N]) { assignUnits(text); } // NOLINT
     template <std::size_t N> CString(wchar_t (&text)[N]) { assignWide(text); }   // NOLINT
 

@@ -13,6 +13,7 @@ static_assert(sizeof(tagVARIANT) == 24);
 class OKT_API COleException
 {
 public:
+    /// A failure code.
     explicit COleException(HRESULT result) : m_sc(result) {}
 
     /// The result code of the platform.

@@ -14,6 +14,7 @@ class OKT_API CDialog
 {
 public:
     virtual ~CDialog() = default;
+
     /// Shows the dialog, waits for its end and returns how it ended.
     virtual std::intptr_t DoModal() = 0;
 };

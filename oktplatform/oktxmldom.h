@@ -61,6 +61,7 @@ using IXMLDOMNamedNodeMapPtr = OktXmlPtr<IXMLDOMNamedNodeMap>;
 class OKT_API OktXmlName
 {
 public:
+    /// Converts the name.
     explicit OktXmlName(CString const &name) : m_text(name.ToUtf8()) {}
 
     /// The name in UTF-8.
