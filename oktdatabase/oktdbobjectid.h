@@ -75,19 +75,20 @@ private:
     friend class OKTFrameWriter;
     friend class OKTFrameReader;
 
-    // As the bytes compare: numbers whose most significant byte comes first.
+    // Eight bytes as the number that compares as they do: the most significant one comes first.
     static std::uint64_t half(unsigned char const *bytes)
     {
-        std::uint64_t number;
-        std::memcpy(&number, bytes, sizeof number);
-        return __builtin_bswap64(number);
+        auto const byte = [bytes](int at) { return static_cast<std::uint64_t>(bytes[at]) << (56 - 8 * at); };
+        return byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
     }
     int order(OKTDbObjectId const &other) const
     {
-        auto const *const own = reinterpret_cast<unsigned char const *>(&m_Guid);
-        auto const *const others = reinterpret_cast<unsigned char const *>(&other.m_Guid);
+        auto const own = OktFileBytesOfGuid(m_Guid);
+        auto const others = OktFileBytesOfGuid(other.m_Guid);
         for (int at = 0; at < 16; at += 8)
-            if (std::uint64_t const left = half(own + at), right = half(others + at); left != right)
+            if (std::uint64_t const left = half(&own[static_cast<std::size_t>(at)]),
+                right = half(&others[static_cast<std::size_t>(at)]);
+                left != right)
                 return left < right ? -1 : 1;
         return 0;
     }

@@ -7,6 +7,7 @@
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
 
+#include <bit>
 #include <limits>
 #include <new>
 #include <typeinfo>
@@ -14,6 +15,9 @@
 namespace
 {
 constexpr int kGrowBy = 1024;
+
+// Frames as a whole copy numbers and texts from memory: only one byte order has them there as they are stored.
+constexpr bool kFramesInMemory = std::endian::native == std::endian::little;
 
 // The stream holds 32 bits, a long may have more.
 bool fitsSigned(long value)
@@ -42,12 +46,12 @@ OKTMemoryFiler::~OKTMemoryFiler() = default;
 // code page may write letters in another way.
 bool OKTMemoryFiler::writesFramesWhole() const
 {
-    return typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
+    return kFramesInMemory && typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
 }
 
 OKTMemoryFiler *OKTMemoryFiler::forWholeFrames(OKTFiler &filer)
 {
-    if (typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
+    if (!kFramesInMemory || typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
         return nullptr;
     auto *const memory = static_cast<OKTMemoryFiler *>(&filer);
     // 8-bit texts and ids that are noted or translated one by one go the other road.

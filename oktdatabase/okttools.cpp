@@ -131,7 +131,13 @@ constexpr auto kPlacedDigits = [] {
         }
     return placed;
 }();
-static_assert(std::endian::native == std::endian::little); // the bytes of a word are those of a text in their order
+
+// The first bytes of a word, the lowest one first.
+template <int N> void storeBytes(unsigned char *out, std::uint64_t word)
+{
+    for (int i = 0; i < N; ++i)
+        out[i] = static_cast<unsigned char>(word >> (8 * i));
+}
 
 // As many as go in wide registers, then two at a time while there are eight bytes to look at.
 char *encodeGroups(unsigned char const *bytes, int groups, char *out)
@@ -142,9 +148,8 @@ char *encodeGroups(unsigned char const *bytes, int groups, char *out)
     groups -= wide;
     for (; groups > 2; groups -= 2, bytes += 6, out += 8)
     {
-        std::uint64_t word;
-        std::memcpy(&word, bytes, sizeof word);
-        word = __builtin_bswap64(word);
+        auto const byte = [bytes](int at) { return static_cast<std::uint64_t>(bytes[at]) << (56 - 8 * at); };
+        std::uint64_t const word = byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
         for (int pair = 0; pair < 4; ++pair)
             std::memcpy(out + 2 * pair, kPairs[word >> (52 - 12 * pair) & 0xFFF].data(), 2);
     }
@@ -176,14 +181,14 @@ int decodeGroups(char const *text, int groups, unsigned char *out)
         if (((first | second) & kNoGroup) != 0)
             break;
         std::uint64_t const both = first | static_cast<std::uint64_t>(second) << 24;
-        std::memcpy(out, &both, 6);
+        storeBytes<6>(out, both);
     }
     for (; done < groups; ++done, text += 4, out += 3)
     {
         std::uint32_t const group = decodedGroup(text);
         if ((group & kNoGroup) != 0)
             break;
-        std::memcpy(out, &group, 3);
+        storeBytes<3>(out, group);
     }
     return done;
 }

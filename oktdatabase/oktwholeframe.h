@@ -58,7 +58,7 @@ constexpr auto idFrame(std::uint32_t word)
 inline constexpr auto kIdFrame = idFrame(0);
 inline constexpr int kIdWords = 26; // where the first of the four stands
 inline constexpr int kIdWordStep = 5;
-static_assert(kIdFrame.size() == 48 && std::endian::native == std::endian::little);
+static_assert(kIdFrame.size() == 48);
 
 /// A stretch of a frame with values in it: its bytes while all values are 0, and the bits that no value changes.
 template <std::size_t N> struct OKTStretch

@@ -9,7 +9,7 @@
 
 namespace OktArray
 {
-/// The size of an element, 0 for a kind that no array holds.
+/// The size of an element in bytes, or 0 for a kind that no array holds.
 inline ULONG elementSize(VARTYPE type)
 {
     switch (type)

@@ -4,8 +4,8 @@
 
 namespace
 {
-/// From the string table, where the system has such tables; else a wrapped literal, so that a prompt costs no memory. Empty for an
-/// id that is not held.
+/// The text from the string table, where the system has one, else a wrapped literal, which needs no memory. Empty for an unknown
+/// id.
 CString catalogueText(unsigned int id)
 {
     OktSystem::Unit const *stored = nullptr;

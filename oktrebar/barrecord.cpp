@@ -1,8 +1,8 @@
 #include <oktrebar/barrecord.h>
 
 #include <oktformat/text.h>
+#include <oktformat/readnumber.h>
 
-#include <charconv>
 #include <cmath>
 
 namespace okt
@@ -113,7 +113,7 @@ private:
             refuse(m_valueAt,
                    "the field " + name(letter) + " is no number of up to 6 digits and 6 decimals: " + excerpt(value));
         double result = 0;
-        std::from_chars(value.data(), value.data() + value.size(), result);
+        readNumber(value.data(), value.data() + value.size(), result);
         return result;
     }
 

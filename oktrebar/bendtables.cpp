@@ -3,9 +3,9 @@
 #include <oktformat/text.h>
 #include <oktrebar/csvtable.h>
 #include <oktrebar/formula.h>
+#include <oktformat/readnumber.h>
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 
 namespace okt
@@ -42,7 +42,7 @@ private:
 
     template <typename T> bool takesNumber(T &value)
     {
-        auto const [end, error] = std::from_chars(m_rest.data(), m_rest.data() + m_rest.size(), value);
+        auto const [end, error] = readNumber(m_rest.data(), m_rest.data() + m_rest.size(), value);
         if (error != std::errc() || !(value > 0) || value > std::numeric_limits<int>::max())
             return false;
         m_rest.remove_prefix(static_cast<std::size_t>(end - m_rest.data()));

@@ -4,10 +4,10 @@
 #include <oktformat/fileread.h>
 #include <oktformat/text.h>
 #include <oktrebar/tabletext.h>
+#include <oktformat/readnumber.h>
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 
 namespace okt
@@ -311,7 +311,7 @@ double CsvTable::positive(CsvRow const &row, std::string_view column, double lar
     else // whether it is a number at all
         std::erase_if(digits, [](char c) { return c == ',' || c == '.'; });
     double result = 0;
-    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), result);
+    auto const [end, error] = readNumber(digits.data(), digits.data() + digits.size(), result);
     bool const isNumber = error != std::errc::invalid_argument && end == digits.data() + digits.size() && !std::isnan(result);
     if (!isNumber)
         refuse(value, where + " is not a number");

@@ -1,5 +1,7 @@
 #include <oktrebar/formula.h>
 
+#include <oktformat/readnumber.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -130,7 +132,7 @@ private:
         double value = 0;
         char const *const start = m_text.data() + m_position;
         // The fixed form has no exponent: the E of "2E" is a dimension.
-        auto const [end, error] = std::from_chars(start, m_text.data() + m_text.size(), value, std::chars_format::fixed);
+        auto const [end, error] = readNumber(start, m_text.data() + m_text.size(), value, std::chars_format::fixed);
         if (error != std::errc())
             refuse("a number in the formula cannot be read");
         m_position += static_cast<std::size_t>(end - start);

@@ -5,9 +5,9 @@
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
 #include <oktrebar/canvas.h>
+#include <oktformat/readnumber.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <numbers>
 
@@ -87,10 +87,10 @@ public:
         while (at != end)
         {
             Run run{};
-            auto const [times, wrongCount] = std::from_chars(at, end, run.count);
+            auto const [times, wrongCount] = readNumber(at, end, run.count);
             if (wrongCount != std::errc() || times == end || *times != 'x' || run.count < 1)
                 refuse(kQuantityExpression);
-            auto const [behind, wrongSpacing] = std::from_chars(times + 1, end, run.spacing);
+            auto const [behind, wrongSpacing] = readNumber(times + 1, end, run.spacing);
             if (wrongSpacing != std::errc() || !(run.spacing > 0))
                 refuse(kQuantityExpression);
             runs.push_back(run);

@@ -4,11 +4,11 @@
 #include <oktformat/fileread.h>
 #include <oktformat/text.h>
 #include <oktrebar/shapecode.h>
+#include <oktformat/readnumber.h>
 
 #include <oktdatabase/oktdatabase.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <map>
 #include <numbers>
@@ -47,7 +47,7 @@ double snapped(double value)
 {
     std::string const text = rounded(value, kDigits);
     double result = value;
-    std::from_chars(text.data(), text.data() + text.size(), result);
+    readNumber(text.data(), text.data() + text.size(), result);
     return result;
 }
 

@@ -7,9 +7,7 @@
 #include <oktdatabase/oktdatabase.h>
 #include <oktdatabase/oktframe.h>
 
-#if defined(__GLIBC__)
-#include <oktplatform/posix/oktnativememory.h>
-#endif
+#include OKT_NATIVE(oktnativememory.h)
 
 #include <gtest/gtest.h>
 

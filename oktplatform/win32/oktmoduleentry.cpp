@@ -9,7 +9,7 @@ OktModuleEntry::OktModuleEntry() {}
 
 OktModuleEntry::~OktModuleEntry() {}
 
-// Called behind the static constructors and ahead of the static destructors.
+// Called after the static constructors and before the static destructors.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID);
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID)

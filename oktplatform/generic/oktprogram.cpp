@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktprogram.h>
 
 #include <cstdlib>
@@ -13,13 +14,6 @@ std::filesystem::path pathOf(CString const &text)
     return {std::u8string(utf8.begin(), utf8.end())};
 }
 } // namespace
-
-CString OktProgramFile()
-{
-    std::error_code error;
-    std::filesystem::path const file = std::filesystem::read_symlink("/proc/self/exe", error);
-    return error ? CString() : CString::FromUtf8(file.native());
-}
 
 CString OktEnvironmentVariable(CString const &name)
 {

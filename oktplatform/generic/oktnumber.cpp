@@ -18,7 +18,7 @@ WCHAR const *skipSpace(WCHAR const *text)
     return text;
 }
 
-/// Passes over a sign and tells whether it is a minus.
+/// Skips a sign. True: it is a minus.
 bool takeSign(WCHAR const *&place)
 {
     if (*place != '-' && *place != '+')
@@ -26,7 +26,7 @@ bool takeSign(WCHAR const *&place)
     return *place++ == '-';
 }
 
-/// The value of the digits at `place`, which moves behind them; `most` if they are too many.
+/// Reads the digits at `place` and moves it behind them. Returns their value, at most `most`.
 std::uint64_t takeDigits(WCHAR const *&place, std::uint64_t most)
 {
     std::uint64_t value = 0;
@@ -77,7 +77,7 @@ double _wtof(WCHAR const *text)
             end = skipDigits(exponent);
     }
 
-    // What is left is the runtime library's own notation, with its own point.
+    // The number in the notation of strtod, with the decimal point of the locale.
     char stack[128];
     std::string heap;
     char *const narrow = [&] {

@@ -3,21 +3,26 @@
 #include <cstdint>
 #include <cstring>
 
-/// The head of the program or library that includes this header. There is one for each image.
+/// The start of the program or library that includes this header. Each image has one.
+#if defined(__GNUC__)
 extern "C" char const oktImageBase[] __asm__("__ImageBase");
+#else
+extern "C" char const __ImageBase[];
+inline char const (&oktImageBase)[] = __ImageBase;
+#endif
 
-/// Where the constants of an image lie.
+/// The range of the constants of an image.
 struct OktImageConstants
 {
     char const *begin;
     char const *end;
 };
 
-/// Finds the section of constants in the table of an image's head.
+/// Finds the section of constants in the headers of an image.
 inline OktImageConstants OktFindConstants(char const *image)
 {
     constexpr std::size_t kNewHeadPlace = 0x3C;
-    constexpr std::size_t kFixedHead = 24; // signature and file header, ahead of the optional header
+    constexpr std::size_t kFixedHead = 24; // signature and file header, before the optional header
     constexpr std::size_t kSection = 40;
     auto const number = [](char const *place, std::size_t bytes) {
         std::uint32_t value = 0;
@@ -37,7 +42,7 @@ inline OktImageConstants OktFindConstants(char const *image)
     return {nullptr, nullptr};
 }
 
-/// True for the address of a constant that lives as long as the image it is compiled into, a literal above all.
+/// True for the address of a constant that lives as long as the image it is compiled into. Literals are such constants.
 inline bool OktIsImageConstant(void const *address)
 {
     static OktImageConstants const constants = OktFindConstants(oktImageBase);

@@ -16,14 +16,14 @@
 #include <unordered_set>
 #include <utility>
 
-// libxml2 behind the names of the platform's parser. Its texts are UTF-8.
+// The names of the platform's parser on libxml2, for each back end without a parser of its own. libxml2's texts are UTF-8.
 
 namespace OktXml
 {
 struct OktXmlTree
 {
     xmlDocPtr document = nullptr;
-    std::unordered_set<xmlNodePtr> detached; // made and not attached yet
+    std::unordered_set<xmlNodePtr> detached; // created and not attached
 
     OktXmlTree() = default;
     OktXmlTree(OktXmlTree const &) = delete;
@@ -61,7 +61,7 @@ template <typename T> T *needed(T *made)
     return made;
 }
 
-// UTF-8 with U+FFFD in place of every character that XML 1.0 cannot hold. A lone surrogate is U+FFFD in UTF-8 already.
+// The text in UTF-8 with U+FFFD for each character that XML 1.0 does not allow. ToUtf8 replaces lone surrogates itself.
 std::string valueText(CString const &text)
 {
     bool clean = true;
@@ -93,7 +93,7 @@ CString decimalText(VARIANT const &value)
     return text;
 }
 
-// The prefix and the local name of a node, as they stand in its tag.
+// Compares a name with the prefix and the local name of a node, as they are in its tag.
 bool hasName(xmlNodePtr node, std::string_view name)
 {
     xmlNsPtr const space = node->type == XML_ELEMENT_NODE || node->type == XML_ATTRIBUTE_NODE ? node->ns : nullptr;
@@ -118,8 +118,7 @@ std::string contentOf(xmlNodePtr attribute)
 
 bool isBlankText(xmlNodePtr node) { return node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1; }
 
-// White space between elements is no part of a document here, whatever surrounds it. False where elements stand too deep: the
-// parser's own bound is one more, or far more, by its version.
+// Removes white space between elements. False: elements are nested too deep. The parser's own limit depends on its version.
 bool tidy(xmlDocPtr document)
 {
     auto *const root = reinterpret_cast<xmlNodePtr>(document);
@@ -145,11 +144,10 @@ bool tidy(xmlDocPtr document)
     return true;
 }
 
-// The "xml" instruction of a file is a node like any other here, while the parser keeps but a note of it. Its text is that of a
-// saved document.
+// Adds the "xml" instruction of a file as a node, which the parser does not do. Its text is that of a saved document.
 void addInstruction(xmlDocPtr document)
 {
-    constexpr int kNoInstruction = -1; // -2 is one that does not name it
+    constexpr int kNoInstruction = -1; // -2: there is one, without "standalone"
     if (document->standalone == kNoInstruction)
         return;
     xmlNodePtr const instruction = needed(
@@ -157,7 +155,7 @@ void addInstruction(xmlDocPtr document)
     xmlAddPrevSibling(document->children, instruction); // there is a root
 }
 
-// While one lives, the parser tells nobody of its troubles. Its results tell enough, but for want of memory, which they pass over.
+// While one exists, the parser prints no errors. Its results report all errors except failed allocations, which are noted here.
 class Silence
 {
 public:
@@ -180,7 +178,7 @@ private:
     bool m_hasMemory = true;
 };
 
-// Declared attributes are not looked at. Their defaults cost the parser time for every element, so their number is bounded.
+// Declared attributes are ignored. Their defaults cost the parser time for each element, so their number is limited.
 void declareAttribute(void *context, xmlChar const *, xmlChar const *, int, int, xmlChar const *defaultValue,
                       xmlEnumerationPtr values)
 {
@@ -193,8 +191,8 @@ void declareAttribute(void *context, xmlChar const *, xmlChar const *, int, int,
     xmlStopParser(parser);
 }
 
-// An external entity is declared as an empty one of our own: a reference to it gives nothing, and nothing is opened. So is every
-// parameter entity: declarations are not looked at here, and one that unfolds into others costs time without bound.
+// Declares an external entity as an empty internal one: a reference to it gives nothing, and no file is opened. The same for each
+// parameter entity: their declarations are not used, and nested ones could cost unlimited time.
 void declareEntity(void *context, xmlChar const *name, int type, xmlChar const *publicId, xmlChar const *systemId,
                    xmlChar *content)
 {
@@ -232,7 +230,7 @@ IXMLDOMNodePtr nodePtr(std::shared_ptr<OktXmlTree> const &tree, xmlNodePtr node)
     return node == nullptr ? IXMLDOMNodePtr() : IXMLDOMNodePtr(tree, wrapped(node));
 }
 
-// Owns a node that is not in any list of its tree yet.
+// Frees a node that is not in a list of its tree.
 struct FreeNode
 {
     void operator()(xmlNodePtr node) const
@@ -241,11 +239,11 @@ struct FreeNode
     }
 };
 
-// Enters a new node in its tree as not attached.
+// Adds a new node to the detached nodes of its tree.
 template <typename T> OktXmlNode *detached(OktXmlTree &tree, T *made)
 {
     std::unique_ptr<xmlNode, FreeNode> node(reinterpret_cast<xmlNodePtr>(needed(made)));
-    needed(node->name); // which the library lets be missing for want of memory
+    needed(node->name); // null after a failed allocation
     tree.detached.insert(node.get());
     return wrapped(node.release());
 }
@@ -263,7 +261,7 @@ void IXMLDOMNode::appendChild(IXMLDOMNodePtr const &child) const
         m_tree->detached.erase(node);
         return;
     }
-    // A node of another document stays there: its texts are that document's. A copy comes over.
+    // A node of another document stays there, because its texts are that document's. A copy is added.
     needed(xmlAddChild(raw(m_node), needed(xmlDocCopyNode(node, m_tree->document, 1))));
 }
 
@@ -425,7 +423,7 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     return S_OK;
 }
 
-// The whole text is made before a file is touched, so that one which cannot be made leaves what is there.
+// The whole text is made before the file is opened: a failure leaves the old file.
 HRESULT IXMLDOMDocument::save(CString const &path) const
 {
     Silence const silence;

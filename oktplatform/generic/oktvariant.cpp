@@ -12,7 +12,7 @@ namespace
 {
 // --- System strings ----------------------------------------------------------------------------------------------------------
 
-/// What stands ahead of the units: the length in bytes lies right before them.
+/// The bytes before the units. The last four are the length in bytes.
 struct alignas(8) StringHead
 {
     std::uint32_t unused;
@@ -25,7 +25,7 @@ constexpr UINT kMaxStringUnits = kMaxStringBytes / sizeof(OLECHAR);
 
 StringHead *headOf(BSTR text) { return reinterpret_cast<StringHead *>(text) - 1; }
 
-/// A zeroed string; null when there is no memory.
+/// A string of zeros. Null: no memory.
 BSTR allocateString(UINT bytes)
 {
     if (bytes > kMaxStringBytes)
@@ -46,7 +46,7 @@ BSTR copyString(BSTR text)
 
 // --- Safe arrays -------------------------------------------------------------------------------------------------------------
 
-/// What stands ahead of a safe array's head: the kind of its elements.
+/// The bytes before the head of a safe array: the type of its elements.
 struct alignas(16) ArrayPrefix
 {
     VARTYPE type;
@@ -66,7 +66,7 @@ USHORT featuresOf(VARTYPE type)
     return FADF_HAVEVARTYPE;
 }
 
-/// The bounds as stored: `rgsabound` is declared with one and holds cDims.
+/// The stored bounds. `rgsabound` is declared with one element and has cDims.
 SAFEARRAYBOUND *boundsOf(SAFEARRAY *array) { return array->rgsabound; }
 
 std::size_t elementCount(SAFEARRAY *array)
@@ -81,7 +81,7 @@ BSTR *stringsOf(SAFEARRAY *array) { return static_cast<BSTR *>(array->pvData); }
 
 VARIANT *variantsOf(SAFEARRAY *array) { return static_cast<VARIANT *>(array->pvData); }
 
-/// True when the array or one inside it is locked.
+/// True: the array, or an array in it, is locked.
 bool isLocked(SAFEARRAY *array)
 {
     if (array == nullptr)
@@ -95,7 +95,7 @@ bool isLocked(SAFEARRAY *array)
     });
 }
 
-/// Frees all of an array that is not locked.
+/// Frees an array that is not locked, with everything in it.
 void destroyArray(SAFEARRAY *array)
 {
     std::size_t const count = elementCount(array);
@@ -107,7 +107,7 @@ void destroyArray(SAFEARRAY *array)
     std::free(prefixOf(array));
 }
 
-/// An array of zeroed elements with these bounds, stored as they stand. Null: too large, or no memory.
+/// An array of zero elements. The bounds are stored in the given order. Null: too large, or no memory.
 SAFEARRAY *allocateArray(VARTYPE type, USHORT dimensions, SAFEARRAYBOUND const *stored)
 {
     ULONG const size = elementSize(type);
@@ -270,7 +270,7 @@ int SysReAllocStringLen(BSTR *text, OLECHAR const *units, UINT length)
 {
     if (text == nullptr)
         return FALSE;
-    // The source may lie inside the old text, which goes last.
+    // The source may be a part of the old text, so that is freed last.
     BSTR const made = SysAllocStringLen(units, length);
     if (made == nullptr)
         return FALSE;
@@ -451,7 +451,7 @@ HRESULT SafeArrayGetElement(SAFEARRAY *array, LONG *indexes, void *element)
     }
     if ((array->fFeatures & FADF_VARIANT) != 0)
     {
-        // What the target held before is not looked at: it may never have been set.
+        // The old contents of the target are ignored: it may be uninitialised.
         VariantInit(static_cast<VARIANT *>(element));
         return VariantCopy(static_cast<VARIANT *>(element), static_cast<VARIANT *>(place));
     }
@@ -459,7 +459,7 @@ HRESULT SafeArrayGetElement(SAFEARRAY *array, LONG *indexes, void *element)
     return S_OK;
 }
 
-// The first dimension varies fastest; its bound is stored last.
+// The first dimension varies fastest. Its bound is stored last.
 HRESULT SafeArrayPtrOfIndex(SAFEARRAY *array, LONG *indexes, void **element)
 {
     if (array == nullptr || indexes == nullptr || element == nullptr)

@@ -1,18 +1,17 @@
 #include <oktplatform/oktguid.h>
 
-#include <oktplatform/posix/oktrandom.h>
+#include <oktplatform/generic/oktrandom.h>
 
 #include <cstring>
 
 namespace
 {
-constexpr std::size_t kBatch = 256;
 constexpr int kTextLength = 38;
 
-/// Random bytes for a number of ids, drawn at once. One for each thread; what a forked process inherits is not used again.
+/// Random bytes for some ids, drawn in one call. Each thread has its own. A forked process does not use those that it inherits.
 struct RandomBatch
 {
-    unsigned char bytes[kBatch][sizeof(GUID)];
+    unsigned char bytes[OktSystem::kMostIdsPerDraw][sizeof(GUID)];
     std::size_t left;
     unsigned int generation;
 };
@@ -30,7 +29,7 @@ int digitValue(WCHAR unit)
     return -1;
 }
 
-// The registry form, byte by byte: where the two digits of each byte of the text's order stand.
+// The index of the first digit of each byte in the registry form, in the order of the text.
 constexpr int kDigitPlaces[16] = {1, 3, 5, 7, 10, 12, 15, 17, 20, 22, 25, 27, 29, 31, 33, 35};
 
 bool parse(OLECHAR const *text, GUID &guid)
@@ -39,7 +38,7 @@ bool parse(OLECHAR const *text, GUID &guid)
     unsigned char bytes[16] = {};
     for (int i = 0; i < kTextLength; ++i)
     {
-        // A zero unit matches nothing here, so the walk ends at the end of a short text.
+        // A zero unit matches nothing, so a short text is not read beyond its end.
         if (kFrame[i] == ' ' ? digitValue(text[i]) < 0 : text[i] != static_cast<OLECHAR>(kFrame[i]))
             return false;
     }
@@ -61,20 +60,21 @@ HRESULT CoCreateGuid(GUID *guid)
     if (guid == nullptr)
         return E_INVALIDARG;
     RandomBatch &own = batch;
-    if (own.left == 0 || own.generation != OktPosix::processGeneration())
+    if (own.left == 0 || own.generation != OktSystem::processGeneration())
     {
         own.left = 0;
-        own.generation = OktPosix::processGeneration();
-        if (!OktPosix::randomBytes(own.bytes, sizeof own.bytes))
+        own.generation = OktSystem::processGeneration();
+        std::size_t const count = OktSystem::idsPerDraw();
+        if (!OktSystem::randomBytes(own.bytes, count * sizeof own.bytes[0]))
         {
             *guid = GUID{};
             return E_FAIL;
         }
-        own.left = kBatch;
+        own.left = count;
     }
     unsigned char *const bytes = own.bytes[--own.left];
     std::memcpy(guid, bytes, sizeof *guid);
-    std::memset(bytes, 0, sizeof *guid); // an id that was given away stays nowhere else
+    std::memset(bytes, 0, sizeof *guid); // no copy of an id remains
     guid->Data3 = static_cast<std::uint16_t>((guid->Data3 & 0x0FFF) | 0x4000);
     guid->Data4[0] = static_cast<unsigned char>((guid->Data4[0] & 0x3F) | 0x80);
     return S_OK;

@@ -4,11 +4,11 @@
 
 #include <string>
 
-/// Paths as the system takes them. Not installed.
-namespace OktPosix
+/// Paths as bytes. Not installed.
+namespace OktSystem
 {
-/// A path as UTF-8, put behind what `path` holds. False: a zero unit or a lone surrogate, neither of which can stand in a path:
-/// the file opened would be another one.
+/// Appends a path as UTF-8 to `path`. False: the text has a zero unit or a lone surrogate. No path can have one, so another file
+/// would be opened.
 inline bool pathOf(WCHAR const *text, std::size_t length, std::string &path)
 {
     WCHAR const *const end = text + length;
@@ -22,4 +22,4 @@ inline bool pathOf(WCHAR const *text, std::size_t length, std::string &path)
     }
     return true;
 }
-} // namespace OktPosix
+} // namespace OktSystem

@@ -5,7 +5,7 @@ namespace
 constinit AFX_EXTENSION_MODULE g_module;
 } // namespace
 
-// A module is not asked here whether it can be loaded: one whose start fails is there all the same, without its frame.
+// A module cannot refuse to be loaded here: if its start fails, it is loaded without its frame.
 OktModuleEntry::OktModuleEntry() { OktAttachModule(g_module); }
 
 OktModuleEntry::~OktModuleEntry()

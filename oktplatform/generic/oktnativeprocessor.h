@@ -1,0 +1,3 @@
+#pragma once
+
+// The language knows no instructions of a processor. Not installed.

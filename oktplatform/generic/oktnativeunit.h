@@ -1,0 +1,8 @@
+#pragma once
+
+// Not installed.
+
+namespace OktSystem
+{
+using Unit = char16_t;
+}

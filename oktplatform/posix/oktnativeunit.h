@@ -1,0 +1,5 @@
+#pragma once
+
+// Not installed.
+
+#include <oktplatform/generic/oktnativeunit.h>

@@ -1,0 +1,8 @@
+#pragma once
+
+// Not installed.
+
+namespace OktSystem
+{
+using Unit = wchar_t;
+}
