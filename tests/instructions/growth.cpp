@@ -1,4 +1,4 @@
-// growth xmlvalues|xmlpool|xmlread COUNT FILE: a piece of work on so many things, between the begin and the end of counted_work, where
+// growth xmlvalues|xmlpool|xmlread|picture COUNT FILE: a piece of work on so many things, between the begin and the end of counted_work, where
 // callgrind counts (see linear).
 
 #include <oktdatabase/oktdatabase.h>
@@ -29,6 +29,26 @@ bool readObjects(CString const &path)
     return !pool.readXMLFile(path);
 }
 
+/// A picture that declares so many chunks and has two.
+bool putPicture(OKTMemoryFiler &filer, int count)
+{
+    OKTSmartAnsiString const ansi(&filer, true);
+    return filer.beginWriteClass(u"Object", u"OKTDbPicture", 3) && OKTDbPicture().OKTDbObject::xmlOut(&filer) == eFilerOk &&
+           filer.beginWriteMembers(1) && filer.writeString(u"", u"AQID") && filer.endWriteMembers() &&
+           filer.beginWriteMembers(2) && filer.writeInt(u"", count) && filer.writeString(u"", u"BAUG") &&
+           filer.endWriteMembers() && filer.endWriteClass();
+}
+
+bool readPicture(int count)
+{
+    OKTMemoryFiler written;
+    OKTMemoryFiler filer;
+    OKTDbPicture picture;
+    CByteArray bytes;
+    return putPicture(written, count) && filer.loadFiler(written.takeBytes()) && picture.xmlIn(&filer) == eFilerMemberFailed &&
+           (picture.getPictureData(bytes), bytes.GetSize() == 6);
+}
+
 bool putObjects(std::string const &path, int count)
 {
     std::FILE *const file = std::fopen(path.c_str(), "wb");
@@ -50,6 +70,8 @@ extern "C" __attribute__((noinline, visibility("default"))) bool counted_work(ch
         return writeValues(path, count);
     if (std::strcmp(kind, "xmlpool") == 0)
         return writePool(pool, path);
+    if (std::strcmp(kind, "picture") == 0)
+        return readPicture(count);
     return std::strcmp(kind, "xmlread") == 0 && readObjects(path);
 }
 
@@ -57,7 +79,7 @@ int main(int argc, char **argv)
 {
     if (argc != 4)
     {
-        std::fprintf(stderr, "usage: okt_growth_counts xmlvalues|xmlpool|xmlread COUNT FILE\n");
+        std::fprintf(stderr, "usage: okt_growth_counts xmlvalues|xmlpool|xmlread|picture COUNT FILE\n");
         return 2;
     }
     int const count = static_cast<int>(std::strtol(argv[2], nullptr, 10));

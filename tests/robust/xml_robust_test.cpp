@@ -264,8 +264,8 @@ std::string utf16(std::string_view text, bool bigEndian, bool withMark)
 } // namespace
 
 #if !defined(_WIN32)
-/// Takes the place of the function of the C library for the whole test program.
-extern "C" int socket(int domain, int type, int protocol) noexcept
+/// Takes the place of the function of the C library for the whole test program and its libraries, so it must be seen by them.
+extern "C" __attribute__((visibility("default"))) int socket(int domain, int type, int protocol) noexcept
 {
     ++g_sockets;
     return static_cast<int>(syscall(SYS_socket, domain, type, protocol));
