@@ -105,7 +105,7 @@ public:
     using propagate_on_container_swap = std::true_type;
 
     OKTEntryAllocator() = default;
-    template <typename U> OKTEntryAllocator(OKTEntryAllocator<U> const &) {} // of other entries, so of other blocks
+    template <typename U> OKTEntryAllocator(OKTEntryAllocator<U> const &) {} // NOLINT: of other entries, so of other blocks
 
     T *allocate(std::size_t count)
     {

@@ -26,7 +26,7 @@ class OKTGeXYZ;
 class OKT_API OKTFiler
 {
 public:
-    OKTFiler(OKTDbPool *pool = nullptr);
+    OKTFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     OKTFiler(OKTFiler const &) = default;
     OKTFiler &operator=(OKTFiler const &) = default;
     virtual ~OKTFiler();

@@ -14,7 +14,7 @@ class OKTTextTable;
 class OKT_API OKTMemoryFiler : public OKTFiler
 {
 public:
-    OKTMemoryFiler(OKTDbPool *pool = nullptr);
+    OKTMemoryFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     ~OKTMemoryFiler() override;
 
     bool beginWriteClass(CString name, CString className, int version) override;

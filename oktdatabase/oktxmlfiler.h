@@ -23,7 +23,7 @@
 class OKT_API OKTXmlFiler : public OKTFiler
 {
 public:
-    OKTXmlFiler(OKTDbPool *pool = nullptr);
+    OKTXmlFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     /// Both share document and nodes.
     OKTXmlFiler(OKTXmlFiler const &) = default;
     OKTXmlFiler &operator=(OKTXmlFiler const &) = default;

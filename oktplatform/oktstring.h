@@ -50,7 +50,7 @@ public:
     {
     }
     template <typename T>
-        requires std::is_enum_v<T> OktFormatArgument(T value)
+        requires std::is_enum_v<T> OktFormatArgument(T value)                  // NOLINT(google-explicit-constructor)
             : OktFormatArgument(static_cast<std::underlying_type_t<T>>(value)) // NOLINT
         {
         }
