@@ -23,7 +23,7 @@
 class OKTTextFiler : public OKTMemoryFiler
 {
 public:
-    OKTTextFiler(OKTDbPool *pool = nullptr) : OKTMemoryFiler(pool) {} // NOLINT(google-explicit-constructor): the published signature
+    OKTTextFiler(OKTDbPool *pool = nullptr) : OKTMemoryFiler(pool) {} // NOLINT: the published signature
 
     /// What was written so far, as a document; empty when a frame is still open, and while reading.
     std::string text();
