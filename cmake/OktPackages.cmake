@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Packages for a build that cannot use the machine's own: for another system, or with another standard library. Debian has the
 # libraries of headers for its own system only, and GoogleTest also as source. Both are used here, under the names that find_package
 # knows. Packages that the user names (nlohmann_json_DIR and so on) are taken instead.

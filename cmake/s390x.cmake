@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # s390x, a big-endian machine, by Debian's cross compiler (package g++-s390x-linux-gnu). What is built runs under QEMU (package
 # qemu-user-static): `ctest` starts it so. libxml2 for that machine is fetched into the build folder.
 
