@@ -12,7 +12,8 @@ namespace
 // Four bytes of an id as the number that a stream holds: the lowest byte comes first.
 int wordAt(unsigned char const *bytes)
 {
-    return static_cast<int>(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<std::uint32_t>(bytes[3]) << 24);
+    auto const byte = [bytes](int at) { return static_cast<std::uint32_t>(bytes[at]) << (8 * at); };
+    return static_cast<int>(byte(0) | byte(1) | byte(2) | byte(3));
 }
 
 void setWordAt(unsigned char *bytes, int word)
