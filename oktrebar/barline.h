@@ -1,26 +1,13 @@
 #pragma once
 
+#include <oktrebar/plane.h>
+
 #include <vector>
 
 namespace okt
 {
 
-/// A place in the plane of a bar: x to the right, y upwards.
-struct Point
-{
-    double x = 0;
-    double y = 0;
-};
-
-struct Box
-{
-    Point low;
-    Point high;
-
-    double width() const { return high.x - low.x; }
-    double height() const { return high.y - low.y; }
-    Point centre() const { return {(low.x + high.x) / 2, (low.y + high.y) / 2}; }
-};
+// The centre line of a bar, piece by piece, in drawing units. Not installed.
 
 /// A straight part of a bar, or a bend.
 struct BarPiece

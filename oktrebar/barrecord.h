@@ -9,16 +9,19 @@
 namespace okt
 {
 
+// A bar record of the exchange format BF2D (BVBS guideline, 2D bars): a line of ASCII that orders a bent bar. Its texts are kept as
+// they come. Lengths are outer dimensions in mm, angles in degrees, masses in kg.
+
 /// A leg of a bent bar, and the bend behind it.
 struct Bf2dLeg
 {
     double length = 0; ///< outer dimension in mm
-    double angle = 0;  ///< degrees, positive to the left; 0 behind the last leg
+    double angle = 0;  ///< degrees from -180 to 180, positive to the left; 0 behind the last leg and nowhere else
 
     bool operator==(Bf2dLeg const &) const = default;
 };
 
-/// A bar record of the trade's exchange format: one line of ASCII.
+/// The fields of a record, each by its letter. Numbers have up to 6 digits and 6 decimals.
 struct Bf2dRecord
 {
     std::string project;              ///< j
@@ -26,13 +29,13 @@ struct Bf2dRecord
     std::string index;                ///< i
     std::string position;             ///< p
     double length = 0;                ///< l: the sum of the legs, in mm
-    int count = 0;                    ///< n
+    int count = 0;                    ///< n: how many such bars, from 1 to 1,000,000
     double mass = 0;                  ///< e: of one bar, in kg
     double diameter = 0;              ///< d, in mm
     std::string grade;                ///< g
-    double mandrel = 0;               ///< s: its diameter, in mm
+    double mandrel = 0;               ///< s: its diameter, in mm; above 0 where the bar is bent
     std::optional<std::string> other; ///< v: kept as it is
-    std::vector<Bf2dLeg> legs;
+    std::vector<Bf2dLeg> legs;        ///< from 1 to 99
 
     bool operator==(Bf2dRecord const &) const = default;
 };
@@ -54,7 +57,8 @@ bool isBf2dCount(double value);
 /// that the legs sum to the length. Throws Bf2dFault.
 Bf2dRecord parseBf2d(std::string_view line);
 
-/// The line of a record, without its end, with the shortest notation of every number.
+/// The line of a record, without its end, with the shortest notation of every number. What is put in is not proved: whoever has
+/// figures from elsewhere reads the line with parseBf2d again.
 std::string bf2dLine(Bf2dRecord const &record);
 
 } // namespace okt

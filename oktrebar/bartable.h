@@ -15,7 +15,7 @@ enum class Units
     Inch
 };
 
-/// Drawing units per metre: what a pool has as its metrics factor.
+/// Drawing units per metre, 1000 or 39.37...: what a pool has as its metrics factor.
 double metricsFactor(Units units);
 
 /// One bar size. Area and mass are in the units of their table: mm2 and kg/m, or in2 and lb/ft.
@@ -25,7 +25,7 @@ struct BarSize
     int number = 0; ///< the designation of an inch size ("No. 4"); 0 for a metric size
     double area = 0;
     double mass = 0;
-    std::size_t line = 0;
+    std::size_t line = 0; ///< where it stands in the table, from 1
 
     /// "12 mm" or "No. 4".
     std::string label() const;
@@ -33,14 +33,16 @@ struct BarSize
     std::string stem() const;
 };
 
-/// A table of bar sizes. Metric tables are known by the column "diameter_mm", inch tables by "diameter_in".
+/// A table of bar sizes, such as examples/data/bars-en10080.csv. Metric tables are known by the column "diameter_mm", inch tables by
+/// "diameter_in"; docs/okt.md tells which forms of text are read.
 struct BarTable
 {
     std::string file;
     Units units = Units::Millimetre;
     std::vector<BarSize> sizes;
 
-    /// Throws Failure: a wrong column, a value that is no positive number, a size that stands there twice.
+    /// Throws Failure with file, line and column: no such file, a wrong column, a value that is no positive number, a size that stands
+    /// there twice.
     static BarTable load(std::filesystem::path const &path);
 };
 

@@ -11,7 +11,7 @@
 namespace okt
 {
 
-/// What BS 8666 table 2 says for one bar size, in millimetres.
+/// What BS 8666:2005 table 2 says for one bar size, in millimetres.
 struct SchedulingBend
 {
     double diameter = 0;
@@ -20,10 +20,11 @@ struct SchedulingBend
     double linkProjection = 0; ///< the same for links with a bend below 150 degrees
 };
 
-/// The table of minimum radii and end projections by bar size.
+/// The table of minimum radii and end projections by bar size, such as examples/data/bends-bs8666.csv.
 class SchedulingBends
 {
 public:
+    /// Throws Failure with file, line and column.
     static SchedulingBends load(std::filesystem::path const &path);
 
     std::string const &file() const { return m_file; }
@@ -44,11 +45,11 @@ struct BendRule
     double highest = 0; ///< included
     bool lowestExcluded = false;
     bool byNumber = false;
-    std::vector<int> numbers; ///< instead of a range: "No. 14 and 18"
-    double mandrel = 0;
-    std::optional<double> hook90;
-    std::optional<double> hook135;
-    std::string hook180; ///< a formula of d and "in" (an inch); empty when the row has none
+    std::vector<int> numbers;      ///< instead of a range: "No. 14 and 18"
+    double mandrel = 0;            ///< its diameter, in bar diameters
+    std::optional<double> hook90;  ///< straight length behind a bend of 90 degrees, in bar diameters
+    std::optional<double> hook135; ///< likewise
+    std::string hook180;           ///< likewise, a formula of d and "in" (an inch); empty when the row has none
 
     bool appliesTo(BarSize const &size) const;
     /// Inside radius of the bend, in the units of the diameter: half the mandrel.
@@ -60,10 +61,11 @@ inline constexpr std::string_view kMandrelRule = "EN 1992-1-1 8.3";
 inline constexpr std::string_view kMainHookRule = "ACI 318 25.3 main";
 inline constexpr std::string_view kStirrupHookRule = "ACI 318 25.3 stirrup";
 
-/// The table of minimum mandrels and hook extensions.
+/// The table of minimum mandrels and hook extensions, such as examples/data/bend-rules.csv, which names its standards.
 class BendRules
 {
 public:
+    /// Throws Failure with file, line and column.
     static BendRules load(std::filesystem::path const &path);
 
     std::string const &file() const { return m_file; }
@@ -75,7 +77,8 @@ private:
     std::vector<BendRule> m_rules;
 };
 
-/// Straight length behind a bend of 180 degrees, in inches.
+/// Straight length behind a bend of 180 degrees, in inches, for a diameter in inches. Throws FormulaError
+/// (formula.h) where the row has no formula.
 double hook180Length(BendRule const &rule, double diameterInch);
 
 } // namespace okt

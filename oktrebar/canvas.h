@@ -11,6 +11,8 @@
 namespace okt
 {
 
+// Drawings of bars. Not installed.
+
 /// Where the places of a bar come to lie in a picture.
 struct View
 {

@@ -10,6 +10,8 @@
 namespace okt
 {
 
+// By hand, since a fault is told with line and column of its value, and the header tells the separator. Not installed.
+
 /// One value of a table and where it stands (line and column from 1, the column in bytes of UTF-8).
 struct CsvField
 {

@@ -9,7 +9,7 @@
 namespace okt
 {
 
-/// The dimensions of a bent bar, all in one unit. `A` to `E` are outer dimensions of the legs, save that shape 77 has the
+/// The dimensions of a bent bar as BS 8666 letters them, all in one unit; the table that comes with the system is for mm. `A` to `E` are outer dimensions of the legs, save that shape 77 has the
 /// number of turns in C.
 struct ShapeDimensions
 {
@@ -23,7 +23,7 @@ struct ShapeDimensions
     double diameter = 0;    ///< d
 };
 
-/// The cutting lengths by shape code of BS 8666, from their table of formulas.
+/// The cutting lengths by shape code of BS 8666, from their table of formulas, such as examples/data/shape-lengths-bs8666.csv.
 class ShapeLengths
 {
 public:
@@ -42,11 +42,11 @@ private:
     std::map<std::string, std::string, std::less<>> m_formulas;
 };
 
-/// Cutting length of a closed link (shape 51) whose ends C and D have the minimum: the form that the standard gives for that.
+/// Cutting length in mm of a closed link (shape 51) whose ends C and D have the minimum: the form that the standard gives for that.
 inline constexpr std::string_view kShortestLinkFormula = "2A+2B+max(16d;160)";
 double shortestLinkLength(double A, double B, double diameterMm);
 
-/// Length of the centre line of a bar: its straight parts, and bends (degrees) of one inside radius.
+/// Length of the centre line of a bar: its straight parts, and bends (degrees) of one inside radius; in the unit of what is given.
 double developedLength(std::vector<double> const &straights, std::vector<double> const &bends, double radius, double diameter);
 
 } // namespace okt

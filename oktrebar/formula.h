@@ -10,6 +10,8 @@
 namespace okt
 {
 
+// What tables of rules have in their fields: "16d", "2(A+B+(C))-2.5r-5d". A formula has no unit; its variables bring one.
+
 /// Why a formula has no value, and the place of the character in its text (from 0).
 class FormulaError : public std::runtime_error
 {

@@ -8,6 +8,8 @@
 namespace okt
 {
 
+// Not installed.
+
 /// What a drawing is made with: paths, strokes, fills and texts on a sheet of pixels, x to the right and y downwards, angles in
 /// radians and clockwise. Behind it stands what the system has for that. A call that fails makes every later one do nothing.
 class Painter

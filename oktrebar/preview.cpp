@@ -1,11 +1,10 @@
 #include <oktrebar/preview.h>
 
-#include <oktrebar/recordtemplate.h>
-
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
 #include <oktrebar/canvas.h>
 #include <oktformat/readnumber.h>
+#include <oktrebar/planline.h>
 
 #include <algorithm>
 #include <cmath>
@@ -405,38 +404,21 @@ Box drawBent(Canvas &canvas, Figures const &figures)
 
 } // namespace
 
-BarFigures figuresOf(TemplatePlan const &plan)
-{
-    Figures const figures(plan);
-    BarFigures bar;
-    bar.diameter = figures.real(kDiameter);
-    bar.radius = figures.real(kBendingRadius);
-    // The legs of a metric hooked bar are end, bar, end; elsewhere the first leg is the longest.
-    bool const endsAreLegs = plan.kind == TemplateKind::Hooked && plan.find({kLength, 2}) != nullptr;
-    bar.length = figures.real(kLength, endsAreLegs ? 2 : 1);
-    if (plan.kind == TemplateKind::Link)
-        bar.width = figures.real(kLength, 2);
-    bar.first = {figures.real(kHookAngle1), figures.real(kExtension1)};
-    bar.second = {figures.real(kHookAngle2), figures.real(kExtension2)};
-    return bar;
-}
-
 std::optional<Preview> drawPreview(TemplatePlan const &plan)
 {
     if (plan.kind == TemplateKind::Other)
         return std::nullopt;
     Figures const figures(plan);
     Canvas canvas(kPreviewWidth, kPreviewHeight);
-    Preview preview;
+    Box shape;
     switch (plan.kind)
     {
-    case TemplateKind::Link: preview.shape = drawLink(canvas, figures); break;
-    case TemplateKind::Hooked: preview.shape = drawHooked(canvas, figures); break;
-    case TemplateKind::Bent: preview.shape = drawBent(canvas, figures); break;
-    default: preview.shape = drawMesh(canvas, figures); break;
+    case TemplateKind::Link: shape = drawLink(canvas, figures); break;
+    case TemplateKind::Hooked: shape = drawHooked(canvas, figures); break;
+    case TemplateKind::Bent: shape = drawBent(canvas, figures); break;
+    default: shape = drawMesh(canvas, figures); break;
     }
-    preview.png = canvas.png();
-    return preview;
+    return Preview{canvas.png(), shape};
 }
 
 } // namespace okt

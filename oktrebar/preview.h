@@ -1,6 +1,6 @@
 #pragma once
 
-#include <oktrebar/barline.h>
+#include <oktrebar/plane.h>
 #include <oktrebar/templateplan.h>
 
 #include <oktplatform/oktarrays.h>
@@ -14,18 +14,16 @@ namespace okt
 inline constexpr int kPreviewWidth = 800;
 inline constexpr int kPreviewHeight = 600;
 
-/// The preview picture of a template, and what it shows: the box around the bar or sheet, in the template's drawing units, with
-/// its lower left corner at (0, 0).
+/// The preview picture of a template, and what it shows.
 struct Preview
 {
-    CByteArray png;
-    Box shape;
+    CByteArray png; ///< a PNG file
+    Box shape;      ///< around the bar or sheet in the template's drawing units (mm or in), its lower left corner at (0, 0)
 };
 
-/// The bar of a link or a hooked bar from the figures of its template. Throws Failure where a figure is missing.
-BarFigures figuresOf(TemplatePlan const &plan);
-
-/// Draws a template from its own figures, to scale. Nothing for a template of another kind. Throws Failure.
+/// Draws a template from its own figures, to scale, by docs/templates.md. Nothing for a template of another kind. The same plan
+/// gives the same bytes on one system; fonts and edges differ from one to another. Throws Failure where a figure is missing, the
+/// quantity expression is none ("4x150 2x100"), or there is no memory for the sheet.
 std::optional<Preview> drawPreview(TemplatePlan const &plan);
 
 } // namespace okt

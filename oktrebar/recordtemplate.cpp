@@ -3,15 +3,16 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/text.h>
+#include <oktrebar/planline.h>
 #include <oktrebar/shapecode.h>
 #include <oktformat/readnumber.h>
+#include <oktrebar/tabletext.h>
 
 #include <oktdatabase/oktdatabase.h>
 
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <numbers>
 #include <optional>
 
 namespace okt
@@ -23,7 +24,6 @@ namespace
 using namespace types;
 
 constexpr char kStandardName[] = "BF2D";
-constexpr double kRightAngle = 90;
 // A file keeps metres, so a length comes back with the last bits changed.
 constexpr int kDigits = 12;
 
@@ -49,26 +49,6 @@ double snapped(double value)
     double result = value;
     readNumber(text.data(), text.data() + text.size(), result);
     return result;
-}
-
-double radians(double degrees) { return degrees * std::numbers::pi / 180; }
-
-/// How much of a leg a bend takes, from the outside; a bend beyond a right angle no more than that.
-double tangent(double angle, double radius, double diameter)
-{
-    return angle == 0 ? 0 : (radius + diameter) * std::tan(radians(std::min(std::abs(angle), kRightAngle)) / 2);
-}
-
-std::vector<double> straightsOf(std::vector<Bf2dLeg> const &legs, double radius, double diameter)
-{
-    std::vector<double> straights;
-    double before = 0;
-    for (Bf2dLeg const &leg : legs)
-    {
-        straights.push_back(leg.length - tangent(before, radius, diameter) - tangent(leg.angle, radius, diameter));
-        before = leg.angle;
-    }
-    return straights;
 }
 
 ParameterPlan parameter(ParameterKey key, std::variant<double, int, bool, std::string> value, std::string name,
@@ -248,7 +228,7 @@ TemplatePlan bf2dPlan(Bf2dRecord const &record, std::string const &line, std::st
 Bf2dPlans bf2dPlans(std::filesystem::path const &file, BarTable const &bars)
 {
     std::string const name = pathName(file);
-    std::string const text = readText(file);
+    std::string const text = recordText(name, readText(file));
     std::string const stem = pathName(file.stem());
     Bf2dPlans plans;
     std::size_t number = 0;
@@ -283,31 +263,6 @@ Bf2dPlans bf2dPlans(std::filesystem::path const &file, BarTable const &bars)
     if (plans.templates.empty() && plans.faults.empty())
         throw Failure(name, "", "the file has no bar record");
     return plans;
-}
-
-BarLine bentLine(TemplatePlan const &plan)
-{
-    auto const figure = [&plan](int type, int listIndex) {
-        ParameterPlan const *const parameter = plan.find({type, listIndex});
-        double const *const value = parameter == nullptr ? nullptr : std::get_if<double>(&parameter->value);
-        if (value == nullptr)
-            throw Failure(plan.fileName, "", "the template has no figure of type " + std::to_string(type));
-        return *value;
-    };
-    double const diameter = figure(kDiameter, 0);
-    double const radius = figure(kBendingRadius, 0);
-    std::vector<Bf2dLeg> legs;
-    for (int i = 1; plan.find({kLength, i}) != nullptr; ++i)
-        legs.push_back({figure(kLength, i), figure(kHookAngle1, i)});
-    std::vector<double> const straights = straightsOf(legs, radius, diameter);
-    auto const drawn = [&](Point start) {
-        BarLine line(start, 0);
-        for (std::size_t i = 0; i < legs.size(); ++i)
-            line.straight(straights[i]).bend(legs[i].angle, radius + diameter / 2);
-        return line;
-    };
-    Box const box = drawn({0, 0}).box(diameter);
-    return drawn({-box.low.x, -box.low.y});
 }
 
 std::string bf2dLineOf(OKTDbPool &pool, std::string const &file)

@@ -20,6 +20,7 @@ constexpr std::string_view kBigMark = "\xFE\xFF";
 constexpr std::string_view kWideLittleMark("\xFF\xFE\0\0", 4);
 constexpr std::string_view kWideBigMark("\0\0\xFE\xFF", 4);
 constexpr char kWanted[] = "tables are UTF-8, or UTF-16 with a byte order mark";
+constexpr char kWantedOfRecords[] = "bar records are ASCII, or UTF-16 with a byte order mark";
 
 // How much of a text is looked at to tell what it is.
 constexpr std::size_t kLookedAt = 1024;
@@ -84,19 +85,25 @@ std::string fromUtf16(std::string const &file, std::string_view bytes, bool isLi
     return CString(units.data(), static_cast<int>(units.size())).ToUtf8();
 }
 
+/// Without a mark, and UTF-16 as UTF-8; other bytes are not looked at.
+std::string withoutMark(std::string const &file, std::string_view bytes, char const *wanted)
+{
+    if (bytes.starts_with(kWideLittleMark) || bytes.starts_with(kWideBigMark))
+        throw Failure(file, "", std::string("this is UTF-32; ") + wanted);
+    if (bytes.starts_with(kLittleMark) || bytes.starts_with(kBigMark))
+        return fromUtf16(file, bytes.substr(kLittleMark.size()), bytes.starts_with(kLittleMark));
+    if (bytes.size() > 1 && (looksLikeUtf16(bytes, 1) || looksLikeUtf16(bytes, 0)))
+        throw Failure(file, "", std::string("this looks like UTF-16 without a byte order mark; ") + wanted);
+    return std::string(bytes.substr(bytes.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0));
+}
+
 } // namespace
+
+std::string recordText(std::string const &file, std::string_view bytes) { return withoutMark(file, bytes, kWantedOfRecords); }
 
 std::string tableText(std::string const &file, std::string_view bytes)
 {
-    std::string text;
-    if (bytes.starts_with(kWideLittleMark) || bytes.starts_with(kWideBigMark))
-        throw Failure(file, "", std::string("this is UTF-32; ") + kWanted);
-    if (bytes.starts_with(kLittleMark) || bytes.starts_with(kBigMark))
-        text = fromUtf16(file, bytes.substr(kLittleMark.size()), bytes.starts_with(kLittleMark));
-    else if (bytes.size() > 1 && (looksLikeUtf16(bytes, 1) || looksLikeUtf16(bytes, 0)))
-        throw Failure(file, "", std::string("this looks like UTF-16 without a byte order mark; ") + kWanted);
-    else
-        text = bytes.substr(bytes.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0);
+    std::string const text = withoutMark(file, bytes, kWanted);
     if (std::size_t const at = text.find('\0'); at != std::string::npos)
         throw Failure(file, placeIn(text, at), "a byte 0 is here: this is no text");
     if (std::size_t const at = notUtf8At(text); at != std::string::npos)

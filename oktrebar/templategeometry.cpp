@@ -1,9 +1,6 @@
 #include <oktrebar/templategeometry.h>
 
-#include <oktformat/failure.h>
-#include <oktrebar/barline.h>
-#include <oktrebar/preview.h>
-#include <oktrebar/recordtemplate.h>
+#include <oktrebar/planline.h>
 
 #include <cmath>
 #include <numbers>
@@ -17,15 +14,6 @@ namespace
 constexpr double kSharpest = 90; // degrees that one corner stands for
 
 double radians(double degrees) { return degrees * std::numbers::pi / 180; }
-
-double figure(TemplatePlan const &plan, ParameterKey const &key)
-{
-    ParameterPlan const *const parameter = plan.find(key);
-    double const *const value = parameter == nullptr ? nullptr : std::get_if<double>(&parameter->value);
-    if (value == nullptr)
-        throw Failure(plan.fileName, "", "the template has no figure of type " + std::to_string(key.type));
-    return *value;
-}
 
 Corner corner(Point const &place, double bendRadius) { return {OKTGeXYZ(place.x, place.y, 0), bendRadius}; }
 
@@ -62,12 +50,12 @@ BarGeometry geometryOf(TemplatePlan const &plan)
 {
     switch (plan.kind)
     {
-    case TemplateKind::Link: return geometryOfLine(linkLine(figuresOf(plan)), figure(plan, {types::kDiameter, 0}));
-    case TemplateKind::Hooked: return geometryOfLine(hookedLine(figuresOf(plan)), figure(plan, {types::kDiameter, 0}));
+    case TemplateKind::Link: return geometryOfLine(linkLine(figuresOf(plan)), figureOf(plan, {types::kDiameter, 0}));
+    case TemplateKind::Hooked: return geometryOfLine(hookedLine(figuresOf(plan)), figureOf(plan, {types::kDiameter, 0}));
     case TemplateKind::Mesh:
-        return geometryOfLine(BarLine({0, 0}, 0).straight(figure(plan, {types::kLength, 1})),
-                              figure(plan, {types::kDiameter, 0}));
-    case TemplateKind::Bent: return geometryOfLine(bentLine(plan), figure(plan, {types::kDiameter, 0}));
+        return geometryOfLine(BarLine({0, 0}, 0).straight(figureOf(plan, {types::kLength, 1})),
+                              figureOf(plan, {types::kDiameter, 0}));
+    case TemplateKind::Bent: return geometryOfLine(bentLine(plan), figureOf(plan, {types::kDiameter, 0}));
     case TemplateKind::Other: break;
     }
     return {};

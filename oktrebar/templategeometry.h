@@ -21,7 +21,7 @@ struct Corner
 struct BarGeometry
 {
     std::vector<Corner> corners;
-    double diameter = 0;
+    double diameter = 0; ///< of the bar
 };
 
 /// Throws Failure where a figure is missing. A template of another kind has no corners.

@@ -11,6 +11,8 @@
 namespace okt
 {
 
+// What a template is before it is a pool: plain values that a host may make, look through and change. buildPool makes a pool of them.
+
 /// The numbers of the parameter types that the templates use.
 namespace types
 {
@@ -59,12 +61,13 @@ struct ParameterPlan
     std::variant<double, int, bool, std::string> value;
     std::string name;         ///< empty: the name of the type
     bool isNameWhole = false; ///< the list index does not show in the name
-    std::string expression;
+    std::string expression;   ///< of names of parameters without blanks, such as "2*Diameter"; kept as text
     std::string description;
     std::vector<ParameterKey> uses; ///< parameters that the value is made of
     bool inBend = false;            ///< a member of the relation over the bend
 };
 
+/// A page of parameters in the host's dialogue.
 struct CategoryPlan
 {
     std::string name;
@@ -85,8 +88,8 @@ enum class TemplateKind
 struct TemplatePlan
 {
     TemplateKind kind = TemplateKind::Other;
-    std::string fileName;
-    std::string poolName;
+    std::string fileName; ///< "link-d12.okt"; no folder
+    std::string poolName; ///< the title for a reader
     Units units = Units::Millimetre;
     std::vector<CategoryPlan> categories;
 
@@ -101,13 +104,15 @@ struct SkippedTemplate
     std::string reason;
 };
 
+/// What was made of one table.
 struct Plans
 {
     std::vector<TemplatePlan> templates;
     std::vector<SkippedTemplate> skipped;
 };
 
-/// One template per size and kind: closed link, bar with hooks at both ends, mesh sheet. docs/templates.md tells the rules.
+/// One template per size and kind: closed link, bar with hooks at both ends, mesh sheet. docs/templates.md tells the rules and
+/// their standards. A size for which the tables have no rule is among the skipped.
 Plans metricPlans(BarTable const &bars, SchedulingBends const &bends, BendRules const &rules, ShapeLengths const &shapes);
 Plans inchPlans(BarTable const &bars, BendRules const &rules);
 

@@ -7,6 +7,8 @@
 namespace okt
 {
 
+// Not installed.
+
 /// How the parts of the page about one template are written.
 struct ArticleStyle
 {

@@ -4,7 +4,7 @@
 
 cmake_minimum_required(VERSION 3.25)
 
-# base64(VARIABLE HEX): bytes as base64, of which the digests are made.
+# base64(VARIABLE HEX): bytes as base64, which CMake has not; the digests themselves are CMake's.
 function(base64 variable hex)
     set(letters "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
     string(LENGTH "${hex}" length)

@@ -9,6 +9,8 @@
 namespace okt
 {
 
+// By hand, since what is escaped beyond the five characters of XML is our own: what steers a display. Not installed.
+
 /// A text of a file or of the user as it stands in a page, between tags and in attributes alike. What steers a display, and what
 /// no document may hold, is an escape such as \u202E there, as in the other outputs of okt.
 std::string html(CString const &text);

@@ -39,7 +39,7 @@ struct KeyFact
     bool isComputed = false; ///< no parameter holds it
 };
 
-/// The facts that parameters tell, in the order of the kinds, and the mass that follows from them. The parameters come in the
+/// The facts that parameters tell, in the order of the kinds, and the mass in kg that follows from them: 7850 kg/m3 of steel. The parameters come in the
 /// order in which the template lists them, from a pool in millimetres; of each its values are known.
 std::vector<KeyFact> keyFactsOf(std::vector<OKTDbParameter const *> const &parameters, UnitValues const &values);
 

@@ -6,6 +6,9 @@
 namespace okt
 {
 
+// By hand, since a graph library would set other fonts and sizes than the page has, and change the drawing with its releases.
+// Not installed.
+
 /// A box of a layered drawing.
 struct LayoutNode
 {

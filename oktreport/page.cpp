@@ -64,7 +64,7 @@ private:
     std::string title() const
     {
         if (!m_options.title.empty())
-            return m_options.title;
+            return html(std::string_view(m_options.title));
         return m_isSingle ? m_templates.front().title : "Reinforcement templates";
     }
 

@@ -11,7 +11,9 @@
 namespace okt
 {
 
-/// One text for each unit of the page.
+// Values of parameters as the page shows them: in five units, between which a reader switches.
+
+/// One text for each unit of the page, in the order of kUnitNames.
 using UnitTexts = std::array<std::string, kUnitNames.size()>;
 
 /// A value in every unit of the page, as the library converts it. All texts are HTML.

@@ -16,7 +16,8 @@
 namespace okt
 {
 
-// All texts here are HTML: what comes from a file is escaped.
+// What the page tells, as plain values: found once, apart from how it is laid out. All texts are HTML: what comes from a file is
+// escaped. Offsets and sizes are bytes of the file.
 
 struct PageParameter
 {
@@ -127,8 +128,9 @@ struct TemplateFacts
 /// What the page says of a file that cannot be read: its name and the line for the user.
 TemplateFacts factsOfUnread(std::filesystem::path const &shownAs, std::string const &faultLine);
 
-/// Reads a pool file once for each unit. One of which not even a header can be read has its facts too. `shownAs` is how the page
-/// calls the file. `faultLine` receives the line for the user, empty when all is well. Throws Cancelled.
+/// Reads a pool file once for each unit. A file with a fault has the facts that could be read, and one of which not even a header
+/// can be read has its line; neither throws. `shownAs` is how the page calls the file. `faultLine` receives the line for the user,
+/// empty when all is well. `onProgress` hears the bytes that are done; where it answers false, Cancelled is thrown.
 TemplateFacts factsOf(std::filesystem::path const &path, std::filesystem::path const &shownAs, std::string &faultLine,
                       OnProgress const &onProgress = {});
 

@@ -1,5 +1,6 @@
 #include <oktformat/failure.h>
 #include <oktrebar/cuttinglength.h>
+#include <oktrebar/planline.h>
 #include <oktrebar/poolbuilder.h>
 #include <oktrebar/recordtemplate.h>
 #include <oktrebar/shapecode.h>

@@ -1,6 +1,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/imageformat.h>
 #include <oktrebar/canvas.h>
+#include <oktrebar/planline.h>
 #include <oktrebar/poolbuilder.h>
 #include <oktrebar/preview.h>
 

@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""page.py OKT DATA GOLDEN FOLDER TIDY: the pages of okt report are valid, whole, closed in themselves and no larger than need be.
+"""page.py OKT DATA GOLDEN FOLDER TIDY MODULE: the pages of okt report are valid, whole, closed in themselves and no larger than need be.
 
-Takes the golden files of the folder GOLDEN, and the templates that okt makes of DATA. What is made goes to FOLDER."""
+Takes the golden files of the folder GOLDEN, and the templates that okt makes of DATA, without and with the objects of the client
+module MODULE. What is made goes to FOLDER."""
 
 import base64
 import hashlib
@@ -15,7 +16,7 @@ import xml.etree.ElementTree as ElementTree
 
 import html5lib
 
-okt, data, golden, folder, tidy = sys.argv[1:]
+okt, data, golden, folder, tidy, module = sys.argv[1:]
 folder = pathlib.Path(folder)
 failed = False
 
@@ -176,10 +177,14 @@ def check_sizes(page, root, name):
 
 shutil.rmtree(folder, ignore_errors=True)
 folder.mkdir(parents=True)
-if run("build", data, "-o", folder / "templates").returncode != 0:
-    fault("no templates were made")
+for name, options in [("templates", []), ("module-templates", ["--module", module])]:
+    if run(*options, "build", data, "-o", folder / name).returncode != 0:
+        fault(f"no {name} were made")
 pools = sorted(pathlib.Path(golden).glob("*.okt"))
 templates = sorted((folder / "templates").glob("*.okt"))
+module_templates = sorted((folder / "module-templates").glob("*.okt"))
+if [path.name for path in module_templates] != [path.name for path in templates]:
+    fault("with the module other templates are made")
 if len(pools) < 20 or len(templates) < 20:
     fault(f"{len(pools)} golden files and {len(templates)} templates are too few")
 
@@ -192,11 +197,11 @@ for path in pools:
     root = check_page(page, path.name)
     if reported.returncode == 0 and root is not None and "fault" in "".join(texts(root)):
         fault(f"{path.name}: a sound file bears the word")
-for name, files in [("golden", pools), ("templates", templates)]:
+for name, files in [("golden", pools), ("templates", templates), ("module-templates", module_templates)]:
     page = folder / f"all-{name}.html"
     run("report", *files, "-o", page)
     root = check_page(page, name)
-    if name == "templates" and root is not None and "fault" in "".join(texts(root)):
+    if name != "golden" and root is not None and "fault" in "".join(texts(root)):
         fault(f"{name}: sound files bear the word")
     if root is not None and len(root.findall(".//article")) != len(files):
         fault(f"{name}: not every file is in the page")

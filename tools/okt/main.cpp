@@ -3,6 +3,7 @@
 #include <oktinspect/modules.h>
 #include <tools/okt/commands/arguments.h>
 #include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/complete.h>
 #include <tools/okt/commands/gitcall.h>
 #include <tools/okt/commands/help.h>
 #include <tools/okt/files/files.h>
@@ -77,6 +78,11 @@ int run(int argc, char **argv, int &trouble)
     try
     {
         std::vector<std::string> typed = okt::arguments(argc, argv);
+        if (auto const words = okt::wordsToComplete(typed))
+        {
+            okt::print(okt::candidates(app, *words));
+            return kDone;
+        }
         okt::markGitOperands(typed);
         std::vector<std::string> const texts = okt::arranged(app, typed);
         std::vector<char const *> words;

@@ -29,8 +29,7 @@ public:
     std::string make_subcommand(CLI::App const *command) const override
     {
         std::stringstream text;
-        std::string const description = command->get_description();
-        CLI::detail::format_help(text, command->get_display_name(true), description.substr(0, description.find('\n')),
+        CLI::detail::format_help(text, command->get_display_name(true), firstLine(command->get_description()),
                                  get_column_width());
         return text.str();
     }
@@ -105,6 +104,16 @@ std::vector<CLI::Option const *> positionalsOf(CLI::App const &command)
     return command.get_options([](CLI::Option const *option) { return option->get_positional(); });
 }
 
+std::vector<std::string> namesOf(CLI::Option const &option)
+{
+    std::vector<std::string> names;
+    for (std::string const &name : option.get_snames())
+        names.push_back("-" + name);
+    for (std::string const &name : option.get_lnames())
+        names.push_back("--" + name);
+    return names;
+}
+
 std::vector<std::string> choicesOf(CLI::Option const &option)
 {
     // A check for one of several names itself "{a,b}" behind the type.
@@ -142,6 +151,8 @@ bool takesFile(CLI::Option const &option)
     std::string const name = valueNameOf(option);
     return option.get_positional() ? choicesOf(option).empty() : name == "FILE" || name == "DIR";
 }
+
+std::string firstLine(std::string const &text) { return text.substr(0, text.find('\n')); }
 
 std::string wholeNumberFault(std::string const &text)
 {

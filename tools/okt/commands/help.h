@@ -15,7 +15,7 @@ namespace okt
 
 struct CommandHelp
 {
-    std::string summary;
+    std::string summary; ///< its first line stands for it in a list
     std::vector<std::string> examples;
     std::string exitCodes; ///< without the words "Exit code: "
 };
@@ -33,12 +33,16 @@ std::vector<CLI::App const *> commandsOf(CLI::App const &app);
 std::vector<CLI::Option const *> optionsOf(CLI::App const &command);
 /// Its operands.
 std::vector<CLI::Option const *> positionalsOf(CLI::App const &command);
+/// "-u" and "--unit".
+std::vector<std::string> namesOf(CLI::Option const &option);
 /// "FILE", "mm|cm|m|in|ft"; empty for a flag.
 std::string valueNameOf(CLI::Option const &option);
 /// The values that an option takes, where it takes no others.
 std::vector<std::string> choicesOf(CLI::Option const &option);
 /// The option is given a file or a folder. What has no other kind and no choices is one.
 bool takesFile(CLI::Option const &option);
+
+std::string firstLine(std::string const &text);
 
 /// For CLI::Option::check: why a text is no whole number from 0 on; empty: it is one.
 std::string wholeNumberFault(std::string const &text);

@@ -14,9 +14,4 @@ std::string manPage(CLI::App const &app);
 /// That of one command.
 std::string manPage(CLI::App const &app, CLI::App const &command);
 
-/// Scripts that complete command lines.
-std::string bashCompletion(CLI::App const &app);
-std::string zshCompletion(CLI::App const &app);
-std::string fishCompletion(CLI::App const &app);
-
 } // namespace okt

@@ -1,5 +1,6 @@
 #include <tools/okt/commands/commands.h>
 
+#include <tools/okt/commands/complete.h>
 #include <tools/okt/commands/help.h>
 #include <tools/okt/commands/pages.h>
 #include <tools/okt/files/exportfiles.h>
@@ -17,11 +18,6 @@ namespace
 
 namespace fs = std::filesystem;
 
-std::string completionFor(CLI::App const &app, std::string const &shell)
-{
-    return shell == "bash" ? bashCompletion(app) : shell == "zsh" ? zshCompletion(app) : fishCompletion(app);
-}
-
 void writeFile(fs::path const &path, std::string const &text)
 {
     MadeFolder const folder(path.parent_path());
@@ -37,9 +33,9 @@ void writePages(CLI::App const &app, fs::path const &folder)
     writeFile(folder / "man" / "man1" / "okt.1", manPage(app));
     for (CLI::App const *const command : commandsOf(app))
         writeFile(folder / "man" / "man1" / ("okt-" + command->get_name() + ".1"), manPage(app, *command));
-    writeFile(folder / "bash-completion" / "completions" / "okt", bashCompletion(app));
-    writeFile(folder / "zsh" / "site-functions" / "_okt", zshCompletion(app));
-    writeFile(folder / "fish" / "vendor_completions.d" / "okt.fish", fishCompletion(app));
+    writeFile(folder / "bash-completion" / "completions" / "okt", completionScript("bash"));
+    writeFile(folder / "zsh" / "site-functions" / "_okt", completionScript("zsh"));
+    writeFile(folder / "fish" / "vendor_completions.d" / "okt.fish", completionScript("fish"));
 }
 
 } // namespace
@@ -53,8 +49,8 @@ void addCompletion(CommandLine &line)
     auto const shell = std::make_shared<std::string>();
     command->add_option("SHELL", *shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
     command->callback([&line, shell] {
-        line.run = [&line, shell] {
-            print(completionFor(line.app, *shell));
+        line.run = [shell] {
+            print(completionScript(*shell));
             return kDone;
         };
     });

@@ -1,4 +1,3 @@
-#include <oktreport/html.h>
 #include <oktreport/page.h>
 
 #include <oktformat/failure.h>
@@ -77,7 +76,7 @@ int report(Options const &options)
     Waiting const waiting("report");
     PageOptions page;
     arrange(templates);
-    page.title = html(std::string_view(options.title));
+    page.title = options.title;
     page.unit = static_cast<std::size_t>(std::find(kUnitNames.begin(), kUnitNames.end(), options.unit) - kUnitNames.begin());
     OutputFile file(output, options.replaces);
     writePage(templates, page, [&file](std::string_view piece) { file.write(piece); });
