@@ -8,12 +8,24 @@ namespace okt
 namespace
 {
 
-Frame frameOf(Stretch const &stretch)
+/// Where the first record that is not whole begins.
+std::int64_t endOfRecords(ByteSource &source, std::int64_t begin)
+{
+    RecordWalk walk(source, begin);
+    while (walk.next())
+        ;
+    return walk.position();
+}
+
+Frame frameOf(ByteSource &source, Stretch const &stretch)
 {
     Frame frame;
     bool const isWhole = stretch.kind == Stretch::Kind::Object;
     frame.offset = static_cast<int>(stretch.begin);
-    frame.size = static_cast<int>((isWhole ? stretch.end : stretch.faultAt) - stretch.begin);
+    std::int64_t const end = isWhole                              ? stretch.end
+                             : stretch.kind == Stretch::Kind::Cut ? endOfRecords(source, stretch.begin)
+                                                                  : stretch.faultAt;
+    frame.size = static_cast<int>(end - stretch.begin);
     frame.state = isWhole                              ? Frame::State::Whole
                   : stretch.kind == Stretch::Kind::Cut ? Frame::State::Cut
                                                        : Frame::State::Damaged;
@@ -29,7 +41,7 @@ Frame frameOf(Stretch const &stretch)
 Frame readFrame(CByteArray const &bytes, int offset)
 {
     ByteSource source(bytes);
-    return frameOf(ObjectScan(source, offset).examine(offset));
+    return frameOf(source, ObjectScan(source, offset).examine(offset));
 }
 
 std::vector<Frame> readFrames(CByteArray const &bytes, int offset)
@@ -39,7 +51,7 @@ std::vector<Frame> readFrames(CByteArray const &bytes, int offset)
     std::vector<Frame> frames;
     while (std::optional<Stretch> const stretch = scan.next())
         if (stretch->kind != Stretch::Kind::Gap)
-            frames.push_back(frameOf(*stretch));
+            frames.push_back(frameOf(source, *stretch));
     return frames;
 }
 

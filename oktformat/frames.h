@@ -19,7 +19,7 @@ struct Frame
     };
 
     int offset = 0; ///< of its first byte in the file
-    int size = 0;   ///< up to its end, or to the fault
+    int size = 0;   ///< up to its end, or to the fault; of a cut one as far as its records are whole
     State state = State::Whole;
     CString className;          ///< empty where that is lost
     std::vector<CString> bases; ///< class names of the frames nested at its start, the nearest base first

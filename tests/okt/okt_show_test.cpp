@@ -391,7 +391,7 @@ TEST_F(OktShow, Show_TrailingBytes_Counted)
     expectPart(result, "Objects: 3 read, 3 in the file");
     expectPart(result, "  (no whole object)           18");
     // A byte of no object, then the begin of one.
-    expectPart(result, "Not read\n  an object, 17 bytes from byte 1357: cut off\n");
+    expectPart(result, "Not read\n  an object, 1 byte from byte 1357: cut off\n");
     expectFailure(result, golden("trailing-bytes.okt") + ":byte 1374: the file ends inside an object that begins at byte 1357");
 }
 
