@@ -15,14 +15,6 @@ bool isPrintable(char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 
 
 } // namespace
 
-std::uint32_t littleEndian(std::string_view bytes)
-{
-    std::uint32_t value = 0;
-    for (std::size_t i = bytes.size(); i-- > 0;)
-        value = (value << 8) | static_cast<unsigned char>(bytes[i]);
-    return value;
-}
-
 bool RecordWalk::stop(State state)
 {
     m_state = state;
@@ -41,7 +33,7 @@ bool RecordWalk::next()
     if (!has(1))
         return false;
     int const type = m_source.at(m_position);
-    if (type > static_cast<int>(RecordType::Bytes) || (m_open.empty() && type != static_cast<int>(RecordType::FrameBegin)))
+    if (type > static_cast<int>(RecordType::Bytes) || (m_open.empty() && !canBegin(static_cast<RecordType>(type))))
         return stop(State::Damaged);
     m_record.type = static_cast<RecordType>(type);
     m_record.number = 0;
@@ -65,6 +57,13 @@ bool RecordWalk::next()
     if (taken && m_open.empty())
         m_state = State::Whole;
     return taken;
+}
+
+bool RecordWalk::canBegin(RecordType type) const
+{
+    if (m_start == Start::Frame)
+        return type == RecordType::FrameBegin;
+    return type != RecordType::FrameEnd && type != RecordType::SectionEnd;
 }
 
 void RecordWalk::checkPlace()
@@ -177,7 +176,8 @@ bool RecordWalk::sectionBegin()
         return false;
     if (m_open.size() == kDeepest)
         return stop(State::Damaged);
-    m_open.back().hasSections = true;
+    if (!m_open.empty())
+        m_open.back().hasSections = true;
     m_open.push_back({RecordType::SectionBegin, false, false, m_record.begin});
     return true;
 }

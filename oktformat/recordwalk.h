@@ -1,28 +1,13 @@
 #pragma once
 
 #include <oktformat/bytesource.h>
+#include <oktformat/recordtype.h>
 
 #include <cstdint>
 #include <vector>
 
 namespace okt
 {
-
-/// The types of records. These numbers stand in files.
-enum class RecordType : unsigned char
-{
-    Bool = 0,
-    Short = 1,
-    Long = 2,
-    Double = 3,
-    Text16 = 4,
-    Text8 = 5,
-    FrameBegin = 6,
-    FrameEnd = 7,
-    SectionBegin = 8,
-    SectionEnd = 9,
-    Bytes = 10
-};
 
 /// One record of a stream. The begin of a frame has its class name and version with it, that of a section its number.
 struct RecordPlace
@@ -35,7 +20,7 @@ struct RecordPlace
     std::int32_t number = 0; ///< of a bool, short and long the value, of a frame the version, of a section its number
 };
 
-/// Walks over the records of one frame, whatever its class is.
+/// Walks over the records of one frame, whatever its class is, and on request over any one record with what it holds.
 ///
 ///     frame   = 6 text long [ frame ] { section } 7          class name, version, base, sections
 ///     section = 8 long { value | frame } 9                    section number
@@ -48,8 +33,8 @@ public:
     enum class State
     {
         Going,
-        Whole,
-        Cut,    ///< the source ends inside the frame
+        Whole,  ///< the record has ended
+        Cut,    ///< the source ends inside it
         Damaged ///< a byte is no record, or closes what is not open
     };
 
@@ -62,9 +47,19 @@ public:
         std::int64_t begin;
     };
 
-    RecordWalk(ByteSource &source, std::int64_t begin) : m_source(source), m_position(begin) {}
+    /// What it may begin with.
+    enum class Start
+    {
+        Frame,    ///< anything else is damage
+        AnyRecord ///< a value or a section too, as in a stream that is no pool file
+    };
 
-    /// The next record. False: the frame has ended, or cannot be followed further.
+    RecordWalk(ByteSource &source, std::int64_t begin, Start start = Start::Frame)
+        : m_source(source), m_position(begin), m_start(start)
+    {
+    }
+
+    /// The next record. False: the first one has ended with all it holds, or cannot be followed further.
     bool next();
     RecordPlace const &record() const { return m_record; }
     /// What the record, or the one that could not be read, lacks to the grammar; null: nothing.
@@ -82,6 +77,7 @@ public:
 private:
     bool stop(State state);
     bool has(std::int64_t count);
+    bool canBegin(RecordType type) const;
     bool value(std::int64_t size);
     bool counted(int countSize, int unitSize);
     bool takeLong();
@@ -93,6 +89,7 @@ private:
 
     ByteSource &m_source;
     std::int64_t m_position;
+    Start m_start;
     RecordPlace m_record;
     char const *m_oddity = nullptr;
     std::int64_t m_badNameAt = -1;
@@ -100,7 +97,13 @@ private:
     std::vector<Level> m_open;
 };
 
-/// Unsigned, little-endian.
-std::uint32_t littleEndian(std::string_view bytes);
+/// Unsigned, of up to four bytes.
+inline std::uint32_t littleEndian(std::string_view bytes)
+{
+    std::uint32_t value = 0;
+    for (std::size_t i = bytes.size(); i-- > 0;)
+        value = (value << 8) | static_cast<unsigned char>(bytes[i]);
+    return value;
+}
 
 } // namespace okt

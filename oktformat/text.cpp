@@ -1,5 +1,8 @@
 #include <oktformat/text.h>
 
+#include <oktformat/escape.h>
+#include <oktformat/utf8.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -15,73 +18,6 @@ namespace
 constexpr double kSmallestPlain = 1e-5;
 constexpr double kLargestPlain = 1e15;
 
-constexpr std::uint32_t kNoCharacter = 0xFFFFFFFF;
-
-std::string hex(std::uint32_t value, int digits)
-{
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string text;
-    for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4)
-        text += kDigits[(value >> shift) & 15];
-    return text;
-}
-
-bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-
-bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
-
-/// Characters that would move the cursor, end the line or turn the direction of what follows.
-bool steersTerminal(std::uint32_t c)
-{
-    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x2028 && c <= 0x202E) ||
-           (c >= 0x2066 && c <= 0x2069) || c == 0xFEFF || (c >= 0xFFF9 && c <= 0xFFFB);
-}
-
-void appendUtf8(std::string &target, std::uint32_t c)
-{
-    auto const byte = [&target](std::uint32_t value) { target += static_cast<char>(static_cast<unsigned char>(value)); };
-    if (c < 0x80)
-    {
-        byte(c);
-    }
-    else if (c < 0x800)
-    {
-        byte(0xC0 | (c >> 6));
-        byte(0x80 | (c & 0x3F));
-    }
-    else if (c < 0x10000)
-    {
-        byte(0xE0 | (c >> 12));
-        byte(0x80 | ((c >> 6) & 0x3F));
-        byte(0x80 | (c & 0x3F));
-    }
-    else
-    {
-        byte(0xF0 | (c >> 18));
-        byte(0x80 | ((c >> 12) & 0x3F));
-        byte(0x80 | ((c >> 6) & 0x3F));
-        byte(0x80 | (c & 0x3F));
-    }
-}
-
-void appendPrintable(std::string &target, std::uint32_t c, bool escapeQuotes)
-{
-    if (c == '\\')
-        target += "\\\\";
-    else if (c == '"' && escapeQuotes)
-        target += "\\\"";
-    else if (c == '\n')
-        target += "\\n";
-    else if (c == '\r')
-        target += "\\r";
-    else if (c == '\t')
-        target += "\\t";
-    else if (steersTerminal(c) || isHighSurrogate(c) || isLowSurrogate(c))
-        target += "\\u" + hex(c, 4);
-    else
-        appendUtf8(target, c);
-}
-
 std::string printableUnits(CString const &text, bool escapeQuotes)
 {
     OktTextView const units = text.View();
@@ -89,40 +25,12 @@ std::string printableUnits(CString const &text, bool escapeQuotes)
     result.reserve(units.size());
     for (std::size_t i = 0; i < units.size(); ++i)
     {
-        std::uint32_t c = units[i];
+        char32_t c = units[i];
         if (isHighSurrogate(c) && i + 1 < units.size() && isLowSurrogate(units[i + 1]))
-        {
-            c = 0x10000 + ((c - 0xD800) << 10) + (static_cast<std::uint32_t>(units[i + 1]) - 0xDC00);
-            ++i;
-        }
-        appendPrintable(result, c, escapeQuotes);
+            c = joined(c, units[++i]);
+        appendEscaped(result, c, escapeQuotes);
     }
     return result;
-}
-
-/// The character at the start of the bytes and its length; kNoCharacter and 1 when they start with none.
-std::uint32_t decode(std::string_view bytes, std::size_t &length)
-{
-    auto const at = [bytes](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i])); };
-    length = 1;
-    std::uint32_t const first = at(0);
-    if (first < 0x80)
-        return first;
-    std::size_t const more = first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : 1;
-    if (first < 0xC2 || first > 0xF4 || bytes.size() <= more)
-        return kNoCharacter;
-    std::uint32_t c = first & (0x3Fu >> more);
-    for (std::size_t i = 1; i <= more; ++i)
-    {
-        if ((at(i) & 0xC0) != 0x80)
-            return kNoCharacter;
-        c = (c << 6) | (at(i) & 0x3F);
-    }
-    static constexpr std::array<std::uint32_t, 4> kSmallest = {0, 0x80, 0x800, 0x10000};
-    if (c < kSmallest[more] || c > 0x10FFFF || isHighSurrogate(c) || isLowSurrogate(c))
-        return kNoCharacter;
-    length = more + 1;
-    return c;
 }
 
 std::string printableBytes(std::string_view utf8, bool escapeQuotes, std::size_t limit)
@@ -132,13 +40,15 @@ std::string printableBytes(std::string_view utf8, bool escapeQuotes, std::size_t
     {
         if (count == limit)
             return result + "...";
-        std::size_t length = 0;
-        std::uint32_t const c = decode(utf8, length);
-        if (c == kNoCharacter)
-            result += "\\x" + hex(static_cast<unsigned char>(utf8.front()), 2);
+        auto const [character, size] = firstCharacter(utf8);
+        if (character == kNoCharacter)
+        {
+            result += "\\x";
+            appendHex(result, static_cast<unsigned char>(utf8.front()), 2);
+        }
         else
-            appendPrintable(result, c, escapeQuotes);
-        utf8.remove_prefix(length);
+            appendEscaped(result, character, escapeQuotes);
+        utf8.remove_prefix(size);
     }
     return result;
 }
@@ -155,9 +65,13 @@ std::string excerpt(std::string_view utf8) { return "\"" + printableBytes(utf8, 
 
 std::size_t notUtf8At(std::string_view text)
 {
-    for (std::size_t at = 0, length = 0; at < text.size(); at += length)
-        if (decode(text.substr(at), length) == kNoCharacter)
+    for (std::size_t at = 0; at < text.size();)
+    {
+        auto const [character, size] = firstCharacter(text.substr(at));
+        if (character == kNoCharacter)
             return at;
+        at += size;
+    }
     return std::string_view::npos;
 }
 

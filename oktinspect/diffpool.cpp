@@ -23,14 +23,13 @@ std::string firstText(Record const &record)
 {
     for (Record const &child : record.children)
     {
-        if (child.kind == Record::Kind::String16 && !child.payload.empty())
+        if (child.type == RecordType::Text16 && !child.payload.empty())
         {
             std::string json;
             okttext::appendUnits(json, child.payload);
             return Json::parse('"' + json + '"').get<std::string>();
         }
-        bool const isPart =
-            child.kind == Record::Kind::Section || (child.kind == Record::Kind::Frame && record.kind == Record::Kind::Frame);
+        bool const isPart = child.isSection() || (child.isFrame() && record.isFrame());
         if (!isPart)
             continue;
         if (std::string text = firstText(child); !text.empty())
@@ -49,7 +48,7 @@ std::string classNameOf(Record const &frame)
 /// The frame of the base class stands first in that of a class.
 Record const *baseOf(Record const &frame)
 {
-    return frame.children.empty() || frame.children.front().kind != Record::Kind::Frame ? nullptr : &frame.children.front();
+    return frame.children.empty() || !frame.children.front().isFrame() ? nullptr : &frame.children.front();
 }
 
 KnownClass kindOf(Record const &object)
@@ -85,7 +84,7 @@ bool hasOwnName(Record const &object, KnownClass kind)
     if (section == nullptr)
         return false;
     auto const text = std::find_if(section->children.begin(), section->children.end(),
-                                   [](Record const &child) { return child.kind == Record::Kind::String16; });
+                                   [](Record const &child) { return child.type == RecordType::Text16; });
     return text != section->children.end() && !text->payload.empty();
 }
 
@@ -95,9 +94,8 @@ Record const *sectionOf(Record const *frame, std::int32_t number)
 {
     if (frame == nullptr)
         return nullptr;
-    auto const found = std::find_if(frame->children.begin(), frame->children.end(), [number](Record const &child) {
-        return child.kind == Record::Kind::Section && child.number == number;
-    });
+    auto const found = std::find_if(frame->children.begin(), frame->children.end(),
+                                    [number](Record const &child) { return child.isSection() && child.number == number; });
     return found == frame->children.end() ? nullptr : &*found;
 }
 
@@ -120,7 +118,7 @@ DiffPool::DiffPool(std::string name, CByteArray image, Damage damage, OnProgress
     }
     ProgressStep progress(onProgress, shown, bytes().size());
     m_objects.reserve(m_parts.objects.size());
-    for (okttext::Stretch const &stretch : m_parts.objects)
+    for (okttext::PoolPiece const &stretch : m_parts.objects)
     {
         progress.at(stretch.begin, m_objects.size());
         addObject(stretch);
@@ -156,7 +154,7 @@ void DiffPool::takeApart(Damage damage)
     }
 }
 
-void DiffPool::addObject(okttext::Stretch const &stretch)
+void DiffPool::addObject(okttext::PoolPiece const &stretch)
 {
     DiffObject &object = m_objects.emplace_back();
     object.stretch = stretch;
@@ -196,7 +194,7 @@ std::vector<std::string> DiffPool::listOf(DiffObject const &object) const
     // The count of the list is the last number in the section, and ids of other members stand ahead of it.
     for (Record const &child : section->children)
     {
-        if (child.kind == Record::Kind::Long)
+        if (child.type == RecordType::Long)
             ids.clear();
         else if (std::string id = okttext::idOf(child); !id.empty())
             ids.push_back(std::move(id));

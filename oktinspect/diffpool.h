@@ -26,7 +26,7 @@ using IdPairs = std::map<std::string, std::string>;
 /// One object of a pool that is compared, or a stretch of the file that is none.
 struct DiffObject
 {
-    okttext::Stretch stretch;
+    okttext::PoolPiece stretch;
     std::string className;               ///< in UTF-8
     std::string name;                    ///< the first text in it, in UTF-8; empty: it has none
     KnownClass kind = KnownClass::Other; ///< its class or the nearest base of it that users know
@@ -79,7 +79,7 @@ public:
 
 private:
     void takeApart(Damage damage);
-    void addObject(okttext::Stretch const &stretch);
+    void addObject(okttext::PoolPiece const &stretch);
 
     std::string m_name;
     std::vector<std::string> m_faults;

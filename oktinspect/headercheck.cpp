@@ -22,7 +22,7 @@ using Code = Finding::Code;
 
 constexpr std::int32_t kNone = ObjectTable::kNone;
 
-bool isPicture(StoredValue const &value) { return value.section == 5 || (value.section == 1 && value.ordinal == 4); }
+bool isPicture(HeaderRole role) { return role == HeaderRole::Picture || role == HeaderRole::OldPicture; }
 
 class HeaderCheck
 {
@@ -36,15 +36,15 @@ public:
     {
         for (RecordFault const &fault : checkRecords(m_source, m_header.begin).faults)
             add(fault.severity, fault.code, fault.at, "the header: " + fault.text);
-        HeaderPlaces walk(m_source, m_header.begin);
+        HeaderWalk walk(m_source, m_header.begin);
         while (walk.next())
         {
             StoredValue const &value = walk.value();
-            checkValue(value);
+            checkValue(value, walk.role());
             if (value.nested > 0 || value.section > 6)
                 continue;
             if (value.kind == Kind::Id)
-                takeId(value);
+                takeId(value, walk.role());
             else if (walk.isSize())
                 checkPlace(walk.id(), walk.position(), value.number);
         }
@@ -58,11 +58,11 @@ private:
         m_findings.add({severity, code, at, -1, std::nullopt, named, text});
     }
 
-    void checkValue(StoredValue const &value)
+    void checkValue(StoredValue const &value, HeaderRole role)
     {
         if (std::string const fault = textFault(m_source, value); !fault.empty())
             add(Severity::Warning, Code::Text, value.begin, "the name of the pool " + fault);
-        if (value.kind != Kind::Double || value.section != 2)
+        if (role != HeaderRole::Factor)
             return;
         double const factor = value.reals.front();
         if (!std::isfinite(factor) || factor <= 0)
@@ -72,9 +72,9 @@ private:
                 "the header states the metrics factor " + number(factor) + ", which is 1 in every file");
     }
 
-    void takeId(StoredValue const &value)
+    void takeId(StoredValue const &value, HeaderRole role)
     {
-        if (value.section == 1 && value.ordinal == 0)
+        if (role == HeaderRole::PoolId)
         {
             m_pool = value.id;
             return;
@@ -85,12 +85,12 @@ private:
         if (named == kNone)
         {
             // The ids of sketch, ppActions and radial reinforcement stay when a client removes the object.
-            bool const isLeft = value.section == 3 || value.section == 4 || value.section == 6;
+            bool const isLeft = !hasPlace(role);
             add(isLeft ? Severity::Warning : Severity::Error, Code::Missing, value.begin,
-                "the header names " + idText(value.id) + " for " + headerRole(value) + ", which is not in the file", value.id);
+                "the header names " + idText(value.id) + " for " + roleText(role) + ", which is not in the file", value.id);
             return;
         }
-        if (!isPicture(value))
+        if (!isPicture(role))
             return;
         m_pictures.push_back(named);
         if (m_objects.at(named).known != KnownClass::Picture)
@@ -104,7 +104,7 @@ private:
         {
             if (position != -1 || size != -1)
                 add(Severity::Warning, Code::Place, id.begin,
-                    "the header gives a place for " + headerRole(id) + ", but names none");
+                    "the header gives a place for " + roleText(headerRole(id)) + ", but names none");
             return;
         }
         std::int32_t const named = m_objects.find(id.id);
@@ -113,7 +113,8 @@ private:
         ObjectTable::Entry const &object = m_objects.at(named);
         if (size < 0)
             add(Severity::Warning, Code::Place, id.begin,
-                "the header gives no place for " + headerRole(id) + ", which is at byte " + std::to_string(object.begin));
+                "the header gives no place for " + roleText(headerRole(id)) + ", which is at byte " +
+                    std::to_string(object.begin));
         else if (std::string const fault = placeFault(m_header, id, position, size, object.begin, object.size); !fault.empty())
             add(Severity::Error, Code::Place, id.begin, fault);
     }
@@ -138,40 +139,6 @@ private:
 
 } // namespace
 
-std::string headerRole(StoredValue const &value)
-{
-    switch (value.section)
-    {
-    case 1: return value.ordinal == 1 ? "the construct" : value.ordinal == 7 ? "the index" : "a picture";
-    case 3: return "the ppActions";
-    case 4: return "the sketch";
-    case 5: return "a picture";
-    default: return "the radial reinforcement";
-    }
-}
-
-bool HeaderPlaces::next()
-{
-    if (!m_walk.next())
-        return false;
-    StoredValue const &value = m_walk.value();
-    if (value.kind == Kind::Id && value.nested == 0)
-    {
-        m_id = value;
-        m_numbers = value.section == 5 || (value.section == 1 && value.ordinal > 0) ? 0 : 3;
-    }
-    else if (value.kind == Kind::Long && value.nested == 0 && m_numbers < 2 && value.section == m_id.section)
-    {
-        if (++m_numbers == 1)
-            m_position = value.number;
-    }
-    else
-    {
-        m_numbers = 3;
-    }
-    return true;
-}
-
 _GUID checkHeader(ByteSource &source, HeaderPlace const &header, ObjectTable const &objects, Findings &findings)
 {
     return HeaderCheck(source, header, objects, findings).run();
@@ -194,7 +161,7 @@ std::string placeFault(HeaderPlace const &header, StoredValue const &id, std::in
     std::int64_t const at = header.end + position;
     if (at == realBegin && size == realSize)
         return {};
-    return "the header places " + headerRole(id) + " at byte " + std::to_string(at) + ", " + plural(size, "byte") +
+    return "the header places " + roleText(headerRole(id)) + " at byte " + std::to_string(at) + ", " + plural(size, "byte") +
            " long, but it is at byte " + std::to_string(realBegin) + ", " + plural(realSize, "byte") + " long";
 }
 

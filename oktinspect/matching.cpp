@@ -130,7 +130,9 @@ private:
                 node.references.push_back(place == m_places.end() ? kUnmatched : place->second);
             return;
         }
-        node.colour = mixed(mixed(node.colour, static_cast<Colour>(record.kind)), static_cast<std::uint32_t>(record.number));
+        constexpr Colour kRaw = 0xFF; // no type
+        node.colour = mixed(node.colour, record.type ? static_cast<Colour>(*record.type) : kRaw);
+        node.colour = mixed(node.colour, static_cast<std::uint32_t>(record.number));
         node.colour = mixed(node.colour, record.payload);
         for (Record const &child : record.children)
             add(node, child, ownId);

@@ -1,13 +1,13 @@
 #include <oktinspect/picturetext.h>
 
+#include <oktformat/base64.h>
 #include <oktformat/text.h>
 
 #include <oktdatabase/oktmemoryfiler.h>
 #include <oktdatabase/oktsmartansistring.h>
 
-#include <array>
 #include <cstdint>
-#include <string_view>
+#include <optional>
 
 namespace okt
 {
@@ -15,24 +15,7 @@ namespace okt
 namespace
 {
 
-constexpr int kCharactersOfGroup = 4;
 constexpr int kHeadOfRecord = 3; // type and count of an 8-bit text
-
-// Of a character that is a digit its six bits. Padding and line breaks writers of base64 are free to use.
-constexpr signed char kForeign = -1;
-constexpr signed char kBreak = -2;
-constexpr signed char kPadding = -3;
-
-constexpr auto kSigns = [] {
-    std::array<signed char, 128> signs{};
-    signs.fill(kForeign);
-    signed char digit = 0;
-    for (char const c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"))
-        signs[static_cast<std::size_t>(c)] = digit++;
-    signs['\r'] = signs['\n'] = kBreak;
-    signs['='] = kPadding;
-    return signs;
-}();
 
 /// Takes the chunks of a text in their order.
 class TextCheck
@@ -45,54 +28,39 @@ public:
         CString chunk;
         if (!filer.readString(CString(), chunk))
             return false;
-        add(chunk);
+        for (WCHAR const unit : chunk.View())
+            m_text.take(unit);
         // A reader takes a text up to its first zero.
-        if (filer.GetFilerPosition() - begin - kHeadOfRecord > chunk.GetLength() && m_fault.empty())
-            m_fault = "a zero at " + std::to_string(m_length) + " cuts it";
+        if (filer.GetFilerPosition() - begin - kHeadOfRecord > chunk.GetLength() && !m_text.fault() && m_zeroAt < 0)
+            m_zeroAt = m_text.length();
         return true;
     }
 
     std::string fault() const
     {
-        if (!m_fault.empty())
-            return m_fault;
-        std::int64_t const left = m_digits % kCharactersOfGroup;
-        if (left == 1)
-            return "it breaks off behind character " + std::to_string(m_digits);
-        // An end within a group leaves bits over, and padding fills the group up.
-        if ((left == 2 && m_lastDigit % 16 != 0) || (left == 3 && m_lastDigit % 4 != 0))
-            return "it ends within a byte";
-        if (m_padding > 0 && (left + m_padding) % kCharactersOfGroup != 0)
-            return "its padding does not fit its length";
+        if (m_zeroAt >= 0)
+            return "a zero at " + std::to_string(m_zeroAt) + " cuts it";
+        std::optional<Base64Fault> const fault = m_text.finish();
+        if (!fault)
+            return {};
+        auto const unit = static_cast<WCHAR>(fault->character);
+        switch (fault->kind)
+        {
+        case Base64Fault::Kind::Foreign:
+            return quoted(CString(OktTextView(&unit, 1))) + " at " + std::to_string(fault->offset) +
+                   " is no character of base64";
+        case Base64Fault::Kind::BehindPadding: return "text goes on behind its padding, at " + std::to_string(fault->offset);
+        case Base64Fault::Kind::BrokenOff: return "it breaks off behind character " + std::to_string(m_text.digits());
+        case Base64Fault::Kind::PartOfByte: return "it ends within a byte";
+        case Base64Fault::Kind::Padding: return "its padding does not fit its length";
+        }
         return {};
     }
 
 private:
-    void add(CString const &chunk)
-    {
-        for (WCHAR const unit : chunk.View())
-        {
-            int const sign = unit < kSigns.size() ? kSigns[unit] : kForeign;
-            if (sign == kForeign && m_fault.empty())
-                m_fault =
-                    quoted(CString(OktTextView(&unit, 1))) + " at " + std::to_string(m_length) + " is no character of base64";
-            if (sign >= 0 && m_padding > 0 && m_fault.empty())
-                m_fault = "text goes on behind its padding, at " + std::to_string(m_length);
-            ++m_length;
-            if (sign == kPadding)
-                ++m_padding;
-            if (sign < 0)
-                continue;
-            ++m_digits;
-            m_lastDigit = sign;
-        }
-    }
-
-    std::int64_t m_length = 0;
-    std::int64_t m_digits = 0;
-    std::int64_t m_padding = 0;
-    int m_lastDigit = 0;
-    std::string m_fault;
+    // Writers of base64 are free to break lines and to leave the padding out.
+    Base64Reader m_text{Base64Mode::Lenient, Base64Padding::Without, nullptr};
+    std::int64_t m_zeroAt = -1;
 };
 
 } // namespace

@@ -207,7 +207,7 @@ private:
 
 bool isSameRecord(Record const &before, Record const &after, IdPairs const &ids)
 {
-    if (before.kind != after.kind || before.number != after.number || before.children.size() != after.children.size())
+    if (before.type != after.type || before.number != after.number || before.children.size() != after.children.size())
         return false;
     if (std::string const id = okttext::idOf(before); !id.empty())
     {

@@ -3,6 +3,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/progress.h>
+#include <oktformat/recordtype.h>
 #include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/picturetext.h>
@@ -130,6 +131,10 @@ private:
             return refuse(frame, m_bytes.GetSize(), "the file ends inside " + object, "cut off");
         if (frame.state == Frame::State::Damaged)
             return refuse(frame, frame.offset + frame.size, "damaged inside " + object, "damaged");
+        // A load searches for the begin of a frame behind the end of another.
+        if (m_bytes[frame.offset - 1] != static_cast<BYTE>(RecordType::FrameEnd))
+            note(frame.offset, "a load does not find " + withArticle(frame.className) +
+                                   " that begins here: no end of a frame stands in front of it");
         return isKnown(frame) && isReadable(frame);
     }
 

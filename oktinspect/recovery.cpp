@@ -183,7 +183,7 @@ void Recovery::mendPlace(StoredValue const &id, std::int32_t position, std::int3
     if (isSame(id.id, kNoId))
     {
         if (position != -1 || size != -1)
-            mend("the header gives a place for " + headerRole(id) + ", but names none");
+            mend("the header gives a place for " + roleText(headerRole(id)) + ", but names none");
         return;
     }
     auto const place = m_places.find(keyOf(id.id));
@@ -202,7 +202,7 @@ std::string Recovery::keptHeader()
     std::string bytes = m_source.copy(m_header.begin, m_header.end - m_header.begin);
     ByteSource header{std::string_view(bytes)};
     std::vector<std::pair<std::int64_t, std::int64_t>> numbers;
-    HeaderPlaces walk(header, 0);
+    HeaderWalk walk(header, 0);
     while (walk.next())
     {
         if (!walk.isPosition() && !walk.isSize())

@@ -1,6 +1,6 @@
 #include <oktinspect/rescuedheader.h>
 
-#include <oktformat/valuewalk.h>
+#include <oktformat/poolheader.h>
 
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
@@ -15,66 +15,21 @@ namespace okt
 namespace
 {
 
-/// The fields of a header as far as they can be read.
-struct HeaderFields
-{
-    std::optional<_GUID> pool;
-    std::optional<_GUID> construct;
-    std::optional<_GUID> index;
-    std::optional<CString> name;
-    std::optional<double> factor;
-    std::optional<_GUID> ppActions;
-    std::optional<_GUID> sketch;
-    std::optional<_GUID> radial;
-    std::vector<_GUID> pictures;
-    _GUID oldPicture = kNoId; ///< of a file from before the list
-    int pictureCount = -1;
-};
-
-void takeField(HeaderFields &fields, ByteSource &source, StoredValue const &value)
-{
-    using Kind = StoredValue::Kind;
-    bool const isId = value.kind == Kind::Id && value.isComplete;
-    int const place = 100 * value.section + value.ordinal;
-    if (place == 100 && isId)
-        fields.pool = value.id;
-    else if (place == 101 && isId)
-        fields.construct = value.id;
-    else if (place == 104 && isId)
-        fields.oldPicture = value.id;
-    else if (place == 107 && isId)
-        fields.index = value.id;
-    else if (place == 110 && value.kind == Kind::Text16)
-        fields.name = textOf(source, value);
-    else if (place == 200 && value.kind == Kind::Double)
-        fields.factor = value.reals.front();
-    else if (place == 300 && isId)
-        fields.ppActions = value.id;
-    else if (place == 400 && isId)
-        fields.sketch = value.id;
-    else if (place == 500 && value.kind == Kind::Long)
-        fields.pictureCount = value.number;
-    else if (value.section == 5 && value.ordinal > 0 && isId)
-        fields.pictures.push_back(value.id);
-    else if (place == 600 && isId)
-        fields.radial = value.id;
-}
-
 /// A section of that number which begins at a place in what is left of a header. False: it is none of a header's.
-bool takeSectionAt(HeaderFields &fields, std::string_view remains, std::size_t at, char section)
+bool takeSectionAt(PoolHeader &fields, std::string_view remains, std::size_t at, char section)
 {
     static constexpr std::string_view kFrameBegin("\x06\x05\x09\x00OKTDbPool\x02\x06\x00\x00\x00", 18);
     std::string const bytes = std::string(kFrameBegin) + std::string(remains.substr(at));
     ByteSource source{std::string_view(bytes)};
-    ValueWalk walk(source, 0);
-    HeaderFields taken = fields;
+    HeaderWalk walk(source, 0);
+    PoolHeader taken = fields;
     bool isHeader = section != 1;
     while (walk.next() && walk.oddAt() < 0 && walk.value().section == section)
     {
         // Every object has a section 1 that begins with an id; in that of a header a second one follows.
         if (section == 1 && walk.value().ordinal == 1)
             isHeader = walk.value().kind == StoredValue::Kind::Id;
-        takeField(taken, source, walk.value());
+        taken.take(source, walk);
     }
     if (isHeader)
         fields = std::move(taken);
@@ -82,7 +37,7 @@ bool takeSectionAt(HeaderFields &fields, std::string_view remains, std::size_t a
 }
 
 /// The first section of that number in what is left of a header.
-void takeSection(HeaderFields &fields, std::string_view remains, char section)
+void takeSection(PoolHeader &fields, std::string_view remains, char section)
 {
     static constexpr std::string_view kId("\x06\x05\x0B\x00OKTObjectId", 15);
     std::string begin("\x08\x02\x00\x00\x00\x00", 6);
@@ -94,27 +49,30 @@ void takeSection(HeaderFields &fields, std::string_view remains, char section)
 }
 
 /// The fields that are lost are taken from the objects, as far as they tell them. Gives a line for each.
-std::vector<std::string> complete(HeaderFields &fields, HeaderHints const &hints)
+std::vector<std::string> complete(PoolHeader &fields, HeaderHints const &hints)
 {
     std::vector<std::string> notes;
     auto const note = [&notes](std::string const &text) { notes.push_back(text); };
-    if (!fields.pool)
+    auto const found = [](std::optional<_GUID> const &id) {
+        return id ? std::optional(HeaderReference{*id, -1, -1, -1, false}) : std::nullopt;
+    };
+    if (!fields.id)
     {
-        fields.pool = hints.owner;
-        note(fields.pool ? "the id of the pool is taken from the owner of its parameters, " + idText(*fields.pool)
-                         : std::string("the id of the pool is lost, it gets a new one"));
+        fields.id = hints.owner;
+        note(fields.id ? "the id of the pool is taken from the owner of its parameters, " + idText(*fields.id)
+                       : std::string("the id of the pool is lost, it gets a new one"));
     }
     if (!fields.name)
         note("the name of the pool is lost");
     if (!fields.construct)
     {
-        fields.construct = hints.construct;
+        fields.construct = found(hints.construct);
         note(hints.construct ? "the construct is found by its class, " + idText(*hints.construct)
                              : std::string("the id of the construct is lost"));
     }
     if (!fields.index)
     {
-        fields.index = hints.index;
+        fields.index = found(hints.index);
         note(hints.index ? "the index is found by its class, " + idText(*hints.index)
                          : std::string("the id of the index is lost"));
     }
@@ -123,8 +81,8 @@ std::vector<std::string> complete(HeaderFields &fields, HeaderHints const &hints
         std::size_t const known = fields.pictures.size();
         for (_GUID const &picture : hints.pictures)
             if (std::none_of(fields.pictures.begin(), fields.pictures.end(),
-                             [&picture](_GUID const &listed) { return isSame(listed, picture); }))
-                fields.pictures.push_back(picture);
+                             [&picture](HeaderReference const &listed) { return isSame(listed.id, picture); }))
+                fields.pictures.push_back(*found(picture));
         note(fields.pictures.size() != known
                  ? "the list of pictures ends in " + std::to_string(fields.pictures.size() - known) +
                        " found by their class, in the order of the file"
@@ -132,7 +90,7 @@ std::vector<std::string> complete(HeaderFields &fields, HeaderHints const &hints
     }
     std::string lost;
     for (auto const &[isLost, name] : {std::pair(!fields.ppActions, "ppActions"), std::pair(!fields.sketch, "sketch"),
-                                       std::pair(!fields.radial, "radial reinforcement")})
+                                       std::pair(!fields.radialReinf, "radial reinforcement")})
         lost += isLost ? (lost.empty() ? "" : ", ") + std::string(name) : "";
     if (!lost.empty())
         note("the ids of these are lost: " + lost);
@@ -144,27 +102,28 @@ std::vector<std::string> complete(HeaderFields &fields, HeaderHints const &hints
 RescuedHeader rescueHeader(std::string_view remains, HeaderHints const &hints, InfoMap const &places)
 {
     // Sections are looked for one by one, each by how it begins; what stands in front of a fault in it counts.
-    HeaderFields fields;
+    PoolHeader fields;
     for (char section = 1; section <= 6; ++section)
         takeSection(fields, remains, section);
     RescuedHeader rescued;
     rescued.notes = complete(fields, hints);
 
+    auto const idOf = [](std::optional<HeaderReference> const &reference) { return toId(reference ? reference->id : kNoId); };
     OKTDbPool pool;
-    if (fields.pool)
-        pool.setObjectId(toId(*fields.pool));
+    if (fields.id)
+        pool.setObjectId(toId(*fields.id));
     pool.setPoolName(fields.name.value_or(CString()));
     pool.setMetricsFactor(fields.factor.value_or(1.0));
-    pool.setConstructId(toId(fields.construct.value_or(kNoId)));
-    pool.setIndexId(toId(fields.index.value_or(kNoId)));
-    pool.setPPActionsId(toId(fields.ppActions.value_or(kNoId)));
-    pool.setSketchId(toId(fields.sketch.value_or(kNoId)));
-    pool.setRadialReinfId(toId(fields.radial.value_or(kNoId)));
+    pool.setConstructId(idOf(fields.construct));
+    pool.setIndexId(idOf(fields.index));
+    pool.setPPActionsId(idOf(fields.ppActions));
+    pool.setSketchId(idOf(fields.sketch));
+    pool.setRadialReinfId(idOf(fields.radialReinf));
     IdArray pictures;
-    for (_GUID const &picture : fields.pictures)
-        pictures.append(toId(picture));
-    if (!isSame(fields.oldPicture, kNoId))
-        pictures.append(toId(fields.oldPicture));
+    for (HeaderReference const &picture : fields.pictures)
+        pictures.append(toId(picture.id));
+    if (fields.oldPicture && !isSame(fields.oldPicture->id, kNoId))
+        pictures.append(toId(fields.oldPicture->id));
     pool.setPicturesIds(pictures);
     OKTMemoryFiler filer;
     pool.xmlOut(&filer, places);

@@ -1,11 +1,11 @@
 #include <oktreport/html.h>
 
+#include <oktformat/escape.h>
 #include <oktformat/text.h>
+#include <oktformat/utf8.h>
 
 #include <oktdatabase/okttools.h>
 
-#include <array>
-#include <cstdio>
 #include <stdexcept>
 
 namespace okt
@@ -20,34 +20,35 @@ constexpr std::size_t kLongestOpen = 240;
 constexpr std::string_view kFirmBlank = "\xC2\xA0";
 constexpr std::string_view kNarrowBlank = "\xE2\x80\xAF"; // no line breaks at it
 
+bool isNonCharacter(char32_t code) { return (code & 0xFFFE) == 0xFFFE || (code >= 0xFDD0 && code <= 0xFDEF); }
+
+void appendUnit(std::string &result, char32_t unit)
+{
+    result += "\\u";
+    appendHex(result, unit, 4);
+}
+
 /// The text with escapes for what no document may hold although it has a code: U+FFFE, U+FFFF and their like in the other planes,
 /// U+FDD0 to U+FDEF.
 std::string withoutNonCharacters(std::string_view text)
 {
     std::string result;
     result.reserve(text.size() + text.size() / 8);
-    for (std::size_t i = 0; i < text.size(); ++i)
+    while (!text.empty())
     {
-        auto const byte = [&](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u; };
-        unsigned const lead = byte(i);
-        if (lead < 0xEF)
+        // Those of fewer bytes lie below.
+        bool const isFar = static_cast<unsigned char>(text.front()) >= 0xEF;
+        auto const [code, size] = isFar ? firstCharacter(text) : Utf8Character{};
+        if (!isFar || !isNonCharacter(code))
+            result += text.substr(0, size);
+        else if (code <= 0xFFFF)
+            appendUnit(result, code);
+        else
         {
-            result += text[i];
-            continue;
+            appendUnit(result, highSurrogate(code));
+            appendUnit(result, lowSurrogate(code));
         }
-        bool const isShort = lead == 0xEF; // three bytes, or four
-        std::size_t const size = isShort ? 3 : 4;
-        unsigned code = isShort ? lead & 0x0F : lead & 0x07;
-        for (std::size_t k = 1; k < size; ++k)
-            code = code << 6 | (byte(i + k) & 0x3F);
-        bool const isNone = (code & 0xFFFE) == 0xFFFE || (code >= 0xFDD0 && code <= 0xFDEF);
-        std::array<char, 16> escape{};
-        if (isNone && isShort)
-            std::snprintf(escape.data(), escape.size(), "\\u%04X", code);
-        else if (isNone)
-            std::snprintf(escape.data(), escape.size(), "\\u%04X\\u%04X", 0xD7C0 + (code >> 10), 0xDC00 + (code & 0x3FF));
-        result += isNone ? std::string_view(escape.data()) : text.substr(i, size);
-        i += size - 1;
+        text.remove_prefix(size);
     }
     return result;
 }

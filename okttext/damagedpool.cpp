@@ -102,7 +102,7 @@ private:
     {
         if (begin == end)
             return;
-        std::vector<okttext::Stretch> &objects = m_pool.parts.objects;
+        std::vector<okttext::PoolPiece> &objects = m_pool.parts.objects;
         if (!objects.empty() && !objects.back().isObject)
             objects.back().end = static_cast<std::size_t>(end);
         else
@@ -124,7 +124,7 @@ std::string PoolFault::text() const { return byteAt(byte) + ": " + reason; }
 bool DamagedPool::isNothing() const
 {
     return !hasHeader && std::none_of(parts.objects.begin(), parts.objects.end(),
-                                      [](okttext::Stretch const &stretch) { return stretch.isObject; });
+                                      [](okttext::PoolPiece const &stretch) { return stretch.isObject; });
 }
 
 DamagedPool takeApartDamaged(Bytes bytes, OKTTextFault const &fault)
@@ -158,7 +158,7 @@ void writeDamagedText(Bytes bytes, OKTTextFault const &fault, OKTTextSink const 
         writer.header(pool.parts.header, pool.parts.places);
     }
     writer.beginList("objects");
-    for (okttext::Stretch const &stretch : pool.parts.objects)
+    for (okttext::PoolPiece const &stretch : pool.parts.objects)
     {
         if (!stretch.isObject)
         {

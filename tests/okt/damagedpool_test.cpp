@@ -89,7 +89,7 @@ TEST(DamagedPool, RandomDamage_EveryByteInOnePartAndAFaultTold)
                 if (pool.parts.objects.empty() || pool.parts.objects.front().begin != 0)
                     see(0, okttext::kLengthRecord);
             }
-            for (okttext::Stretch const &stretch : pool.parts.objects)
+            for (okttext::PoolPiece const &stretch : pool.parts.objects)
                 see(stretch.begin, stretch.end);
             EXPECT_EQ(std::count(isSeen.begin(), isSeen.end(), false), 0);
         }

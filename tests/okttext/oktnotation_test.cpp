@@ -11,33 +11,6 @@ namespace
 
 using namespace okttext;
 
-TEST(OktNotation, Base64_EveryLength_ComesBackInBothForms)
-{
-    std::string bytes;
-    for (int i = 0; i < 300; ++i)
-    {
-        for (Base64Padding const padding : {Base64Padding::With, Base64Padding::Without})
-        {
-            std::string const text = base64(bytes, padding);
-            EXPECT_EQ(text.find('=') != std::string::npos, padding == Base64Padding::With && i % 3 != 0);
-            EXPECT_EQ(parseBase64(text, padding), bytes) << i;
-        }
-        bytes += static_cast<char>(static_cast<unsigned char>(i * 37));
-    }
-    EXPECT_EQ(base64("Man"), "TWFu");
-    EXPECT_EQ(base64("Ma"), "TWE=");
-    EXPECT_EQ(base64("M"), "TQ==");
-}
-
-TEST(OktNotation, ParseBase64_AnyOtherTextForTheBytes_IsRefused)
-{
-    for (char const *const text :
-         {"TQ", "TQ=", "TQ===", "T", "T===", "TR==", "TWF=", "TWFu=", "TW Fu", "TWFu\n", "T=Fu", "=", "TQ==TQ=="})
-        EXPECT_EQ(parseBase64(text), std::nullopt) << text;
-    for (char const *const text : {"TQ==", "TR", "T", "TWFuT"})
-        EXPECT_EQ(parseBase64(text, Base64Padding::Without), std::nullopt) << text;
-}
-
 TEST(OktNotation, Narrow_EveryByte_IsACharacterOfItsOwn)
 {
     for (int byte = 0; byte < 256; ++byte)

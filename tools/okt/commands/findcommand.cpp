@@ -6,6 +6,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
+#include <oktformat/poolheader.h>
 #include <oktformat/text.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/files/files.h>
@@ -128,20 +129,18 @@ private:
         Stretch pool;
         pool.begin = scan.header().begin;
         pool.classNames = {"OKTDbPool"};
-        ValueWalk walk(scan.source(), pool.begin);
+        HeaderWalk walk(scan.source(), pool.begin);
         std::vector<Match> matches;
         while (walk.next())
         {
             StoredValue const &value = walk.value();
-            if (value.section != 1 || value.nested > 0)
-                continue;
-            if (value.kind == Kind::Id && value.ordinal == 0)
+            if (walk.role() == HeaderRole::PoolId)
             {
                 pool.id = value.id;
                 if (!m_options.namesOnly && !m_options.valuesOnly && isId(value.id))
                     matches.push_back({value.begin, "id"});
             }
-            if (value.kind == Kind::Text16 && value.ordinal == 10)
+            if (walk.role() == HeaderRole::Name)
             {
                 pool.name = textOf(scan.source(), value);
                 if (!m_options.valuesOnly && m_pattern.isIn(pool.name))

@@ -5,6 +5,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
+#include <oktformat/poolheader.h>
 #include <oktformat/text.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/terminal/console.h>
@@ -61,44 +62,31 @@ HeaderFields readHeader(ByteSource &source, HeaderPlace const &place)
         if (records.record().type == RecordType::SectionBegin && records.open().size() == 2)
             fields.sections.push_back(records.record().number);
 
-    static std::map<std::int64_t, std::string> const kRoles = {{101, "construct"}, {104, "old picture"}, {107, "index"},
-                                                               {300, "ppActions"}, {400, "sketch"},      {600, "radial"}};
-    ValueWalk walk(source, place.begin);
-    int numbers = 2; // behind an id its position, then its size
-    while (walk.next())
+    PoolHeader const header = readPoolHeader(source, place.begin);
+    fields.id = header.id ? idText(*header.id) : std::string();
+    if (header.name)
     {
-        StoredValue const &value = walk.value();
-        std::int64_t const member = std::int64_t{100} * value.section + value.ordinal; // a damaged section may be any number
-        if (value.nested > 0)
-            continue;
-        if (value.kind == Kind::Id)
-        {
-            numbers = 0;
-            auto const known = kRoles.find(member);
-            if (member == 100)
-                fields.id = idText(value.id);
-            else if (known != kRoles.end() || value.section == 5)
-                fields.roles.push_back({known != kRoles.end() ? known->second : "picture", idText(value.id)});
-        }
-        else if (value.kind == Kind::Long && numbers < 2 && !fields.roles.empty() && (value.section == 1 || value.ordinal > 0))
-        {
-            Role &role = fields.roles.back();
-            (numbers == 0 ? role.position : role.size) = value.number;
-            role.hasPlace = true;
-            ++numbers;
-        }
-        else if (member == 110 && value.kind == Kind::Text16)
-        {
-            fields.name = quoted(textOf(source, value));
-            fields.plainName = plainText(textOf(source, value));
-        }
-        else if (member == 200 && value.kind == Kind::Double)
-        {
-            fields.factor = value.reals.front();
-            fields.hasFactor = true;
-        }
+        fields.name = quoted(*header.name);
+        fields.plainName = plainText(*header.name);
     }
-    std::erase_if(fields.roles, [](Role const &role) { return role.id == idText(_GUID{}); });
+    fields.hasFactor = header.factor.has_value();
+    fields.factor = header.factor.value_or(0);
+    auto const add = [&fields](char const *name, HeaderReference const &reference) {
+        if (!isSame(reference.id, kNoId))
+            fields.roles.push_back({name, idText(reference.id), reference.position, reference.size, reference.hasPlace});
+    };
+    auto const addIf = [&add](char const *name, std::optional<HeaderReference> const &reference) {
+        if (reference)
+            add(name, *reference);
+    };
+    addIf("construct", header.construct);
+    addIf("old picture", header.oldPicture);
+    addIf("index", header.index);
+    addIf("ppActions", header.ppActions);
+    addIf("sketch", header.sketch);
+    for (HeaderReference const &picture : header.pictures)
+        add("picture", picture);
+    addIf("radial", header.radialReinf);
     return fields;
 }
 

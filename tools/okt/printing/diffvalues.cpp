@@ -1,9 +1,8 @@
 #include <tools/okt/printing/diffvalues.h>
 
+#include <oktformat/base64.h>
 #include <oktformat/imageformat.h>
 #include <oktformat/text.h>
-
-#include <okttext/oktnotation.h>
 
 #include <algorithm>
 
@@ -19,7 +18,7 @@ constexpr std::size_t kLongest = 100;
 
 std::string quotedUtf8(std::string const &utf8) { return quoted(CString::FromUtf8(utf8)); }
 
-std::string bytesOf(std::string const &base64) { return okttext::parseBase64(base64).value_or(""); }
+std::string bytesOf(std::string const &base64) { return parseBase64(base64).value_or(""); }
 
 std::string sizeText(std::string const &bytes) { return plural(static_cast<std::int64_t>(bytes.size()), "byte"); }
 
