@@ -3,7 +3,6 @@
 #include <oktformat/valuewalk.h>
 
 #include <oktformat/guids.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -14,6 +13,8 @@ namespace okt
 
 namespace
 {
+
+using What = Finding::What;
 
 /// The fields of a header as far as they can be read.
 struct HeaderFields
@@ -93,30 +94,35 @@ void takeSection(HeaderFields &fields, std::string_view remains, char section)
             return;
 }
 
-/// The fields that are lost are taken from the objects, as far as they tell them. Gives a line for each.
-std::vector<std::string> complete(HeaderFields &fields, HeaderHints const &hints)
+/// The fields that are lost are taken from the objects, as far as they tell them. Gives a note for each.
+std::vector<Finding> complete(HeaderFields &fields, HeaderHints const &hints)
 {
-    std::vector<std::string> notes;
-    auto const note = [&notes](std::string const &text) { notes.push_back(text); };
+    std::vector<Finding> notes;
+    auto const note = [&notes](What what, std::vector<Fact> facts = {}) {
+        notes.push_back(makeFinding(what, 0, std::move(facts)));
+    };
+    auto const noteId = [&note](std::optional<_GUID> const &found, What ifFound, What ifLost) {
+        if (found)
+            note(ifFound, {{"id", *found}});
+        else
+            note(ifLost);
+    };
     if (!fields.pool)
     {
         fields.pool = hints.owner;
-        note(fields.pool ? "the id of the pool is taken from the owner of its parameters, " + idText(*fields.pool)
-                         : std::string("the id of the pool is lost, it gets a new one"));
+        noteId(fields.pool, What::PoolIdFromOwner, What::PoolIdNew);
     }
     if (!fields.name)
-        note("the name of the pool is lost");
+        note(What::PoolNameLost);
     if (!fields.construct)
     {
         fields.construct = hints.construct;
-        note(hints.construct ? "the construct is found by its class, " + idText(*hints.construct)
-                             : std::string("the id of the construct is lost"));
+        noteId(hints.construct, What::ConstructFound, What::ConstructLost);
     }
     if (!fields.index)
     {
         fields.index = hints.index;
-        note(hints.index ? "the index is found by its class, " + idText(*hints.index)
-                         : std::string("the id of the index is lost"));
+        noteId(hints.index, What::IndexFound, What::IndexLost);
     }
     if (fields.pictureCount < 0 || static_cast<int>(fields.pictures.size()) != fields.pictureCount)
     {
@@ -125,17 +131,17 @@ std::vector<std::string> complete(HeaderFields &fields, HeaderHints const &hints
             if (std::none_of(fields.pictures.begin(), fields.pictures.end(),
                              [&picture](_GUID const &listed) { return isSame(listed, picture); }))
                 fields.pictures.push_back(picture);
-        note(fields.pictures.size() != known
-                 ? "the list of pictures ends in " + std::to_string(fields.pictures.size() - known) +
-                       " found by their class, in the order of the file"
-                 : std::string("the end of the list of pictures is lost"));
+        if (fields.pictures.size() != known)
+            note(What::PicturesFound, {{"count", static_cast<std::int64_t>(fields.pictures.size() - known)}});
+        else
+            note(What::PicturesLost);
     }
     std::string lost;
     for (auto const &[isLost, name] : {std::pair(!fields.ppActions, "ppActions"), std::pair(!fields.sketch, "sketch"),
                                        std::pair(!fields.radial, "radial reinforcement")})
         lost += isLost ? (lost.empty() ? "" : ", ") + std::string(name) : "";
     if (!lost.empty())
-        note("the ids of these are lost: " + lost);
+        note(What::IdsLost, {{"names", lost}});
     return notes;
 }
 
