@@ -42,20 +42,28 @@ HeaderRole headerRole(StoredValue const &value)
     return found == kMembers.end() || value.nested > 0 ? HeaderRole::Other : found->role;
 }
 
-std::string roleText(HeaderRole role)
+std::string roleName(HeaderRole role)
 {
     switch (role)
     {
-    case HeaderRole::PoolId: return "the pool";
-    case HeaderRole::Construct: return "the construct";
-    case HeaderRole::Index: return "the index";
+    case HeaderRole::PoolId: return "pool";
+    case HeaderRole::Construct: return "construct";
+    case HeaderRole::Index: return "index";
     case HeaderRole::OldPicture:
-    case HeaderRole::Picture: return "a picture";
-    case HeaderRole::PPActions: return "the ppActions";
-    case HeaderRole::Sketch: return "the sketch";
-    case HeaderRole::RadialReinf: return "the radial reinforcement";
-    default: return "an object";
+    case HeaderRole::Picture: return "picture";
+    case HeaderRole::PPActions: return "ppActions";
+    case HeaderRole::Sketch: return "sketch";
+    case HeaderRole::RadialReinf: return "radial reinforcement";
+    default: return "object";
     }
+}
+
+std::string roleText(HeaderRole role)
+{
+    if (role == HeaderRole::Picture || role == HeaderRole::OldPicture)
+        return "a picture";
+    std::string const name = roleName(role);
+    return (name == "object" ? "an " : "the ") + name;
 }
 
 bool hasPlace(HeaderRole role)
@@ -116,8 +124,14 @@ void PoolHeader::take(ByteSource &source, HeaderWalk const &walk)
     HeaderReference const named{value.id, value.begin, -1, -1, false};
     switch (walk.role())
     {
-    case HeaderRole::PoolId: id = value.id; break;
-    case HeaderRole::Name: name = textOf(source, value); break;
+    case HeaderRole::PoolId:
+        id = value.id;
+        idOffset = value.begin;
+        break;
+    case HeaderRole::Name:
+        name = textOf(source, value);
+        nameOffset = value.begin;
+        break;
     case HeaderRole::Factor: factor = value.reals.front(); break;
     case HeaderRole::PictureCount: pictureCount = value.number; break;
     case HeaderRole::Construct: construct = named; break;

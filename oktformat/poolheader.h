@@ -27,7 +27,9 @@ enum class HeaderRole
 };
 
 HeaderRole headerRole(StoredValue const &value);
-/// For messages: "the construct", "a picture", ...
+/// For messages: "construct", "picture", ...
+std::string roleName(HeaderRole role);
+/// The same with its article: "the construct", "a picture", ...
 std::string roleText(HeaderRole role);
 bool hasPlace(HeaderRole role);
 
@@ -72,7 +74,9 @@ struct HeaderReference
 struct PoolHeader
 {
     std::optional<_GUID> id;
+    std::int64_t idOffset = -1; ///< of its record; -1: it was not read
     std::optional<CString> name;
+    std::int64_t nameOffset = -1;
     std::optional<double> factor; ///< drawing units per metre
     std::optional<HeaderReference> construct;
     std::optional<HeaderReference> oldPicture; ///< of a file from before the list

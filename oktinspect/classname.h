@@ -1,5 +1,5 @@
 #pragma once
-
+// Not installed.
 #include <string_view>
 
 namespace okt

@@ -2,12 +2,11 @@
 
 #include <oktinspect/classname.h>
 
-#include <oktformat/text.h>
-
 #include <oktplatform/oktvariant.h>
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace okt
 {
@@ -15,8 +14,7 @@ namespace okt
 namespace
 {
 
-using Severity = Finding::Severity;
-using Code = Finding::Code;
+using What = Finding::What;
 
 // More than any class ever had.
 constexpr std::int32_t kMostVersions = 1000;
@@ -77,19 +75,19 @@ char const *nameOf(char member)
 {
     switch (member)
     {
-    case 'b': return "a bool";
-    case 's': return "a short";
+    case 'b': return "bool";
+    case 's': return "short";
     case 'l':
-    case '#': return "a long";
-    case 'd': return "a double";
-    case 't': return "a text";
-    case '8': return "an 8-bit text";
-    case 'B': return "a byte array";
-    case 'i': return "an id";
-    case 'v': return "a variant";
-    case 'p': return "a point";
-    case '?': return "a value";
-    default: return "a frame";
+    case '#': return "long";
+    case 'd': return "double";
+    case 't': return "text";
+    case '8': return "8-bit text";
+    case 'B': return "byte array";
+    case 'i': return "id";
+    case 'v': return "variant";
+    case 'p': return "point";
+    case '?': return "value";
+    default: return "frame";
     }
 }
 
@@ -98,7 +96,7 @@ class Check
 public:
     /// `outer`: taken for the class of the frame itself, whatever its name is.
     Check(ByteSource &source, std::int64_t begin, KnownClass outer = KnownClass::Other)
-        : m_source(source), m_walk(source, begin), m_outer(outer)
+        : m_source(source), m_begin(begin), m_walk(source, begin), m_outer(outer)
     {
     }
 
@@ -129,15 +127,18 @@ private:
         std::int64_t listAt = -1;
     };
 
-    void fault(Severity severity, std::int64_t at, std::string const &text, bool isAstray = false, Code code = Code::Records)
+    void fault(Finding finding, bool isAstray = false)
     {
-        m_check.faults.push_back({severity, code, at, text, isAstray});
+        finding.object = m_begin;
+        m_check.faults.push_back({std::move(finding), isAstray});
         m_isAstray = isAstray;
     }
 
-    static std::string sectionOf(Level const &level)
+    /// A fault in the last section of a level.
+    static Finding inSection(What what, std::int64_t at, Level const &level, std::vector<Fact> more = {})
     {
-        return "section " + std::to_string(level.section) + " of " + printable(std::string_view(level.name));
+        more.insert(more.begin(), {{"class", level.name}, {"section", std::int64_t{level.section}}});
+        return makeFinding(what, at, std::move(more));
     }
 
     void take(RecordPlace const &record)
@@ -188,12 +189,10 @@ private:
             return;
         for (Form const &form : forms())
             if (name != form.name && isNearlyName(name, form.name))
-                return fault(Severity::Warning, record.begin,
-                             "the class name " + std::string(form.name) + " stands here as \"" +
-                                 printable(std::string_view(name)) + "\"");
+                return fault(
+                    makeFinding(What::FrameNameNearly, record.begin, {{"class", name}, {"known", std::string(form.name)}}));
         if (!isClassName(name))
-            fault(Severity::Warning, record.begin,
-                  "the class name \"" + printable(std::string_view(name)) + "\" is none that a class can have");
+            fault(makeFinding(What::FrameNameNone, record.begin, {{"class", name}}));
     }
 
     void base(KnownClass known, std::string const &name, RecordPlace const &record)
@@ -202,10 +201,7 @@ private:
         if (level.form->known == KnownClass::Other)
             return;
         if (level.hasBase || known == KnownClass::Other || known != level.form->base)
-            fault(Severity::Error, record.begin,
-                  "the frame of " + printable(std::string_view(name)) + " stands in that of " +
-                      printable(std::string_view(level.name)) + ", where it is not due",
-                  true);
+            fault(makeFinding(What::FrameNotDue, record.begin, {{"class", name}, {"outer", level.name}}), true);
         level.hasBase = true;
     }
 
@@ -219,21 +215,20 @@ private:
         if (level.form->known == KnownClass::Other)
         {
             if (record.number <= level.section || record.number > kMostVersions)
-                fault(Severity::Warning, record.begin,
-                      "a section " + std::to_string(record.number) + " of " + printable(std::string_view(level.name)) +
-                          (level.section == 0 ? " is the first" : " stands behind section " + std::to_string(level.section)));
+                fault(makeFinding(
+                    level.section == 0 ? What::SectionFirst : What::SectionBehind, record.begin,
+                    {{"class", level.name}, {"section", std::int64_t{record.number}}, {"last", std::int64_t{level.section}}}));
             level.section = std::max(level.section, record.number);
             return;
         }
-        std::string const name = printable(std::string_view(level.name));
         if (level.form->base != KnownClass::Other && !level.hasBase)
-            return fault(Severity::Error, record.begin, "the frame of the base is missing in that of " + name, true);
+            return fault(makeFinding(What::BaseMissing, record.begin, {{"class", level.name}}), true);
         auto const known = static_cast<std::int32_t>(level.form->sections.size());
         bool const isDue = record.number == level.section + 1 || (level.section >= known && record.number > level.section);
         if (!isDue)
-            fault(Severity::Error, record.begin,
-                  "section " + std::to_string(record.number) + " of " + name + " stands where section " +
-                      std::to_string(level.section + 1) + " is due");
+            fault(makeFinding(
+                What::SectionNotDue, record.begin,
+                {{"class", level.name}, {"section", std::int64_t{record.number}}, {"due", std::int64_t{level.section} + 1}}));
         level.section = isDue ? record.number : level.section + 1;
         level.isKnownSection = isDue && record.number <= known;
         if (!level.isKnownSection)
@@ -255,8 +250,7 @@ private:
             return;
         endList(level);
         if (level.next < level.members.size())
-            fault(Severity::Error, record.begin,
-                  sectionOf(level) + " ends where " + nameOf(level.members[level.next]) + " is due");
+            fault(inSection(What::SectionEnds, record.begin, level, {{"due", nameOf(level.members[level.next])}}));
     }
 
     void endFrame()
@@ -268,9 +262,8 @@ private:
         if (level.form->known == KnownClass::Other)
         {
             if (level.version < 1 || level.version > kMostVersions)
-                fault(Severity::Warning, level.begin,
-                      "the class version " + std::to_string(level.version) + " of " + printable(std::string_view(level.name)) +
-                          " is none that a class can have");
+                fault(makeFinding(What::VersionNone, level.begin,
+                                  {{"class", level.name}, {"version", std::int64_t{level.version}}}));
         }
         else
         {
@@ -278,9 +271,9 @@ private:
                                  level.section <= level.version;
             m_check.isLater = m_check.isLater || isLater;
             if (!isLater && level.version != level.section)
-                fault(Severity::Warning, level.begin,
-                      "the class version " + std::to_string(level.version) + " of " + printable(std::string_view(level.name)) +
-                          " is not that of its sections, the last of which is " + std::to_string(level.section));
+                fault(makeFinding(
+                    What::VersionDiffers, level.begin,
+                    {{"class", level.name}, {"version", std::int64_t{level.version}}, {"last", std::int64_t{level.section}}}));
         }
         m_levels.pop_back();
     }
@@ -293,10 +286,8 @@ private:
         std::int64_t const difference = level.left > 0 ? level.left : level.more;
         bool const isText = level.members[level.groupBegin] == '8';
         if (difference > 0)
-            fault(Severity::Error, level.listAt,
-                  "a list in " + sectionOf(level) + " has " + plural(difference, isText ? "text" : "id") +
-                      (level.left > 0 ? " fewer" : " more") + " than its count says",
-                  false, Code::ListCount);
+            fault(inSection(level.left > 0 ? What::ListIsShort : What::ListIsLong, level.listAt, level,
+                            {{"count", difference}, {"of", isText ? "text" : "id"}}));
         if (level.left > 0)
             level.next = level.groupEnd + 1;
         level.left = 0;
@@ -327,12 +318,15 @@ private:
             endList(level);
         }
         if (level.next >= level.members.size())
-            return fault(isVariant(level) ? Severity::Error : Severity::Warning, record.begin,
-                         std::string(nameOf(kind)) + " stands behind the last member of " + sectionOf(level));
+        {
+            Finding more = inSection(What::MemberBehindLast, record.begin, level, {{"member", nameOf(kind)}});
+            if (isVariant(level))
+                more.severity = Finding::Severity::Error;
+            return fault(std::move(more));
+        }
         if (!isDue())
-            return fault(Severity::Error, record.begin,
-                         std::string(nameOf(kind)) + " stands where " + nameOf(level.members[level.next]) + " is due, in " +
-                             sectionOf(level),
+            return fault(inSection(What::MemberNotDue, record.begin, level,
+                                   {{"member", nameOf(kind)}, {"due", nameOf(level.members[level.next])}}),
                          true);
         advance(level, record);
     }
@@ -362,12 +356,11 @@ private:
         level.next = level.left > 0 ? level.groupBegin : level.groupEnd + 1;
         // An empty picture has a count of -1.
         if (record.number < (level.form->known == KnownClass::Picture ? -1 : 0))
-            fault(Severity::Error, record.begin,
-                  "the count of a list in " + sectionOf(level) + " is " + std::to_string(record.number), false,
-                  Code::ListCount);
+            fault(inSection(What::ListCountNegative, record.begin, level, {{"count", std::int64_t{record.number}}}));
     }
 
     ByteSource &m_source;
+    std::int64_t m_begin;
     RecordWalk m_walk;
     KnownClass m_outer;
     RecordCheck m_check;

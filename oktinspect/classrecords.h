@@ -1,9 +1,10 @@
 #pragma once
 
+// Not installed.
+
 #include <oktformat/valuewalk.h>
 #include <oktinspect/finding.h>
 
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,11 +14,8 @@ namespace okt
 /// Where the records of a whole frame are not those that a writer of its class makes.
 struct RecordFault
 {
-    Finding::Severity severity;
-    Finding::Code code; ///< Records or ListCount
-    std::int64_t at;
-    std::string text;
-    bool isAstray; ///< members behind it may not be those that their places say
+    Finding finding; ///< of the code Records or ListCount; its object is the frame
+    bool isAstray;   ///< members behind it may not be those that their places say
 };
 
 struct RecordCheck

@@ -4,7 +4,6 @@
 #include <oktinspect/valuecheck.h>
 
 #include <oktformat/guids.h>
-#include <oktformat/text.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,8 +16,7 @@ namespace
 {
 
 using Kind = StoredValue::Kind;
-using Severity = Finding::Severity;
-using Code = Finding::Code;
+using What = Finding::What;
 
 constexpr std::int32_t kNone = ObjectTable::kNone;
 
@@ -34,8 +32,11 @@ public:
 
     _GUID run()
     {
-        for (RecordFault const &fault : checkRecords(m_source, m_header.begin).faults)
-            add(fault.severity, fault.code, fault.at, "the header: " + fault.text);
+        for (RecordFault &fault : checkRecords(m_source, m_header.begin).faults)
+        {
+            fault.finding.object = -1;
+            m_findings.add(fault.finding);
+        }
         HeaderWalk walk(m_source, m_header.begin);
         while (walk.next())
         {
@@ -53,23 +54,19 @@ public:
     }
 
 private:
-    void add(Severity severity, Code code, std::int64_t at, std::string const &text, std::optional<_GUID> named = std::nullopt)
-    {
-        m_findings.add({severity, code, at, -1, std::nullopt, named, text});
-    }
+    void add(What what, std::int64_t at, std::vector<Fact> facts) { m_findings.add(makeFinding(what, at, std::move(facts))); }
 
     void checkValue(StoredValue const &value, HeaderRole role)
     {
-        if (std::string const fault = textFault(m_source, value); !fault.empty())
-            add(Severity::Warning, Code::Text, value.begin, "the name of the pool " + fault);
+        if (std::optional<TextFault> const fault = textFault(m_source, value))
+            add(fault->what, value.begin, {{"at", fault->at}});
         if (role != HeaderRole::Factor)
             return;
         double const factor = value.reals.front();
         if (!std::isfinite(factor) || factor <= 0)
-            add(Severity::Error, Code::Number, value.begin, "the metrics factor is " + number(factor));
+            add(What::MetricsFactorNone, value.begin, {{"number", factor}});
         else if (factor != 1)
-            add(Severity::Warning, Code::Number, value.begin,
-                "the header states the metrics factor " + number(factor) + ", which is 1 in every file");
+            add(What::MetricsFactorOther, value.begin, {{"number", factor}});
     }
 
     void takeId(StoredValue const &value, HeaderRole role)
@@ -86,16 +83,17 @@ private:
         {
             // The ids of sketch, ppActions and radial reinforcement stay when a client removes the object.
             bool const isLeft = !hasPlace(role);
-            add(isLeft ? Severity::Warning : Severity::Error, Code::Missing, value.begin,
-                "the header names " + idText(value.id) + " for " + roleText(role) + ", which is not in the file", value.id);
+            Finding missing = makeFinding(What::HeaderNamesMissing, value.begin, {{"role", roleName(role)}});
+            missing.severity = isLeft ? Finding::Severity::Warning : Finding::Severity::Error;
+            missing.named = value.id;
+            m_findings.add(missing);
             return;
         }
         if (!isPicture(role))
             return;
         m_pictures.push_back(named);
         if (m_objects.at(named).known != KnownClass::Picture)
-            add(Severity::Error, Code::WrongClass, value.begin,
-                "the header names " + idText(value.id) + " for a picture, which is none");
+            add(What::HeaderNamesNoPicture, value.begin, {{"id", value.id}});
     }
 
     void checkPlace(StoredValue const &id, std::int32_t position, std::int32_t size)
@@ -103,8 +101,7 @@ private:
         if (isSame(id.id, kNoId))
         {
             if (position != -1 || size != -1)
-                add(Severity::Warning, Code::Place, id.begin,
-                    "the header gives a place for " + roleText(headerRole(id)) + ", but names none");
+                add(What::PlaceOfNone, id.begin, {{"role", roleName(headerRole(id))}});
             return;
         }
         std::int32_t const named = m_objects.find(id.id);
@@ -112,11 +109,9 @@ private:
             return;
         ObjectTable::Entry const &object = m_objects.at(named);
         if (size < 0)
-            add(Severity::Warning, Code::Place, id.begin,
-                "the header gives no place for " + roleText(headerRole(id)) + ", which is at byte " +
-                    std::to_string(object.begin));
-        else if (std::string const fault = placeFault(m_header, id, position, size, object.begin, object.size); !fault.empty())
-            add(Severity::Error, Code::Place, id.begin, fault);
+            add(What::NoPlace, id.begin, {{"role", roleName(headerRole(id))}, {"begin", std::int64_t{object.begin}}});
+        else if (std::optional<Finding> const fault = placeFault(m_header, id, position, size, object.begin, object.size))
+            m_findings.add(*fault);
     }
 
     void listedPictures()
@@ -125,8 +120,12 @@ private:
         for (std::int32_t i = 0; i < static_cast<std::int32_t>(m_objects.size()); ++i)
             if (ObjectTable::Entry const &object = m_objects.at(i);
                 object.known == KnownClass::Picture && !std::binary_search(m_pictures.begin(), m_pictures.end(), i))
-                m_findings.add({Severity::Warning, Code::NotListed, object.begin, object.begin, object.id, std::nullopt,
-                                "this picture is not in the list of the header"});
+            {
+                Finding finding = makeFinding(What::PictureNotListed, object.begin);
+                finding.object = object.begin;
+                finding.id = object.id;
+                m_findings.add(finding);
+            }
     }
 
     ByteSource &m_source;
@@ -144,25 +143,28 @@ _GUID checkHeader(ByteSource &source, HeaderPlace const &header, ObjectTable con
     return HeaderCheck(source, header, objects, findings).run();
 }
 
-std::string headerSizeFault(HeaderPlace const &header)
+std::optional<Finding> headerSizeFault(HeaderPlace const &header)
 {
     std::int64_t const size = header.end - header.begin;
     if (header.begin == 5 && header.statedSize == size)
-        return {};
+        return std::nullopt;
     if (header.statedSize < 0)
-        return "the file does not begin with the size of its header, which is " + std::to_string(size);
-    return "the file begins with " + std::to_string(header.statedSize) + " for the size of its header, which is " +
-           std::to_string(size);
+        return makeFinding(What::NoHeaderSize, 0, {{"size", size}});
+    return makeFinding(What::HeaderSizeDiffers, 0, {{"stated", std::int64_t{header.statedSize}}, {"size", size}});
 }
 
-std::string placeFault(HeaderPlace const &header, StoredValue const &id, std::int32_t position, std::int32_t size,
-                       std::int64_t realBegin, std::int64_t realSize)
+std::optional<Finding> placeFault(HeaderPlace const &header, StoredValue const &id, std::int32_t position, std::int32_t size,
+                                  std::int64_t realBegin, std::int64_t realSize)
 {
     std::int64_t const at = header.end + position;
     if (at == realBegin && size == realSize)
-        return {};
-    return "the header places " + roleText(headerRole(id)) + " at byte " + std::to_string(at) + ", " + plural(size, "byte") +
-           " long, but it is at byte " + std::to_string(realBegin) + ", " + plural(realSize, "byte") + " long";
+        return std::nullopt;
+    return makeFinding(What::PlaceDiffers, id.begin,
+                       {{"role", roleName(headerRole(id))},
+                        {"stated", at},
+                        {"statedSize", std::int64_t{size}},
+                        {"begin", realBegin},
+                        {"size", realSize}});
 }
 
 } // namespace okt

@@ -1,6 +1,5 @@
 #include <oktinspect/libraryread.h>
 
-#include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/reportcollector.h>
 
@@ -24,13 +23,25 @@ CByteArray bytesAt(ByteSource &source, std::int64_t begin, std::int64_t size)
 
 } // namespace
 
-std::string libraryReadFault(ByteSource &source, Stretch const &object, std::int64_t largest)
+std::optional<Finding> libraryFinding(ReadFault const &fault, std::int64_t at, CString const &className)
+{
+    switch (fault.kind)
+    {
+    case ReadFault::Kind::Members: return makeFinding(Finding::What::LibraryMembers, at, {{"class", className.ToUtf8()}});
+    case ReadFault::Kind::Inner:
+        return makeFinding(Finding::What::LibraryInner, at, {{"class", className.ToUtf8()}, {"inner", fault.inner.ToUtf8()}});
+    case ReadFault::Kind::None: break;
+    }
+    return std::nullopt;
+}
+
+std::optional<Finding> libraryReadFault(ByteSource &source, Stretch const &object, std::int64_t largest)
 {
     CString const className = object.className();
     if (object.size() > largest || !isRegistered(className))
-        return {};
+        return std::nullopt;
     ReportCollector const collector;
-    return readAlone(bytesAt(source, object.begin, object.size()), className).fault;
+    return libraryFinding(readAlone(bytesAt(source, object.begin, object.size()), className).fault, object.begin, className);
 }
 
 LibraryRead readByLibrary(ByteSource &source, Stretch const &object)
@@ -42,8 +53,8 @@ LibraryRead readByLibrary(ByteSource &source, Stretch const &object)
     ReportCollector const collector;
     CByteArray const bytes = bytesAt(source, object.begin, object.size());
     ReadObject const read = readAlone(bytes, className);
-    result.fault = read.fault;
-    if (!read.fault.empty())
+    result.fault = libraryFinding(read.fault, object.begin, className);
+    if (result.fault)
         return result;
     if (OKTDbPicture *const picture = OKTDbPicture::cast(read.object.get()); picture != nullptr)
         picture->getPictureData(result.image.emplace());
@@ -57,7 +68,7 @@ LibraryRead readByLibrary(ByteSource &source, Stretch const &object)
     return result;
 }
 
-std::string libraryHeaderFault(ByteSource &source, HeaderPlace const &header)
+std::optional<Finding> libraryHeaderFault(ByteSource &source, HeaderPlace const &header)
 {
     ReportCollector const collector;
     CByteArray const stretch = bytesAt(source, header.begin, header.end - header.begin);
@@ -66,11 +77,11 @@ std::string libraryHeaderFault(ByteSource &source, HeaderPlace const &header)
     filer.readInPlace(stretch);
     InfoMap places;
     if (pool.xmlIn(&filer, places) != eFilerOk)
-        return "the header is damaged: its members are not those of a pool";
+        return makeFinding(Finding::What::HeaderMembers, header.begin);
     CString inner;
     if (filer.readNextObjectClass(inner))
-        return "the header is damaged: " + withArticle(inner) + " is inside of it";
-    return {};
+        return makeFinding(Finding::What::HeaderInner, header.begin, {{"class", inner.ToUtf8()}});
+    return std::nullopt;
 }
 
 } // namespace okt

@@ -11,7 +11,9 @@ class OKTDbObject;
 namespace okt
 {
 
-/// What an object stores, one entry for each member.
+// The functions keep nothing and throw nothing of their own; what they give is the caller's. An object must not change meanwhile.
+
+/// What an object stores, one entry for each member, as text in UTF-8.
 struct Member
 {
     std::string name; ///< with blanks in front of what stands in a nested frame

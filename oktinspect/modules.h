@@ -42,7 +42,7 @@ struct ModuleAnswer
 /// Loads client modules for the rest of the process. Their classes are those of this program from then on.
 ///
 /// The name of a class in a file selects among the modules that stand in the folders, by the texts in them; it never becomes
-/// part of a path. Only what names the class is loaded.
+/// part of a path. Only what names the class is loaded. Answers stay good for as long as this lives. Of one thread at a time.
 class Modules
 {
 public:

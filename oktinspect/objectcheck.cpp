@@ -5,11 +5,9 @@
 #include <oktinspect/valuecheck.h>
 
 #include <oktformat/guids.h>
-#include <oktformat/text.h>
 #include <oktinspect/imagecheck.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/picturetext.h>
-#include <oktinspect/valuetext.h>
 
 #include <oktdatabase/oktdbparameter.h>
 
@@ -23,8 +21,7 @@ namespace
 {
 
 using Kind = StoredValue::Kind;
-using Severity = Finding::Severity;
-using Code = Finding::Code;
+using What = Finding::What;
 
 constexpr std::int32_t kNone = ObjectTable::kNone;
 
@@ -80,10 +77,14 @@ bool isLength(std::int32_t type)
 
 } // namespace
 
-void ObjectCheck::add(Severity severity, Code code, std::int64_t at, std::string const &text, std::optional<_GUID> named)
+void ObjectCheck::add(What what, std::int64_t at, std::vector<Fact> facts) { add(makeFinding(what, at, std::move(facts))); }
+
+void ObjectCheck::add(Finding finding)
 {
     ObjectTable::Entry const &self = m_objects.at(m_index);
-    m_findings.add({severity, code, at, self.begin, self.id, named, text});
+    finding.object = self.begin;
+    finding.id = self.id;
+    m_findings.add(finding);
 }
 
 void ObjectCheck::check(std::int32_t index)
@@ -103,8 +104,8 @@ void ObjectCheck::records()
     m_astrayAt = -1;
     for (RecordFault const &fault : check.faults)
     {
-        add(fault.severity, fault.code, fault.at, fault.text);
-        m_astrayAt = fault.isAstray ? fault.at : m_astrayAt;
+        add(fault.finding);
+        m_astrayAt = fault.isAstray ? fault.finding.offset : m_astrayAt;
     }
     if (check.isLater && ++m_laterCount == 1)
         m_firstLater = m_objects.at(m_index).begin;
@@ -114,8 +115,8 @@ void ObjectCheck::value(StoredValue const &value)
 {
     std::string const noun = nounOf(m_objects.at(m_index).known);
     numbers(value);
-    if (std::string const fault = textFault(m_source, value); !fault.empty())
-        add(Severity::Warning, Code::Text, value.begin, "a text of this " + noun + " " + fault);
+    if (std::optional<TextFault> const fault = textFault(m_source, value))
+        add(fault->what, value.begin, {{"noun", noun}, {"at", fault->at}});
     if (m_astrayAt >= 0 && value.begin >= m_astrayAt)
         return;
     if (value.kind == Kind::Id)
@@ -134,9 +135,10 @@ void ObjectCheck::numbers(StoredValue const &value)
     // A length has bounds of its own.
     if (!findNumberFault(value, fault) || (!fault.isNone && isValueOfParameter(value) && isLength(m_type)))
         return;
-    add(fault.isNone ? Severity::Error : Severity::Warning, Code::Number, value.begin,
-        std::string(value.kind == Kind::Point ? "a coordinate" : "a value") + " of this " +
-            nounOf(m_objects.at(m_index).known) + " is " + number(fault.number));
+    Finding odd = makeFinding(value.kind == Kind::Point ? What::CoordinateOdd : What::ValueOdd, value.begin,
+                              {{"noun", nounOf(m_objects.at(m_index).known)}, {"number", fault.number}});
+    odd.severity = fault.isNone ? Finding::Severity::Error : Finding::Severity::Warning;
+    add(std::move(odd));
 }
 
 void ObjectCheck::reference(StoredValue const &value)
@@ -145,7 +147,7 @@ void ObjectCheck::reference(StoredValue const &value)
     if (value.owner == KnownClass::Object && value.nested == 0 && value.section == 1 && value.ordinal == 0)
     {
         if (isSame(value.id, kNoId))
-            add(Severity::Warning, Code::Id, value.begin, "the id of this " + noun + " is null");
+            add(What::NullId, value.begin, {{"noun", noun}});
         return;
     }
     if (!value.isComplete || isSame(value.id, kNoId) || (m_pool && isSame(value.id, *m_pool)))
@@ -158,20 +160,19 @@ void ObjectCheck::reference(StoredValue const &value)
         if (!m_pool && expected.role != nullptr && expected.target == KnownClass::Other)
             return;
         // What a newer release or a nested frame means by an id is not known.
-        if (expected.role == nullptr && value.owner == KnownClass::Other && value.nested == 0)
-            add(Severity::Warning, Code::Missing, value.begin,
-                "the id " + idText(value.id) + " in this object is of none in the file", value.id);
-        else if (expected.role != nullptr)
-            add(Severity::Error, Code::Missing, value.begin,
-                "the " + std::string(expected.role) + " " + idText(value.id) + " of this " + noun + " is not in the file",
-                value.id);
+        if (expected.role == nullptr && (value.owner != KnownClass::Other || value.nested > 0))
+            return;
+        Finding missing = expected.role == nullptr
+                              ? makeFinding(What::IdOfNone, value.begin)
+                              : makeFinding(What::ObjectNamesMissing, value.begin, {{"noun", noun}, {"role", expected.role}});
+        missing.named = value.id;
+        add(std::move(missing));
         return;
     }
     if (expected.target != KnownClass::Other && m_objects.at(named).known != expected.target)
     {
-        add(Severity::Error, Code::WrongClass, value.begin,
-            "the " + std::string(expected.role) + " " + idText(value.id) + " of this " + noun + " is no " +
-                nounOf(expected.target));
+        add(What::ObjectNamesOther, value.begin,
+            {{"noun", noun}, {"role", expected.role}, {"id", value.id}, {"due", nounOf(expected.target)}});
         return;
     }
     if (expected.isParent)
@@ -186,8 +187,7 @@ std::int32_t ObjectCheck::checkType(StoredValue const &value)
     // Not set, and the length without a name.
     bool const isKnown = type == -1 || type == 0 || !OKTDbParameter::getNameFromType(type).IsEmpty();
     if (!isKnown)
-        add(Severity::Warning, Code::Type, value.begin,
-            "the type " + std::to_string(type) + " of this parameter is none that is known");
+        add(What::TypeUnknown, value.begin, {{"type", std::int64_t{type}}});
     return type;
 }
 
@@ -199,24 +199,19 @@ void ObjectCheck::parameterValue(StoredValue const &value, std::int32_t type)
     case VT_NULL: return;
     case VT_BOOL:
         if (value.number != 0 && value.number != -1)
-            add(Severity::Warning, Code::Value, value.begin,
-                "the value of this parameter is a bool of " + std::to_string(value.number) + ", which is 0 or -1");
+            add(What::ValueBool, value.begin, {{"number", std::int64_t{value.number}}});
         break;
     case VT_R4:
         // It was a float before it was written as a double.
         if (double const real = value.reals.empty() ? 0 : value.reals.front();
             std::isfinite(real) && static_cast<double>(static_cast<float>(real)) != real)
-            add(Severity::Warning, Code::Value, value.begin,
-                "the value of this parameter is of the kind VT_R4, but " + number(real) + " is no float");
+            add(What::ValueNoFloat, value.begin, {{"number", real}});
         break;
     case VT_I2:
     case VT_I4:
     case VT_R8:
     case VT_BSTR: break;
-    default:
-        add(Severity::Warning, Code::Value, value.begin,
-            "the value of this parameter is of the kind " + std::to_string(value.variantKind) + ", which no file can hold");
-        return;
+    default: add(What::ValueKind, value.begin, {{"kind", std::int64_t{value.variantKind}}}); return;
     }
     if (isLength(type))
         length(value);
@@ -225,13 +220,10 @@ void ObjectCheck::parameterValue(StoredValue const &value, std::int32_t type)
 void ObjectCheck::length(StoredValue const &value)
 {
     if (value.variantValue != Kind::Double || value.reals.empty())
-        add(Severity::Warning, Code::Value, value.begin,
-            "the value of this parameter is a length by its type, but of the kind " +
-                kindName(static_cast<VARTYPE>(value.variantKind)));
+        add(What::LengthKind, value.begin, {{"kind", std::int64_t{value.variantKind}}});
     else if (double const size = std::abs(value.reals.front());
              std::isfinite(size) && size != 0 && (size > kLongest || size < kShortest))
-        add(Severity::Warning, Code::Value, value.begin,
-            "the length of this parameter is " + number(value.reals.front()) + " metres");
+        add(What::LengthSize, value.begin, {{"number", value.reals.front()}});
 }
 
 void ObjectCheck::byLibrary(std::vector<std::string> const &classNames)
@@ -243,25 +235,21 @@ void ObjectCheck::byLibrary(std::vector<std::string> const &classNames)
     stretch.classNames = classNames;
     if (self.size > kLargestRead)
     {
-        add(Severity::Info, Code::TooLarge, self.begin,
-            "this " + printable(stretch.className()) + " of " + plural(self.size, "byte") +
-                " is too large to be read here, only its records are checked");
+        add(What::TooLarge, self.begin, {{"class", stretch.className().ToUtf8()}, {"size", std::int64_t{self.size}}});
         return;
     }
     LibraryRead const read = readByLibrary(m_source, stretch);
-    if (!read.fault.empty())
-        add(Severity::Error, Code::Library, self.begin, "damaged: " + read.fault);
+    if (read.fault)
+        add(*read.fault);
     else if (!read.isSameAgain)
-        add(Severity::Warning, Code::Library, self.begin,
-            "its class would write this " + printable(stretch.className()) +
-                " differently: it is of another release, or damaged");
+        add(What::WrittenDifferently, self.begin, {{"class", stretch.className().ToUtf8()}});
     if (self.known != KnownClass::Picture)
         return;
     std::string const bytes = m_source.copy(self.begin, self.size);
     CByteArray picture;
     std::copy(bytes.begin(), bytes.end(), picture.Extend(static_cast<int>(bytes.size())));
     if (std::string const fault = pictureTextFault(picture); !fault.empty())
-        add(Severity::Error, Code::PictureText, self.begin, "this picture has a damaged text: " + fault);
+        add(What::PictureText, self.begin, {{"fault", fault}});
     else if (read.image)
         image(*read.image);
 }
@@ -275,18 +263,12 @@ void ObjectCheck::image(CByteArray const &image)
     case ImageCheck::State::Whole: return;
     case ImageCheck::State::Odd:
     case ImageCheck::State::Damaged:
-    {
-        bool const isDamaged = check.state == ImageCheck::State::Damaged;
-        add(isDamaged ? Severity::Error : Severity::Warning, Code::Image, begin,
-            "the " + check.format + " of this picture is " + (isDamaged ? "damaged" : "odd") + " at byte " +
-                std::to_string(check.at) + " of " + std::to_string(image.GetSize()) + ": " + check.fault);
-        return;
-    }
+        return add(
+            check.state == ImageCheck::State::Damaged ? What::ImageDamaged : What::ImageOdd, begin,
+            {{"format", check.format}, {"at", check.at}, {"size", std::int64_t{image.GetSize()}}, {"fault", check.fault}});
     case ImageCheck::State::NotJudged: break;
     }
-    add(Severity::Info, Code::ImageNotJudged, begin,
-        "the image of this picture is not judged: " +
-            (check.format.empty() ? "it has no known format" : "its format is " + check.format));
+    add(What::ImageNotJudged, begin, check.format.empty() ? std::vector<Fact>() : std::vector<Fact>{{"format", check.format}});
 }
 
 } // namespace okt

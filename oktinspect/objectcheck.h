@@ -1,5 +1,7 @@
 #pragma once
 
+// Not installed.
+
 #include <oktinspect/finding.h>
 #include <oktinspect/objecttable.h>
 
@@ -37,8 +39,8 @@ public:
     std::int64_t firstLater() const { return m_firstLater; }
 
 private:
-    void add(Finding::Severity severity, Finding::Code code, std::int64_t at, std::string const &text,
-             std::optional<_GUID> named = std::nullopt);
+    void add(Finding::What what, std::int64_t at, std::vector<Fact> facts = {});
+    void add(Finding finding);
     void records();
     void value(StoredValue const &value);
     void numbers(StoredValue const &value);

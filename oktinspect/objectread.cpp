@@ -1,6 +1,5 @@
 #include <oktinspect/objectread.h>
 
-#include <oktformat/text.h>
 #include <oktinspect/standin.h>
 
 #include <oktdatabase/oktdatabase.h>
@@ -22,18 +21,13 @@ ReadObject readAlone(CByteArray const &frame, CString const &className, double m
     read.object.reset(made);
     if (!canBeMade || made == nullptr || made->xmlIn(&filer) != eFilerOk)
     {
-        read.fault = "the members of this " + printable(className) + " are not those of its class";
-        read.inShort = "members that are not those of its class";
+        read.fault.kind = ReadFault::Kind::Members;
         return read;
     }
     // A load goes on behind the members that the class knows, and must not meet an object before this one ends.
     CString inner;
     if (filer.readNextObjectClass(inner))
-    {
-        read.fault = "behind the members of this " + printable(className) + " stands " + withArticle(inner) +
-                     ", which is still inside of it";
-        read.inShort = "an object inside it";
-    }
+        read.fault = {ReadFault::Kind::Inner, inner};
     return read;
 }
 

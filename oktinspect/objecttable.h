@@ -1,5 +1,5 @@
 #pragma once
-
+// Not installed.
 #include <oktformat/objectscan.h>
 
 #include <cstdint>

@@ -31,7 +31,8 @@ struct LoneObject
     std::optional<ModuleAnswer> missing; ///< the class needs a module that is not there
 };
 
-/// A pool file of which only the first 1024 bytes, the header and the objects asked for are read.
+/// A pool file of which only the first 1024 bytes, the header and the objects asked for are read. Of one thread at a time, as the
+/// registry of classes and the presenter of the library's warnings are one each for the process.
 class PartialFile
 {
 public:

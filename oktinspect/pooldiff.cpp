@@ -228,8 +228,10 @@ std::vector<MemberChange> compareEntries(Json const &before, Json const &after, 
     return comparison.take();
 }
 
-PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
+PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by, OnProgress const &onProgress)
 {
+    ProgressStep progress(onProgress, "comparing", first.bytes().size());
+    progress.at(0);
     PoolDiff diff;
     Matching const matching = by == MatchBy::Id ? matchById(first, second) : matchByName(first, second);
     IdPairs ids; // what stands for itself needs no pair
@@ -260,6 +262,7 @@ PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by)
             continue;
         }
         DiffObject const &before = first.objects()[i];
+        progress.at(static_cast<std::uint64_t>(before.stretch.begin), i);
         DiffObject const &after = second.objects()[other];
         bool const isSame = ids.empty() || !before.stretch.isObject
                                 ? first.bytesOf(before) == second.bytesOf(after)

@@ -2,6 +2,7 @@
 
 // Stands on the records of the text form. Not installed.
 
+#include <oktinspect/compare.h>
 #include <oktinspect/matching.h>
 #include <oktinspect/outline.h>
 
@@ -44,13 +45,8 @@ struct PoolDiff
     bool isSame() const { return header.empty() && removed.empty() && added.empty() && changed.empty() && !isOtherOrder; }
 };
 
-enum class MatchBy
-{
-    Id,
-    Name
-};
-
-PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by);
+/// The pools must outlive what is found. Throws Cancelled.
+PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by, OnProgress const &onProgress = {});
 
 /// In what two entries of the text form differ, with the ids of the first one taken as those that stand for them.
 std::vector<MemberChange> compareEntries(Json const &before, Json const &after, IdPairs const &guids);

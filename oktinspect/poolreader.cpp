@@ -5,6 +5,8 @@
 #include <oktformat/progress.h>
 #include <oktformat/recordtype.h>
 #include <oktformat/text.h>
+#include <oktinspect/findingtext.h>
+#include <oktinspect/libraryread.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/picturetext.h>
 #include <oktinspect/reportcollector.h>
@@ -164,7 +166,7 @@ private:
         std::size_t const reported = m_collector.reports().size();
         ReadObject read = readObject(frame);
         bool const isReported = m_collector.forgetBehind(reported);
-        if ((read.fault.empty() && !isReported) || !StandIn::replaceClass(frame.className, frame.bases))
+        if ((read.fault.isNone() && !isReported) || !StandIn::replaceClass(frame.className, frame.bases))
             return read;
         m_answers[frame.className] = {ModuleAnswer::Kind::Other, module.file, module.origin, {}};
         return readObject(frame);
@@ -174,8 +176,10 @@ private:
     {
         Module const *const found = StandIn::isRegistered(frame.className) ? nullptr : modules().foundFor(frame.className);
         ReadObject const read = found == nullptr ? readObject(frame) : readByFound(frame, *found);
-        if (!read.fault.empty())
-            return refuse(frame, frame.offset, "damaged: " + read.fault, read.inShort);
+        if (!read.fault.isNone())
+            return refuse(frame, frame.offset, sentenceOf(*libraryFinding(read.fault, frame.offset, frame.className)),
+                          read.fault.kind == ReadFault::Kind::Members ? "members that are not those of its class"
+                                                                      : "an object inside it");
         if (!m_ids.insert(read.object->objectId()).second)
             return refuse(frame, frame.offset,
                           "the id " + printable(read.object->objectId().getGuidAsString(false)) +

@@ -60,7 +60,10 @@ struct PoolFile
 /// Reads a pool file under a metrics factor (drawing units per metre). A load of the library stops at the first object at
 /// fault; here the whole objects behind it are read too. Classes that are not registered are looked for in the client modules
 /// that are found (modules.h); the objects of those that are in none are stand-ins. Throws Failure when not even a header can be
-/// read. `name` is how messages call the file; its path without it.
+/// read, and Cancelled by `onProgress`. `name` is how messages call the file; its path without it.
+///
+/// The pool and its objects are the caller's. One call at a time: the registry of classes and the presenter of the library's
+/// warnings are one each for the process.
 PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name = {},
                   OnProgress const &onProgress = {});
 

@@ -1,11 +1,12 @@
 #include <oktinspect/recovery.h>
 
+#include <oktinspect/findingtext.h>
+#include <oktinspect/headercheck.h>
 #include <oktinspect/libraryread.h>
 #include <oktinspect/rescuedheader.h>
 
 #include <oktformat/guids.h>
 #include <oktformat/progress.h>
-#include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 
 #include <oktdatabase/oktdatabase.h>
@@ -64,25 +65,22 @@ bool isBare(Stretch const &object)
 
 } // namespace
 
-std::string objectText(Stretch const &stretch)
-{
-    std::string text = stretch.id ? idText(*stretch.id) : "";
-    if (!stretch.name.IsEmpty())
-        text += (text.empty() ? "" : " ") + quoted(stretch.name);
-    return text;
-}
+ObjectLabel labelOf(Stretch const &stretch) { return {stretch.id, stretch.name}; }
 
 Recovery::Recovery(ByteSource &source, OnProgress const &onProgress)
     : m_source(source), m_header(findHeader(source)), m_file(source)
 {
+    Finding headerFault = makeFinding(Finding::What::HeaderDamaged, m_header.faultAt, {{"fault", m_header.fault}});
     if (m_header.isWhole)
-    {
-        m_header.fault = libraryHeaderFault(source, m_header);
-        m_header.isWhole = m_header.fault.empty();
-        m_header.faultAt = m_header.begin;
-    }
+        if (std::optional<Finding> const unread = libraryHeaderFault(source, m_header))
+        {
+            headerFault = *unread;
+            m_header.isWhole = false;
+            m_header.fault = sentenceOf(*unread);
+            m_header.faultAt = m_header.begin;
+        }
     if (!m_header.isWhole)
-        m_losses.push_back({m_header.begin, m_header.end, m_header.faultAt, m_header.fault, "", std::nullopt, false});
+        m_losses.push_back({m_header.begin, m_header.end, std::move(headerFault), {}, false});
     ObjectScan scan(source, m_header.end);
     ProgressStep progress(onProgress, "looking for objects", static_cast<std::uintmax_t>(source.size()));
     bool isFirst = true;
@@ -96,7 +94,11 @@ Recovery::Recovery(ByteSource &source, OnProgress const &onProgress)
         if (isFirst && !m_header.isWhole && !isObject)
             m_losses.back().end = stretch->end;
         else if (!isObject)
-            noteLoss(*stretch, stretch->fault(), isOfObject(*stretch));
+            noteLoss(
+                *stretch,
+                makeFinding(stretch->kind == Stretch::Kind::Gap ? Finding::What::ForeignBytes : Finding::What::ObjectDamaged,
+                            stretch->faultAt, {{"fault", stretch->fault()}}),
+                isOfObject(*stretch));
         else if (isBare(*stretch) && ((isBehindFault && !endsFrame(stretch->begin)) || goesOn(following)))
             takeRemnant(*stretch);
         else
@@ -114,16 +116,20 @@ void Recovery::placeObjects()
     std::int64_t position = 0;
     for (Object const &object : m_objects)
     {
-        if (!object.id.empty())
-            m_places[object.id] = {position, object.size, object.begin};
+        if (object.id)
+            m_places[keyOf(*object.id)] = {position, object.size, object.begin};
         position += object.size;
     }
 }
 
-void Recovery::noteLoss(Stretch const &stretch, std::string const &what, bool isObject)
+void Recovery::noteLoss(Stretch const &stretch, Finding why, bool isObject)
 {
-    m_losses.push_back({stretch.begin, stretch.end, stretch.faultAt, what, isObject ? objectText(stretch) : "",
-                        isObject ? stretch.id : std::nullopt, isObject});
+    if (isObject)
+    {
+        why.object = stretch.begin;
+        why.id = stretch.id;
+    }
+    m_losses.push_back({stretch.begin, stretch.end, std::move(why), isObject ? labelOf(stretch) : ObjectLabel(), isObject});
 }
 
 /// The end of a frame stands in front of a place, as it does in front of every object.
@@ -141,19 +147,15 @@ void Recovery::takeRemnant(Stretch const &stretch)
 {
     if (knownClass(stretch.classNames.front()) == KnownClass::Relation)
         return take(stretch, true);
-    Stretch lost = stretch;
-    lost.faultAt = stretch.begin;
-    noteLoss(lost, "nothing is left of it but the frame of its base", true);
+    noteLoss(stretch, makeFinding(Finding::What::BaseAlone, stretch.begin), true);
 }
 
 void Recovery::take(Stretch const &stretch, bool isRemnant)
 {
-    Stretch lost = stretch;
-    lost.faultAt = stretch.begin;
     if (stretch.id && m_places.count(keyOf(*stretch.id)) != 0)
-        return noteLoss(lost, "the id " + idText(*stretch.id) + " of this object is in the file already", true);
-    if (std::string const fault = libraryReadFault(m_source, stretch); !fault.empty())
-        return noteLoss(lost, "damaged: " + fault, true);
+        return noteLoss(stretch, makeFinding(Finding::What::IdTaken, stretch.begin, {{"id", *stretch.id}}), true);
+    if (std::optional<Finding> const fault = libraryReadFault(m_source, stretch))
+        return noteLoss(stretch, *fault, true);
     if (stretch.id)
     {
         m_places[keyOf(*stretch.id)] = {};
@@ -166,7 +168,7 @@ void Recovery::take(Stretch const &stretch, bool isRemnant)
     }
     bool const isKnown = isRegistered(stretch.className());
     m_unknown += isKnown ? 0 : 1;
-    m_objects.push_back({stretch.begin, stretch.size(), isKnown, stretch.id ? keyOf(*stretch.id) : std::string(), isRemnant});
+    m_objects.push_back({stretch.begin, stretch.size(), isKnown, stretch.id, isRemnant});
     if (m_header.isWhole || !stretch.isOf(KnownClass::Parameter))
         return;
     ValueWalk walk(m_source, stretch.begin);
@@ -179,26 +181,27 @@ void Recovery::take(Stretch const &stretch, bool isRemnant)
 /// What the header says of a place in the damaged file, where it is not so.
 void Recovery::mendPlace(StoredValue const &id, std::int32_t position, std::int32_t size)
 {
-    auto const mend = [this, &id](std::string const &what) { m_mends.push_back({id.begin + m_header.begin, what}); };
     if (isSame(id.id, kNoId))
     {
         if (position != -1 || size != -1)
-            mend("the header gives a place for " + roleText(headerRole(id)) + ", but names none");
+            m_mends.push_back(makeFinding(Finding::What::PlaceOfNone, id.begin + m_header.begin, {{"role", roleName(headerRole(id))}}));
         return;
     }
     auto const place = m_places.find(keyOf(id.id));
     if (place == m_places.end())
         return;
-    if (std::string const fault = placeFault(m_header, id, position, size, place->second.begin, place->second.size);
-        !fault.empty())
-        mend(fault);
+    if (std::optional<Finding> fault = placeFault(m_header, id, position, size, place->second.begin, place->second.size))
+    {
+        fault->offset += m_header.begin; // the header was walked as bytes of its own
+        m_mends.push_back(std::move(*fault));
+    }
 }
 
 /// The header as it is; only the places and sizes of objects, two numbers behind an id, are counted anew.
 std::string Recovery::keptHeader()
 {
-    if (std::string const fault = headerSizeFault(m_header); !fault.empty())
-        m_mends.push_back({0, fault});
+    if (std::optional<Finding> const fault = headerSizeFault(m_header))
+        m_mends.push_back(*fault);
     std::string bytes = m_source.copy(m_header.begin, m_header.end - m_header.begin);
     ByteSource header{std::string_view(bytes)};
     std::vector<std::pair<std::int64_t, std::int64_t>> numbers;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <oktformat/objectscan.h>
-#include <oktinspect/finding.h>
-#include <oktinspect/headercheck.h>
+// Stands behind recover.h. Not installed.
+
+#include <oktinspect/recover.h>
 #include <oktinspect/recoveredfile.h>
 
 #include <cstdint>
@@ -20,33 +20,8 @@ namespace okt
 class Recovery
 {
 public:
-    struct Object
-    {
-        std::int64_t begin; ///< in the damaged file
-        std::int64_t size;
-        bool isKnown;
-        std::string id; ///< its 16 bytes; empty: it has none
-        bool isRemnant; ///< it may be the base of another object that is damaged
-    };
-
-    /// Bytes that are not in the new file.
-    struct Loss
-    {
-        std::int64_t begin;
-        std::int64_t end;
-        std::int64_t faultAt;
-        std::string what;
-        std::string object;      ///< what can be told of it: its id and name; empty: nothing
-        std::optional<_GUID> id; ///< of a lost object
-        bool isObject;           ///< false: the header, or bytes of which nobody can tell what they were
-    };
-
-    /// What the header of the damaged file says wrongly, and that of the new one rightly.
-    struct Mend
-    {
-        std::int64_t at;
-        std::string what;
-    };
+    using Object = RecoveredObject;
+    using Loss = RecoveryLoss;
 
     /// Looks through the whole source, which must outlive this. Throws Failure only when it cannot be read.
     explicit Recovery(ByteSource &source, OnProgress const &onProgress = {});
@@ -56,12 +31,13 @@ public:
     /// How many of them are of such classes.
     int unknownObjects() const { return m_unknown; }
     std::vector<Loss> const &losses() const { return m_losses; }
-    std::vector<Mend> const &mends() const { return m_mends; }
+    /// What the header of the damaged file says wrongly, and that of the new one rightly.
+    std::vector<Finding> const &mends() const { return m_mends; }
     /// The header of the file is used, with its places counted anew. Else it is made of what could be found.
     bool isHeaderKept() const { return m_header.isWhole; }
     HeaderPlace const &headerPlace() const { return m_header; }
-    /// What became of a header that was not whole: one line for each field.
-    std::vector<std::string> const &headerNotes() const { return m_headerNotes; }
+    /// What became of a header that was not whole: one for each field.
+    std::vector<Finding> const &headerNotes() const { return m_headerNotes; }
     /// Nothing at all was found that would make a pool file.
     bool isNothing() const { return !m_header.isWhole && m_objects.empty(); }
 
@@ -82,7 +58,7 @@ private:
     void takeRemnant(Stretch const &stretch);
     bool endsFrame(std::int64_t at);
     bool goesOn(std::optional<Stretch> const &following);
-    void noteLoss(Stretch const &stretch, std::string const &what, bool isObject);
+    void noteLoss(Stretch const &stretch, Finding why, bool isObject);
     void placeObjects();
     void makeFile();
     std::string keptHeader();
@@ -93,8 +69,8 @@ private:
     HeaderPlace m_header;
     std::vector<Object> m_objects;
     std::vector<Loss> m_losses;
-    std::vector<Mend> m_mends;
-    std::vector<std::string> m_headerNotes;
+    std::vector<Finding> m_mends;
+    std::vector<Finding> m_headerNotes;
     std::map<std::string, Place> m_places; ///< by the 16 bytes of the id
     int m_unknown = 0;
     std::optional<_GUID> m_construct;
@@ -104,7 +80,7 @@ private:
     RecoveredFile m_file;
 };
 
-/// An object by its id and name, as far as there are any.
-std::string objectText(Stretch const &stretch);
+/// What can be told of a frame.
+ObjectLabel labelOf(Stretch const &stretch);
 
 } // namespace okt

@@ -1,11 +1,16 @@
 #include <oktinspect/recoverycheck.h>
 
 #include <oktinspect/objecttable.h>
+#include <oktinspect/verifier.h>
 
 #include <oktformat/guids.h>
+#include <oktformat/valuewalk.h>
 
+#include <functional>
 #include <map>
 #include <set>
+#include <string>
+#include <unordered_map>
 
 namespace okt
 {
@@ -32,22 +37,26 @@ public:
                 ++m_check.lost;
             else if (!isHeader)
                 m_check.leftOut += losses[i].end - losses[i].begin;
-            if (losses[i].id)
-                m_lost.emplace(*losses[i].id, i);
+            if (losses[i].object.id)
+                m_lost.emplace(*losses[i].object.id, i);
         }
     }
 
     RecoveryCheck run(std::string const &name, ModuleLookup const &moduleOf, OnProgress const &onProgress)
     {
         RecoveredFile &file = m_recovery.file();
-        HeaderPlace const header = findHeader(file);
-        m_check.verdict = verify(
-            name, file, header, [this](Finding const &finding) { take(finding); }, moduleOf, onProgress);
+        VerifyOptions options;
+        options.onFinding = [this](Finding const &finding) { take(finding); };
+        options.onProgress = onProgress;
+        options.moduleOf = moduleOf;
+        options.name = name;
+        m_check.verdict = verify(file, options).verdict;
         remnants();
+        alike(onProgress);
         ObjectScan scan(file, 0);
         for (RecoveryCheck::MissingId &missing : m_check.missing)
             if (missing.first.object >= 0)
-                missing.namer = objectText(scan.examine(missing.first.object));
+                missing.namer = labelOf(scan.examine(missing.first.object));
         describe(m_check.doubts);
         describe(m_check.infos);
         m_check.doubtfulObjects = static_cast<std::int64_t>(m_doubtful.size());
@@ -62,12 +71,12 @@ private:
     {
         if (finding.severity == Finding::Severity::Info)
         {
-            m_check.infos.push_back({finding, "", 0, -1});
+            m_check.infos.push_back({finding, {}, 0, -1});
             return;
         }
         if (finding.named)
             return takeMissing(finding);
-        m_check.doubts.push_back({finding, "", 0, -1});
+        m_check.doubts.push_back({finding, {}, 0, -1});
         if (finding.object >= 0)
             m_doubtful.insert(finding.object);
         else if (finding.code != Finding::Code::Order)
@@ -81,10 +90,82 @@ private:
         for (Recovery::Object const &object : m_recovery.objects())
         {
             if (object.isRemnant)
-                take({Finding::Severity::Warning, Finding::Code::Remnant, at, at, std::nullopt, std::nullopt,
-                      "it stands beside damaged bytes and may be the base of another object"});
+            {
+                Finding remnant = makeFinding(Finding::What::Remnant, at);
+                remnant.object = at;
+                remnant.id = object.id;
+                take(remnant);
+            }
             at += object.size;
         }
+    }
+
+    // Two parameters of a category that have the same name and stand for the same: bytes of one may stand in the other.
+
+    void alike(OnProgress const &onProgress)
+    {
+        RecoveredFile &file = m_recovery.file();
+        ProgressStep progress(onProgress, "comparing parameters", static_cast<std::uint64_t>(file.size()));
+        std::unordered_map<std::size_t, Parameter> firsts; // by the hash of what they hold
+        std::uint64_t count = 0;
+        std::int64_t at = findHeader(file).end;
+        for (Recovery::Object const &object : m_recovery.objects())
+        {
+            progress.at(static_cast<std::uint64_t>(at), count++);
+            std::string const held = heldBy(at);
+            Parameter const parameter{at, object.id.value_or(kNoId), false};
+            at += object.size;
+            if (held.empty())
+                continue;
+            auto const [place, isNew] = firsts.emplace(std::hash<std::string>()(held), parameter);
+            Parameter &first = place->second;
+            if (isNew || heldBy(first.begin) != held)
+                continue;
+            if (!first.isTold)
+                takeAlike(first, parameter);
+            first.isTold = true;
+            takeAlike(parameter, first);
+        }
+    }
+
+    struct Parameter
+    {
+        std::int64_t begin;
+        _GUID id;
+        bool isTold;
+    };
+
+    void takeAlike(Parameter const &parameter, Parameter const &other)
+    {
+        Finding finding = makeFinding(Finding::What::Alike, parameter.begin, {{"id", other.id}});
+        finding.object = parameter.begin;
+        finding.id = parameter.id;
+        take(finding);
+    }
+
+    /// Category, type, place in its list, name and expression of a parameter; empty: there is no category or no name, or no
+    /// parameter.
+    std::string heldBy(std::int64_t begin)
+    {
+        RecoveredFile &file = m_recovery.file();
+        std::string held;
+        ValueWalk walk(file, begin);
+        while (walk.next())
+        {
+            StoredValue const &value = walk.value();
+            if (value.owner == KnownClass::Object || value.nested > 0)
+                continue;
+            if (value.owner != KnownClass::Parameter || value.section > 1)
+                break;
+            bool const isName = value.ordinal == 0;
+            bool const isCategory = value.ordinal == 4 && value.kind == StoredValue::Kind::Id;
+            if ((isName && value.payloadSize == 0) || (isCategory && isSame(value.id, kNoId)))
+                return {};
+            bool const isText = value.kind == StoredValue::Kind::Text16; // the name, or the expression behind the ids
+            if (isText || isCategory || value.ordinal == 1 || value.ordinal == 3)
+                held += std::to_string(value.end - value.begin) + ":" + file.copy(value.begin, value.end - value.begin);
+        }
+        return held;
     }
 
     void takeMissing(Finding const &finding)
@@ -96,7 +177,7 @@ private:
         }
         auto const [place, isNew] = m_missing.emplace(*finding.named, m_check.missing.size());
         if (isNew)
-            m_check.missing.push_back({*finding.named, finding, "", 0});
+            m_check.missing.push_back({*finding.named, finding, {}, 0});
         ++m_check.missing[place->second].times;
     }
 
@@ -110,7 +191,7 @@ private:
             if (remark.finding.object < 0)
                 continue;
             Stretch const object = scan.examine(remark.finding.object);
-            remark.object = objectText(object);
+            remark.object = labelOf(object);
             remark.size = object.size();
             remark.begin = file.inDamaged(object.begin);
             if (remark.finding.severity != Finding::Severity::Info && m_doubtful.count(object.begin) != 0 &&

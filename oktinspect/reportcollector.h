@@ -1,5 +1,5 @@
 #pragma once
-
+// Not installed.
 #include <cstddef>
 #include <string>
 

@@ -3,7 +3,6 @@
 #include <oktformat/poolheader.h>
 
 #include <oktformat/guids.h>
-#include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -14,6 +13,8 @@ namespace okt
 
 namespace
 {
+
+using What = Finding::What;
 
 /// A section of that number which begins at a place in what is left of a header. False: it is none of a header's.
 bool takeSectionAt(PoolHeader &fields, std::string_view remains, std::size_t at, char section)
@@ -48,33 +49,38 @@ void takeSection(PoolHeader &fields, std::string_view remains, char section)
             return;
 }
 
-/// The fields that are lost are taken from the objects, as far as they tell them. Gives a line for each.
-std::vector<std::string> complete(PoolHeader &fields, HeaderHints const &hints)
+/// The fields that are lost are taken from the objects, as far as they tell them. Gives a note for each.
+std::vector<Finding> complete(PoolHeader &fields, HeaderHints const &hints)
 {
-    std::vector<std::string> notes;
-    auto const note = [&notes](std::string const &text) { notes.push_back(text); };
+    std::vector<Finding> notes;
+    auto const note = [&notes](What what, std::vector<Fact> facts = {}) {
+        notes.push_back(makeFinding(what, 0, std::move(facts)));
+    };
+    auto const noteId = [&note](std::optional<_GUID> const &found, What ifFound, What ifLost) {
+        if (found)
+            note(ifFound, {{"id", *found}});
+        else
+            note(ifLost);
+    };
     auto const found = [](std::optional<_GUID> const &id) {
         return id ? std::optional(HeaderReference{*id, -1, -1, -1, false}) : std::nullopt;
     };
     if (!fields.id)
     {
         fields.id = hints.owner;
-        note(fields.id ? "the id of the pool is taken from the owner of its parameters, " + idText(*fields.id)
-                       : std::string("the id of the pool is lost, it gets a new one"));
+        noteId(fields.id, What::PoolIdFromOwner, What::PoolIdNew);
     }
     if (!fields.name)
-        note("the name of the pool is lost");
+        note(What::PoolNameLost);
     if (!fields.construct)
     {
         fields.construct = found(hints.construct);
-        note(hints.construct ? "the construct is found by its class, " + idText(*hints.construct)
-                             : std::string("the id of the construct is lost"));
+        noteId(hints.construct, What::ConstructFound, What::ConstructLost);
     }
     if (!fields.index)
     {
         fields.index = found(hints.index);
-        note(hints.index ? "the index is found by its class, " + idText(*hints.index)
-                         : std::string("the id of the index is lost"));
+        noteId(hints.index, What::IndexFound, What::IndexLost);
     }
     if (fields.pictureCount < 0 || static_cast<int>(fields.pictures.size()) != fields.pictureCount)
     {
@@ -83,17 +89,17 @@ std::vector<std::string> complete(PoolHeader &fields, HeaderHints const &hints)
             if (std::none_of(fields.pictures.begin(), fields.pictures.end(),
                              [&picture](HeaderReference const &listed) { return isSame(listed.id, picture); }))
                 fields.pictures.push_back(*found(picture));
-        note(fields.pictures.size() != known
-                 ? "the list of pictures ends in " + std::to_string(fields.pictures.size() - known) +
-                       " found by their class, in the order of the file"
-                 : std::string("the end of the list of pictures is lost"));
+        if (fields.pictures.size() != known)
+            note(What::PicturesFound, {{"count", static_cast<std::int64_t>(fields.pictures.size() - known)}});
+        else
+            note(What::PicturesLost);
     }
     std::string lost;
     for (auto const &[isLost, name] : {std::pair(!fields.ppActions, "ppActions"), std::pair(!fields.sketch, "sketch"),
                                        std::pair(!fields.radialReinf, "radial reinforcement")})
         lost += isLost ? (lost.empty() ? "" : ", ") + std::string(name) : "";
     if (!lost.empty())
-        note("the ids of these are lost: " + lost);
+        note(What::IdsLost, {{"names", lost}});
     return notes;
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+// Not installed.
+
 #include <oktformat/bytesource.h>
+#include <oktinspect/finding.h>
 
 #include <oktdatabase/oktdbpool.h>
 
@@ -24,7 +27,7 @@ struct HeaderHints
 struct RescuedHeader
 {
     std::string bytes;
-    std::vector<std::string> notes; ///< what became of the fields that could not be read, a line each
+    std::vector<Finding> notes; ///< what became of the fields that could not be read
 };
 
 /// `remains`: the file up to its first object.

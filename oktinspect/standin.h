@@ -1,5 +1,5 @@
 #pragma once
-
+// Not installed.
 #include <oktdatabase/oktdbobject.h>
 
 #include <vector>

@@ -1,15 +1,24 @@
 #pragma once
 
-#include <oktformat/valuewalk.h>
+// Not installed.
 
-#include <string>
+#include <oktformat/valuewalk.h>
+#include <oktinspect/finding.h>
+
+#include <cstdint>
+#include <optional>
 
 namespace okt
 {
 
-/// What in a text hardly anybody writes: "has a zero at 3, where a reader ends it"; empty: nothing, or the value is no text of
-/// 16-bit units.
-std::string textFault(ByteSource &source, StoredValue const &value);
+/// What in a text hardly anybody writes: TextZero, TextControl or TextHalf.
+struct TextFault
+{
+    Finding::What what = Finding::What::TextZero;
+    std::int64_t at = 0; ///< the unit of 16 bits
+};
+/// The first of them; nothing: there is none, or the value is no text of 16-bit units.
+std::optional<TextFault> textFault(ByteSource &source, StoredValue const &value);
 
 /// A number that is none, or out of all reason.
 struct NumberFault

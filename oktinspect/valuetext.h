@@ -9,6 +9,8 @@
 namespace okt
 {
 
+// Values in words. Nothing here keeps or throws anything; all texts are UTF-8.
+
 /// A unit that lengths are shown in.
 struct DisplayUnit
 {

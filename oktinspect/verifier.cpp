@@ -7,6 +7,8 @@
 #include <oktinspect/objectcheck.h>
 #include <oktinspect/objecttable.h>
 
+#include <oktformat/failure.h>
+#include <oktformat/fileread.h>
 #include <oktformat/guids.h>
 #include <oktformat/progress.h>
 #include <oktformat/text.h>
@@ -16,6 +18,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -25,8 +28,7 @@ namespace okt
 namespace
 {
 
-using Severity = Finding::Severity;
-using Code = Finding::Code;
+using What = Finding::What;
 
 constexpr std::int32_t kNone = ObjectTable::kNone;
 
@@ -58,9 +60,7 @@ public:
         }
         links(check.listed());
         if (check.laterCount() > 0)
-            add(Severity::Info, Code::Later, check.firstLater(),
-                plural(check.laterCount(), "object") + (check.laterCount() == 1 ? " has" : " have") +
-                    " sections of a later release, which are not looked into");
+            add(What::LaterSections, check.firstLater(), {{"count", check.laterCount()}});
         unknownClasses();
         return m_findings.verdict();
     }
@@ -69,24 +69,24 @@ private:
     std::int32_t count() const { return static_cast<std::int32_t>(m_objects.size()); }
 
     /// About the file.
-    void add(Severity severity, Code code, std::int64_t at, std::string const &text)
-    {
-        m_findings.add({severity, code, at, -1, std::nullopt, std::nullopt, text});
-    }
+    void add(What what, std::int64_t at, std::vector<Fact> facts) { m_findings.add(makeFinding(what, at, std::move(facts))); }
 
-    void add(Severity severity, Code code, std::int64_t at, ObjectTable::Entry const &object, std::string const &text)
+    void add(What what, std::int64_t at, ObjectTable::Entry const &object, std::vector<Fact> facts)
     {
-        m_findings.add({severity, code, at, object.begin, object.id, std::nullopt, text});
+        Finding finding = makeFinding(what, at, std::move(facts));
+        finding.object = object.begin;
+        finding.id = object.id;
+        m_findings.add(finding);
     }
 
     void structure()
     {
         if (!m_header.isWhole)
-            add(Severity::Error, Code::Header, m_header.faultAt, m_header.fault);
-        else if (std::string const fault = libraryHeaderFault(m_source, m_header); !fault.empty())
-            add(Severity::Error, Code::Header, m_header.begin, fault);
-        else if (std::string const sizeFault = headerSizeFault(m_header); !sizeFault.empty())
-            add(Severity::Error, Code::HeaderSize, 0, sizeFault);
+            add(What::HeaderDamaged, m_header.faultAt, {{"fault", m_header.fault}});
+        else if (std::optional<Finding> const fault = libraryHeaderFault(m_source, m_header))
+            m_findings.add(*fault);
+        else if (std::optional<Finding> const sizeFault = headerSizeFault(m_header))
+            m_findings.add(*sizeFault);
         ObjectScan scan(m_source, m_header.end);
         bool isHeader = !m_header.isWhole;
         while (std::optional<Stretch> const stretch = scan.next())
@@ -94,12 +94,16 @@ private:
             m_progress.at(static_cast<std::uintmax_t>(stretch->end), m_objects.size());
             if (stretch->kind == Stretch::Kind::Object)
                 take(*stretch);
-            else if (stretch->kind == Stretch::Kind::Gap && !isHeader)
-                add(Severity::Warning, Code::ForeignBytes, stretch->faultAt, stretch->fault());
             else if (!isHeader)
-                add(Severity::Error, Code::Object, stretch->faultAt, stretch->fault());
+                add(stretch->kind == Stretch::Kind::Gap ? What::ForeignBytes : What::ObjectDamaged, stretch->faultAt,
+                    {{"fault", stretch->fault()}});
             isHeader = false;
         }
+    }
+
+    static std::string classNameOf(Stretch const &stretch)
+    {
+        return stretch.classNames.empty() ? std::string() : stretch.classNames.front();
     }
 
     void take(Stretch const &stretch)
@@ -107,20 +111,18 @@ private:
         m_findings.countObject();
         m_objects.add(stretch);
         ObjectTable::Entry const &object = m_objects.at(count() - 1);
-        std::string const name = printable(stretch.className());
+        std::string const name = classNameOf(stretch);
         if (stretch.oddity != nullptr)
-            add(Severity::Warning, Code::Records, stretch.oddAt, object, "in this " + name + " stands " + stretch.oddity);
+            add(What::OddRecord, stretch.oddAt, object, {{"class", name}, {"fault", stretch.oddity}});
         if (m_source.at(stretch.begin - 1) != static_cast<int>(RecordType::FrameEnd))
-            add(Severity::Error, Code::NotLoaded, stretch.begin, object,
-                "a load does not find " + withArticle(stretch.className()) +
-                    " that begins here: no end of a frame stands in front of it");
+            add(What::NotLoaded, stretch.begin, object, {{"class", name}});
         if (!stretch.id)
-            add(Severity::Warning, Code::Id, stretch.begin, object, "this " + name + " has no id");
+            add(What::NoId, stretch.begin, object, {{"class", name}});
         bool const isKnown = isRegistered(stretch.className());
         noteOrder(isKnown, object);
         if (!isKnown && !isDamagedName(stretch, object))
         {
-            auto &[times, first] = m_unknown[stretch.classNames.empty() ? std::string() : stretch.classNames.front()];
+            auto &[times, first] = m_unknown[name];
             if (++times == 1)
                 first = stretch.begin;
         }
@@ -129,19 +131,18 @@ private:
     /// Tells of a class name that cannot be one, or that is all but that of a class which is known here.
     bool isDamagedName(Stretch const &stretch, ObjectTable::Entry const &object)
     {
-        std::string const name = stretch.classNames.empty() ? std::string() : stretch.classNames.front();
-        auto const tell = [&](std::string const &text) {
-            add(Severity::Warning, Code::ClassName, stretch.begin, object, text);
+        std::string const name = classNameOf(stretch);
+        auto const tell = [&](What what, std::string const &known) {
+            add(what, stretch.begin, object, {{"class", name}, {"known", known}});
             return true;
         };
-        std::string const unknown = "the class " + quoted(stretch.className()) + " is not known here, but ";
         for (auto const &[known, descriptor] : g_RuntimeClass)
             if (isRegistered(known) && isNearlyName(name, known.ToUtf8()))
-                return tell(unknown + quoted(known) + " is; the name may be damaged");
+                return tell(What::ClassNameNearly, known.ToUtf8());
         if (!isClassName(name))
-            return tell("the class name " + quoted(stretch.className()) + " is none that a class can have");
+            return tell(What::ClassNameNone, {});
         if (std::string const known(classByRecords(m_source, stretch.begin)); !known.empty())
-            return tell(unknown + "its records are those of an " + known + "; the name may be damaged");
+            return tell(What::ClassByRecords, known);
         return false;
     }
 
@@ -151,9 +152,7 @@ private:
         for (std::size_t i = 1; i < byId.size(); ++i)
             if (ObjectTable::Entry const &object = m_objects.at(byId[i]), &first = m_objects.at(byId[i - 1]);
                 isSame(object.id, first.id) && !isSame(object.id, kNoId))
-                add(Severity::Error, Code::DuplicateId, object.begin, object,
-                    "the id " + idText(object.id) + " of this object is in the file already, at byte " +
-                        std::to_string(first.begin));
+                add(What::DuplicateId, object.begin, object, {{"first", std::int64_t{first.begin}}});
     }
 
     /// A pool is saved in the order of the ids. Objects of classes that are not known here are looked at apart: where a file was
@@ -168,13 +167,8 @@ private:
 
     void order()
     {
-        if (m_outOfOrder == 0)
-            return;
-        std::string text =
-            "a pool is saved in the order of its ids, but the id of this object is below that of one in front of it";
-        if (m_outOfOrder > 1)
-            text += "; so are those of " + plural(m_outOfOrder - 1, "further object");
-        add(Severity::Warning, Code::Order, m_firstOutOfOrder, text);
+        if (m_outOfOrder > 0)
+            add(What::Order, m_firstOutOfOrder, {{"further", m_outOfOrder - 1}});
     }
 
     // Lists and those that stand in them
@@ -187,16 +181,15 @@ private:
             ObjectTable::Entry const &list = m_objects.at(listed[i].list);
             ObjectTable::Entry const &member = m_objects.at(listed[i].member);
             if (i > 0 && !(listed[i - 1] < listed[i]))
-                add(Severity::Warning, Code::ListedTwice, list.begin, list,
-                    "this " + std::string(nounOf(list.known)) + " lists the " + nounOf(member.known) + " " + idText(member.id) +
-                        " twice");
+                add(What::ListedTwice, list.begin, list,
+                    {{"noun", nounOf(list.known)}, {"member", nounOf(member.known)}, {"id", member.id}});
             else if (member.parent != listed[i].list)
-                add(Severity::Warning, Code::Link, member.begin, member,
-                    "the " + std::string(nounOf(list.known)) + " " + idText(list.id) + " lists this " + nounOf(member.known) +
-                        ", which names " +
-                        (member.parent == kNone
-                             ? "none"
-                             : "the " + std::string(nounOf(list.known)) + " " + idText(m_objects.at(member.parent).id)));
+            {
+                std::vector<Fact> facts = {{"noun", nounOf(member.known)}, {"list", nounOf(list.known)}, {"id", list.id}};
+                if (member.parent != kNone)
+                    facts.push_back({"other", m_objects.at(member.parent).id});
+                add(What::ListedNotNamed, member.begin, member, std::move(facts));
+            }
         }
         for (std::int32_t i = 0; i < count(); ++i)
         {
@@ -205,9 +198,8 @@ private:
                 continue;
             ObjectTable::Entry const &parent = m_objects.at(member.parent);
             if (!std::binary_search(listed.begin(), listed.end(), ObjectCheck::Listed{member.parent, i}))
-                add(Severity::Warning, Code::Link, member.begin, member,
-                    "this " + std::string(nounOf(member.known)) + " names the " + nounOf(parent.known) + " " +
-                        idText(parent.id) + ", which does not list it");
+                add(What::NamedNotListed, member.begin, member,
+                    {{"noun", nounOf(member.known)}, {"list", nounOf(parent.known)}, {"id", parent.id}});
         }
     }
 
@@ -216,11 +208,10 @@ private:
         for (auto const &[name, found] : m_unknown)
         {
             std::optional<std::string> const module = m_moduleOf ? m_moduleOf(name) : std::nullopt;
-            add(Severity::Info, Code::UnknownClass, found.second,
-                plural(found.first, "object") + " of the class \"" + printable(std::string_view(name)) +
-                    "\", which is not known here: only the records are checked, and a load stops at the first; " +
-                    (module ? *module + " names it; --module loads it"
-                            : "a client module that brings the class is loaded with --module FILE"));
+            std::vector<Fact> facts = {{"class", name}, {"count", found.first}};
+            if (module)
+                facts.push_back({"module", *module});
+            add(What::UnknownClass, found.second, std::move(facts));
         }
     }
 
@@ -238,16 +229,27 @@ private:
 
 } // namespace
 
-Verdict verify(std::string const &name, ByteSource &source, HeaderPlace const &header,
-               std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf,
-               OnProgress const &onProgress)
+Verification verify(ByteSource &source, VerifyOptions const &options)
 {
-    return Verifier(name, source, header, onFinding, moduleOf, onProgress).run();
+    Verification result;
+    result.header = findHeader(source);
+    std::function<void(Finding const &)> const keep = [&result](Finding const &finding) { result.findings.push_back(finding); };
+    result.verdict = Verifier(options.name, source, result.header, options.onFinding ? options.onFinding : keep,
+                              options.moduleOf, options.onProgress)
+                         .run();
+    return result;
 }
 
-Verdict verify(FileScan &scan, std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf)
+Verification verify(std::filesystem::path const &path, VerifyOptions const &options)
 {
-    return verify(scan.name(), scan.source(), scan.header(), onFinding, moduleOf, scan.onProgress());
+    std::unique_ptr<ByteSource> const source = openSource(path, options.onProgress);
+    if (source->size() == 0)
+        throw Failure(inputName(path), "", "the file is empty");
+    if (!options.name.empty())
+        return verify(*source, options);
+    VerifyOptions named = options;
+    named.name = inputName(path);
+    return verify(*source, named);
 }
 
 } // namespace okt

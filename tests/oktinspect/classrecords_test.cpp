@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <variant>
 
 using namespace okt;
 
@@ -14,7 +16,15 @@ namespace
 constexpr char kId[] = "{11111111-2222-3333-4444-555555555555}";
 constexpr char kOther[] = "{66666666-2222-3333-4444-555555555555}";
 
-/// The faults as "error 12: words", one a line, those that lead astray with a mark.
+std::string factText(Fact const &fact)
+{
+    std::string const name = std::string(" ") + fact.name + "=";
+    if (auto const *const text = std::get_if<std::string>(&fact.value))
+        return name + *text;
+    return name + std::to_string(std::get<std::int64_t>(fact.value));
+}
+
+/// The faults as "error 12: code name=fact", one a line, those that lead astray with a mark.
 std::string faultsOf(StreamBuilder const &frame, bool *isLater = nullptr)
 {
     CByteArray const bytes = frame.bytes();
@@ -22,8 +32,15 @@ std::string faultsOf(StreamBuilder const &frame, bool *isLater = nullptr)
     RecordCheck const check = checkRecords(source, 0);
     std::string text;
     for (RecordFault const &fault : check.faults)
-        text += std::string(severityName(fault.severity)) + " " + std::to_string(fault.at) + ": " + fault.text +
-                (fault.isAstray ? " (astray)" : "") + "\n";
+    {
+        Finding const &finding = fault.finding;
+        text += std::string(severityName(finding.severity)) + " " + std::to_string(finding.offset) + ": " +
+                codeName(finding.code) + (finding.what == Finding::What::ListIsLong ? " long" : "");
+        for (Fact const &fact : finding.facts)
+            text += factText(fact);
+        text += fault.isAstray ? " (astray)\n" : "\n";
+        EXPECT_EQ(finding.object, 0);
+    }
     if (isLater != nullptr)
         *isLater = check.isLater;
     return text;
@@ -92,31 +109,29 @@ TEST(OktClassRecords, OlderAndLaterReleases_NoFault)
 
 TEST(OktClassRecords, SectionsAndVersions)
 {
-    EXPECT_EQ(faultsOf(parameter(2, members(1))),
-              "warning 0: the class version 2 of OKTDbParameter is not that of its sections, the last of which is 1\n");
-    EXPECT_EQ(faultsOf(parameter(-7, members(1))),
-              "warning 0: the class version -7 of OKTDbParameter is not that of its sections, the last of which is 1\n");
+    EXPECT_EQ(faultsOf(parameter(2, members(1))), "warning 0: records class=OKTDbParameter version=2 last=1\n");
+    EXPECT_EQ(faultsOf(parameter(-7, members(1))), "warning 0: records class=OKTDbParameter version=-7 last=1\n");
     EXPECT_EQ(faultsOf(parameter(9, StreamBuilder(members(1)).append(description(2)))),
-              "warning 0: the class version 9 of OKTDbParameter is not that of its sections, the last of which is 2\n");
+              "warning 0: records class=OKTDbParameter version=9 last=2\n");
     EXPECT_EQ(faultsOf(parameter(2, StreamBuilder(members(1)).append(description(66)))),
-              "error 314: section 66 of OKTDbParameter stands where section 2 is due\n");
+              "error 314: records class=OKTDbParameter section=66 due=2\n");
     EXPECT_EQ(faultsOf(parameter(2, StreamBuilder(members(3)).append(description(2)))),
-              "error 99: section 3 of OKTDbParameter stands where section 1 is due\n");
+              "error 99: records class=OKTDbParameter section=3 due=1\n");
     EXPECT_EQ(
         faultsOf(
             StreamBuilder().beginClass("Thing", 0).objectBase(kId).append(description(2)).append(description(2)).endClass()),
-        "warning 100: a section 2 of Thing stands behind section 2\n"
-        "warning 0: the class version 0 of Thing is none that a class can have\n");
+        "warning 100: records class=Thing section=2 last=2\n"
+        "warning 0: records class=Thing version=0\n");
     EXPECT_EQ(faultsOf(StreamBuilder().beginClass("Thing").objectBase(kId).append(description(-1)).endClass()),
-              "warning 90: a section -1 of Thing is the first\n");
+              "warning 90: records class=Thing section=-1 last=0\n");
 }
 
 TEST(OktClassRecords, Bases)
 {
     EXPECT_EQ(faultsOf(StreamBuilder().beginClass("OKTDbParameter", 2).append(members(1)).endClass()),
-              "error 23: the frame of the base is missing in that of OKTDbParameter (astray)\n");
+              "error 23: records class=OKTDbParameter (astray)\n");
     EXPECT_EQ(faultsOf(StreamBuilder().beginClass("OKTDbCategory").append(relationFrame(kId)).endClass()),
-              "error 22: the frame of OKTDbRelation stands in that of OKTDbCategory, where it is not due (astray)\n");
+              "error 22: records class=OKTDbRelation outer=OKTDbCategory (astray)\n");
 }
 
 TEST(OktClassRecords, Names)
@@ -129,7 +144,7 @@ TEST(OktClassRecords, Names)
                            .endMembers()
                            .endClass()
                            .endClass()),
-              "warning 14: the class name OKTDbObject stands here as \"OKTDbObJect\"\n");
+              "warning 14: records class=OKTDbObJect known=OKTDbObject\n");
     EXPECT_EQ(faultsOf(StreamBuilder()
                            .beginClass("Thing")
                            .objectBase(kId)
@@ -140,8 +155,8 @@ TEST(OktClassRecords, Names)
                            .endClass()
                            .endMembers()
                            .endClass()),
-              "warning 96: the class name OKTGeXYZ stands here as \"OKTGeXYW\"\n"
-              "warning 114: the class name \"no name\" is none that a class can have\n");
+              "warning 96: records class=OKTGeXYW known=OKTGeXYZ\n"
+              "warning 114: records class=no name\n");
 }
 
 TEST(OktClassRecords, Members)
@@ -156,19 +171,19 @@ TEST(OktClassRecords, Members)
                             .endClass());
     };
     EXPECT_EQ(category(StreamBuilder().id("").real(1).wideText(u"")),
-              "error 152: a double stands where a long is due, in section 1 of OKTDbCategory (astray)\n");
-    EXPECT_EQ(category(StreamBuilder().id("").integer(0)), "error 157: section 1 of OKTDbCategory ends where a text is due\n");
+              "error 152: records class=OKTDbCategory section=1 member=double due=long (astray)\n");
+    EXPECT_EQ(category(StreamBuilder().id("").integer(0)), "error 157: records class=OKTDbCategory section=1 due=text\n");
     EXPECT_EQ(category(StreamBuilder().id("").integer(0).wideText(u"").boolean(1)),
-              "warning 160: a bool stands behind the last member of section 1 of OKTDbCategory\n");
+              "warning 160: records class=OKTDbCategory section=1 member=bool\n");
     EXPECT_EQ(category(StreamBuilder().point(1, 2, 3)),
-              "error 104: a point stands where an id is due, in section 1 of OKTDbCategory (astray)\n");
+              "error 104: records class=OKTDbCategory section=1 member=point due=id (astray)\n");
     EXPECT_EQ(category(StreamBuilder().beginClass("OKTObjectId").beginMembers(1).integer(1).endMembers().endClass()),
-              "error 135: section 1 of OKTObjectId ends where a long is due\n"
-              "error 137: section 1 of OKTDbCategory ends where a long is due\n");
+              "error 135: records class=OKTObjectId section=1 due=long\n"
+              "error 137: records class=OKTDbCategory section=1 due=long\n");
     EXPECT_EQ(faultsOf(StreamBuilder().variant(3, StreamBuilder().real(1))),
-              "error 30: a double stands where a long is due, in section 1 of OKTVariant (astray)\n");
+              "error 30: records class=OKTVariant section=1 member=double due=long (astray)\n");
     EXPECT_EQ(faultsOf(StreamBuilder().variant(0, StreamBuilder().real(1))),
-              "error 30: a double stands behind the last member of section 1 of OKTVariant\n");
+              "error 30: records class=OKTVariant section=1 member=double\n");
     EXPECT_EQ(faultsOf(StreamBuilder().variant(8, StreamBuilder().ansiText("a"))), "");
 }
 
@@ -184,21 +199,18 @@ TEST(OktClassRecords, Lists)
                             .endMembers()
                             .endClass());
     };
-    EXPECT_EQ(group(2, StreamBuilder().id(kOther)),
-              "error 109: a list in section 1 of OKTDbGroupCategory has 1 id fewer than its count says\n");
-    EXPECT_EQ(group(2, StreamBuilder()),
-              "error 109: a list in section 1 of OKTDbGroupCategory has 2 ids fewer than its count says\n");
+    EXPECT_EQ(group(2, StreamBuilder().id(kOther)), "error 109: list-count class=OKTDbGroupCategory section=1 count=1 of=id\n");
+    EXPECT_EQ(group(2, StreamBuilder()), "error 109: list-count class=OKTDbGroupCategory section=1 count=2 of=id\n");
     EXPECT_EQ(group(0, StreamBuilder().id(kOther)),
-              "error 109: a list in section 1 of OKTDbGroupCategory has 1 id more than its count says\n");
+              "error 109: list-count long class=OKTDbGroupCategory section=1 count=1 of=id\n");
     EXPECT_EQ(group(1, StreamBuilder().id(kOther).id(kOther).id(kOther)),
-              "error 109: a list in section 1 of OKTDbGroupCategory has 2 ids more than its count says\n");
-    EXPECT_EQ(group(-1, StreamBuilder()), "error 109: the count of a list in section 1 of OKTDbGroupCategory is -1\n");
+              "error 109: list-count long class=OKTDbGroupCategory section=1 count=2 of=id\n");
+    EXPECT_EQ(group(-1, StreamBuilder()), "error 109: list-count class=OKTDbGroupCategory section=1 count=-1\n");
 
     ParameterFields fields;
     fields.params = {kOther};
     fields.paramCount = 3;
-    EXPECT_EQ(faultsOf(parameterFrame(fields)),
-              "error 251: a list in section 1 of OKTDbParameter has 2 ids fewer than its count says\n");
+    EXPECT_EQ(faultsOf(parameterFrame(fields)), "error 251: list-count class=OKTDbParameter section=1 count=2 of=id\n");
 
     auto const picture = [](int count, StreamBuilder const &texts) {
         return faultsOf(StreamBuilder()
@@ -215,15 +227,15 @@ TEST(OktClassRecords, Lists)
     };
     EXPECT_EQ(picture(-1, StreamBuilder()), "");
     EXPECT_EQ(picture(2, StreamBuilder().ansiText("AQID")),
-              "error 117: a list in section 2 of OKTDbPicture has 1 text fewer than its count says\n");
-    EXPECT_EQ(picture(-2, StreamBuilder()), "error 117: the count of a list in section 2 of OKTDbPicture is -2\n");
+              "error 117: list-count class=OKTDbPicture section=2 count=1 of=text\n");
+    EXPECT_EQ(picture(-2, StreamBuilder()), "error 117: list-count class=OKTDbPicture section=2 count=-2\n");
 
     HeaderFields header;
     header.pictures = {{kId, {0, 1}}, {kOther, {1, 1}}};
     header.pictureCount = 1;
-    EXPECT_EQ(faultsOf(poolHeader(header)), "error 382: a list in section 5 of OKTDbPool has 1 id more than its count says\n");
+    EXPECT_EQ(faultsOf(poolHeader(header)), "error 382: list-count long class=OKTDbPool section=5 count=1 of=id\n");
     header.pictureCount = 3;
-    EXPECT_EQ(faultsOf(poolHeader(header)), "error 382: a list in section 5 of OKTDbPool has 1 id fewer than its count says\n");
+    EXPECT_EQ(faultsOf(poolHeader(header)), "error 382: list-count class=OKTDbPool section=5 count=1 of=id\n");
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include <oktformat/guids.h>
+#include <oktinspect/findingtext.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/recoverycheck.h>
+#include <oktinspect/verifier.h>
 
 #include "oktinspect/damages.h"
 
@@ -189,7 +191,7 @@ protected:
     static void expectVerdict(std::string const &made, RecoveryCheck const &check, std::string const &what)
     {
         ByteSource source{std::string_view(made)};
-        Verdict const verdict = verify("made", source, findHeader(source), [](Finding const &) {});
+        Verdict const verdict = verify(source).verdict;
         EXPECT_EQ(findingsText(verdict), findingsText(check.verdict)) << what;
         if (check.isClean)
         {

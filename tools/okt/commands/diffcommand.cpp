@@ -112,7 +112,8 @@ int compareForGit(Options const &options)
 
 void checkFiles(Options const &options)
 {
-    std::string const here = ", here are " + std::to_string(options.files.size());
+    std::string const here =
+        options.files.size() == 1 ? ", only one is given" : ", " + std::to_string(options.files.size()) + " are given";
     if (options.fromGit && !gitCallOf(options.files))
         throw CLI::ValidationError("--git", "git gives 1, 7, 8 or 9 arguments" + here);
     if (!options.fromGit && options.files.size() != 2)

@@ -1,12 +1,12 @@
 #include <tools/okt/commands/commands.h>
 
-#include <oktformat/filescan.h>
-#include <oktinspect/textmatch.h>
+#include <oktinspect/find.h>
+#include <oktinspect/findingtext.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/fileread.h>
 #include <oktformat/guids.h>
-#include <oktformat/poolheader.h>
 #include <oktformat/text.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/files/files.h>
@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <system_error>
 
 namespace okt
@@ -24,7 +23,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-using Kind = StoredValue::Kind;
 
 struct Options
 {
@@ -36,23 +34,16 @@ struct Options
     bool filesOnly = false;
 };
 
-// A longer text is not searched behind these characters.
-constexpr std::int64_t kSearchedText = 65535;
-
-/// What matched in an object.
-struct Match
-{
-    std::int64_t offset;
-    std::string what;
-};
-
 class Finder
 {
 public:
-    explicit Finder(Options const &options) : m_options(options), m_pattern(options.pattern)
+    explicit Finder(Options const &options) : m_options(options)
     {
-        if (!options.className.empty())
-            m_class.emplace(options.className);
+        m_query.pattern = options.pattern;
+        m_query.className = options.className;
+        m_query.where = options.namesOnly    ? FindQuery::Where::Names
+                        : options.valuesOnly ? FindQuery::Where::Values
+                                             : FindQuery::Where::Anywhere;
     }
 
     /// A file as it is named, or all pool files below a folder.
@@ -107,14 +98,21 @@ private:
     {
         try
         {
-            FileScan scan(name, terminalProgress());
-            bool isIn = false;
-            if (scan.header().isWhole && !m_class)
-                isIn = searchHeader(scan);
-            scan.run([&](Stretch const &object) { isIn = searchObject(scan, object) || isIn; },
-                     [this](std::string const &fault) { told(fault); });
+            fs::path const path = utf8Path(name);
+            FindOptions options;
+            options.name = inputName(path);
+            options.onProgress = terminalProgress();
+            std::unique_ptr<ByteSource> const source = openSource(path, options.onProgress);
+            if (source->size() == 0)
+                throw Failure(options.name, "", "the file is empty");
+            options.onFault = [&](Finding const &fault) {
+                told(Failure(options.name, byteAt(fault.offset), sentenceOf(fault)).what());
+            };
+            if (!m_options.filesOnly)
+                options.onFound = [&](FoundObject const &found) { tell(options.name, found); };
+            bool const isIn = find(*source, m_query, options);
             if (isIn && m_options.filesOnly)
-                print(printable(scan.name()) + "\n");
+                print(printable(std::string_view(options.name)) + "\n");
             m_isFound = m_isFound || isIn;
         }
         catch (Failure const &failure)
@@ -123,132 +121,37 @@ private:
         }
     }
 
-    /// The id and the name of the pool.
-    bool searchHeader(FileScan &scan)
+    static void tell(std::string const &file, FoundObject const &found)
     {
-        Stretch pool;
-        pool.begin = scan.header().begin;
-        pool.classNames = {"OKTDbPool"};
-        HeaderWalk walk(scan.source(), pool.begin);
-        std::vector<Match> matches;
-        while (walk.next())
+        std::string const label = labelText(found.label);
+        std::string text;
+        for (FindMatch const &match : found.matches)
+            text += Failure(file, byteAt(match.offset),
+                            printable(found.className) + (label.empty() ? "" : " " + label) + ": " + what(match))
+                        .what() +
+                    std::string("\n");
+        print(text);
+    }
+
+    static std::string what(FindMatch const &match)
+    {
+        switch (match.kind)
         {
-            StoredValue const &value = walk.value();
-            if (walk.role() == HeaderRole::PoolId)
-            {
-                pool.id = value.id;
-                if (!m_options.namesOnly && !m_options.valuesOnly && isId(value.id))
-                    matches.push_back({value.begin, "id"});
-            }
-            if (walk.role() == HeaderRole::Name)
-            {
-                pool.name = textOf(scan.source(), value);
-                if (!m_options.valuesOnly && m_pattern.isIn(pool.name))
-                    matches.push_back({value.begin, "name"});
-            }
+        case FindMatch::Kind::Class: return "class";
+        case FindMatch::Kind::Id: return "id";
+        case FindMatch::Kind::Naming: return "names " + idText(match.id.value_or(kNoId));
+        case FindMatch::Kind::PoolName: return "name";
+        case FindMatch::Kind::Name: return "name " + quoted(shortened(match.text));
+        case FindMatch::Kind::Text: return "text " + quoted(shortened(match.text));
+        case FindMatch::Kind::Value: break;
         }
-        return tell(scan, pool, matches);
-    }
-
-    bool searchObject(FileScan &scan, Stretch const &object)
-    {
-        if (m_class && std::none_of(object.classNames.begin(), object.classNames.end(),
-                                    [this](std::string const &name) { return m_class->matches(CString(name.c_str())); }))
-            return false;
-        std::vector<Match> matches;
-        bool const isAnywhere = !m_options.namesOnly && !m_options.valuesOnly;
-        if (isAnywhere && m_pattern.isIn(object.className()))
-            matches.push_back({object.begin, "class"});
-        ValueWalk walk(scan.source(), object.begin);
-        while (walk.next())
-            searchValue(scan.source(), walk.value(), isAnywhere, matches);
-        return tell(scan, object, matches);
-    }
-
-    void searchValue(ByteSource &source, StoredValue const &value, bool isAnywhere, std::vector<Match> &matches) const
-    {
-        bool const isText = value.kind == Kind::Text16 || value.kind == Kind::Text8;
-        if (isText && value.owner == KnownClass::Picture)
-            return; // its bytes
-        if (isText)
-        {
-            bool const isName = isNameOf(value);
-            if ((isAnywhere || (m_options.namesOnly && isName) || (m_options.valuesOnly && !isName)) && isTextIn(source, value))
-                matches.push_back({value.begin, (isName ? "name " : "text ") + quoted(shortened(textOf(source, value)))});
-            return;
-        }
-        if (value.kind == Kind::Id)
-        {
-            bool const isOwn = value.owner == KnownClass::Object && value.nested == 0;
-            if (isAnywhere && isId(value.id))
-                matches.push_back({value.begin, isOwn ? "id" : "names " + idText(value.id)});
-            return;
-        }
-        if (m_options.namesOnly || value.kind == Kind::Frame || value.kind == Kind::Bytes)
-            return;
-        std::string const text = valueText(source, value);
-        // Numbers of anything but a value are no content: a type, a place in a list, a count.
-        bool const isContent = value.kind == Kind::Variant || value.owner == KnownClass::Other;
-        if (isContent && !text.empty() && m_pattern.isIn(CString::FromUtf8(text)))
-            matches.push_back({value.begin, "value " + printable(text)});
-    }
-
-    static bool isNameOf(StoredValue const &value)
-    {
-        return value.nested == 0 && value.section == 1 &&
-               ((value.owner == KnownClass::Parameter && value.ordinal == 0) || value.owner == KnownClass::Category);
-    }
-
-    bool isTextIn(ByteSource &source, StoredValue const &value) const
-    {
-        return value.payloadSize <= 2 * kSearchedText && m_pattern.isIn(textOf(source, value));
-    }
-
-    static std::string valueText(ByteSource &source, StoredValue const &value)
-    {
-        Kind const kind = value.kind == Kind::Variant ? value.variantValue : value.kind;
-        switch (kind)
-        {
-        case Kind::Bool:
-        case Kind::Short: return std::to_string(value.number);
-        case Kind::Long:
-            if (value.kind == Kind::Variant && value.variantKind == VT_BOOL)
-                return value.number == 0 ? "false" : "true";
-            return std::to_string(value.number);
-        case Kind::Double: return value.reals.empty() ? "" : number(value.reals.front());
-        case Kind::Text16:
-        case Kind::Text8: return textOf(source, value).ToUtf8();
-        case Kind::Point:
-            return value.reals.size() != 3
-                       ? ""
-                       : number(value.reals[0]) + ", " + number(value.reals[1]) + ", " + number(value.reals[2]);
-        default: return "";
-        }
+        return "value " + printable(match.text);
     }
 
     static CString shortened(CString const &text) { return text.GetLength() > 80 ? text.Left(80) + CString(u"...") : text; }
 
-    bool isId(_GUID const &id) const { return m_pattern.isIn(CString::FromUtf8(idText(id))); }
-
-    bool tell(FileScan const &scan, Stretch const &object, std::vector<Match> const &matches) const
-    {
-        if (m_options.filesOnly)
-            return !matches.empty();
-        std::string text;
-        for (Match const &match : matches)
-            text += Failure(scan.name(), byteAt(match.offset),
-                            printable(object.className()) + (object.id ? " " + idText(*object.id) : "") +
-                                (object.name.IsEmpty() ? "" : " " + quoted(object.name)) + ": " + match.what)
-                        .what() +
-                    std::string("\n");
-        if (!text.empty())
-            print(text);
-        return !matches.empty();
-    }
-
     Options const &m_options;
-    TextPattern m_pattern;
-    std::optional<TextPattern> m_class;
+    FindQuery m_query;
     bool m_isFound = false;
     bool m_isAllRead = true;
 };

@@ -1,6 +1,7 @@
 #include <tools/okt/commands/commands.h>
 
-#include <oktinspect/recoverycheck.h>
+#include <oktinspect/findingtext.h>
+#include <oktinspect/recover.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktformat/failure.h>
@@ -11,6 +12,8 @@
 #include <tools/okt/terminal/console.h>
 
 #include <memory>
+#include <optional>
+#include <string_view>
 #include <system_error>
 
 namespace okt
@@ -32,8 +35,8 @@ struct Options
 class Report
 {
 public:
-    Report(std::string damaged, std::string made, Recovery const &recovery, RecoveryCheck const &check)
-        : m_damaged(std::move(damaged)), m_made(std::move(made)), m_recovery(recovery), m_check(check)
+    Report(std::string damaged, std::string made, Recovered const &recovered)
+        : m_damaged(std::move(damaged)), m_made(std::move(made)), m_recovered(recovered), m_check(recovered.check)
     {
     }
 
@@ -41,8 +44,8 @@ public:
     {
         losses();
         mends();
-        for (std::string const &note : m_recovery.headerNotes())
-            line(m_damaged, "", "new header: " + note);
+        for (Finding const &note : m_recovered.headerNotes)
+            line(m_damaged, "", "new header: " + sentenceOf(note));
         for (RecoveryCheck::MissingId const &missing : m_check.missing)
             line(m_made, byteAt(missing.first.offset),
                  "missing " + idText(missing.id) + ": " + said(missing.first) + further(missing));
@@ -52,7 +55,7 @@ public:
         for (RecoveryCheck::Remark const &info : m_check.infos)
             line(m_made, byteAt(info.finding.offset), said(info.finding));
         line(m_made, "", sum());
-        if (int const unknown = m_recovery.unknownObjects(); unknown > 0)
+        if (int const unknown = m_recovered.unknownObjects; unknown > 0)
             line(m_made, "",
                  plural(unknown, "object") + (unknown == 1 ? " of a class that is" : " of classes that are") +
                      " not known here, behind the others");
@@ -68,20 +71,20 @@ private:
 
     void losses()
     {
-        for (std::size_t i = 0; i < m_recovery.losses().size(); ++i)
+        for (std::size_t i = 0; i < m_recovered.losses.size(); ++i)
         {
-            Recovery::Loss const &loss = m_recovery.losses()[i];
-            std::string const place = byteAt(loss.faultAt);
+            RecoveryLoss const &loss = m_recovered.losses[i];
+            std::string const place = byteAt(loss.why.offset);
             std::int64_t const size = loss.end - loss.begin;
             std::string const bytes = plural(size, "byte") + " from byte " + std::to_string(loss.begin);
-            if (i == 0 && !m_recovery.isHeaderKept())
-                line(m_damaged, place, loss.what);
+            if (i == 0 && !m_recovered.header.isWhole)
+                line(m_damaged, place, sentenceOf(loss.why));
             else if (!loss.isObject)
                 line(m_damaged, place, "left out: " + bytes + " that " + belong(size) + " to no whole object");
             else
                 line(m_damaged, place,
-                     "lost" + (loss.object.empty() ? "" : " " + loss.object) + ": " + loss.what + "; " + bytes +
-                         named(m_check.lossesNamed[i], "; it is named in ", "place"));
+                     "lost" + (loss.object.isEmpty() ? "" : " " + labelText(loss.object)) + ": " + sentenceOf(loss.why) + "; " +
+                         bytes + named(m_check.lossesNamed[i], "; it is named in ", "place"));
         }
     }
 
@@ -92,31 +95,36 @@ private:
 
     static std::string further(RecoveryCheck::MissingId const &missing)
     {
-        return (missing.namer.empty() ? "" : "; named by " + missing.namer) +
-               named(missing.times - 1, missing.namer.empty() ? "; named in " : " and in ", "further place");
+        return (missing.namer.isEmpty() ? "" : "; named by " + labelText(missing.namer)) +
+               named(missing.times - 1, missing.namer.isEmpty() ? "; named in " : " and in ", "further place");
     }
 
     void mends()
     {
-        std::vector<Recovery::Mend> const &mends = m_recovery.mends();
+        std::vector<Finding> const &mends = m_recovered.mends;
         if (!mends.empty())
-            line(m_damaged, byteAt(mends.front().at),
-                 "mended: " + mends.front().what +
+            line(m_damaged, byteAt(mends.front().offset),
+                 "mended: " + sentenceOf(mends.front()) +
                      named(static_cast<std::int64_t>(mends.size()) - 1, "; likewise in ", "further place"));
+    }
+
+    /// Not of what okt verify says.
+    static bool isOfRecovery(Finding const &finding)
+    {
+        return finding.code == Finding::Code::Remnant || finding.code == Finding::Code::Alike;
     }
 
     /// As okt verify says it, where that does.
     static std::string said(Finding const &finding)
     {
-        return (finding.code == Finding::Code::Remnant ? "" : std::string(severityName(finding.severity)) + ": ") +
-               finding.text;
+        return (isOfRecovery(finding) ? "" : std::string(severityName(finding.severity)) + ": ") + sentenceOf(finding);
     }
 
     static std::string subject(RecoveryCheck::Remark const &remark)
     {
         if (remark.finding.object < 0)
             return remark.finding.code == Finding::Code::Order ? "order" : "header";
-        return remark.object.empty() ? "object" : remark.object;
+        return remark.object.isEmpty() ? "object" : labelText(remark.object);
     }
 
     static std::string origin(RecoveryCheck::Remark const &remark)
@@ -129,9 +137,9 @@ private:
     std::string sum() const
     {
         std::int64_t bytes = -m_check.doubtfulBytes;
-        for (Recovery::Object const &object : m_recovery.objects())
+        for (RecoveredObject const &object : m_recovered.objects)
             bytes += object.size;
-        auto const rescued = static_cast<std::int64_t>(m_recovery.objects().size()) - m_check.doubtfulObjects;
+        auto const rescued = static_cast<std::int64_t>(m_recovered.objects.size()) - m_check.doubtfulObjects;
         std::string text = plural(rescued, "object") + " with " + plural(bytes, "byte") + " rescued as far as can be checked, ";
         if (m_check.doubtfulObjects > 0)
             text +=
@@ -144,38 +152,46 @@ private:
         if (m_check.leftOut > 0)
             text += plural(m_check.leftOut, "byte") + " left out, ";
         return text + "the header " +
-               (!m_recovery.isHeaderKept()    ? "made anew"
-                : m_check.isHeaderDoubtful    ? "doubtful"
-                : !m_recovery.mends().empty() ? "mended"
-                                              : "kept");
+               (!m_recovered.header.isWhole  ? "made anew"
+                : m_check.isHeaderDoubtful   ? "doubtful"
+                : !m_recovered.mends.empty() ? "mended"
+                                             : "kept");
     }
 
     std::string m_damaged;
     std::string m_made;
-    Recovery const &m_recovery;
+    Recovered const &m_recovered;
     RecoveryCheck const &m_check;
     std::string m_text;
 };
 
-int recover(fs::path const &path, fs::path const &output, bool replaces)
+int recoverFile(fs::path const &path, fs::path const &output, bool replaces)
 {
     refuseSameFile(path, output, "the damaged file itself");
     std::unique_ptr<ByteSource> const source = openSource(path, terminalProgress());
     if (source->size() == 0)
         throw Failure(inputName(path), "", "the file is empty");
-    Recovery recovery(*source, terminalProgress());
-    if (recovery.isNothing())
-        throw Failure(inputName(path), byteAt(recovery.headerPlace().faultAt),
-                      "nothing can be rescued: there is neither a header nor a whole object; " + recovery.headerPlace().fault);
-    OutputFile file(output, replaces);
-    recovery.write([&file](std::string_view piece) { file.write(piece); });
-    file.close();
-    file.commit();
     bool const isPiped = output == kStandardStream;
     std::string const made = isPiped ? "standard output" : pathName(output);
-    RecoveryCheck const check = checkRecovery(recovery, made, moduleNaming, terminalProgress());
-    std::string text = Report(inputName(path), made, recovery, check).text();
-    int const exitCode = check.isClean ? kDone : kFailed;
+    RecoverOptions options;
+    options.onProgress = terminalProgress();
+    options.moduleOf = moduleNaming;
+    options.name = made;
+    std::optional<OutputFile> file;
+    auto const sink = [&](std::string_view piece) {
+        if (!file)
+            file.emplace(output, replaces);
+        file->write(piece);
+    };
+    Recovered const recovered = recover(*source, sink, options);
+    if (recovered.isNothing())
+        throw Failure(inputName(path), byteAt(recovered.header.faultAt),
+                      "nothing can be rescued: there is neither a header nor a whole object; " + recovered.header.fault);
+    // Only now is the file that of the name: a recovery that is broken off leaves nothing behind.
+    file->close();
+    file->commit();
+    std::string text = Report(inputName(path), made, recovered).text();
+    int const exitCode = recovered.check.isClean ? kDone : kFailed;
     if (!isPiped)
     {
         print(text);
@@ -201,7 +217,7 @@ void addRecover(CommandLine &line)
     command->add_option("-o,--output", options->output, "the new pool file; - for standard output")->required();
     command->add_flag("--force", options->replaces, "replace a file that exists");
     command->callback([&line, options] {
-        line.run = [options] { return recover(utf8Path(options->file), utf8Path(options->output), options->replaces); };
+        line.run = [options] { return recoverFile(utf8Path(options->file), utf8Path(options->output), options->replaces); };
     });
 }
 

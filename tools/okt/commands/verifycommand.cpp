@@ -1,9 +1,11 @@
 #include <tools/okt/commands/commands.h>
 
+#include <oktinspect/findingtext.h>
 #include <oktinspect/verifier.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/fileread.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
 #include <oktinspect/moduletext.h>
@@ -20,6 +22,7 @@ namespace okt
 namespace
 {
 
+namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 struct Options
@@ -31,7 +34,8 @@ struct Options
 std::string findingLine(std::string const &file, Finding const &finding, bool asJson)
 {
     if (!asJson)
-        return Failure(file, byteAt(finding.offset), std::string(severityName(finding.severity)) + ": " + finding.text).what();
+        return Failure(file, byteAt(finding.offset), std::string(severityName(finding.severity)) + ": " + sentenceOf(finding))
+            .what();
     Json json;
     json["file"] = file;
     json["offset"] = finding.offset;
@@ -41,17 +45,22 @@ std::string findingLine(std::string const &file, Finding const &finding, bool as
         json["id"] = idText(*finding.id);
     if (finding.named)
         json["names"] = idText(*finding.named);
-    json["finding"] = finding.text;
+    json["finding"] = sentenceOf(finding);
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 bool isSound(std::string const &file, bool asJson)
 {
-    FileScan scan(file, terminalProgress());
-    Verdict const verdict = verify(
-        scan, [&](Finding const &finding) { print(findingLine(scan.name(), finding, asJson) + "\n"); }, moduleNaming);
+    fs::path const path = utf8Path(file);
+    VerifyOptions options;
+    options.name = inputName(path);
+    options.onFinding = [&](Finding const &finding) { print(findingLine(options.name, finding, asJson) + "\n"); };
+    options.onProgress = terminalProgress();
+    options.moduleOf = moduleNaming;
+    Verdict const verdict = verify(path, options).verdict;
     if (!asJson)
-        print(printable(scan.name()) + ": " + plural(verdict.objects, "object") + ", " + findingsText(verdict) + "\n");
+        print(printable(std::string_view(options.name)) + ": " + plural(verdict.objects, "object") + ", " +
+              findingsText(verdict) + "\n");
     return verdict.errors == 0;
 }
 

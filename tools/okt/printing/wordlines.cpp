@@ -106,7 +106,7 @@ struct ReadParameter
 {
     ReadParameter(DiffPool const &pool, DiffObject const &object, DisplayUnit const &unit)
         : read(readAlone(okttext::arrayOf(pool.bytesOf(object)), CString::FromUtf8(object.className), unit.factor)),
-          parameter(read.fault.empty() ? OKTDbParameter::cast(read.object.get()) : nullptr)
+          parameter(read.fault.isNone() ? OKTDbParameter::cast(read.object.get()) : nullptr)
     {
     }
 
