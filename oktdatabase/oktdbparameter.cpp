@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbparameter.h>
 
 #include <oktdatabase/oktdbpool.h>

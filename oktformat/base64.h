@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Base64 that tells what is wrong with it. The library's own coder (okttools.h) passes over whatever is no base64. Not installed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/bytesource.h>
 
 #include <oktformat/failure.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/escape.h>
 
 #include <oktformat/utf8.h>

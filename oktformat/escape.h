@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The escapes that messages, outputs and the text form share. Not installed.

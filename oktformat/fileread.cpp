@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/fileread.h>
 
 #include <oktformat/failure.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/filescan.h>
 
 #include <oktformat/failure.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/frames.h>
 
 #include <oktformat/objectscan.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/guids.h>
 
 #include <oktformat/text.h>

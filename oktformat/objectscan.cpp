@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/objectscan.h>
 
 #include <oktformat/text.h>

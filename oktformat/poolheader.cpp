@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/poolheader.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/text.h>
 
 #include <oktformat/escape.h>

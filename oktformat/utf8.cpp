@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/utf8.h>
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Characters of texts in UTF-8 and UTF-16, one at a time. Whole texts are CString's matter. Not installed.

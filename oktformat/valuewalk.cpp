@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/valuewalk.h>
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/compare.h>
 
 #include <oktinspect/pooldiff.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/diffpool.h>
 
 #include <oktformat/failure.h>

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/find.h>
 
 #include <oktinspect/objectpass.h>
 #include <oktinspect/textmatch.h>
 
-#include <oktformat/poolheader.h>
 #include <oktformat/guids.h>
+#include <oktformat/poolheader.h>
 #include <oktformat/text.h>
 #include <oktformat/valuewalk.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/finding.h>
 
 #include <algorithm>
@@ -49,10 +50,9 @@ char const *codeName(Finding::Code code)
     case Code::ListedTwice: return "listed-twice";
     case Code::NotListed: return "not-listed";
     case Code::Place: return "place";
-    case Code::Remnant: return "remnant";
-    case Code::Alike: break;
+    case Code::Remnant: break;
     }
-    return "alike";
+    return "remnant";
 }
 
 namespace
@@ -136,7 +136,6 @@ std::pair<Finding::Code, Finding::Severity> natureOf(Finding::What what)
     case What::NoPlace: return {Code::Place, kWarning};
     case What::PlaceDiffers: return {Code::Place, kError};
     case What::Remnant: return {Code::Remnant, kWarning};
-    case What::Alike: return {Code::Alike, kWarning};
     case What::PoolIdFromOwner:
     case What::PoolIdNew:
     case What::PoolNameLost:

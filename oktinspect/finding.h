@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktplatform.h>
@@ -68,8 +69,7 @@ struct Finding
         NotListed, ///< a picture, by the header
         Place,     ///< of an object, as the header has it
         // only of a recovered file
-        Remnant, ///< a whole object that may be the base of a damaged one
-        Alike    ///< two objects that say the same of two things
+        Remnant ///< a whole object that may be the base of a damaged one
     };
 
     /// What a code means here; one for each sentence. Behind each stand its facts. "noun" is what an object is, such as
@@ -155,9 +155,8 @@ struct Finding
         PlaceOfNone,  ///< role
         NoPlace,      ///< role, begin
         PlaceDiffers, ///< role, stated, statedSize, begin, size
-        // Remnant, Alike
+        // Remnant
         Remnant,
-        Alike, ///< id: of the other parameter
         // why an object is lost in a recovery
         BaseAlone,
         IdTaken, ///< id

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/findingtext.h>
 
 #include <oktinspect/valuetext.h>
@@ -56,7 +57,6 @@ private:
         case What::Order: return order();
         case What::BaseAlone: return "nothing is left of it but the frame of its base";
         case What::Remnant: return "it stands beside damaged bytes and may be the base of another object";
-        case What::Alike: return "it has the category, type, list index, name and expression of the parameter " + id();
         default: return ofContents();
         }
     }

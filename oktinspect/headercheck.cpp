@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/headercheck.h>
 
 #include <oktinspect/classrecords.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/imagecheck.h>
 
 #include <oktformat/imageformat.h>

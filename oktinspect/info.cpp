@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/info.h>
 
 #include <oktinspect/objectpass.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/libraryread.h>
 
 #include <oktinspect/objectread.h>

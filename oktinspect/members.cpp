@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/members.h>
 
 #include <oktformat/guids.h>

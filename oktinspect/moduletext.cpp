@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/moduletext.h>
 
 #include <oktformat/fileread.h>

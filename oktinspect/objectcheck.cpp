@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/objectcheck.h>
 
 #include <oktinspect/classrecords.h>

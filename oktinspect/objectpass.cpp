@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/objectpass.h>
 
 #include <oktformat/text.h>

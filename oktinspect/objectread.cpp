@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/objectread.h>
 
 #include <oktinspect/standin.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/objecttable.h>
 
 #include <oktformat/guids.h>

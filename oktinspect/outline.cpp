@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/outline.h>
 
 #include <oktinspect/matching.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/picturetext.h>
 
 #include <oktformat/base64.h>

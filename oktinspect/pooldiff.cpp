@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/pooldiff.h>
 
 #include <okttext/oktnotation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/poolreader.h>
 
 #include <oktformat/failure.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/recover.h>
 
 #include <oktinspect/recovery.h>

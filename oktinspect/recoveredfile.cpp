@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/recoveredfile.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/recovery.h>
 
 #include <oktinspect/findingtext.h>
@@ -184,7 +185,8 @@ void Recovery::mendPlace(StoredValue const &id, std::int32_t position, std::int3
     if (isSame(id.id, kNoId))
     {
         if (position != -1 || size != -1)
-            m_mends.push_back(makeFinding(Finding::What::PlaceOfNone, id.begin + m_header.begin, {{"role", roleName(headerRole(id))}}));
+            m_mends.push_back(
+                makeFinding(Finding::What::PlaceOfNone, id.begin + m_header.begin, {{"role", roleName(headerRole(id))}}));
         return;
     }
     auto const place = m_places.find(keyOf(id.id));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/recoverycheck.h>
 
 #include <oktinspect/objecttable.h>
@@ -6,11 +7,9 @@
 #include <oktformat/guids.h>
 #include <oktformat/valuewalk.h>
 
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
-#include <unordered_map>
 
 namespace okt
 {
@@ -52,7 +51,6 @@ public:
         options.name = name;
         m_check.verdict = verify(file, options).verdict;
         remnants();
-        alike(onProgress);
         ObjectScan scan(file, 0);
         for (RecoveryCheck::MissingId &missing : m_check.missing)
             if (missing.first.object >= 0)
@@ -98,74 +96,6 @@ private:
             }
             at += object.size;
         }
-    }
-
-    // Two parameters of a category that have the same name and stand for the same: bytes of one may stand in the other.
-
-    void alike(OnProgress const &onProgress)
-    {
-        RecoveredFile &file = m_recovery.file();
-        ProgressStep progress(onProgress, "comparing parameters", static_cast<std::uint64_t>(file.size()));
-        std::unordered_map<std::size_t, Parameter> firsts; // by the hash of what they hold
-        std::uint64_t count = 0;
-        std::int64_t at = findHeader(file).end;
-        for (Recovery::Object const &object : m_recovery.objects())
-        {
-            progress.at(static_cast<std::uint64_t>(at), count++);
-            std::string const held = heldBy(at);
-            Parameter const parameter{at, object.id.value_or(kNoId), false};
-            at += object.size;
-            if (held.empty())
-                continue;
-            auto const [place, isNew] = firsts.emplace(std::hash<std::string>()(held), parameter);
-            Parameter &first = place->second;
-            if (isNew || heldBy(first.begin) != held)
-                continue;
-            if (!first.isTold)
-                takeAlike(first, parameter);
-            first.isTold = true;
-            takeAlike(parameter, first);
-        }
-    }
-
-    struct Parameter
-    {
-        std::int64_t begin;
-        _GUID id;
-        bool isTold;
-    };
-
-    void takeAlike(Parameter const &parameter, Parameter const &other)
-    {
-        Finding finding = makeFinding(Finding::What::Alike, parameter.begin, {{"id", other.id}});
-        finding.object = parameter.begin;
-        finding.id = parameter.id;
-        take(finding);
-    }
-
-    /// Category, type, place in its list, name and expression of a parameter; empty: there is no category or no name, or no
-    /// parameter.
-    std::string heldBy(std::int64_t begin)
-    {
-        RecoveredFile &file = m_recovery.file();
-        std::string held;
-        ValueWalk walk(file, begin);
-        while (walk.next())
-        {
-            StoredValue const &value = walk.value();
-            if (value.owner == KnownClass::Object || value.nested > 0)
-                continue;
-            if (value.owner != KnownClass::Parameter || value.section > 1)
-                break;
-            bool const isName = value.ordinal == 0;
-            bool const isCategory = value.ordinal == 4 && value.kind == StoredValue::Kind::Id;
-            if ((isName && value.payloadSize == 0) || (isCategory && isSame(value.id, kNoId)))
-                return {};
-            bool const isText = value.kind == StoredValue::Kind::Text16; // the name, or the expression behind the ids
-            if (isText || isCategory || value.ordinal == 1 || value.ordinal == 3)
-                held += std::to_string(value.end - value.begin) + ":" + file.copy(value.begin, value.end - value.begin);
-        }
-        return held;
     }
 
     void takeMissing(Finding const &finding)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/reportcollector.h>
 
 #include <oktformat/text.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/rescuedheader.h>
 
 #include <oktformat/poolheader.h>

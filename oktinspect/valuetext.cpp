@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/valuetext.h>
 
 #include <oktformat/text.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktarrays.h>
 
 #include OKT_NATIVE(oktnativememory.h)

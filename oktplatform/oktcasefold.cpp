@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/okttext_internal.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktfile.h>
 
 #include <oktplatform/oktsystem.h>

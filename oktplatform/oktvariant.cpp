@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktvariant.h>
 
 #include <oktplatform/oktarray_internal.h>

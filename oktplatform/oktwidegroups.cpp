@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktwidegroups.h>
 
 #include <oktplatform/oktbackend.h>

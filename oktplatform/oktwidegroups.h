@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Groups of base64, sixteen characters at a time, where the processor has the instructions (SSSE3). Not installed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/barline.h>
 
 #include <algorithm>

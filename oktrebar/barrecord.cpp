@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/barrecord.h>
 
-#include <oktformat/text.h>
 #include <oktformat/readnumber.h>
+#include <oktformat/text.h>
 
 #include <cmath>
 

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/bendtables.h>
 
+#include <oktformat/readnumber.h>
 #include <oktformat/text.h>
 #include <oktrebar/csvtable.h>
 #include <oktrebar/formula.h>
-#include <oktformat/readnumber.h>
 
 #include <algorithm>
 #include <limits>

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/csvtable.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/readnumber.h>
 #include <oktformat/text.h>
 #include <oktrebar/tabletext.h>
-#include <oktformat/readnumber.h>
 
 #include <algorithm>
 #include <cctype>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/formula.h>
 
 #include <oktformat/readnumber.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/painter.h>
 
 #include <cairo.h>

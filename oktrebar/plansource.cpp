@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/plansource.h>
 
 #include <oktformat/failure.h>

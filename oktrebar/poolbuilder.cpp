@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/poolbuilder.h>
 
 #include <oktformat/failure.h>

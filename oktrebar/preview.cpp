@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/preview.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/readnumber.h>
 #include <oktformat/text.h>
 #include <oktrebar/canvas.h>
-#include <oktformat/readnumber.h>
 #include <oktrebar/planline.h>
 
 #include <algorithm>

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/recordtemplate.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/readnumber.h>
 #include <oktformat/text.h>
 #include <oktrebar/planline.h>
 #include <oktrebar/shapecode.h>
-#include <oktformat/readnumber.h>
 #include <oktrebar/tabletext.h>
 
 #include <oktdatabase/oktdatabase.h>

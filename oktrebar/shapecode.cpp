@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/shapecode.h>
 
 #include <algorithm>

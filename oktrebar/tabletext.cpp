@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/tabletext.h>
 
 #include <oktformat/failure.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/article.h>
 
 #include <oktreport/html.h>

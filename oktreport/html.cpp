@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/html.h>
 
 #include <oktformat/escape.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/keyfacts.h>
 
 #include <oktreport/html.h>

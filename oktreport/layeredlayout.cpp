@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/layeredlayout.h>
 
 #include <algorithm>

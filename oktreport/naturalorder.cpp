@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/naturalorder.h>
 
 #include <algorithm>

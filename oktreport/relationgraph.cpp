@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/relationgraph.h>
 
 #include <oktreport/html.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/templatefacts.h>
 
 #include <oktreport/html.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/damagedpool.h>
 
 #include <oktformat/objectscan.h>

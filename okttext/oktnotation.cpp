@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/oktnotation.h>
 
 #include <oktformat/escape.h>

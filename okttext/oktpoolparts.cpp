@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/oktpoolparts.h>
 
 #include <okttext/oktnotation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/oktrecords.h>
 
 #include <oktformat/base64.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextpool.h>
 
 #include <okttext/oktpoolparts.h>

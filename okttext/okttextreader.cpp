@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextreader.h>
 
 #include <oktformat/base64.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextwriter.h>
 
 #include <oktformat/base64.h>

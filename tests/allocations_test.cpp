@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How often memory is asked for where a template has many objects: literal numbers, so that a further allocation shows in
 // review.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // okt_memory FOLDER: the memory that saving and loading a pool takes beside pool and image, and what a parameter takes, by an
 // allocator that counts. Writes memory.md and memory-targets.md into the folder.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Checks a pool file, and where something is wrong with it makes a new one of what is whole.
 //   repair damaged.okt good.okt
 

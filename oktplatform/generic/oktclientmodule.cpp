@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
 // The language loads no shared libraries. A client module must be linked to the program.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
 // The language converts no code pages. The common code converts windows-1252 and UTF-8 itself, and all others are unknown.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The language has no marks for what a shared library exports: the build exports all of it.

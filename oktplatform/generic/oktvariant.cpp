@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktarray_internal.h>
 #include <oktplatform/oktvariant.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/generic/oktpath.h>
 #include <oktplatform/oktsystem.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The constants of the program or library that includes this header lie between two symbols: the start of its image, and the start of

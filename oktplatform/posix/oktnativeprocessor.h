@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The instructions of a processor that not each of its kind has. Not installed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
 #include <oktplatform/oktcodepage.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Marks what the shared library exports. Everything else in it stays hidden.

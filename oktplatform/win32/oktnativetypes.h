@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The platform's plain types are the system's own. Its header is included without its rarely used parts and without macros named min

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The system's parser, reached through COM, behind the names of this layer.
 //
 // The parser returns a new pointer for each request of a node, and two of them cannot be compared. So each node that was requested has

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/win32/oktxmlprolog.h>
 
 #include <algorithm>

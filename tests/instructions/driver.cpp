@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // driver save|load: saves or loads one pool, always the same, between the begin and the end of the function of that name, where
 // callgrind counts (see compare). What goes ahead of it also warms up what only a first run does.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // growth xmlvalues|xmlpool|xmlread|picture COUNT FILE: a piece of work on so many things, between the begin and the end of counted_work, where
 // callgrind counts (see linear).
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/commands/arguments.h>
 
 #include "support/files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/failure.h>
 #include <oktrebar/poolbuilder.h>
 #include <tools/okt/files/files.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/imageformat.h>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/objectscan.h>
 #include <oktformat/poolheader.h>
 #include <tools/okt/files/files.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What reads real numbers where the standard library cannot, held against what each case must give.
 
 #include <oktformat/readnumber.h>

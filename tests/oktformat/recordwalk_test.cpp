@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/recordwalk.h>
 
 #include "support/hexbytes.h"

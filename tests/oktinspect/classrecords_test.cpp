@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/classrecords.h>
 
 #include "support/streambuilder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/findingtext.h>
 
 #include "support/streambuilder.h"
@@ -70,12 +71,6 @@ TEST(FindingText, Names)
         std::string("the category ") + kId + " lists this parameter, which names the category " + kId);
     EXPECT_EQ(saidOfObject(What::DuplicateId, {{"first", 30}}),
               std::string("the id ") + kId + " of this object is in the file already, at byte 30");
-}
-
-TEST(FindingText, Alike)
-{
-    EXPECT_EQ(saidOfObject(What::Alike, {{"id", guid()}}),
-              std::string("it has the category, type, list index, name and expression of the parameter ") + kId);
 }
 
 TEST(FindingText, UnknownClass_WithAndWithoutAModule)

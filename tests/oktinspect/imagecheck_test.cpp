@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/tinypng.h"
 
 #include <oktinspect/imagecheck.h>

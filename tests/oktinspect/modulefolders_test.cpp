@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/modulefolders.h>
 
 #include <oktplatform/oktprogram.h>

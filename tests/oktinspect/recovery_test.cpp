@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/libraryread.h>
 #include <oktinspect/recovery.h>
 #include <tools/okt/files/files.h>

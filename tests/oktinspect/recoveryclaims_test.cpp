@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/guids.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/objectread.h>

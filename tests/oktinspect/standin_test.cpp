@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktinspect/standin.h>
 
 #include "support/hexbytes.h"

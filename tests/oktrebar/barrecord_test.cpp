@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/failure.h>
 #include <oktrebar/cuttinglength.h>
 #include <oktrebar/planline.h>

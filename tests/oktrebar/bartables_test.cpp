@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/failure.h>
 #include <oktrebar/bartable.h>
 #include <oktrebar/bendtables.h>

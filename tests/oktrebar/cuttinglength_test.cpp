@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktformat/failure.h>
 #include <oktrebar/csvtable.h>
 #include <oktrebar/cuttinglength.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/templategeometry.h>
 
 #include <gtest/gtest.h>

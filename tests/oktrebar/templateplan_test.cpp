@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktrebar/templateplan.h>
 
 #include <gtest/gtest.h>

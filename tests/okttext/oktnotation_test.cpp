@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/oktnotation.h>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "okttext/texthelpers.h"
 
 #include "support/clientclasses.h"

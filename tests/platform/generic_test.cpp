@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the back end on the standard library alone does in its own way. Built with that back end.
 
 #include <oktplatform/oktclientmodule.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktguid.h>
 
 #include "support/failingrandom.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents that are none, damaged ones and hostile ones. The filer answers as it does to any file that cannot be read, memory
 // stays bounded, nothing outside the file is opened, and nothing is written to standard error.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes pool files into the folder that it is given: templates of the example tables and random pools of every class, as files,
 // as clones with new ids, and under other code pages. Equal bytes on every system, since the ids come from a counter here.
 

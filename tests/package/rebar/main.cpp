@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // rebar DATA: makes a template of the tables in DATA and its page, with the installed libraries alone.
 
 #include <oktrebar/clientobjects.h>

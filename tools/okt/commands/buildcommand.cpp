@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
 #include <oktformat/failure.h>

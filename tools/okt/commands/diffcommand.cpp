@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/commands/diffinput.h>
 #include <tools/okt/printing/difftext.h>
 

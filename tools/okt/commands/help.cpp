@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/commands/help.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
 #include <oktinspect/findingtext.h>
@@ -109,10 +110,7 @@ private:
     }
 
     /// Not of what okt verify says.
-    static bool isOfRecovery(Finding const &finding)
-    {
-        return finding.code == Finding::Code::Remnant || finding.code == Finding::Code::Alike;
-    }
+    static bool isOfRecovery(Finding const &finding) { return finding.code == Finding::Code::Remnant; }
 
     /// As okt verify says it, where that does.
     static std::string said(Finding const &finding)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktreport/page.h>
 
 #include <oktformat/failure.h>

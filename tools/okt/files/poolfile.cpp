@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/files/poolfile.h>
 
 #include <oktformat/failure.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/printing/diffvalues.h>
 
 #include <oktformat/base64.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/printing/labels.h>
 
 #include <oktinspect/matching.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/printing/memberlines.h>
 
 #include <tools/okt/printing/diffvalues.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/printing/partialprinter.h>
 
 #include <oktformat/guids.h>

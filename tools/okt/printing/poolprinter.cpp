@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/printing/poolprinter.h>
 
 #include <oktformat/guids.h>

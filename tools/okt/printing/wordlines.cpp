@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/printing/wordlines.h>
 
 #include <oktinspect/listdiff.h>

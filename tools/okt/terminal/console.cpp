@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/terminal/console.h>
 
 #include <tools/okt/terminal/system.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tools/okt/terminal/interrupt.h>
 
 #include <utility>
