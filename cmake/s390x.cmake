@@ -21,12 +21,12 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# The programs find the libraries where they are built.
+# The programs find the libraries where they are built, and these find theirs in the same folders.
 set(okt_sysroot_libraries ${okt_sysroot}/usr/lib/${okt_triple})
 set(okt_sysroot_base_libraries ${okt_sysroot}/lib/${okt_triple})
 set(CMAKE_BUILD_RPATH ${okt_sysroot_libraries} ${okt_sysroot_base_libraries})
-set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,-rpath-link,${okt_sysroot_libraries}:${okt_sysroot_base_libraries})
-set(CMAKE_SHARED_LINKER_FLAGS_INIT -Wl,-rpath-link,${okt_sysroot_libraries}:${okt_sysroot_base_libraries})
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--disable-new-dtags -Wl,-rpath-link,${okt_sysroot_libraries}:${okt_sysroot_base_libraries}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-Wl,--disable-new-dtags -Wl,-rpath-link,${okt_sysroot_libraries}:${okt_sysroot_base_libraries}")
 
 find_program(OKT_QEMU NAMES qemu-s390x qemu-s390x-static)
 if(OKT_QEMU)

@@ -6,6 +6,7 @@
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktwholeframe.h>
+#include <oktplatform/oktdatabytes.h>
 #include <oktplatform/oktwarning.h>
 
 #include <algorithm>
@@ -393,7 +394,7 @@ bool OKTDbParameter::writeValue(OKTFiler &filer) const
     if (isLength)
     {
         tagVARIANT converted = m_varValue; // eight bytes of a double, whatever the kind says (quirk 46)
-        converted.dblVal /= factor;
+        OktSetDataAsDouble(converted, OktDataAsDouble(converted) / factor);
         return filer.writeVariant(name, converted);
     }
     std::optional<OwnedText> converted;
@@ -418,7 +419,7 @@ bool OKTDbParameter::convertAfterReading()
     if (isInDrawingUnits())
     {
         if (!ownsMemory(m_varValue.vt))
-            m_varValue.dblVal *= factor;
+            OktSetDataAsDouble(m_varValue, OktDataAsDouble(m_varValue) * factor);
         return true;
     }
     if (m_nParamType != kQuantityExpression)
