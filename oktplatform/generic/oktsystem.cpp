@@ -2,8 +2,10 @@
 #include <oktplatform/oktsystem.h>
 
 #include <oktplatform/generic/oktrandom.h>
+#include <oktplatform/okttext_internal.h>
 #include <oktplatform/oktwarningline_internal.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <clocale>
@@ -54,8 +56,13 @@ try
 {
     std::random_device source;
     auto *const bytes = static_cast<unsigned char *>(target);
-    for (std::size_t i = 0; i < size; ++i)
-        bytes[i] = static_cast<unsigned char>(source() & 0xFF);
+    for (std::size_t done = 0; done < size;)
+    {
+        std::random_device::result_type const drawn = source();
+        std::size_t const count = std::min(sizeof drawn, size - done);
+        std::memcpy(bytes + done, &drawn, count);
+        done += count;
+    }
     return true;
 }
 catch (std::exception const &)
@@ -97,6 +104,11 @@ OktSystem::DecimalPoint OktSystem::decimalPoint()
         return {".", 1, u'.'};
     if (static_cast<unsigned char>(*bytes) < 0x80)
         return {bytes, length, static_cast<Unit>(*bytes)};
+    // The bytes are those of the numeric locale, mbtowc reads those of the locale of characters: UTF-8 needs no locale.
+    char const *place = bytes;
+    char32_t const character = OktText::nextUtf8(place, bytes + length);
+    if (character != OktText::kReplacement && place == bytes + length)
+        return {bytes, length, static_cast<Unit>(character)};
     wchar_t wide = 0;
     if (std::mbtowc(&wide, bytes, length) < 1)
         wide = static_cast<wchar_t>(static_cast<unsigned char>(*bytes));
