@@ -21,23 +21,53 @@ bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+/// What may stand in a name.
+enum class Names
+{
+    Letters,
+    Words ///< letters, also of other alphabets, digits and underscores
+};
+
 class Parser
 {
 public:
-    Parser(std::string_view text, Variables const &variables) : m_text(text), m_variables(variables) {}
+    Parser(std::string_view text, Names names, NameLookup const &valueOf) : m_text(text), m_names(names), m_valueOf(valueOf) {}
 
     double whole()
     {
         double const value = sum();
         if (!atEnd())
-            refuse(std::string("unexpected '") + m_text[m_position] + "' in the formula");
-        if (!std::isfinite(value))
+            refuse("unexpected " + here() + " in the formula");
+        if (!std::isfinite(value) && !m_isOnlyRead)
             throw FormulaError(0, "the formula has no finite value");
         return value;
     }
 
+    /// Values do not count: only the form is looked at.
+    void read()
+    {
+        m_isOnlyRead = true;
+        whole();
+    }
+
 private:
     [[noreturn]] void refuse(std::string const &reason) const { throw FormulaError(m_position, reason); }
+
+    /// The character at the position, whole.
+    std::string here() const
+    {
+        std::size_t end = m_position + 1;
+        while (end < m_text.size() && (static_cast<unsigned char>(m_text[end]) & 0xC0) == 0x80)
+            ++end;
+        return "'" + std::string(m_text.substr(m_position, end - m_position)) + "'";
+    }
+
+    bool beginsName(char c) const
+    {
+        return isLetter(c) || (m_names == Names::Words && (c == '_' || static_cast<unsigned char>(c) >= 0x80));
+    }
+
+    bool isInName(char c) const { return beginsName(c) || (m_names == Names::Words && isDigit(c)); }
 
     /// Passes over blanks first.
     bool atEnd()
@@ -66,7 +96,7 @@ private:
         if (atEnd())
             return false;
         char const c = m_text[m_position];
-        return isLetter(c) || isDigit(c) || c == '.' || c == '(';
+        return beginsName(c) || isDigit(c) || c == '.' || c == '(';
     }
 
     double sum()
@@ -109,7 +139,7 @@ private:
     double divisor()
     {
         double const value = factor();
-        if (value == 0)
+        if (value == 0 && !m_isOnlyRead)
             refuse("the formula divides by zero");
         return value;
     }
@@ -117,15 +147,14 @@ private:
     double factor()
     {
         if (!atFactor())
-            refuse(atEnd() ? "the formula ends too early"
-                           : std::string("unexpected '") + m_text[m_position] + "' in the formula");
+            refuse(atEnd() ? "the formula ends too early" : "unexpected " + here() + " in the formula");
         if (takes('('))
         {
             double const value = sum();
             expect(')');
             return value;
         }
-        return isLetter(m_text[m_position]) ? named() : literal();
+        return beginsName(m_text[m_position]) ? named() : literal();
     }
 
     double literal()
@@ -143,34 +172,77 @@ private:
     double named()
     {
         std::size_t const start = m_position;
-        while (m_position < m_text.size() && isLetter(m_text[m_position]))
+        while (m_position < m_text.size() && isInName(m_text[m_position]))
             ++m_position;
         std::string_view const name = m_text.substr(start, m_position - start);
         if (name == "pi")
             return std::numbers::pi;
-        if (name == "max")
-        {
-            expect('(');
-            double const left = sum();
-            expect(';');
-            double const right = sum();
-            expect(')');
-            return std::max(left, right);
-        }
-        auto const found = m_variables.find(name);
-        if (found == m_variables.end())
+        if (m_names == Names::Letters ? name == "max" : (name == "max" || name == "min") && atOpening())
+            return extreme(name == "max");
+        std::optional<double> const value = m_valueOf(name);
+        if (!value)
             throw FormulaError(start, "the formula names '" + std::string(name) + "', which is not known here");
-        return found->second;
+        return *value;
     }
 
+    bool atOpening() { return !atEnd() && m_text[m_position] == '('; }
+
+    double extreme(bool isGreatest)
+    {
+        expect('(');
+        double value = sum();
+        if (m_names == Names::Letters)
+            expect(';');
+        else if (!takesSeparator())
+        {
+            expect(')');
+            return value;
+        }
+        do
+        {
+            double const next = sum();
+            value = isGreatest ? std::max(value, next) : std::min(value, next);
+        } while (m_names == Names::Words && takesSeparator());
+        expect(')');
+        return value;
+    }
+
+    bool takesSeparator() { return takes(';') || takes(','); }
+
     std::string_view m_text;
-    Variables const &m_variables;
+    Names m_names;
+    NameLookup const &m_valueOf;
+    bool m_isOnlyRead = false;
     std::size_t m_position = 0;
     int m_depth = 0;
 };
 
 } // namespace
 
-double evaluate(std::string_view formula, Variables const &variables) { return Parser(formula, variables).whole(); }
+double evaluate(std::string_view formula, Variables const &variables)
+{
+    NameLookup const valueOf = [&variables](std::string_view name) -> std::optional<double> {
+        auto const found = variables.find(name);
+        return found == variables.end() ? std::nullopt : std::optional(found->second);
+    };
+    return Parser(formula, Names::Letters, valueOf).whole();
+}
+
+double evaluateExpression(std::string_view expression, NameLookup const &valueOf)
+{
+    return Parser(expression, Names::Words, valueOf).whole();
+}
+
+std::vector<std::string> namesIn(std::string_view expression)
+{
+    std::vector<std::string> names;
+    NameLookup const note = [&names](std::string_view name) {
+        if (std::find(names.begin(), names.end(), name) == names.end())
+            names.emplace_back(name);
+        return std::optional(1.0);
+    };
+    Parser(expression, Names::Words, note).read();
+    return names;
+}
 
 } // namespace okt

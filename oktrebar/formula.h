@@ -4,9 +4,11 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace okt
 {
@@ -35,5 +37,18 @@ using Variables = std::map<std::string, double, std::less<>>;
 /// A name is a run of letters: "pi" or one of the variables. Throws FormulaError for everything else, for a division by zero
 /// and for a value that is not finite.
 double evaluate(std::string_view formula, Variables const &variables);
+
+// Expressions of parameters, "2*LegA+2*LegB+max(16*Diameter;160)", are of the same grammar, but their names are those of parameters
+// without blanks: letters, digits and underscores, the first no digit. There is "min" besides "max"; both take any number of terms,
+// with a semicolon or a comma between them.
+
+/// The value of a name. Nothing: it is not known.
+using NameLookup = std::function<std::optional<double>(std::string_view name)>;
+
+/// Throws FormulaError as `evaluate` does.
+double evaluateExpression(std::string_view expression, NameLookup const &valueOf);
+
+/// The names that an expression has, each once, in the order of the text. Throws FormulaError where it cannot be read.
+std::vector<std::string> namesIn(std::string_view expression);
 
 } // namespace okt

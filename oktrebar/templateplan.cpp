@@ -41,6 +41,7 @@ struct Defaults
 {
     char const *steelGrade;
     double cover;
+    double coverStep;   ///< the cover of a thicker bar is a multiple of this
     Layout layout;      ///< of links and bars
     double barLength;   ///< of the hooked bar, outside to outside
     double linkWidth;   ///< least outer width of a link
@@ -54,8 +55,8 @@ struct Defaults
 
 // A file keeps three decimals of a metre in a quantity expression. The spacings survive that: 150 mm is 0.15 m, and of whole
 // inches only the multiples of 5 are whole millimetres.
-constexpr Defaults kMetric = {"B500B", 30, {4, 150, 2, 100}, 2000, 250, 50, 150, 4800, 2400, 200, 400};
-constexpr Defaults kInch = {"Grade 60", 1.5, {4, 10, 2, 5}, 120, 10, 2, 6, 240, 90, 10, 20};
+constexpr Defaults kMetric = {"B500B", 30, 5, {4, 150, 2, 100}, 2000, 250, 50, 150, 4800, 2400, 200, 400};
+constexpr Defaults kInch = {"Grade 60", 1.5, 0.5, {4, 10, 2, 5}, 120, 10, 2, 6, 240, 90, 10, 20};
 
 std::string multiple(double factor, char const *name) { return number(factor) + "*" + name; }
 
@@ -105,13 +106,19 @@ ParameterPlan diameterOf(BarSize const &size, Units units)
     return bend(parameter(kDiameter, size.diameter, text));
 }
 
+/// No less than the bar is thick, which bond asks for (EN 1992-1-1 4.4.1.2).
+double coverOf(BarSize const &size, Defaults const &defaults)
+{
+    return std::max(defaults.cover, roundedUp(size.diameter, defaults.coverStep));
+}
+
 /// What the categories "Bar" of all kinds begin with.
 std::vector<ParameterPlan> barParameters(BarSize const &size, Units units, Defaults const &defaults)
 {
     bool const metric = units == Units::Millimetre;
     return {parameter(kStandard, metric ? "EN 1992-1-1, EN 10080" : "ACI 318, ASTM A615"),
             parameter(kSteelGrade, defaults.steelGrade), diameterOf(size, units),
-            parameter(kCover, defaults.cover, "Concrete cover on every side")};
+            parameter(kCover, coverOf(size, defaults), "Concrete cover on every side")};
 }
 
 ParameterPlan leg(int listIndex, double length, std::string const &description)

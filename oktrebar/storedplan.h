@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <oktrebar/expressions.h>
+#include <oktrebar/preview.h>
+#include <oktrebar/templateplan.h>
+
+#include <oktplatform/oktarrays.h>
+
+#include <optional>
+#include <string_view>
+
+namespace okt
+{
+
+// From a template in a file back to the plan that it could have been made from, and to its picture.
+
+/// Of the kind Other where the parameters are not those of a template that is drawn here, or it was made in another unit than
+/// millimetres or inches.
+TemplatePlan planOf(StoredTemplate const &pool, LengthUnit const &drawn, ChangedValues const &changed = {});
+
+/// The preview picture of a template; nothing where it is not drawn here, or a figure is missing.
+std::optional<Preview> previewOf(StoredTemplate const &pool, LengthUnit const &drawn, ChangedValues const &changed = {});
+
+/// The image in the frame of a picture. Nothing: the database does not read it.
+std::optional<CByteArray> imageIn(std::string_view frame);
+
+/// The frame with another image, and with the camera of `after` where it has that of `before`. Nothing unless the database reads
+/// the frame and would write all of it.
+std::optional<CByteArray> withImage(std::string_view frame, Preview const &before, Preview const &after);
+
+} // namespace okt

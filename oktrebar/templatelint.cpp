@@ -1,0 +1,370 @@
+// SPDX-License-Identifier: MIT
+#include <oktrebar/templatelint.h>
+
+#include <oktrebar/expressions.h>
+#include <oktrebar/formula.h>
+#include <oktrebar/parametervalue.h>
+#include <oktrebar/storedplan.h>
+
+#include <oktformat/guids.h>
+#include <oktformat/text.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <set>
+
+namespace okt
+{
+
+namespace
+{
+
+using namespace types;
+using Code = LintFinding::Code;
+
+// Types that are measured from somewhere to either side, and may be negative.
+constexpr std::array kSigned = {30, 31, 49, 50, 66, 72, 80, 81};
+// Types without which there is no bar: 0 is as impossible as less.
+constexpr std::array kAboveZero = {kDiameter, kSpacing};
+// Types that count or measure and are no lengths.
+constexpr std::array kPlainAmounts = {kDiameter, kNumber};
+constexpr std::array kBendAngles = {kHookAngle1, kHookAngle2};
+constexpr double kHalfTurn = 180;
+
+template <std::size_t N> bool isOneOf(std::array<int, N> const &types, int type)
+{
+    return std::find(types.begin(), types.end(), type) != types.end();
+}
+
+bool isLengthType(int type)
+{
+    StoredParameter probe;
+    probe.type = type;
+    probe.value = 0.0;
+    return probe.isLength();
+}
+
+class Linter
+{
+public:
+    Linter(StoredTemplate const &pool, FrameOf const &frameOf, LintOptions const &options)
+        : m_pool(pool), m_expressions(pool), m_frameOf(frameOf), m_options(options)
+    {
+    }
+
+    std::vector<LintFinding> run()
+    {
+        for (ParameterExpression const &expression : m_expressions.all())
+            checkExpression(expression);
+        checkCycle();
+        checkNames();
+        for (StoredParameter const &parameter : m_pool.parameters)
+            checkValue(parameter);
+        checkCover();
+        checkHook(kHook1, kHookAngle1, kHookLength1, kExtension1);
+        checkHook(kHook2, kHookAngle2, kHookLength2, kExtension2);
+        if (m_options.withPictures && !m_pool.parameters.empty())
+            checkPictures();
+        std::stable_sort(m_findings.begin(), m_findings.end(), [](LintFinding const &left, LintFinding const &right) {
+            return left.offset != right.offset ? left.offset < right.offset : left.code < right.code;
+        });
+        return std::move(m_findings);
+    }
+
+private:
+    void add(Code code, StoredParameter const &parameter, std::string detail, std::string other = {})
+    {
+        m_findings.push_back({code, parameter.begin, parameter.id, parameter.name, std::move(detail), std::move(other)});
+    }
+
+    std::string shown(StoredParameter const &parameter) const
+    {
+        return shownText(shownValue(parameter, m_expressions.unit(), m_expressions.unit()));
+    }
+
+    void checkExpression(ParameterExpression const &expression)
+    {
+        StoredParameter const &parameter = m_pool.parameters[expression.parameter];
+        if (!expression.fault.empty())
+            return add(Code::ExpressionUnreadable, parameter, parameter.expression, expression.fault);
+        bool isWhole = true;
+        for (ExpressionName const &name : expression.names)
+        {
+            if (!name.parameter)
+                add(Code::ExpressionName, parameter, name.name, name.isAmbiguous ? "several" : "");
+            isWhole = isWhole && name.parameter && m_pool.parameters[*name.parameter].number();
+        }
+        if (!isWhole || !parameter.number() || m_expressions.isKept(expression))
+            return;
+        StoredParameter calculated = parameter;
+        try
+        {
+            calculated.value = m_expressions.value(expression);
+            add(Code::ExpressionValue, parameter, shown(parameter), shown(calculated));
+        }
+        catch (FormulaError const &error)
+        {
+            add(Code::ExpressionUnreadable, parameter, parameter.expression, error.what());
+        }
+    }
+
+    void checkCycle()
+    {
+        std::vector<std::size_t> const cycle = m_expressions.cycle();
+        if (cycle.empty())
+            return;
+        std::string text;
+        for (std::size_t const index : cycle)
+            text += m_pool.parameters[index].name + " -> ";
+        add(Code::ExpressionCycle, m_pool.parameters[cycle.front()], text + m_pool.parameters[cycle.front()].name);
+    }
+
+    void checkNames()
+    {
+        for (StoredCategory const &category : m_pool.categories)
+        {
+            std::set<std::string> met;
+            std::set<std::size_t> listed; // a parameter that is listed twice is no second one
+            for (_GUID const &id : category.parameters)
+                if (std::optional<std::size_t> const index = m_pool.indexOf(id); index && listed.insert(*index).second)
+                {
+                    StoredParameter const &parameter = m_pool.parameters[*index];
+                    if (!parameter.name.empty() && !met.insert(parameter.name).second)
+                        add(Code::NameTwice, parameter, category.name);
+                }
+        }
+    }
+
+    void checkValue(StoredParameter const &parameter)
+    {
+        bool const isAmount = isLengthType(parameter.type) || isOneOf(kPlainAmounts, parameter.type);
+        bool const isBare = std::holds_alternative<std::monostate>(parameter.value);
+        if (parameter.type == kQuantityExpression && !isBare)
+            return checkQuantity(parameter);
+        if (isAmount && !isBare && !parameter.number())
+            return add(Code::WrongKind, parameter, shown(parameter));
+        std::optional<double> const number = parameter.number();
+        if (!number)
+            return;
+        if (!std::isfinite(*number))
+            return add(Code::Impossible, parameter, shown(parameter), "no number");
+        if (isAmount && *number < 0 && !isOneOf(kSigned, parameter.type))
+            return add(Code::Impossible, parameter, shown(parameter), "negative");
+        if (isOneOf(kAboveZero, parameter.type) && *number == 0)
+            return add(Code::Impossible, parameter, shown(parameter), "zero");
+        if (isOneOf(kBendAngles, parameter.type) && std::abs(*number) > kHalfTurn)
+            add(Code::Impossible, parameter, shown(parameter), "above half a turn");
+    }
+
+    void checkQuantity(StoredParameter const &parameter)
+    {
+        std::string const *const text = std::get_if<std::string>(&parameter.value);
+        if (text == nullptr)
+            return add(Code::WrongKind, parameter, shown(parameter));
+        if (text->find_first_not_of(' ') == std::string::npos)
+            return;
+        try
+        {
+            for (QuantityTerm const &term : quantityTerms(*text))
+                if (term.spacing < 0)
+                    throw ValueError("a spacing is negative");
+        }
+        catch (ValueError const &)
+        {
+            add(Code::QuantityUnreadable, parameter, *text);
+        }
+    }
+
+    /// In metres.
+    std::optional<double> metres(StoredParameter const *parameter) const
+    {
+        std::optional<double> const number = parameter == nullptr ? std::nullopt : parameter->number();
+        if (!number || !std::isfinite(*number))
+            return std::nullopt;
+        return parameter->isLength() ? *number : *number / m_expressions.unit().perMetre;
+    }
+
+    void checkCover()
+    {
+        std::optional<double> const diameter = metres(m_pool.find(kDiameter, 0));
+        if (!diameter)
+            return;
+        for (StoredParameter const &parameter : m_pool.parameters)
+            if (std::optional<double> const cover = metres(&parameter); parameter.type == kCover && parameter.isLength() &&
+                                                                        cover && *cover >= 0 && *cover < *diameter &&
+                                                                        !isSameNumber(*cover, *diameter))
+                add(Code::CoverBelowDiameter, parameter, shown(parameter), shown(*m_pool.find(kDiameter, 0)));
+    }
+
+    /// The length of a hook counts from the outside of its bend, unless the extension says that it is straight all along.
+    void checkHook(int has, int angle, int length, int extension)
+    {
+        StoredParameter const *const flag = m_pool.find(has, 0);
+        if (flag != nullptr && flag->value == ParameterValue(false))
+            return;
+        StoredParameter const *const hook = m_pool.find(length, 0);
+        std::optional<double> const whole = metres(hook);
+        std::optional<double> const radius = metres(m_pool.find(kBendingRadius, 0));
+        std::optional<double> const diameter = metres(m_pool.find(kDiameter, 0));
+        StoredParameter const *const turn = m_pool.find(angle, 0);
+        if (!whole || !hook->isLength() || *whole < 0 || !radius || !diameter || turn == nullptr || turn->number() == 0.0)
+            return;
+        std::optional<double> const straight = metres(m_pool.find(extension, 0));
+        if (straight && isSameNumber(*straight, *whole))
+            return;
+        double const bend = *radius + *diameter;
+        if (*whole >= bend || isSameNumber(*whole, bend))
+            return;
+        StoredParameter least = *hook;
+        least.value = bend;
+        add(Code::HookTooShort, *hook, shown(*hook), shown(least));
+    }
+
+    /// Whether a picture was drawn by okt cannot be told; one of another size was not.
+    static bool mayBeDrawnHere(CByteArray const &image)
+    {
+        std::string_view const bytes(reinterpret_cast<char const *>(image.GetData()),
+                                     static_cast<std::size_t>(image.GetSize()));
+        auto const big = [bytes](std::size_t at) {
+            int value = 0;
+            for (std::size_t i = 0; i < 4; ++i)
+                value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+            return value;
+        };
+        constexpr std::size_t kSize = 16; // of a PNG, in its first chunk
+        return bytes.size() > kSize + 8 && bytes.starts_with("\x89PNG") && big(kSize) == kPreviewWidth &&
+               big(kSize + 4) == kPreviewHeight;
+    }
+
+    void checkPictures()
+    {
+        if (m_pool.pictures.empty())
+        {
+            m_findings.push_back({Code::PictureMissing, m_pool.header.begin, m_pool.poolId.value_or(kNoId), {}, {}, {}});
+            return;
+        }
+        std::optional<Preview> preview;
+        for (StoredPicture const &picture : m_pool.pictures)
+        {
+            std::optional<CByteArray> const image = imageIn(m_frameOf(picture.begin, picture.end));
+            if (!image || !mayBeDrawnHere(*image))
+                continue;
+            if (!preview)
+                preview = previewOf(m_pool, m_expressions.unit());
+            if (!preview)
+                return; // not a template that is drawn here
+            bool const isSame = image->GetSize() == preview->png.GetSize() &&
+                                std::equal(image->GetData(), image->GetData() + image->GetSize(), preview->png.GetData());
+            if (!isSame)
+                m_findings.push_back({Code::PictureOutOfDate, picture.begin, picture.id, {}, {}, {}});
+        }
+    }
+
+    StoredTemplate const &m_pool;
+    TemplateExpressions m_expressions;
+    FrameOf const &m_frameOf;
+    LintOptions const &m_options;
+    std::vector<LintFinding> m_findings;
+};
+
+std::string inQuotes(std::string const &text) { return "\"" + text + "\""; }
+
+} // namespace
+
+LintFinding::Severity LintFinding::severity() const
+{
+    switch (code)
+    {
+    case Code::ExpressionName:
+    case Code::ExpressionCycle:
+    case Code::WrongKind:
+    case Code::Impossible:
+    case Code::QuantityUnreadable:
+    case Code::HookTooShort: return Severity::Error;
+    case Code::ExpressionUnreadable:
+    case Code::ExpressionValue:
+    case Code::NameTwice:
+    case Code::CoverBelowDiameter:
+    case Code::PictureMissing: return Severity::Warning;
+    case Code::PictureOutOfDate: break;
+    }
+    return Severity::Info;
+}
+
+std::string_view codeName(Code code)
+{
+    switch (code)
+    {
+    case Code::ExpressionUnreadable: return "expression-unreadable";
+    case Code::ExpressionName: return "expression-name";
+    case Code::ExpressionCycle: return "expression-cycle";
+    case Code::ExpressionValue: return "expression-value";
+    case Code::NameTwice: return "name-twice";
+    case Code::WrongKind: return "wrong-kind";
+    case Code::Impossible: return "impossible-value";
+    case Code::QuantityUnreadable: return "quantity-unreadable";
+    case Code::CoverBelowDiameter: return "cover-below-diameter";
+    case Code::HookTooShort: return "hook-too-short";
+    case Code::PictureMissing: return "picture-missing";
+    case Code::PictureOutOfDate: break;
+    }
+    return "picture-out-of-date";
+}
+
+std::string_view severityName(LintFinding::Severity severity)
+{
+    return severity == LintFinding::Severity::Error ? "error" : severity == LintFinding::Severity::Warning ? "warning" : "info";
+}
+
+std::string explanation(LintFinding const &finding)
+{
+    switch (finding.code)
+    {
+    case Code::ExpressionUnreadable: return "the expression " + inQuotes(finding.detail) + " has no value: " + finding.other;
+    case Code::ExpressionName:
+        return "the expression names " + finding.detail +
+               (finding.other.empty() ? ", which is not there" : ", and several parameters have that name");
+    case Code::ExpressionCycle: return "the expressions go round in a circle: " + finding.detail;
+    case Code::ExpressionValue: return "the value is " + finding.detail + ", its expression gives " + finding.other;
+    case Code::NameTwice: return "a second parameter of this name stands in the category " + inQuotes(finding.detail);
+    case Code::WrongKind: return "the type wants another kind of value than " + inQuotes(finding.detail);
+    case Code::Impossible: return "the value " + finding.detail + " is " + finding.other + ", which its type cannot be";
+    case Code::QuantityUnreadable: return inQuotes(finding.detail) + " is no quantity expression";
+    case Code::CoverBelowDiameter: return "the cover of " + finding.detail + " is less than the diameter, " + finding.other;
+    case Code::HookTooShort: return "the hook of " + finding.detail + " ends inside its bend, which takes " + finding.other;
+    case Code::PictureMissing: return "the template has no picture";
+    case Code::PictureOutOfDate: break;
+    }
+    return "the picture is not the one that is drawn here for these values: it is out of date, or was made elsewhere";
+}
+
+std::string mend(LintFinding const &finding)
+{
+    switch (finding.code)
+    {
+    case Code::ExpressionUnreadable: return "write it with numbers, names, + - * / ( ) max and min, or take it away";
+    case Code::ExpressionName:
+        return finding.other.empty() ? "name a parameter that is there, without its blanks"
+                                     : "let the parameter use the one that is meant, or rename the other";
+    case Code::ExpressionCycle: return "give one of them a value instead of its expression";
+    case Code::ExpressionValue: return "set the value to " + finding.other + ", or take the expression away";
+    case Code::NameTwice: return "rename one of the two";
+    case Code::WrongKind: return "give it a number";
+    case Code::Impossible: return "correct the value";
+    case Code::QuantityUnreadable: return "write counts and lengths, such as 4x150 2x100";
+    case Code::CoverBelowDiameter: return "set the cover to " + finding.other + " or more";
+    case Code::HookTooShort: return "set the length to " + finding.other + " or more";
+    case Code::PictureMissing: return "add one in the design system, or build the template anew";
+    case Code::PictureOutOfDate: break;
+    }
+    return "build the template anew, or leave it where the picture was made elsewhere";
+}
+
+std::vector<LintFinding> lint(StoredTemplate const &pool, FrameOf const &frameOf, LintOptions const &options)
+{
+    return Linter(pool, frameOf, options).run();
+}
+
+} // namespace okt
