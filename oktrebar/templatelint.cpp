@@ -67,8 +67,16 @@ public:
         checkHook(kHook2, kHookAngle2, kHookLength2, kExtension2);
         if (m_options.withPictures && !m_pool.parameters.empty())
             checkPictures();
-        std::stable_sort(m_findings.begin(), m_findings.end(), [](LintFinding const &left, LintFinding const &right) {
-            return left.offset != right.offset ? left.offset < right.offset : left.code < right.code;
+        std::vector<std::size_t> const order = m_pool.inOrder();
+        std::map<std::int64_t, std::size_t> places; // of parameters, by where they begin; all else stands behind them
+        for (std::size_t i = 0; i < order.size(); ++i)
+            places.emplace(m_pool.parameters[order[i]].begin, i);
+        auto const placeOf = [&](LintFinding const &finding) {
+            auto const found = places.find(finding.offset);
+            return found == places.end() ? order.size() : found->second;
+        };
+        std::stable_sort(m_findings.begin(), m_findings.end(), [&](LintFinding const &left, LintFinding const &right) {
+            return placeOf(left) != placeOf(right) ? placeOf(left) < placeOf(right) : left.code < right.code;
         });
         return std::move(m_findings);
     }

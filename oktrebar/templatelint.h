@@ -65,7 +65,7 @@ struct LintOptions
 /// The bytes of a picture's frame, for which the file is asked only where one has to be compared.
 using FrameOf = std::function<std::string(std::int64_t begin, std::int64_t end)>;
 
-/// In the order of the file, of one object in the order of the codes.
+/// In the order in which people see the parameters, of one parameter in the order of the codes; then what is about pictures.
 std::vector<LintFinding> lint(StoredTemplate const &pool, FrameOf const &frameOf, LintOptions const &options = {});
 
 } // namespace okt

@@ -88,7 +88,7 @@ TEST(OktHelp, WrongUsage_LineThatHelps)
     EXPECT_EQ(told({"show", "-link.okt"}),
               "okt: there is no option -l, as in -link.okt; a name like this stands behind --" + show);
     EXPECT_EQ(told({"show", "--index", "--preview", "link.okt"}), "okt: --index excludes --preview" + show);
-    EXPECT_EQ(told({"tree", "a.okt", "b.okt"}), "okt: there is no place for b.okt; see \"okt tree --help\"\n");
+    EXPECT_EQ(told({"get", "a.okt", "Cover", "b.okt"}), "okt: there is no place for b.okt; see \"okt get --help\"\n");
     EXPECT_EQ(told({"report", "a.okt"}), "okt: --output is missing; see \"okt report --help\"\n");
     EXPECT_EQ(told({"export", "--format", "bf2d", "--pictures", "p", "a.okt"}),
               "okt: --pictures: a bar record has no pictures; see \"okt export --help\"\n");

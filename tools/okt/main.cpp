@@ -7,6 +7,7 @@
 #include <tools/okt/commands/complete.h>
 #include <tools/okt/commands/gitcall.h>
 #include <tools/okt/commands/help.h>
+#include <tools/okt/commands/tableoperands.h>
 #include <tools/okt/files/files.h>
 #include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/interrupt.h>
@@ -69,9 +70,11 @@ int run(int argc, char **argv, int &trouble)
     app.add_flag("--no-modules", withoutSearch, "look for no client modules; only those that --module names are loaded");
 
     okt::CommandLine line{app, {}};
-    for (auto const add : {okt::addInfo, okt::addLs, okt::addShow, okt::addTree, okt::addFind, okt::addDump, okt::addReport,
-                           okt::addPicture, okt::addBuild, okt::addExport, okt::addImport, okt::addFilter, okt::addDiff,
-                           okt::addVerify, okt::addRecover, okt::addModules, okt::addCompletion, okt::addPages, okt::addHelp})
+    for (auto const add :
+         {okt::addInfo,    okt::addLs,         okt::addShow,   okt::addTree,    okt::addFind,  okt::addDump,   okt::addReport,
+          okt::addTable,   okt::addGet,        okt::addSet,    okt::addPicture, okt::addBuild, okt::addExport, okt::addImport,
+          okt::addFilter,  okt::addDiff,       okt::addVerify, okt::addLint,    okt::addHash,  okt::addEdit,   okt::addRecover,
+          okt::addModules, okt::addCompletion, okt::addPages,  okt::addHelp})
         add(line);
     letTheLastCount(app);
     okt::finishHelp(app);
@@ -85,6 +88,7 @@ int run(int argc, char **argv, int &trouble)
             return kDone;
         }
         okt::markGitOperands(typed);
+        okt::markTableFiles(typed);
         std::vector<std::string> const texts = okt::arranged(app, typed);
         std::vector<char const *> words;
         for (std::string const &text : texts)

@@ -108,8 +108,20 @@ private:
             put(option);
         else if (takesValue(option))
             put(option, word.substr(equals + 1));
+        else if (CLI::Option const *const form = formOf(option, word.substr(equals + 1)))
+            put(*form);
         else
             throw WrongUsage(m_command, nameOf(option) + " takes no value");
+    }
+
+    /// A flag may have a form that is called as if it took a value: --csv=local is --csv-local. Null: it has no such form.
+    CLI::Option const *formOf(CLI::Option const &option, std::string const &value) const
+    {
+        std::string const name = option.get_lnames().front() + "-" + value;
+        for (CLI::Option const *const each : known())
+            if (each->check_lname(name))
+                return each;
+        return nullptr;
     }
 
     CLI::Option const &optionNamed(std::string const &word) const

@@ -46,6 +46,12 @@ void addVerify(CommandLine &line);
 void addDump(CommandLine &line);
 void addFind(CommandLine &line);
 void addTree(CommandLine &line);
+void addTable(CommandLine &line);
+void addGet(CommandLine &line);
+void addSet(CommandLine &line);
+void addLint(CommandLine &line);
+void addHash(CommandLine &line);
+void addEdit(CommandLine &line);
 void addModules(CommandLine &line);
 void addHelp(CommandLine &line); ///< behind all that it tells of
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/diffinput.h>
+#include <tools/okt/commands/folderdiff.h>
+#include <tools/okt/files/poollist.h>
 #include <tools/okt/printing/difftext.h>
 
 #include <oktformat/failure.h>
@@ -35,6 +37,7 @@ struct Options
     bool byMembers = false;
     bool asJson = false;
     bool fromGit = false;
+    bool isQuiet = false;
 };
 
 /// What there is to say of two pools; empty: nothing.
@@ -47,6 +50,15 @@ std::string textOf(Options const &options, PoolDiff const &found, DiffPool const
 
 int compareFiles(Options const &options)
 {
+    if (isFolder(options.files[0]) && isFolder(options.files[1]))
+    {
+        FolderDiffOptions given;
+        given.by = options.byName ? MatchBy::Name : MatchBy::Id;
+        given.unit = options.byMembers ? nullptr : findUnit(options.unit);
+        given.asJson = options.asJson;
+        given.isQuiet = options.isQuiet;
+        return compareFolders(options.files[0], options.files[1], given);
+    }
     DiffInput before(options.files[0], inputName(utf8Path(options.files[0])));
     DiffInput after(options.files[1], inputName(utf8Path(options.files[1])));
     if (before.isSameAs(after))
@@ -61,7 +73,8 @@ int compareFiles(Options const &options)
     PoolDiff const found = compare(first, second, options.byName ? MatchBy::Name : MatchBy::Id);
     std::string const text = textOf(options, found, first, second);
     waiting.reset();
-    print(text);
+    if (!options.isQuiet)
+        print(text);
     return found.isSame() ? kDone : kDifferent;
 }
 
@@ -127,14 +140,15 @@ void checkFiles(Options const &options)
 
 void addDiff(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("diff", "Compares two pool files: what came, what went, and what changed in which parameter.\n"
-                                        "  okt diff old.okt new.okt\n"
-                                        "  okt diff --unit in old.okt new.okt\n"
-                                        "  okt diff --by-name link.okt clone.okt\n"
-                                        "  okt diff --json old.okt new.okt >changes.json\n"
-                                        "  okt diff <(git show HEAD:link.okt) link.okt\n"
-                                        "  git config diff.okt.command 'okt diff --git'");
+    CLI::App *const command = line.app.add_subcommand(
+        "diff", "Compares two pool files, or two folders of them: what came, what went, and what changed in which parameter.\n"
+                "  okt diff old.okt new.okt\n"
+                "  okt diff --unit in old.okt new.okt\n"
+                "  okt diff templates.old templates\n"
+                "  okt diff --by-name link.okt clone.okt\n"
+                "  okt diff --json old.okt new.okt >changes.json\n"
+                "  okt diff <(git show HEAD:link.okt) link.okt\n"
+                "  git config diff.okt.command 'okt diff --git'");
     command->footer(
         "0 the files hold the same, 1 they differ, 2 trouble or wrong usage; with --git 0 also where they differ or a "
         "file is damaged.");
@@ -142,7 +156,7 @@ void addDiff(CommandLine &line)
     // One by one: a list would end at a "--" behind its first entry.
     auto const files = std::make_shared<std::array<std::string, 2>>();
     auto const more = std::make_shared<std::vector<std::string>>();
-    command->add_option("OLD", files->front(), "a pool file; - for standard input")->required();
+    command->add_option("OLD", files->front(), "a pool file, or a folder of them; - for standard input")->required();
     CLI::Option const *const second =
         command->add_option("NEW", files->back(), "the one that it is compared with; - for standard input");
     command->add_option("MORE", *more, "what else git passes, with --git");
@@ -154,6 +168,7 @@ void addDiff(CommandLine &line)
         "--by-name", options->byName,
         "for clones, whose ids are new: objects belong together by what they hold, their relations and their names");
     command->add_flag("--json", options->asJson, "one JSON document, for programs");
+    command->add_flag("-q,--quiet", options->isQuiet, "of folders only the total, of files nothing: the exit code tells");
     command->add_flag("--git", options->fromGit,
                       "as git's external diff: what follows is what git passes, and a damaged file is told and no failure");
     command->callback([&line, options, files, more, second] {

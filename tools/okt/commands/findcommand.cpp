@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
+#include <tools/okt/commands/fileoperands.h>
+#include <tools/okt/commands/wherecondition.h>
+#include <tools/okt/files/templatefile.h>
+#include <tools/okt/printing/parameterjson.h>
+
 #include <oktinspect/find.h>
 #include <oktinspect/findingtext.h>
+#include <oktinspect/valuetext.h>
+#include <oktrebar/expressions.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
-#include <tools/okt/files/exportfiles.h>
-#include <tools/okt/files/files.h>
 #include <tools/okt/terminal/console.h>
 
-#include <algorithm>
 #include <memory>
-#include <system_error>
+#include <optional>
 
 namespace okt
 {
@@ -28,11 +32,15 @@ namespace fs = std::filesystem;
 struct Options
 {
     std::string pattern;
-    std::vector<std::string> files;
+    FileOperands files;
+    std::string where;
+    std::string unit = "mm";
     std::string className;
     bool namesOnly = false;
     bool valuesOnly = false;
     bool filesOnly = false;
+    bool asJson = false;
+    bool isQuiet = false;
 };
 
 class Finder
@@ -45,49 +53,12 @@ public:
         m_query.where = options.namesOnly    ? FindQuery::Where::Names
                         : options.valuesOnly ? FindQuery::Where::Values
                                              : FindQuery::Where::Anywhere;
-    }
-
-    /// A file as it is named, or all pool files below a folder.
-    void search(std::string const &name)
-    {
-        fs::path const path = utf8Path(name);
-        std::error_code ignored;
-        if (name == kStandardStream || !fs::is_directory(path, ignored))
-            return searchFile(name);
-        std::vector<fs::path> files;
-        std::error_code error;
-        fs::recursive_directory_iterator entries(path, fs::directory_options::skip_permission_denied, error);
-        for (; !error && entries != fs::recursive_directory_iterator(); entries.increment(error))
-            if (entries->is_regular_file(ignored) && isPoolFile(entries->path()))
-                files.push_back(entries->path());
-        if (error)
-            told(Failure(name, "", "the folder cannot be read: " + systemReason(error.value())).what());
-        std::sort(files.begin(), files.end());
-        for (fs::path const &file : files)
-            searchFile(pathName(file));
+        if (!options.where.empty())
+            m_where.emplace(whereCondition(options.where, *findLengthUnit(options.unit)));
     }
 
     bool isFound() const { return m_isFound; }
     bool isAllRead() const { return m_isAllRead; }
-
-private:
-    /// By its name, or by how it begins.
-    static bool isPoolFile(fs::path const &path)
-    {
-        if (CString(path.extension().u16string().c_str()).CompareNoCase(u".okt") == 0)
-            return true;
-        try
-        {
-            std::unique_ptr<ByteSource> const source = openSource(path, terminalProgress());
-            std::string_view const begin = source->look(0, 18);
-            return begin.size() == 18 && begin[0] == 2 && begin[5] == 6 && begin[6] == 5 && begin[7] == 9 &&
-                   knownClass(begin.substr(9)) == KnownClass::Pool;
-        }
-        catch (Failure const &)
-        {
-            return false;
-        }
-    }
 
     void told(std::string const &fault)
     {
@@ -95,8 +66,52 @@ private:
         printError(fault);
     }
 
-    void searchFile(std::string const &name)
+    /// "3 of 48 files".
+    void total() const { print(std::to_string(m_found) + " of " + plural(m_files, "file") + "\n"); }
+
+    void look(std::string const &name)
     {
+        if (m_where)
+            ask(name);
+        else
+            search(name);
+    }
+
+private:
+    void note(bool isIn)
+    {
+        m_isFound = m_isFound || isIn;
+        m_found += isIn ? 1 : 0;
+    }
+
+    void tellFile(std::string const &name) const
+    {
+        print(m_options.asJson ? lineOf({{"file", name}}) : printable(std::string_view(name)) + "\n");
+    }
+
+    /// A template that fulfils a condition is told by the name of its file. One with a fault is asked as far as it is whole.
+    void ask(std::string const &name)
+    {
+        ++m_files;
+        try
+        {
+            TemplateFile const read = readTemplateFile(name);
+            for (std::string const &fault : read.faults())
+                told(fault);
+            bool const isIn = isFulfilled(*m_where, read.pool, TemplateExpressions(read.pool).unit(), read.name);
+            note(isIn);
+            if (isIn && !m_options.isQuiet)
+                tellFile(read.name);
+        }
+        catch (Failure const &failure)
+        {
+            told(failure.what());
+        }
+    }
+
+    void search(std::string const &name)
+    {
+        ++m_files;
         try
         {
             fs::path const path = utf8Path(name);
@@ -109,12 +124,12 @@ private:
             options.onFault = [&](Finding const &fault) {
                 told(Failure(options.name, byteAt(fault.offset), sentenceOf(fault)).what());
             };
-            if (!m_options.filesOnly)
+            if (!m_options.filesOnly && !m_options.isQuiet)
                 options.onFound = [&](FoundObject const &found) { tell(options.name, found); };
-            bool const isIn = find(*source, m_query, options);
-            if (isIn && m_options.filesOnly)
-                print(printable(std::string_view(options.name)) + "\n");
-            m_isFound = m_isFound || isIn;
+            bool const isIn = okt::find(*source, m_query, options);
+            if (isIn && m_options.filesOnly && !m_options.isQuiet)
+                tellFile(options.name);
+            note(isIn);
         }
         catch (Failure const &failure)
         {
@@ -122,8 +137,15 @@ private:
         }
     }
 
-    static void tell(std::string const &file, FoundObject const &found)
+    void tell(std::string const &file, FoundObject const &found) const
     {
+        if (m_options.asJson)
+        {
+            std::string lines;
+            for (FindMatch const &match : found.matches)
+                lines += lineOf(matchJson(file, found, match));
+            return print(lines);
+        }
         std::string const label = labelText(found.label);
         std::string text;
         for (FindMatch const &match : found.matches)
@@ -132,6 +154,37 @@ private:
                         .what() +
                     std::string("\n");
         print(text);
+    }
+
+    static PlainJson matchJson(std::string const &file, FoundObject const &found, FindMatch const &match)
+    {
+        PlainJson json;
+        json["file"] = file;
+        json["offset"] = match.offset;
+        json["class"] = found.className.ToUtf8();
+        json["id"] = found.label.id ? PlainJson(idText(*found.label.id)) : PlainJson(nullptr);
+        json["name"] = found.label.name.IsEmpty() ? PlainJson(nullptr) : PlainJson(found.label.name.ToUtf8());
+        json["match"] = kindWord(match.kind);
+        if (match.kind == FindMatch::Kind::Naming)
+            json["names"] = idText(match.id.value_or(kNoId));
+        if (!match.text.IsEmpty())
+            json["text"] = match.text.ToUtf8();
+        return json;
+    }
+
+    static char const *kindWord(FindMatch::Kind kind)
+    {
+        switch (kind)
+        {
+        case FindMatch::Kind::Class: return "class";
+        case FindMatch::Kind::Id: return "id";
+        case FindMatch::Kind::Naming: return "reference";
+        case FindMatch::Kind::PoolName:
+        case FindMatch::Kind::Name: return "name";
+        case FindMatch::Kind::Text: return "text";
+        case FindMatch::Kind::Value: break;
+        }
+        return "value";
     }
 
     static std::string what(FindMatch const &match)
@@ -153,18 +206,22 @@ private:
 
     Options const &m_options;
     FindQuery m_query;
+    std::optional<Condition> m_where;
+    std::int64_t m_files = 0;
+    std::int64_t m_found = 0;
     bool m_isFound = false;
     bool m_isAllRead = true;
 };
 
 int find(Options const &options)
 {
-    checkReadOnce(options.files);
     Finder finder(options);
     try
     {
-        for (std::string const &file : options.files)
-            finder.search(file);
+        for (std::string const &file : options.files.expanded([&finder](std::string const &fault) { finder.told(fault); }))
+            finder.look(file);
+        if (options.isQuiet)
+            finder.total();
     }
     catch (OutputFailed const &failure)
     {
@@ -179,24 +236,47 @@ int find(Options const &options)
 void addFind(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "find", "Searches pool files, and folders with all below them, for names, texts, values, ids and classes.\n"
-                "  okt find 'hook*' templates --name");
+        "find",
+        "Searches pool files, and folders with all below them, for names, texts, values, ids and classes, or for templates\n"
+        "that fulfil a condition.\n"
+        "  okt find 'hook*' templates --name\n"
+        "  okt find --where '\"Shape code\"=51 and Cover<30 mm' templates");
     command->footer("0 found; 1 nothing found; 2 wrong usage, an output that takes nothing, or "
                     "nothing found and a file that cannot be read.");
     auto const options = std::make_shared<Options>();
+    command->add_option("PATTERN", options->pattern,
+                        "what to look for: a part of it, or with * and ? the whole; the case of letters does not count; none "
+                        "with --where");
+    addFiles(*command, options->files);
+    CLI::Option *const where = addWhere(*command, options->where);
     command
-        ->add_option("PATTERN", options->pattern,
-                     "what to look for: a part of it, or with * and ? the whole; the case of letters does not count")
-        ->required();
-    command->add_option("FILE", options->files, "pool files and folders; - for standard input")->required();
-    command
-        ->add_option("--class", options->className, "only in objects of this class or derived from it; * and ? as in a shell")
-        ->type_name("PATTERN");
+        ->add_option("-u,--unit", options->unit,
+                     "with --where: the unit of lengths that have none: mm (default), cm, m, in, ft")
+        ->check(CLI::IsMember(unitNames()));
+    CLI::Option *const className = command
+                                       ->add_option("--class", options->className,
+                                                    "only in objects of this class or derived from it; * and ? as in a shell")
+                                       ->type_name("PATTERN");
     CLI::Option *const names =
         command->add_flag("--name", options->namesOnly, "only in names of pools, parameters and categories");
-    command->add_flag("--value", options->valuesOnly, "only in values, expressions and descriptions")->excludes(names);
+    CLI::Option *const values =
+        command->add_flag("--value", options->valuesOnly, "only in values, expressions and descriptions")->excludes(names);
     command->add_flag("-l,--files", options->filesOnly, "only the names of the files in which something is found");
-    command->callback([&line, options] { line.run = [options] { return find(*options); }; });
+    command->add_flag("--json", options->asJson, "one JSON object a line, one for each match or file");
+    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are in which something is found");
+    where->excludes(className)->excludes(names)->excludes(values);
+    command->callback([&line, options] {
+        if (!options->where.empty())
+        {
+            whereCondition(options->where, *findLengthUnit(options->unit));
+            if (!options->pattern.empty())
+                options->files.files.insert(options->files.files.begin(), options->pattern);
+        }
+        else if (options->pattern.empty())
+            throw CLI::RequiredError("PATTERN");
+        options->files.check();
+        line.run = [options] { return find(*options); };
+    });
 }
 
 } // namespace okt

@@ -55,7 +55,7 @@ void finishHelp(CLI::App &app)
     auto const formatter = std::make_shared<HelpFormatter>();
     app.formatter(formatter);
     app.footer("okt help COMMAND tells more, with examples.\n" + std::string(kExitCode) + kUsualExitCodes +
-               " okt find, okt verify and okt diff tell their own.");
+               " okt find, okt get, okt set, okt lint, okt verify, okt edit and okt diff tell their own.");
     for (CLI::App *const command : app.get_subcommands(nullptr))
     {
         command->formatter(formatter);

@@ -8,7 +8,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
-#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/terminal/console.h>
 
 #include <nlohmann/json.hpp>
@@ -25,7 +25,7 @@ namespace
 
 struct Options
 {
-    std::vector<std::string> files;
+    FileOperands files;
     std::string className;
     std::string name;
     bool asJson = false;
@@ -37,7 +37,7 @@ constexpr std::size_t kPiece = 1 << 16;
 class Lister
 {
 public:
-    explicit Lister(Options const &options) : m_asJson(options.asJson), m_withHeadings(options.files.size() > 1)
+    Lister(Options const &options, bool withHeadings) : m_asJson(options.asJson), m_withHeadings(withHeadings)
     {
         if (!options.className.empty())
             m_class.emplace(options.className);
@@ -128,10 +128,13 @@ private:
 
 int list(Options const &options)
 {
-    checkReadOnce(options.files);
     bool ok = true;
-    Lister lister(options);
-    for (std::string const &file : options.files)
+    std::vector<std::string> const files = options.files.expanded([&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
+    Lister lister(options, files.size() > 1);
+    for (std::string const &file : files)
     {
         try
         {
@@ -156,12 +159,15 @@ void addLs(CommandLine &line)
                                                             "  okt ls templates/link-d12.okt --name '*hook*' --json");
     command->footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
+    addFiles(*command, options->files);
     command->add_option("--class", options->className, "only objects of this class or derived from it; * and ? as in a shell")
         ->type_name("PATTERN");
     command->add_option("--name", options->name, "only objects of this name; likewise")->type_name("PATTERN");
     command->add_flag("--json", options->asJson, "one JSON object a line");
-    command->callback([&line, options] { line.run = [options] { return list(*options); }; });
+    command->callback([&line, options] {
+        options->files.check();
+        line.run = [options] { return list(*options); };
+    });
 }
 
 } // namespace okt

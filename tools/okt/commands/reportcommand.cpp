@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
@@ -23,7 +24,7 @@ namespace fs = std::filesystem;
 
 struct Options
 {
-    std::vector<std::string> files;
+    FileOperands files;
     std::string output;
     std::string title;
     std::string unit = "mm";
@@ -41,19 +42,23 @@ std::uintmax_t sizeOf(std::string const &file)
 int report(Options const &options)
 {
     fs::path const output = utf8Path(options.output);
-    checkReadOnce(options.files);
+    bool ok = true;
+    std::vector<std::string> const files = options.files.expanded([&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
     std::vector<TemplateFacts> templates;
-    for (std::string const &file : options.files)
+    for (std::string const &file : files)
         refuseSameFile(utf8Path(file), output, "one of the pool files");
     if (output != kStandardStream)
         checkWritable(output, options.replaces);
     std::optional<ProgressLine> progress; // of one file the steps tell more
-    if (options.files.size() > 1)
+    if (files.size() > 1)
         progress.emplace("report",
-                         std::accumulate(options.files.begin(), options.files.end(), std::uintmax_t(0),
+                         std::accumulate(files.begin(), files.end(), std::uintmax_t(0),
                                          [](std::uintmax_t sum, std::string const &file) { return sum + sizeOf(file); }));
     std::uintmax_t done = 0;
-    for (std::string const &file : options.files)
+    for (std::string const &file : files)
     {
         if (progress)
             progress->at(done);
@@ -83,7 +88,7 @@ int report(Options const &options)
     writePage(templates, page, [&file](std::string_view piece) { file.write(piece); });
     file.close();
     file.commit();
-    return std::all_of(templates.begin(), templates.end(), [](TemplateFacts const &facts) { return facts.fault.empty(); })
+    return ok && std::all_of(templates.begin(), templates.end(), [](TemplateFacts const &facts) { return facts.fault.empty(); })
                ? kDone
                : kFailed;
 }
@@ -94,9 +99,9 @@ void addReport(CommandLine &line)
 {
     CLI::App *const command =
         line.app.add_subcommand("report", "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.\n"
-                                          "  okt report templates/*.okt -o report.html");
+                                          "  okt report templates -o report.html");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
+    addFiles(*command, options->files);
     command->add_option("-o,--output", options->output, "the file for the page; - for standard output")->required();
     command
         ->add_option("-u,--unit", options->unit,
@@ -104,7 +109,10 @@ void addReport(CommandLine &line)
         ->check(CLI::IsMember(unitNames()));
     command->add_option("--title", options->title, "the heading of the page")->type_name("HEADING");
     command->add_flag("--force", options->replaces, "replace a file that exists");
-    command->callback([&line, options] { line.run = [options] { return report(*options); }; });
+    command->callback([&line, options] {
+        options->files.check();
+        line.run = [options] { return report(*options); };
+    });
 }
 
 } // namespace okt

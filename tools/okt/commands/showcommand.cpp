@@ -4,8 +4,11 @@
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
 #include <oktinspect/poolreader.h>
+#include <tools/okt/commands/fileoperands.h>
+#include <tools/okt/commands/jsonoutput.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/files/files.h>
+#include <tools/okt/printing/parameterjson.h>
 #include <tools/okt/printing/partialprinter.h>
 #include <tools/okt/printing/poolprinter.h>
 #include <tools/okt/terminal/console.h>
@@ -32,11 +35,12 @@ enum class ShowWhat
 
 struct Options
 {
-    std::vector<std::string> files;
+    FileOperands files;
     std::string unit = "mm";
     bool withIds = false;
     bool indexOnly = false;
     bool previewOnly = false;
+    bool asJson = false;
 };
 
 struct Shown
@@ -81,11 +85,19 @@ int show(Options const &options)
     if (displayed == nullptr)
         throw Failure("--unit", "", "there is no unit " + options.unit);
     ShowWhat const what = options.indexOnly ? ShowWhat::Index : options.previewOnly ? ShowWhat::Preview : ShowWhat::All;
-    checkReadOnce(options.files);
     bool ok = true;
     bool first = true;
-    for (std::string const &file : options.files)
+    std::vector<std::string> const files = options.files.expanded([&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
+    for (std::string const &file : files)
     {
+        if (options.asJson)
+        {
+            ok = printJson(file, *findLengthUnit(options.unit), templateJson) && ok;
+            continue;
+        }
         std::optional<Shown> const shown = shownOrTold(utf8Path(file), *displayed, options.withIds, what);
         if (shown)
         {
@@ -109,15 +121,22 @@ void addShow(CommandLine &line)
                                         "  okt show --index templates/*.okt\n"
                                         "  okt import link.json -o - | okt show -");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
+    addFiles(*command, options->files);
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         ->check(CLI::IsMember(unitNames()));
     command->add_flag("--ids", options->withIds, "also print the ids of parameters, their categories and owners");
     CLI::Option *const index = command->add_flag("--index", options->indexOnly,
                                                  "only the index: title, keywords, counts; only this part of the file is read");
-    command->add_flag("--preview", options->previewOnly, "only the pictures: where they lie, format, size; likewise")
-        ->excludes(index);
-    command->callback([&line, options] { line.run = [options] { return show(*options); }; });
+    CLI::Option *const preview =
+        command->add_flag("--preview", options->previewOnly, "only the pictures: where they lie, format, size; likewise")
+            ->excludes(index);
+    command->add_flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids")
+        ->excludes(index)
+        ->excludes(preview);
+    command->callback([&line, options] {
+        options->files.check();
+        line.run = [options] { return show(*options); };
+    });
 }
 
 } // namespace okt

@@ -8,7 +8,10 @@
 #include <oktinspect/moduletext.h>
 #include <oktinspect/objectsof.h>
 #include <oktinspect/poolreader.h>
+#include <tools/okt/commands/fileoperands.h>
+#include <tools/okt/commands/jsonoutput.h>
 #include <tools/okt/files/exportfiles.h>
+#include <tools/okt/printing/parameterjson.h>
 #include <tools/okt/printing/poolprinter.h>
 #include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
@@ -31,9 +34,10 @@ namespace
 
 struct Options
 {
-    std::string file;
+    FileOperands files;
     std::string unit = "mm";
     bool inAscii = false;
+    bool asJson = false;
 };
 
 /// The branches in front of a line.
@@ -253,12 +257,9 @@ void addLines(std::vector<Node> &nodes, char const *title, std::vector<std::stri
         nodes.push_back(std::move(node));
 }
 
-int tree(Options const &options)
+bool printTree(std::string const &name, Options const &options, DisplayUnit const *unit)
 {
-    DisplayUnit const *const unit = findUnit(options.unit);
-    if (unit == nullptr)
-        throw Failure("--unit", "", "there is no unit " + options.unit);
-    InputFile const input(utf8Path(options.file));
+    InputFile const input(utf8Path(name));
     PoolFile const file = readPool(input.path(), unit->factor, input.name(), terminalProgress());
     std::string text = quoted(file.pool->poolName()) + " " + idText(file.pool->objectId()) + "\n";
     std::optional<Waiting> waiting(std::in_place, printable(input.name()), static_cast<std::uintmax_t>(file.size));
@@ -270,7 +271,39 @@ int tree(Options const &options)
     print(text);
     if (!file.fault.empty())
         printError(file.fault);
-    return file.fault.empty() ? kDone : kFailed;
+    return file.fault.empty();
+}
+
+int tree(Options const &options)
+{
+    DisplayUnit const *const unit = findUnit(options.unit);
+    if (unit == nullptr)
+        throw Failure("--unit", "", "there is no unit " + options.unit);
+    bool ok = true;
+    std::vector<std::string> const files = options.files.expanded([&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
+    for (std::string const &file : files)
+    {
+        if (options.asJson)
+        {
+            ok = printJson(file, *findLengthUnit(options.unit), treeJson) && ok;
+            continue;
+        }
+        try
+        {
+            if (files.size() > 1)
+                print((&file == files.data() ? "" : "\n") + printable(std::string_view(file)) + ":\n");
+            ok = printTree(file, options, unit) && ok;
+        }
+        catch (Failure const &failure)
+        {
+            printError(failure.what());
+            ok = false;
+        }
+    }
+    return ok ? kDone : kFailed;
 }
 
 } // namespace
@@ -278,15 +311,19 @@ int tree(Options const &options)
 void addTree(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "tree", "Prints a pool file as a tree: groups, their categories, parameters and what these use; relations, pictures.\n"
+        "tree", "Prints pool files as trees: groups, their categories, parameters and what these use; relations, pictures.\n"
                 "  okt tree templates/link-d12.okt");
     command->footer("0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
+    addFiles(*command, options->files);
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         ->check(CLI::IsMember(unitNames()));
     command->add_flag("--ascii", options->inAscii, "branches in plain characters, as where the locale is not UTF-8");
-    command->callback([&line, options] { line.run = [options] { return tree(*options); }; });
+    command->add_flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids");
+    command->callback([&line, options] {
+        options->files.check();
+        line.run = [options] { return tree(*options); };
+    });
 }
 
 } // namespace okt

@@ -9,8 +9,10 @@
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
+#include <oktinspect/manifest.h>
 #include <oktinspect/moduletext.h>
-#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/commands/fileoperands.h>
+#include <tools/okt/files/digests.h>
 #include <tools/okt/terminal/console.h>
 
 #include <nlohmann/json.hpp>
@@ -28,9 +30,29 @@ using Json = nlohmann::ordered_json;
 
 struct Options
 {
-    std::vector<std::string> files;
+    FileOperands files;
+    std::string manifest;
     bool asJson = false;
+    bool isQuiet = false;
 };
+
+std::string changeLine(ManifestChange const &change, bool asJson)
+{
+    using Kind = ManifestChange::Kind;
+    char const *const word = change.kind == Kind::Missing     ? "missing"
+                             : change.kind == Kind::New       ? "new"
+                             : change.kind == Kind::Changed   ? "changed"
+                             : change.kind == Kind::Rewritten ? "rewritten"
+                                                              : "renamed";
+    if (!asJson)
+        return printable(std::string_view(change.path)) + ": " + word +
+               (change.kind == Kind::Rewritten ? ", and holds the same" : "") +
+               (change.other.empty() ? "" : " to " + printable(std::string_view(change.other)));
+    Json json = {{"file", change.path}, {"change", word}};
+    if (!change.other.empty())
+        json["other"] = change.other;
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
 
 std::string findingLine(std::string const &file, Finding const &finding, bool asJson)
 {
@@ -50,30 +72,73 @@ std::string findingLine(std::string const &file, Finding const &finding, bool as
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-bool isSound(std::string const &file, bool asJson)
+Verdict verdictOf(std::string const &file, Options const &given)
 {
     fs::path const path = utf8Path(file);
     VerifyOptions options;
     options.name = inputName(path);
-    options.onFinding = [&](Finding const &finding) { print(findingLine(options.name, finding, asJson) + "\n"); };
+    options.onFinding = [&](Finding const &finding) {
+        if (!given.isQuiet)
+            print(findingLine(options.name, finding, given.asJson) + "\n");
+    };
     options.onProgress = terminalProgress();
     options.moduleOf = moduleNaming;
     Verdict const verdict = verify(path, options).verdict;
-    if (!asJson)
+    if (!given.asJson && !given.isQuiet)
         print(printable(std::string_view(options.name)) + ": " + plural(verdict.objects, "object") + ", " +
               findingsText(verdict) + "\n");
-    return verdict.errors == 0;
+    return verdict;
+}
+
+/// What of a folder is no longer as the manifest says. Other bytes that hold the same are told, and are no failure.
+int verifyManifest(Options const &options)
+{
+    bool ok = true;
+    Manifest before;
+    try
+    {
+        before = parseManifest(readText(utf8Path(options.manifest)));
+    }
+    catch (ManifestError const &error)
+    {
+        throw Failure(options.manifest, std::to_string(error.line()), error.what());
+    }
+    Manifest const now = manifestOf(options.files.files.front(), [&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
+    std::string text;
+    std::int64_t changes = 0;
+    for (ManifestChange const &change : compare(before, now))
+    {
+        bool const isSame = change.kind == ManifestChange::Kind::Rewritten;
+        changes += isSame ? 0 : 1;
+        if (!options.isQuiet)
+            text += changeLine(change, options.asJson) + "\n";
+    }
+    if (!options.asJson)
+        text += plural(static_cast<std::int64_t>(now.size()), "file") + ", " + plural(changes, "change") + "\n";
+    print(text);
+    return ok && changes == 0 ? kDone : kFailed;
 }
 
 int verifyAll(Options const &options)
 {
-    checkReadOnce(options.files);
     bool ok = true;
-    for (std::string const &file : options.files)
+    Verdict sum;
+    std::vector<std::string> const files = options.files.expanded([&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
+    for (std::string const &file : files)
     {
         try
         {
-            ok = isSound(file, options.asJson) && ok;
+            Verdict const verdict = verdictOf(file, options);
+            sum.objects += verdict.objects;
+            sum.errors += verdict.errors;
+            sum.warnings += verdict.warnings;
+            sum.infos += verdict.infos;
         }
         catch (Failure const &failure)
         {
@@ -81,7 +146,10 @@ int verifyAll(Options const &options)
             ok = false;
         }
     }
-    return ok ? kDone : kFailed;
+    if (options.isQuiet && !options.asJson)
+        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + plural(sum.objects, "object") + ", " +
+              findingsText(sum) + "\n");
+    return ok && sum.errors == 0 ? kDone : kFailed;
 }
 
 } // namespace
@@ -91,13 +159,23 @@ void addVerify(CommandLine &line)
     CLI::App *const command = line.app.add_subcommand(
         "verify",
         "Checks pool files: structure, ids and what names them, lists, places, values, images. One line for each finding.\n"
-        "  okt verify templates/*.okt");
-    command->footer(
-        "0 no error, with or without warnings and infos; 1 an error, or a file that cannot be read; 2 wrong usage.");
+        "  okt verify templates\n"
+        "  okt verify -q templates/*.okt\n"
+        "  okt verify --manifest templates.manifest templates");
+    command->footer("0 no error, with or without warnings and infos; 1 an error, or a file that cannot be read, or with "
+                    "--manifest a change; 2 "
+                    "wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
+    addFiles(*command, options->files);
     command->add_flag("--json", options->asJson, "one JSON object a line, one for each finding");
-    command->callback([&line, options] { line.run = [options] { return verifyAll(*options); }; });
+    command->add_flag("-q,--quiet", options->isQuiet, "only the total");
+    command->add_option("--manifest", options->manifest, "hold a folder against a manifest that okt hash --manifest made");
+    command->callback([&line, options] {
+        options->files.check();
+        if (!options->manifest.empty() && (options->files.files.size() != 1 || !options->files.filesFrom.empty()))
+            throw CLI::ValidationError("--manifest", "one folder is wanted");
+        line.run = [options] { return options->manifest.empty() ? verifyAll(*options) : verifyManifest(*options); };
+    });
 }
 
 } // namespace okt

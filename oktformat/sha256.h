@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Without a source of its own, so that the tests of the database, which know no other library, can use it too. Not installed.
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+namespace okt
+{
+
+namespace sha256
+{
+
+inline constexpr std::array<std::uint32_t, 64> kRound = {
+    0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5, 0xd807aa98, 0x12835b01,
+    0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174, 0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc,
+    0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da, 0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147,
+    0x06ca6351, 0x14292967, 0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
+    0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070, 0x19a4c116, 0x1e376c08,
+    0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3, 0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208,
+    0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
+
+using State = std::array<std::uint32_t, 8>;
+
+inline std::uint32_t wordAt(unsigned char const *bytes)
+{
+    return static_cast<std::uint32_t>(bytes[0]) << 24 | static_cast<std::uint32_t>(bytes[1]) << 16 |
+           static_cast<std::uint32_t>(bytes[2]) << 8 | static_cast<std::uint32_t>(bytes[3]);
+}
+
+inline void addBlock(State &state, unsigned char const *block)
+{
+    std::array<std::uint32_t, 64> w{};
+    for (std::size_t i = 0; i < 16; ++i)
+        w[i] = wordAt(block + 4 * i);
+    for (std::size_t i = 16; i < 64; ++i)
+    {
+        std::uint32_t const s0 = std::rotr(w[i - 15], 7) ^ std::rotr(w[i - 15], 18) ^ (w[i - 15] >> 3);
+        std::uint32_t const s1 = std::rotr(w[i - 2], 17) ^ std::rotr(w[i - 2], 19) ^ (w[i - 2] >> 10);
+        w[i] = w[i - 16] + s0 + w[i - 7] + s1;
+    }
+    auto [a, b, c, d, e, f, g, h] = state;
+    for (std::size_t i = 0; i < 64; ++i)
+    {
+        std::uint32_t const big1 = std::rotr(e, 6) ^ std::rotr(e, 11) ^ std::rotr(e, 25);
+        std::uint32_t const t1 = h + big1 + ((e & f) ^ (~e & g)) + kRound[i] + w[i];
+        std::uint32_t const big0 = std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22);
+        std::uint32_t const t2 = big0 + ((a & b) ^ (a & c) ^ (b & c));
+        h = g;
+        g = f;
+        f = e;
+        e = d + t1;
+        d = c;
+        c = b;
+        b = a;
+        a = t1 + t2;
+    }
+    State const added = {a, b, c, d, e, f, g, h};
+    for (std::size_t i = 0; i < 8; ++i)
+        state[i] += added[i];
+}
+
+} // namespace sha256
+
+/// The SHA-256 digest (FIPS 180-4) of `size` bytes as 64 lower-case hexadecimal digits. It tells files apart; it keeps no secrets.
+inline std::string sha256Hex(void const *data, std::size_t size)
+{
+    sha256::State state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    auto const *const bytes = static_cast<unsigned char const *>(data);
+    std::size_t const whole = size / 64 * 64;
+    for (std::size_t at = 0; at < whole; at += 64)
+        sha256::addBlock(state, bytes + at);
+
+    // The rest, a one bit, zeros, and the length in bits at the end of the last block.
+    unsigned char tail[128] = {};
+    std::size_t const rest = size - whole;
+    if (rest != 0)
+        std::memcpy(tail, bytes + whole, rest);
+    tail[rest] = 0x80;
+    std::size_t const tailSize = rest < 56 ? 64 : 128;
+    std::uint64_t const bits = static_cast<std::uint64_t>(size) * 8;
+    for (std::size_t i = 0; i < 8; ++i)
+        tail[tailSize - 1 - i] = static_cast<unsigned char>(bits >> (8 * i));
+    for (std::size_t at = 0; at < tailSize; at += 64)
+        sha256::addBlock(state, tail + at);
+
+    std::string text;
+    for (std::uint32_t const word : state)
+        for (int shift = 28; shift >= 0; shift -= 4)
+            text += "0123456789abcdef"[word >> shift & 15];
+    return text;
+}
+
+} // namespace okt

@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: MIT
+#include "librarytest.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class OktLint : public LibraryTest
+{
+};
+
+TEST_F(OktLint, Examples_Quiet)
+{
+    fs::create_directories(pathOf(path("lib")));
+    for (fs::directory_entry const &entry : fs::directory_iterator(built()))
+        fs::copy_file(entry.path(), pathOf(path("lib")) / entry.path().filename());
+    EXPECT_EQ(done({"lint", path("lib")}), "48 files, 0 errors, 0 warnings, 0 infos\n");
+    EXPECT_EQ(done({"lint", path("lib"), "--json"}), "");
+}
+
+TEST_F(OktLint, Findings_LineWithSeverityPlaceAndMend)
+{
+    std::string const link = take("link-d12.okt");
+    done({"set", link, "Cover=10 mm", "Cutting length=1.5 m"});
+    ProcessResult const result = runOkt({"lint", link});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(shortened(result.out), testing::MatchesRegex("lib/link-d12.okt:byte .*: warning: \"C.*\n"
+                                                             "lib/link-d12.okt:byte .*: warning: \"C.*\n"));
+    EXPECT_THAT(result.out,
+                HasSubstr(": warning: \"Cover\": the cover of 10 mm is less than the diameter, 12 mm; set the cover to 12 "
+                          "mm or more [cover-below-diameter]\n"));
+    EXPECT_THAT(result.out,
+                HasSubstr(": warning: \"Cutting length\": the value is 1500 mm, its expression gives 1492 mm; set the "
+                          "value to 1492 mm, or take the expression away [expression-value]\n"));
+    ProcessResult const json = runOkt({"lint", link, "--json"});
+    EXPECT_THAT(json.out, HasSubstr("\"severity\":\"warning\",\"code\":\"cover-below-diameter\",\"id\":\"{"));
+    EXPECT_THAT(json.out,
+                HasSubstr("\"name\":\"Cover\",\"finding\":\"the cover of 10 mm is less than the diameter, 12 mm\",\"mend\":"
+                          "\"set the cover to 12 mm or more\"}\n"));
+    EXPECT_EQ(runOkt({"lint", link, "-q"}).out, "1 file, 0 errors, 2 warnings, 0 infos\n");
+}
+
+TEST_F(OktLint, DamagedOrMissingFile_OneLineAndTheRestIsLookedAt)
+{
+    ProcessResult const result = runOkt({"lint", "none.okt", golden("truncated.okt"), "--no-pictures"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "okt: none.okt: there is no such file\nokt: " + golden("truncated.okt") +
+                              ":byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358\n");
+    EXPECT_EQ(runOkt({"lint"}).exitCode, 2);
+}
+
+class OktFolders : public LibraryTest
+{
+protected:
+    void SetUp() override
+    {
+        take("link-d12.okt", "d12.okt");
+        take("link-d8.okt", "d8.okt");
+        take("link-d8.okt", "old/d6.okt");
+        take("link-d8.okt", "old/keep/d7.okt");
+        put("lib/note.txt", std::string("no pool file"));
+    }
+};
+
+TEST_F(OktFolders, EveryCommand_RecursiveAndSorted)
+{
+    EXPECT_EQ(shortened(done({"verify", path("lib")})), "lib/d8.okt: 32 objects, 0 errors, 0 warnings\n"
+                                                        "lib/d12.okt: 32 objects, 0 errors, 0 warnings\n"
+                                                        "lib/old/d6.okt: 32 objects, 0 errors, 0 warnings\n"
+                                                        "lib/old/keep/d7.okt: 32 objects, 0 errors, 0 warnings\n");
+    EXPECT_EQ(done({"verify", "-q", path("lib")}), "4 files, 128 objects, 0 errors, 0 warnings\n");
+    std::string const shown = shortened(done({"show", path("lib")}));
+    EXPECT_LT(shown.find("lib/d8.okt"), shown.find("lib/d12.okt"));
+    EXPECT_THAT(shown, HasSubstr("lib/old/keep/d7.okt"));
+    EXPECT_THAT(shortened(done({"ls", path("lib"), "--name", "Cover"})), HasSubstr("lib/old/d6.okt:\n"));
+    EXPECT_THAT(shortened(done({"tree", path("lib"), "--ascii"})), HasSubstr("\nlib/old/d6.okt:\n\"Closed link, 8 mm"));
+    EXPECT_EQ(shortened(done({"find", "-l", "Cover", path("lib")})),
+              "lib/d8.okt\nlib/d12.okt\nlib/old/d6.okt\nlib/old/keep/d7.okt\n");
+    done({"report", path("lib"), "-o", path("page.html")});
+    EXPECT_THAT(contents(pathOf(path("page.html"))), HasSubstr("d7.okt"));
+}
+
+TEST_F(OktFolders, OktIgnore_LeavesOut)
+{
+    put("lib/.oktignore", std::string("# what is old\nold/*\n!old/keep/\n"));
+    EXPECT_EQ(shortened(done({"find", "-l", "Cover", path("lib")})), "lib/d8.okt\nlib/d12.okt\nlib/old/keep/d7.okt\n");
+    put("lib/old/keep/.oktignore", std::string("d?.okt\r\n"));
+    EXPECT_EQ(shortened(done({"find", "-l", "Cover", path("lib")})), "lib/d8.okt\nlib/d12.okt\n");
+    EXPECT_EQ(shortened(done({"find", "-l", "Cover", path("lib/old/d6.okt")})), "lib/old/d6.okt\n"); // it is named itself
+}
+
+TEST_F(OktFolders, FilesFrom_AListOfNames)
+{
+    std::string const list = put("list", path("lib/d8.okt") + "\r\n\n" + path("lib/old") + "\n");
+    EXPECT_EQ(shortened(done({"find", "-l", "Cover", "--files-from", list})),
+              "lib/d8.okt\nlib/old/d6.okt\nlib/old/keep/d7.okt\n");
+    EXPECT_EQ(shortened(runOktOn(list, {"verify", "-q", "--files-from", "-"}).out),
+              "3 files, 96 objects, 0 errors, 0 warnings\n");
+    EXPECT_EQ(runOkt({"verify", "--files-from", path("none")}).exitCode, 1);
+    EXPECT_EQ(runOkt({"verify"}).err, "okt: FILE is missing; see \"okt verify --help\"\n");
+}
+
+TEST_F(OktFolders, ShowAndTreeAsJson)
+{
+    std::string const show = shortened(done({"show", "--json", path("lib/d12.okt")}));
+    EXPECT_EQ(std::count(show.begin(), show.end(), '\n'), 1);
+    EXPECT_THAT(show, HasSubstr("{\"file\":\"lib/d12.okt\",\"pool\":{\"id\":\"{"));
+    EXPECT_THAT(show, HasSubstr("\"unit\":\"mm\",\"drawnIn\":\"mm\",\"groups\":[{"));
+    EXPECT_THAT(show, HasSubstr("\"type\":6,\"value\":30.0,\"unit\":\"mm\",\"description\":\"Concrete cover on every side\"}"));
+    EXPECT_THAT(show, HasSubstr("\"faults\":[]}"));
+    std::string const tree = done({"tree", "--json", path("lib/d12.okt"), "-u", "cm"});
+    EXPECT_THAT(tree, HasSubstr("\"categories\":[{\"id\":\"{"));
+    EXPECT_THAT(tree, HasSubstr("\"name\":\"Bar\",\"parameters\":[{\"name\":\"Standard\""));
+    EXPECT_THAT(tree, HasSubstr("\"value\":149.2,\"unit\":\"cm\",\"expression\":\"2*LegA+2*LegB+max(16*Diameter;160)\""));
+    ProcessResult const damaged = runOkt({"show", "--json", golden("truncated.okt")});
+    EXPECT_EQ(damaged.exitCode, 1);
+    EXPECT_THAT(damaged.out, HasSubstr("\"faults\":[\""));
+    EXPECT_EQ(runOkt({"show", "--json", "none.okt"}).err, "okt: none.okt: there is no such file\n");
+}
+
+TEST_F(OktFolders, Diff_AddedRemovedRenamedChanged)
+{
+    fs::copy(pathOf(path("lib")), pathOf(path("new")), fs::copy_options::recursive);
+    EXPECT_EQ(done({"diff", path("lib"), path("new")}), "");
+    EXPECT_EQ(done({"diff", "-q", path("lib"), path("new")}), "0 removed, 0 added, 0 renamed, 0 changed, 4 the same\n");
+    fs::rename(pathOf(path("new/d12.okt")), pathOf(path("new/link-12.okt")));
+    done({"set", path("new/d8.okt"), "Cover=35 mm"});
+    fs::remove(pathOf(path("new/old/d6.okt")));
+    fs::copy_file(built() / "mesh-d8.okt", pathOf(path("new/mesh.okt")));
+    ProcessResult const result = runOkt({"diff", path("lib"), path("new")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(shortened(result.out), "> d12.okt -> link-12.okt\n"
+                                     "--- lib/d8.okt\n"
+                                     "+++ new/d8.okt\n"
+                                     "~ Cover: 30 mm -> 35 mm\n"
+                                     "1 changed, 31 the same\n"
+                                     "- old/d6.okt\n"
+                                     "+ mesh.okt\n"
+                                     "1 removed, 1 added, 1 renamed, 1 changed, 1 the same\n");
+    ProcessResult const json = runOkt({"diff", "--json", path("lib"), path("new")});
+    EXPECT_EQ(json.exitCode, 1);
+    EXPECT_THAT(json.out, HasSubstr("{\"file\":\"d12.okt\",\"change\":\"renamed\",\"to\":\"link-12.okt\"}\n"));
+    EXPECT_THAT(json.out, HasSubstr("{\"file\":\"d8.okt\",\"change\":\"changed\",\"diff\":{"));
+    EXPECT_THAT(json.out, HasSubstr("{\"file\":\"old/d6.okt\",\"change\":\"removed\"}\n"));
+    fs::copy_file(golden("truncated.okt"), pathOf(path("new/d8.okt")), fs::copy_options::overwrite_existing);
+    ProcessResult const trouble = runOkt({"diff", "-q", path("lib"), path("new")});
+    EXPECT_EQ(trouble.exitCode, 2);
+    EXPECT_EQ(shortened(trouble.err),
+              "okt: new/d8.okt:byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358\n");
+}
+
+class OktHash : public LibraryTest
+{
+};
+
+TEST_F(OktHash, Contents_SameForACloneAndOtherForAChange)
+{
+    std::string const link = take("link-d12.okt");
+    std::string const first = done({"hash", link}).substr(0, 64);
+    EXPECT_EQ(first.find_first_not_of("0123456789abcdef"), std::string::npos);
+    // A build draws new ids each time, and the objects stand in the order of these.
+    done({"build", OKT_EXAMPLES_DIR "/data", "-o", path("again")});
+    std::string const again = path("again/link-d12.okt");
+    EXPECT_NE(contents(pathOf(link)), contents(pathOf(again)));
+    EXPECT_EQ(done({"hash", again}).substr(0, 64), first);
+    EXPECT_NE(done({"hash", "--bytes", link}).substr(0, 64), done({"hash", "--bytes", again}).substr(0, 64));
+    done({"set", again, "Cover=31 mm"});
+    EXPECT_NE(done({"hash", again}).substr(0, 64), first);
+}
+
+TEST_F(OktHash, Bytes_OfAKnownFile)
+{
+    std::string const file = put("abc", std::string("abc")); // FIPS 180-4
+    EXPECT_EQ(done({"hash", "--bytes", file}),
+              "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad  " + file + "\n");
+    ProcessResult const contents = runOkt({"hash", file});
+    EXPECT_EQ(contents.exitCode, 1);
+    EXPECT_EQ(contents.err, "okt: " + file + ":byte 0: this is no pool file: it does not begin with the size of a header\n");
+    EXPECT_THAT(runOkt({"hash", "--json", file}).out, HasSubstr("\"contents\":null}"));
+}
+
+TEST_F(OktHash, Manifest_HoldsAFolderAgainstIt)
+{
+    take("link-d8.okt", "a.okt");
+    std::string const b = take("link-d12.okt", "b.okt");
+    take("link-d16.okt", "sub/c.okt");
+    take("link-d20.okt", "d.okt");
+    std::string const text = done({"hash", "--manifest", path("lib")});
+    EXPECT_TRUE(text.starts_with("# okt manifest 1: SHA-256 of the bytes, of the contents, path\n")) << text;
+    std::string const manifest = put("m", text);
+    EXPECT_EQ(done({"verify", "--manifest", manifest, path("lib")}), "4 files, 0 changes\n");
+    done({"set", b, "Cover=31 mm"});
+    fs::rename(pathOf(path("lib/sub/c.okt")), pathOf(path("lib/e.okt")));
+    fs::remove(pathOf(path("lib/a.okt")));
+    take("hooked-d12.okt", "f.okt");
+    done({"build", OKT_EXAMPLES_DIR "/data", "-o", path("again")});
+    fs::copy_file(pathOf(path("again/link-d20.okt")), pathOf(path("lib/d.okt")), fs::copy_options::overwrite_existing);
+    ProcessResult const result = runOkt({"verify", "--manifest", manifest, path("lib")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, "a.okt: missing\n"
+                          "b.okt: changed\n"
+                          "d.okt: rewritten, and holds the same\n"
+                          "f.okt: new\n"
+                          "sub/c.okt: renamed to e.okt\n"
+                          "4 files, 4 changes\n");
+    ProcessResult const wrong = runOkt({"verify", "--manifest", put("w", text + "odd\n"), path("lib")});
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_EQ(shortened(wrong.err), "okt: w:6: two digests and a path are wanted here\n");
+    EXPECT_EQ(shortened(runOkt({"verify", "--manifest", put("v", std::string("x\n")), path("lib")}).err),
+              "okt: v:1: this is no manifest that okt hash made\n");
+}
+
+} // namespace

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/fileoperands.h>
+
+#include <oktformat/fileread.h>
+#include <tools/okt/files/exportfiles.h>
+
+namespace okt
+{
+
+std::vector<std::string> FileOperands::expanded(OnFault const &onFault) const
+{
+    std::vector<std::string> all = files;
+    if (!filesFrom.empty())
+    {
+        std::vector<std::string> const listed = namesFrom(filesFrom);
+        all.insert(all.end(), listed.begin(), listed.end());
+    }
+    std::vector<std::string> streams = all;
+    if (filesFrom == kStandardStream)
+        streams.emplace_back(kStandardStream);
+    checkReadOnce(streams);
+    return withFolders(all, onFault);
+}
+
+void FileOperands::check() const
+{
+    if (files.empty() && filesFrom.empty())
+        throw CLI::RequiredError("FILE");
+}
+
+void addFiles(CLI::App &command, FileOperands &operands)
+{
+    command.add_option("FILE", operands.files, "pool files, and folders with all below them; - for standard input");
+    addFilesFrom(command, operands);
+}
+
+void addFilesFrom(CLI::App &command, FileOperands &operands)
+{
+    command
+        .add_option("--files-from", operands.filesFrom,
+                    "a file that names pool files and folders, one a line; - for standard input")
+        ->type_name("FILE");
+}
+
+} // namespace okt

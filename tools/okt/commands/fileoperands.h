@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <tools/okt/files/poollist.h>
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace okt
+{
+
+/// The files that a command is given: by name, below folders, or listed in a file. One place for all commands.
+struct FileOperands
+{
+    std::vector<std::string> files;
+    std::string filesFrom;
+
+    /// In the order in which they are given, each folder as the pool files in it. A folder that cannot be read is told to `onFault`.
+    /// Throws Failure where the list cannot be read, or standard input is asked for twice.
+    std::vector<std::string> expanded(OnFault const &onFault) const;
+    /// To be called when the line is parsed. Throws CLI::ParseError where there are none.
+    void check() const;
+};
+
+/// FILE and --files-from.
+void addFiles(CLI::App &command, FileOperands &operands);
+/// Only --files-from, where operands may be something else.
+void addFilesFrom(CLI::App &command, FileOperands &operands);
+
+} // namespace okt

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/folderdiff.h>
+
+#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/diffinput.h>
+#include <tools/okt/files/poollist.h>
+#include <tools/okt/printing/difftext.h>
+#include <tools/okt/printing/parameterjson.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
+
+#include <oktformat/bytesource.h>
+#include <oktformat/failure.h>
+#include <oktformat/fileread.h>
+#include <oktformat/guids.h>
+#include <oktformat/poolheader.h>
+#include <oktformat/text.h>
+#include <oktinspect/pooldiff.h>
+
+#include <map>
+#include <memory>
+
+namespace okt
+{
+
+namespace
+{
+
+/// The files of a folder by their paths below it, with slashes.
+using Files = std::map<std::string, std::string>;
+
+class FolderDiff
+{
+public:
+    explicit FolderDiff(FolderDiffOptions const &options) : m_options(options) {}
+
+    int run(std::string const &before, std::string const &after)
+    {
+        Files const first = filesOf(before);
+        Files const second = filesOf(after);
+        std::map<std::string, std::string> newById; // of those that only the second folder has
+        for (auto const &[path, file] : second)
+            if (!first.contains(path))
+                newById.emplace(idOf(file), path);
+        newById.erase("");
+        std::map<std::string, std::string> renamed; // new path, old path
+        for (auto const &[path, file] : first)
+        {
+            if (auto const same = second.find(path); same != second.end())
+            {
+                look(path, path, file, same->second);
+                continue;
+            }
+            auto const found = newById.find(idOf(file));
+            if (found == newById.end())
+            {
+                ++m_removed;
+                tell("removed", "- ", path);
+                continue;
+            }
+            renamed.emplace(found->second, path);
+            look(path, found->second, file, second.at(found->second));
+            newById.erase(found);
+        }
+        for (auto const &[path, file] : second)
+            if (!first.contains(path) && !renamed.contains(path))
+            {
+                ++m_added;
+                tell("added", "+ ", path);
+            }
+        if (!m_options.asJson && (m_options.isQuiet || different() > 0))
+            print(std::to_string(m_removed) + " removed, " + std::to_string(m_added) + " added, " + std::to_string(m_renamed) +
+                  " renamed, " + std::to_string(m_changed) + " changed, " + std::to_string(m_same) + " the same\n");
+        return m_isTrouble ? kTrouble : different() > 0 ? kDifferent : kDone;
+    }
+
+private:
+    void told(std::string const &fault)
+    {
+        m_isTrouble = true;
+        printError(fault);
+    }
+
+    int different() const { return m_removed + m_added + m_renamed + m_changed; }
+
+    Files filesOf(std::string const &folder)
+    {
+        std::filesystem::path const root = utf8Path(folder);
+        Files files;
+        for (std::string const &file : poolFilesIn(folder, [this](std::string const &fault) { told(fault); }))
+        {
+            std::u8string const path = utf8Path(file).lexically_relative(root).generic_u8string();
+            files.emplace(std::string(path.begin(), path.end()), file);
+        }
+        return files;
+    }
+
+    /// Of the pool; empty where it cannot be read.
+    static std::string idOf(std::string const &file)
+    {
+        try
+        {
+            std::unique_ptr<ByteSource> const source = openSource(utf8Path(file), terminalProgress());
+            HeaderPlace const header = findHeader(*source);
+            std::optional<_GUID> const id = header.isWhole ? readPoolHeader(*source, header.begin).id : std::optional<_GUID>();
+            return id && !isSame(*id, kNoId) ? idText(*id) : "";
+        }
+        catch (Failure const &)
+        {
+            return "";
+        }
+    }
+
+    void tell(char const *change, char const *sign, std::string const &path) const
+    {
+        if (m_options.asJson)
+            print(lineOf({{"file", path}, {"change", change}}));
+        else if (!m_options.isQuiet)
+            print(sign + printable(std::string_view(path)) + "\n");
+    }
+
+    void look(std::string const &path, std::string const &newPath, std::string const &before, std::string const &after)
+    {
+        bool const isRenamed = path != newPath;
+        m_renamed += isRenamed ? 1 : 0;
+        try
+        {
+            DiffInput first(before, before);
+            DiffInput second(after, after);
+            if (first.isSameAs(second))
+            {
+                m_same += isRenamed ? 0 : 1;
+                return tellPair(path, newPath, "", false);
+            }
+            DiffPool const one(first.name(), first.take());
+            DiffPool const other(second.name(), second.take());
+            PoolDiff const found = okt::compare(one, other, m_options.by);
+            m_changed += isRenamed || found.isSame() ? 0 : 1;
+            m_same += !isRenamed && found.isSame() ? 1 : 0;
+            std::string const text = m_options.isQuiet  ? ""
+                                     : m_options.asJson ? describeAsJson(found, one, other)
+                                                        : describe(found, one, other, m_options.unit);
+            tellPair(path, newPath, text, !found.isSame());
+        }
+        catch (Failure const &failure)
+        {
+            told(failure.what());
+        }
+    }
+
+    void tellPair(std::string const &path, std::string const &newPath, std::string const &text, bool isChanged) const
+    {
+        bool const isRenamed = path != newPath;
+        if (m_options.isQuiet || (!isRenamed && !isChanged))
+            return;
+        if (!m_options.asJson)
+        {
+            if (isRenamed)
+                print("> " + printable(std::string_view(path)) + " -> " + printable(std::string_view(newPath)) + "\n");
+            return print(text);
+        }
+        PlainJson json = {{"file", path}, {"change", isRenamed ? "renamed" : "changed"}};
+        if (isRenamed)
+            json["to"] = newPath;
+        if (isChanged)
+            json["diff"] = PlainJson::parse(text);
+        print(lineOf(json));
+    }
+
+    FolderDiffOptions const &m_options;
+    int m_removed = 0;
+    int m_added = 0;
+    int m_renamed = 0;
+    int m_changed = 0;
+    int m_same = 0;
+    bool m_isTrouble = false;
+};
+
+} // namespace
+
+int compareFolders(std::string const &before, std::string const &after, FolderDiffOptions const &options)
+{
+    return FolderDiff(options).run(before, after);
+}
+
+} // namespace okt

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/commands.h>
+
+#include <tools/okt/commands/fileoperands.h>
+#include <tools/okt/files/digests.h>
+#include <tools/okt/printing/parameterjson.h>
+#include <tools/okt/terminal/console.h>
+
+#include <oktformat/failure.h>
+#include <oktformat/fileread.h>
+#include <oktformat/text.h>
+
+#include <memory>
+
+namespace okt
+{
+
+namespace
+{
+
+struct Options
+{
+    FileOperands files;
+    bool ofBytes = false;
+    bool asManifest = false;
+    bool asJson = false;
+};
+
+int printManifest(Options const &options)
+{
+    bool ok = true;
+    Manifest const manifest = manifestOf(options.files.files.front(), [&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
+    if (manifest.empty())
+        throw Failure(options.files.files.front(), "", "there is no pool file in this folder");
+    print(manifestText(manifest));
+    return ok ? kDone : kFailed;
+}
+
+int hashAll(Options const &options)
+{
+    bool ok = true;
+    auto const told = [&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    };
+    for (std::string const &file : options.files.expanded(told))
+    {
+        try
+        {
+            std::string const name = inputName(utf8Path(file));
+            if (options.asJson)
+            {
+                FileDigests const digests = digestsOf(file, told);
+                PlainJson json = {{"file", name}, {"bytes", digests.bytes}, {"contents", nullptr}};
+                if (!digests.contents.empty())
+                    json["contents"] = digests.contents;
+                print(lineOf(json));
+            }
+            else
+                print((options.ofBytes ? byteDigestOf(file) : contentDigestOf(file)) + "  " +
+                      printable(std::string_view(name)) + "\n");
+        }
+        catch (Failure const &failure)
+        {
+            told(failure.what());
+        }
+    }
+    return ok ? kDone : kFailed;
+}
+
+} // namespace
+
+void addHash(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "hash", "Prints digests of pool files: of what they hold, whatever ids their objects have, or of their bytes.\n"
+                "  okt hash link.okt clone.okt\n"
+                "  okt hash --bytes templates/*.okt | sha256sum -c\n"
+                "  okt hash --manifest templates >templates.manifest\n"
+                "  okt verify --manifest templates.manifest templates");
+    auto const options = std::make_shared<Options>();
+    addFiles(*command, options->files);
+    CLI::Option *const bytes = command->add_flag("--bytes", options->ofBytes, "of the bytes, as sha256sum has them");
+    CLI::Option *const manifest = command->add_flag("--manifest", options->asManifest,
+                                                    "both digests of all pool files below a folder, for okt verify --manifest");
+    CLI::Option *const json = command->add_flag("--json", options->asJson, "one JSON object a line, with both digests");
+    manifest->excludes(bytes);
+    json->excludes(bytes)->excludes(manifest);
+    command->callback([&line, options] {
+        options->files.check();
+        if (options->asManifest && (options->files.files.size() != 1 || !options->files.filesFrom.empty()))
+            throw CLI::ValidationError("--manifest", "one folder is wanted");
+        line.run = [options] { return options->asManifest ? printManifest(*options) : hashAll(*options); };
+    });
+}
+
+} // namespace okt

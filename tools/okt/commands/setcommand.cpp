@@ -1,0 +1,369 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/commands.h>
+
+#include <tools/okt/commands/fileoperands.h>
+#include <tools/okt/commands/tableoperands.h>
+#include <tools/okt/commands/wherecondition.h>
+#include <tools/okt/files/editlock.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/printing/difftext.h>
+#include <tools/okt/printing/settext.h>
+#include <tools/okt/terminal/console.h>
+
+#include <oktformat/bytesource.h>
+#include <oktformat/failure.h>
+#include <oktformat/text.h>
+#include <oktinspect/pooldiff.h>
+#include <oktinspect/reportcollector.h>
+#include <oktrebar/condition.h>
+#include <oktrebar/parametervalue.h>
+#include <oktrebar/templateedit.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <set>
+#include <system_error>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+struct Options
+{
+    std::vector<std::string> operands;
+    std::vector<std::string> assignments;
+    FileOperands files;
+    std::string where;
+    std::string unit;
+    bool isTrial = false;
+    bool keepsBackup = false;
+    bool asJson = false;
+    bool isQuiet = false;
+};
+
+struct Assignment
+{
+    ParameterSelector name;
+    std::string value;
+};
+
+std::string trimmed(std::string const &text)
+{
+    std::size_t const first = text.find_first_not_of(' ');
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+Assignment assignmentOf(std::string const &text)
+{
+    std::size_t const equals = text.find('=');
+    std::string const name = equals == std::string::npos ? "" : trimmed(text.substr(0, equals));
+    if (name.empty())
+        throw CLI::ValidationError("--value", excerpt(text) + " is no NAME=VALUE");
+    return {ParameterSelector(name), trimmed(text.substr(equals + 1))};
+}
+
+/// One file that is to be changed.
+struct Task
+{
+    std::string file;
+    std::string bytes; ///< as they were read
+    StoredTemplate pool;
+    LengthUnit const *drawn = nullptr;
+    Recalculation changes;
+    std::optional<EditedTemplate> made; ///< nothing: it is so already
+};
+
+std::string bytesOf(fs::path const &path)
+{
+    CByteArray const bytes = readBytes(path);
+    return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
+}
+
+class Setter
+{
+public:
+    explicit Setter(Options const &options)
+        : m_options(options), m_plain(options.unit.empty() ? nullptr : findLengthUnit(options.unit)),
+          m_shown(m_plain == nullptr ? findLengthUnit("mm") : m_plain)
+    {
+        for (std::string const &text : options.assignments)
+            m_assignments.push_back(assignmentOf(text));
+        if (!options.where.empty())
+            m_where.emplace(whereCondition(options.where, *m_shown));
+    }
+
+    int run()
+    {
+        std::vector<std::string> const files = m_options.files.expanded([this](std::string const &fault) { told(fault); });
+        std::set<std::string> met;
+        for (std::string const &file : files)
+        {
+            std::error_code error;
+            fs::path const place = fs::canonical(utf8Path(file), error);
+            if (error || met.insert(pathName(place)).second) // one that is named twice is changed once
+                prepare(file);
+        }
+        if (m_faults > 0)
+        {
+            printError("nothing is changed");
+            return kFailed;
+        }
+        if (m_tasks.empty())
+        {
+            printError(m_where ? "no template fulfils " + excerpt(m_options.where) + ": nothing is changed"
+                               : "there is no template: nothing is changed");
+            return kFailed;
+        }
+        return m_options.isTrial ? tryAll() : writeAll();
+    }
+
+private:
+    void told(std::string const &fault)
+    {
+        ++m_faults;
+        printError(fault);
+    }
+
+    /// Everything that can be wrong shows here, before anything is written.
+    void prepare(std::string const &file)
+    {
+        try
+        {
+            if (file == kStandardStream)
+                throw Failure(inputName(file), "", "only a file can be changed");
+            Task task;
+            task.file = file;
+            task.bytes = bytesOf(utf8Path(file));
+            ByteSource source{std::string_view(task.bytes)};
+            task.pool = readTemplate(source);
+            if (!task.pool.faults.empty())
+            {
+                TemplateFault const &fault = task.pool.faults.front();
+                throw Failure(file, task.bytes.empty() ? "" : byteAt(fault.offset), fault.reason);
+            }
+            TemplateExpressions const expressions(task.pool);
+            task.drawn = &expressions.unit();
+            if (m_where && !isFulfilled(*m_where, task.pool, *task.drawn, file))
+                return;
+            task.changes = recalculate(expressions, givenValues(task));
+            if (!task.changes.cycle.empty())
+                throw Failure(file, "", "the expressions go round in a circle: " + cycleText(task));
+            if (!task.changes.values.empty())
+                task.made = edited(task.bytes, task.pool, *task.drawn, task.changes.values);
+            m_tasks.push_back(std::move(task));
+        }
+        catch (EditRefused const &refused)
+        {
+            told(Failure(file, "", refused.what()).what());
+        }
+        catch (Failure const &failure)
+        {
+            told(failure.what());
+        }
+    }
+
+    ChangedValues givenValues(Task const &task) const
+    {
+        ChangedValues given;
+        for (Assignment const &assignment : m_assignments)
+        {
+            std::vector<std::size_t> const found = assignment.name.in(task.pool);
+            std::string const name = excerpt(assignment.name.text());
+            if (found.empty())
+                throw Failure(task.file, "", "there is no parameter " + name);
+            if (found.size() > 1)
+                throw Failure(task.file, "",
+                              name + " stands there " + std::to_string(found.size()) +
+                                  " times; an id tells which one is meant");
+            try
+            {
+                StoredParameter const &parameter = task.pool.parameters[found.front()];
+                if (!given.emplace(found.front(), parsedValue(parameter, assignment.value, m_plain, *task.drawn)).second)
+                    throw ValueError("it is given twice");
+            }
+            catch (ValueError const &error)
+            {
+                throw Failure(task.file, "", name + ": " + error.what());
+            }
+        }
+        return given;
+    }
+
+    static std::string cycleText(Task const &task)
+    {
+        std::string text;
+        for (std::size_t const index : task.changes.cycle)
+            text += excerpt(task.pool.parameters[index].name) + " -> ";
+        return text + excerpt(task.pool.parameters[task.changes.cycle.front()].name);
+    }
+
+    SetStory storyOf(Task const &task) const
+    {
+        return {task.file, &task.pool, m_shown, task.drawn, &task.changes, task.made ? &*task.made : nullptr};
+    }
+
+    void tell(Task const &task, std::string const &state) const
+    {
+        if (m_options.asJson)
+            print(setJson(storyOf(task), state));
+        else if (!m_options.isQuiet)
+            print(setText(storyOf(task)));
+    }
+
+    int tryAll() const
+    {
+        ReportCollector const collector;
+        std::size_t changed = 0;
+        for (Task const &task : m_tasks)
+        {
+            changed += task.made ? 1 : 0;
+            tell(task, task.made ? "would change" : "unchanged");
+            if (task.made && !m_options.asJson && !m_options.isQuiet)
+                print(diffOf(task));
+        }
+        total(changed, 0, "would change");
+        return kDone;
+    }
+
+    std::string diffOf(Task const &task) const
+    {
+        auto const poolOf = [&task](std::string const &bytes) {
+            CByteArray image;
+            image.SetSize(static_cast<int>(bytes.size()));
+            std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char *>(image.GetData()));
+            return DiffPool(task.file, std::move(image));
+        };
+        DiffPool const before = poolOf(task.bytes);
+        DiffPool const after = poolOf(task.made->bytes);
+        return describe(compare(before, after, MatchBy::Id), before, after, findUnit(std::string(m_shown->name)));
+    }
+
+    int writeAll()
+    {
+        std::size_t changed = 0;
+        for (Task const &task : m_tasks)
+        {
+            try
+            {
+                if (task.made)
+                {
+                    write(task);
+                    ++changed;
+                }
+                tell(task, task.made ? "changed" : "unchanged");
+            }
+            catch (Failure const &failure)
+            {
+                told(failure.what());
+                if (m_options.asJson)
+                    tell(task, "failed");
+            }
+        }
+        total(changed, m_faults, "changed");
+        return m_faults == 0 ? kDone : kFailed;
+    }
+
+    void write(Task const &task) const
+    {
+        fs::path const path = utf8Path(task.file);
+        EditLock const lock(path);
+        if (bytesOf(path) != task.bytes)
+            throw Failure(task.file, "", "the file has changed since it was read; it is left as it is");
+        if (m_options.keepsBackup)
+        {
+            fs::path backup = path;
+            backup += ".bak";
+            put(backup, task.bytes);
+        }
+        put(path, task.made->bytes);
+    }
+
+    static void put(fs::path const &path, std::string const &bytes)
+    {
+        OutputFile file(path, true);
+        file.write(bytes);
+        file.close();
+        file.commit();
+    }
+
+    void total(std::size_t changed, std::size_t failed, char const *word) const
+    {
+        if (m_options.asJson)
+            return;
+        std::string text =
+            plural(static_cast<std::int64_t>(m_tasks.size()), "template") + ": " + std::to_string(changed) + " " + word;
+        if (std::size_t const same = m_tasks.size() - changed - failed; same > 0)
+            text += ", " + std::to_string(same) + " so already";
+        if (failed > 0)
+            text += ", " + std::to_string(failed) + " not changed";
+        print(text + "\n");
+    }
+
+    Options const &m_options;
+    LengthUnit const *m_plain; ///< of lengths without unit; null: there must be one
+    LengthUnit const *m_shown;
+    std::vector<Assignment> m_assignments;
+    std::optional<Condition> m_where;
+    std::vector<Task> m_tasks;
+    std::size_t m_faults = 0;
+};
+
+/// Tells files and assignments apart. Throws CLI::ParseError where one of the two is missing.
+void divide(Options &options)
+{
+    bool const areFiles = !options.assignments.empty();
+    for (std::string const &operand : options.operands)
+    {
+        bool const isFile = areFiles || operand.find('=') == std::string::npos || isThere(operand);
+        (isFile ? options.files.files : options.assignments).push_back(operand);
+    }
+    if (options.assignments.empty())
+        throw CLI::RequiredError("NAME=VALUE");
+    options.files.check();
+    for (std::string const &text : options.assignments)
+        assignmentOf(text);
+    if (!options.where.empty())
+        whereCondition(options.where, lengthUnits().front());
+}
+
+} // namespace
+
+void addSet(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "set", "Sets parameters of templates, calculates again what follows from them, and leaves all else as it is.\n"
+               "  okt set templates 'Cover=35 mm'\n"
+               "  okt set templates --where 'Diameter>=16 mm and \"Shape code\"=51' 'Cover=40 mm' --dry-run\n"
+               "  okt set link.okt Steelgrade=B500C 'type:26=50 mm' --backup");
+    command->footer("0 done; 1 nothing is meant, something was refused and nothing written, or not all files could be written; "
+                    "2 wrong usage.");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE|NAME=VALUE", options->operands,
+                        "pool files and folders; values by name, id or type:N: what has a = in it and is not there as a file");
+    command
+        ->add_option("-v,--value", options->assignments,
+                     "a value, whatever files there are; once for each; operands are files then")
+        ->type_name("NAME=VALUE")
+        ->allow_extra_args(false);
+    addFilesFrom(*command, options->files);
+    addWhere(*command, options->where);
+    command
+        ->add_option("-u,--unit", options->unit,
+                     "the unit of lengths that have none, and of those that are shown (mm without it): mm, cm, m, in, ft")
+        ->check(CLI::IsMember(unitNames()));
+    command->add_flag("--dry-run", options->isTrial, "only show what would change");
+    command->add_flag("--backup", options->keepsBackup, "keep each file as it was under its name with .bak behind it");
+    command->add_flag("--json", options->asJson, "one JSON object a line, one for each template");
+    command->add_flag("-q,--quiet", options->isQuiet, "only the total");
+    command->callback([&line, options] {
+        divide(*options);
+        line.run = [options] { return Setter(*options).run(); };
+    });
+}
+
+} // namespace okt

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/commands.h>
+
+#include <tools/okt/commands/fileoperands.h>
+#include <tools/okt/commands/tableoperands.h>
+#include <tools/okt/files/templatefile.h>
+#include <tools/okt/printing/tableforms.h>
+#include <tools/okt/terminal/console.h>
+
+#include <oktformat/failure.h>
+#include <oktformat/fileread.h>
+#include <oktformat/text.h>
+#include <oktinspect/valuetext.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace okt
+{
+
+namespace
+{
+
+struct Options
+{
+    std::vector<std::string> operands;
+    std::vector<std::string> names;
+    std::vector<std::string> certainFiles;
+    FileOperands files;
+    std::string unit = "mm";
+    bool asCsv = false;
+    bool asLocalCsv = false;
+    bool asJson = false;
+    bool asMarkdown = false;
+
+    TableForm form() const
+    {
+        return asCsv        ? TableForm::Csv
+               : asLocalCsv ? TableForm::CsvLocal
+               : asJson     ? TableForm::Json
+               : asMarkdown ? TableForm::Markdown
+                            : TableForm::Columns;
+    }
+};
+
+/// Tells names and files apart. Throws CLI::ParseError where one of the two is missing.
+void divide(Options &options)
+{
+    bool const areFiles = !options.names.empty();
+    for (std::string const &operand : options.operands)
+        (areFiles || isMeantAsFile(operand) ? options.files.files : options.names).push_back(operand);
+    options.files.files.insert(options.files.files.end(), options.certainFiles.begin(), options.certainFiles.end());
+    if (options.names.empty())
+        throw CLI::RequiredError("NAME");
+    options.files.check();
+    for (std::size_t i = 0; i < options.names.size(); ++i)
+        if (std::count(options.names.begin(), options.names.begin() + static_cast<std::ptrdiff_t>(i), options.names[i]) > 0)
+            throw CLI::ValidationError("NAME", excerpt(options.names[i]) + " is asked for twice");
+}
+
+int table(Options const &options)
+{
+    bool ok = true;
+    auto const told = [&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    };
+    LengthUnit const &unit = *findLengthUnit(options.unit);
+    std::vector<ParameterSelector> const columns(options.names.begin(), options.names.end());
+    std::vector<TableRow> rows;
+    for (std::string const &file : options.files.expanded(told))
+    {
+        try
+        {
+            TemplateFile const read = readTemplateFile(file);
+            for (std::string const &fault : read.faults())
+                told(fault);
+            if (read.pool.header.isWhole || !read.pool.parameters.empty())
+                rows.push_back(rowOf(read.pool, read.name, columns, unit));
+        }
+        catch (Failure const &failure)
+        {
+            told(failure.what());
+        }
+    }
+    print(tableText(rows, options.names, options.form(), options.unit));
+    for (TableRow const &row : rows)
+        for (std::size_t const column : row.several)
+            printError(
+                Failure(row.file, "", excerpt(options.names[column]) + " stands there more than once; the first is shown")
+                    .what());
+    return ok ? kDone : kFailed;
+}
+
+} // namespace
+
+void addTable(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "table", "Prints parameters of many templates as a table: one row a template, one column a parameter.\n"
+                 "  okt table Diameter Cover 'Cutting length' templates\n"
+                 "  okt table --csv type:5 Cover templates/*.okt >covers.csv\n"
+                 "  okt table --csv=local Cover templates\n"
+                 "  okt table -n Cover -n Steelgrade -- old/link.okt new/link.okt");
+    auto const options = std::make_shared<Options>();
+    command->add_option("NAME|FILE", options->operands,
+                        "names of parameters, or type:N; pool files and folders: what is there, has a / in it or ends in .okt");
+    command->add_option("-n,--name", options->names, "a name, whatever files there are; once for each; operands are files then")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
+    command
+        ->add_option("-f,--file", options->certainFiles,
+                     "a file, whatever its name; once for each; so is what stands behind --")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    addFilesFrom(*command, options->files);
+    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        ->check(CLI::IsMember(unitNames()));
+    CLI::Option *const csv = command->add_flag(
+        "--csv", options->asCsv, "separated by commas, by RFC 4180; --csv=local: by semicolons, with decimal commas");
+    CLI::Option *const local = command->add_flag("--csv-local", options->asLocalCsv,
+                                                 "the same as --csv=local: as spreadsheets of many countries read it");
+    CLI::Option *const json = command->add_flag("--json", options->asJson, "one JSON object a line, one for each template");
+    CLI::Option *const markdown = command->add_flag("--markdown", options->asMarkdown, "a table for a text in Markdown");
+    local->excludes(csv);
+    json->excludes(csv)->excludes(local);
+    markdown->excludes(csv)->excludes(local)->excludes(json);
+    command->callback([&line, options] {
+        divide(*options);
+        line.run = [options] { return table(*options); };
+    });
+}
+
+} // namespace okt

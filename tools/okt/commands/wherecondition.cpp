@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/wherecondition.h>
+
+#include <oktformat/failure.h>
+
+namespace okt
+{
+
+namespace
+{
+
+std::string columnAt(std::size_t position) { return "column " + std::to_string(position + 1); }
+
+} // namespace
+
+CLI::Option *addWhere(CLI::App &command, std::string &where)
+{
+    return command
+        .add_option("--where", where,
+                    "only templates that fulfil this, such as: Diameter>=16 mm and (\"Shape code\"=51 or not Cover<30 mm)")
+        ->type_name("CONDITION");
+}
+
+Condition whereCondition(std::string const &text, LengthUnit const &plain)
+{
+    try
+    {
+        return {text, plain};
+    }
+    catch (ConditionError const &error)
+    {
+        throw CLI::ValidationError("--where", columnAt(error.position()) + ": " + error.what());
+    }
+}
+
+bool isFulfilled(Condition const &condition, StoredTemplate const &pool, LengthUnit const &drawn, std::string const &file)
+{
+    try
+    {
+        return condition.holds(pool, drawn);
+    }
+    catch (ConditionError const &error)
+    {
+        throw Failure(file, "", "--where, " + columnAt(error.position()) + ": " + error.what());
+    }
+}
+
+} // namespace okt

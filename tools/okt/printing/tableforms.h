@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <oktrebar/parametertable.h>
+
+#include <string>
+#include <vector>
+
+namespace okt
+{
+
+enum class TableForm
+{
+    Columns,  ///< for a terminal
+    Csv,      ///< RFC 4180
+    CsvLocal, ///< semicolons and decimal commas, with a byte order mark
+    Json,     ///< an object a line
+    Markdown
+};
+
+/// A table as text. `names` are those of the columns as they were asked for.
+std::string tableText(std::vector<TableRow> const &rows, std::vector<std::string> const &names, TableForm form,
+                      std::string const &unit);
+
+} // namespace okt
