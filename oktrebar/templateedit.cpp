@@ -128,7 +128,7 @@ private:
         std::optional<Preview> const before = previewOf(m_pool, m_drawn);
         std::optional<Preview> const after = before ? previewOf(m_pool, m_drawn, m_values) : std::nullopt;
         bool const isOther = before && after && !isSame(before->png, after->png);
-        m_result.picture = before && after && !isOther ? PictureChange::Same : PictureChange::OutOfDate;
+        m_result.picture = isOther ? PictureChange::OutOfDate : before && after ? PictureChange::Same : PictureChange::NotDrawn;
         if (m_result.picture == PictureChange::Same)
             return;
         for (StoredPicture const &picture : m_pool.pictures)

@@ -27,10 +27,11 @@ public:
 
 enum class PictureChange
 {
-    None,     ///< there is no picture
-    Same,     ///< the values do not show in it
-    Drawn,    ///< drawn anew
-    OutOfDate ///< kept: it is not the one that is drawn here for the values before
+    None,      ///< there is no picture
+    Same,      ///< the values do not show in it
+    Drawn,     ///< drawn anew
+    OutOfDate, ///< kept: the values show in it, and it is not the one that is drawn here for those before
+    NotDrawn   ///< kept: such a template is not drawn here, and what shows in the picture is not known
 };
 
 struct EditedTemplate

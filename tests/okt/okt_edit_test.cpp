@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace
 {
 
@@ -94,6 +96,17 @@ TEST_F(OktEdit, WrongTextLeftAsItIs_KeptAndNothingSaved)
     std::string const kept = result.err.substr(at + word.size(), result.err.find('\n', at) - at - word.size());
     EXPECT_THAT(contents(kept), HasSubstr("spoilt"));
     fs::remove_all(fs::path(kept).parent_path());
+}
+
+TEST_F(OktEdit, ScriptThatNeverGetsItRight_EndsAfterTenTimes)
+{
+    std::string const link = take("link-d12.okt");
+    ProcessResult const result = edit(editor("ed", "sed -i '3s/^/x/' \"$text\""), link);
+    EXPECT_EQ(result.exitCode, 1);
+    std::string const calls = contents(path("calls"));
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), '\n'), 10);
+    std::size_t const at = result.err.find("kept in ") + 8;
+    fs::remove_all(fs::path(result.err.substr(at, result.err.find('\n', at) - at)).parent_path());
 }
 
 TEST_F(OktEdit, EditorThatFails_NothingSaved)

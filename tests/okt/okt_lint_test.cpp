@@ -106,6 +106,10 @@ TEST_F(OktFolders, FilesFrom_AListOfNames)
               "3 files, 96 objects, 0 errors, 0 warnings\n");
     EXPECT_EQ(runOkt({"verify", "--files-from", path("none")}).exitCode, 1);
     EXPECT_EQ(runOkt({"verify"}).err, "okt: FILE is missing; see \"okt verify --help\"\n");
+    fs::create_directory(pathOf(path("none")));
+    ProcessResult const empty = runOkt({"verify", path("none")});
+    EXPECT_EQ(empty.exitCode, 1);
+    EXPECT_EQ(shortened(empty.err), "okt: none: there is no pool file in this folder\n");
 }
 
 TEST_F(OktFolders, ShowAndTreeAsJson)
@@ -142,7 +146,7 @@ TEST_F(OktFolders, Diff_AddedRemovedRenamedChanged)
                                      "--- lib/d8.okt\n"
                                      "+++ new/d8.okt\n"
                                      "~ Cover: 30 mm -> 35 mm\n"
-                                     "1 changed, 31 the same\n"
+                                     "0 removed, 0 added, 1 changed, 31 the same\n"
                                      "- old/d6.okt\n"
                                      "+ mesh.okt\n"
                                      "1 removed, 1 added, 1 renamed, 1 changed, 1 the same\n");

@@ -189,6 +189,13 @@ TEST(OktComplete, Words_CandidatesOfThatPlace)
     EXPECT_EQ(candidates({"show", "--", "--un"}), ":file\n") << "no option behind --";
     EXPECT_EQ(candidates({"show", "--unit", "--", ""}), ":file\n") << "here -- is the value";
     EXPECT_THAT(candidates({""}), HasSubstr("show\t"));
+    for (char const *const command : {"table", "get", "set", "lint", "hash", "edit"})
+        EXPECT_THAT(candidates({""}), HasSubstr("\n" + std::string(command) + "\t"));
+    EXPECT_EQ(candidates({"table", "--unit", ""}), "mm\ncm\nm\nin\nft\n");
+    EXPECT_EQ(candidates({"lint", ""}), ":file\n");
+    EXPECT_EQ(candidates({"set", "--files-from", ""}), ":file\n");
+    EXPECT_EQ(candidates({"set", "--where", ""}), "");
+    EXPECT_THAT(candidates({"table", "--c"}), HasSubstr("--csv\tseparated by commas"));
     EXPECT_THAT(candidates({"show", "-"}), HasSubstr("\n--unit\tthe unit that lengths are shown in"));
     EXPECT_THAT(candidates({"show", "-"}), HasSubstr("\n--no-modules\t"));
     EXPECT_EQ(candidates({}), candidates({""}));

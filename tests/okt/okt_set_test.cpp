@@ -164,7 +164,7 @@ TEST_F(OktSet, Json_WhatChanged)
 {
     std::string const link = take("link-d12.okt");
     std::string const json = shortened(done({"set", link, "Cover=35 mm", "--json"}));
-    EXPECT_EQ(json.substr(0, 67), "{\"file\":\"lib/link-d12.okt\",\"state\":\"changed\",\"values\":[{\"name\":\"Co");
+    EXPECT_EQ(json.substr(0, 67), "{\"file\":\"lib/link-d12.okt\",\"state\":\"changed\",\"values\":[{\"name\":\"Cov");
     EXPECT_THAT(json, HasSubstr("\"before\":30.0,\"after\":35.0,\"unit\":\"mm\",\"calculated\":false}],\"left\":[],"
                                 "\"picture\":\"same\"}\n"));
 }
@@ -235,8 +235,8 @@ TEST_F(OktFindWhere, FilesThatFulfilACondition)
     take("mesh-d8.okt");
     EXPECT_EQ(shortened(done({"find", "--where", "\"Shape code\"=51 and Diameter<=8 mm", path("lib")})), "lib/link-d8.okt\n");
     EXPECT_EQ(shortened(done({"find", "--where", "Cover>=1", "--unit", "cm", path("lib"), "--json"})),
-              "{\"file\":\"lib/link-d8.okt\"}\n{\"file\":\"lib/link-d12.okt\"}\n");
-    EXPECT_EQ(done({"find", "--where", "Cover", path("lib"), "-q"}), "2 of 3 files\n");
+              "{\"file\":\"lib/link-d8.okt\"}\n{\"file\":\"lib/link-d12.okt\"}\n{\"file\":\"lib/mesh-d8.okt\"}\n");
+    EXPECT_EQ(done({"find", "--where", "Steelgrade and not Width", path("lib"), "-q"}), "2 of 3 files\n");
     ProcessResult const none = runOkt({"find", "--where", "Cover<30 mm", path("lib")});
     EXPECT_EQ(none.exitCode, 1);
     EXPECT_EQ(none.out + none.err, "");

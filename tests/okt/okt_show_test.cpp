@@ -407,7 +407,7 @@ TEST_F(OktShow, Show_OldestHeader_NoFactorInTheFile)
 TEST_F(OktShow, Show_NoFileToRead_Failure)
 {
     expectFailure(runOkt({"show", path("none.okt")}), path("none.okt") + ": there is no such file");
-    expectFailure(runOkt({"show", path("")}), path("") + ": this is a folder, not a file");
+    expectFailure(runOkt({"show", path("")}), path("") + ": there is no pool file in this folder");
     expectFailure(runOkt({"show", golden("stirrup.okt") + "/x.okt"}), golden("stirrup.okt") + "/x.okt: there is no such file");
     expectFailure(runOkt({"show", ""}), "\"\": there is no such file");
 #if !defined(_WIN32) // no such devices, and no such bytes in an argument

@@ -134,10 +134,11 @@ private:
     }
 
     /// Whoever sits at a terminal reads first what is wrong.
-    static bool isToGoOn()
+    bool isToGoOn()
     {
+        constexpr int kMostTries = 10; // a script that never gets it right must not go on for ever
         if (!isTerminal(Stream::Error))
-            return true;
+            return ++m_tries < kMostTries;
         printError("Enter opens the text again, Ctrl-D leaves the file as it is");
         std::string answer;
         return static_cast<bool>(std::getline(std::cin, answer));
@@ -153,6 +154,7 @@ private:
     std::filesystem::path m_path;
     EditLock m_lock;
     CByteArray m_before;
+    int m_tries = 0;
 };
 
 } // namespace

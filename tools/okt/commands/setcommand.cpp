@@ -99,6 +99,7 @@ public:
 
     int run()
     {
+        ReportCollector const collector; // a picture that does not read is kept, no more
         std::vector<std::string> const files = m_options.files.expanded([this](std::string const &fault) { told(fault); });
         std::set<std::string> met;
         for (std::string const &file : files)
@@ -217,7 +218,6 @@ private:
 
     int tryAll() const
     {
-        ReportCollector const collector;
         std::size_t changed = 0;
         for (Task const &task : m_tasks)
         {

@@ -11,6 +11,7 @@
 #include <oktformat/fileread.h>
 #include <oktformat/text.h>
 #include <oktinspect/valuetext.h>
+#include <oktreport/naturalorder.h>
 
 #include <algorithm>
 #include <memory>
@@ -68,7 +69,9 @@ int table(Options const &options)
     LengthUnit const &unit = *findLengthUnit(options.unit);
     std::vector<ParameterSelector> const columns(options.names.begin(), options.names.end());
     std::vector<TableRow> rows;
-    for (std::string const &file : options.files.expanded(told))
+    std::vector<std::string> files = options.files.expanded(told);
+    std::stable_sort(files.begin(), files.end(), naturalLess); // however a shell has sorted them
+    for (std::string const &file : files)
     {
         try
         {

@@ -121,6 +121,8 @@ std::vector<std::string> withFolders(std::vector<std::string> const &operands, O
             continue;
         }
         std::vector<std::string> const found = poolFilesIn(operand, onFault);
+        if (found.empty())
+            onFault(Failure(operand, "", "there is no pool file in this folder").what()); // it may be the wrong one
         files.insert(files.end(), found.begin(), found.end());
     }
     return files;

@@ -56,7 +56,8 @@ char const *pictureWord(PictureChange change)
     case PictureChange::None: return "none";
     case PictureChange::Same: return "same";
     case PictureChange::Drawn: return "drawn";
-    case PictureChange::OutOfDate: break;
+    case PictureChange::OutOfDate: return "out of date";
+    case PictureChange::NotDrawn: break;
     }
     return "kept";
 }
@@ -78,7 +79,10 @@ std::string setText(SetStory const &story)
     if (story.made->picture == PictureChange::Drawn)
         text += "  picture: drawn anew\n";
     for (_GUID const &id : story.made->outOfDate)
-        text += "  picture " + idText(id) + ": kept, and out of date: it is not the one that okt draws\n";
+        text += "  picture " + idText(id) + ": kept, and " +
+                (story.made->picture == PictureChange::NotDrawn ? "perhaps out of date: okt does not draw such a template"
+                                                                : "out of date: it is not the one that okt draws") +
+                "\n";
     return text;
 }
 
