@@ -35,6 +35,7 @@ TEST(ContentDigest, Clone_SameAsItsSource)
     OKTDbPool pool;
     ASSERT_TRUE(pool.readFile(CString::FromUtf8(golden("stirrup.okt"))));
     std::set<std::string> images;
+    pool.setBoolTranslatedIds(true);
     for (int i = 0; i < 3; ++i)
     {
         std::unique_ptr<OKTDbPool> const clone(pool.clone());
@@ -66,7 +67,8 @@ TEST(ContentDigest, GoldenFiles_DifferentContentsDifferentDigests)
         }
         catch (Failure const &failure)
         {
-            EXPECT_EQ(entry.path().filename(), "truncated.okt") << failure.what();
+            EXPECT_TRUE(entry.path().filename() == "truncated.okt" || entry.path().filename() == "trailing-bytes.okt")
+                << entry.path() << " " << failure.what(); // both end inside a frame
         }
     }
     EXPECT_GT(files, 15);
