@@ -114,7 +114,6 @@ private:
     bool endReading();
     bool isReading();
     bool findText(CString const &name, CString const &attribute, CString &text);
-    bool enterChild(CString const &tag, CString const &attribute, CString const &text);
     OktXml::IXMLDOMNodePtr nextAtCursor();
 
     OktXml::IXMLDOMDocumentPtr m_document;

@@ -162,6 +162,42 @@ TEST(ShortageXmlFiler, WriteFrames_EveryFault_WhereAllWasTrueTheDocumentIsWhole_
     RecordProperty("saves that were not told to have failed", static_cast<int>(unsaved));
 }
 
+TEST(ShortageXmlFiler, NewFilerToWrite_EveryFault_FalseAndTheFileStaysWhenTheFilerEnds)
+{
+    ScratchFolder const folder;
+    CString const path = folder.path("new.xml");
+    CString const earlier = folder.path("earlier.xml");
+    std::string const old = "a document that is there already";
+    CByteArray bytes;
+    for (char const c : old)
+        bytes.Add(static_cast<BYTE>(c));
+    std::unique_ptr<OKTXmlFiler> filer;
+    bool opened = false;
+    forEveryFault({
+        .name = "NewFiler of OKTXmlFiler over a file",
+        .prepare =
+            [&] {
+                folder.put("new.xml", bytes);
+                filer = std::make_unique<OKTXmlFiler>();
+                // A document whose root was ended is still there when the next one is asked for.
+                filer->NewFiler(earlier, true);
+                filer->writeLong(u"count", 7L);
+                filer->endWriteClass();
+                opened = false;
+            },
+        .perform = [&] { opened = filer->NewFiler(path, true); },
+        .judge = [&](bool struck) -> std::string {
+            if (!opened && !struck)
+                return "false without cause";
+            filer.reset();
+            std::string const found = textOf(contentsOf(path));
+            if (!opened)
+                return found == old ? "" : "false, and the file is another: " + found;
+            return found.ends_with("<Document/>\n") ? "" : "true, and no document: " + found;
+        },
+    });
+}
+
 TEST(ShortageXmlFiler, Read_EveryFault_TheValueOrFalseAndTheValueBefore)
 {
     ScratchFolder const folder;
