@@ -75,11 +75,11 @@ public:
     std::int64_t digits() const { return m_digits; }
 
 private:
-    static constexpr signed char kForeign = -1;
-    static constexpr signed char kBreak = -2;
-    static constexpr signed char kPad = -3;
+    static constexpr short kForeign = -1;
+    static constexpr short kBreak = -2;
+    static constexpr short kPad = -3;
     /// The six bits of a digit.
-    static std::array<signed char, 128> const kSigns;
+    static std::array<short, 128> const kSigns;
 
     void takeDigit(int digit)
     {

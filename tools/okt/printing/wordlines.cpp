@@ -3,7 +3,7 @@
 
 #include <oktinspect/listdiff.h>
 #include <tools/okt/printing/diffvalues.h>
-#include <tools/okt/printing/labels.h>
+#include <oktinspect/poollabels.h>
 #include <tools/okt/printing/memberlines.h>
 
 #include <oktformat/text.h>

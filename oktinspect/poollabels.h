@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+// Stands on the records of the text form. Not installed.
+
 #include <oktinspect/outline.h>
 
 #include <cstddef>

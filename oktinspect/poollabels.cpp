@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/printing/labels.h>
+#include <oktinspect/poollabels.h>
 
 #include <oktinspect/matching.h>
 
