@@ -103,11 +103,11 @@ TEST(Dump, Parameter_RolesOfItsMembers)
     for (DumpEntry const &entry : made.entries)
         if (entry.memberRole != MemberRole::Other)
         {
-            names += memberText(entry) + "\n";
+            names += memberText(entry) + ", ";
             roles.push_back(entry.memberRole);
         }
-    EXPECT_EQ(names, "id\nname\ntype\nvalue\nlist index\ncategory\nowner\nnumber of used parameters\nused parameter\n"
-                     "used parameter\nexpression\ndescription\n");
+    EXPECT_EQ(names, "id, name, type, value, list index, category, owner, number of used parameters, used parameter, "
+                     "used parameter, expression, description, ");
     EXPECT_EQ(roles.at(1), MemberRole::ParameterName);
     EXPECT_EQ(roles.at(9), MemberRole::UsedParameter);
     EXPECT_EQ(made.entries.front().text, CString(u"OKTDbParameter"));

@@ -2,8 +2,8 @@
 #include <tools/okt/printing/wordlines.h>
 
 #include <oktinspect/listdiff.h>
-#include <tools/okt/printing/diffvalues.h>
 #include <oktinspect/poollabels.h>
+#include <tools/okt/printing/diffvalues.h>
 #include <tools/okt/printing/memberlines.h>
 
 #include <oktformat/text.h>
