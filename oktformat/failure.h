@@ -14,7 +14,7 @@ class Failure : public std::runtime_error
 public:
     Failure(std::string const &file, std::string const &place, std::string const &reason);
 
-    /// The line without the file, for where that stands beside it anyway.
+    /// The line without the file name, for output that already names the file.
     std::string const &withoutFile() const { return m_withoutFile; }
 
 private:

@@ -12,7 +12,7 @@
 namespace okt
 {
 
-/// What BS 8666:2005 table 2 says for one bar size, in millimetres.
+/// The values of BS 8666:2005 table 2 for one bar size, in millimetres.
 struct SchedulingBend
 {
     double diameter = 0;
@@ -48,7 +48,7 @@ struct BendRule
     bool byNumber = false;
     std::vector<int> numbers;      ///< instead of a range: "No. 14 and 18"
     double mandrel = 0;            ///< its diameter, in bar diameters
-    std::optional<double> hook90;  ///< straight length behind a bend of 90 degrees, in bar diameters
+    std::optional<double> hook90;  ///< straight length after a bend of 90 degrees, in bar diameters
     std::optional<double> hook135; ///< likewise
     std::string hook180;           ///< likewise, a formula of d and "in" (an inch); empty when the row has none
 
@@ -78,8 +78,8 @@ private:
     std::vector<BendRule> m_rules;
 };
 
-/// Straight length behind a bend of 180 degrees, in inches, for a diameter in inches. Throws FormulaError
-/// (formula.h) where the row has no formula.
+/// Straight length after a bend of 180 degrees, in inches, for a diameter in inches. Throws FormulaError
+/// (formula.h) if the row has no formula.
 double hook180Length(BendRule const &rule, double diameterInch);
 
 } // namespace okt

@@ -4,14 +4,14 @@
 namespace okt
 {
 
-/// A place in the plane of a bar, in drawing units: x to the right, y upwards.
+/// A point in the plane of a bar, in drawing units: x to the right, y upwards.
 struct Point
 {
     double x = 0;
     double y = 0;
 };
 
-/// What stands between two corners.
+/// A rectangle between two corners.
 struct Box
 {
     Point low;

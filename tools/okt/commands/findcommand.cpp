@@ -78,10 +78,7 @@ private:
             return true;
         try
         {
-            std::unique_ptr<ByteSource> const source = openSource(path, terminalProgress());
-            std::string_view const begin = source->look(0, 18);
-            return begin.size() == 18 && begin[0] == 2 && begin[5] == 6 && begin[6] == 5 && begin[7] == 9 &&
-                   knownClass(begin.substr(9)) == KnownClass::Pool;
+            return beginsAsPool(*openSource(path, terminalProgress()));
         }
         catch (Failure const &)
         {
