@@ -2,7 +2,6 @@
 
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
-#include <oktdatabase/oktwholeframe.h>
 
 OKTDbCategory::OKTDbCategory() = default;
 
@@ -69,6 +68,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    announceIdList(*filer, m_tabParameters);
     if (!filer->beginWriteClass(u"Object", u"OKTDbCategory", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)
@@ -109,14 +109,5 @@ try
     return frame.status();
 }
 OKT_ANSWER_ZERO
-
-std::int64_t OKTDbCategory::frameSize() const
-{
-    constexpr auto kEmptyList = beginClass("OKTDbCategory", 1) + kObjectFrame + beginMembers(1) + kIdFrame + longRecord(0);
-    constexpr auto kEnd = kEndMembers + kEndClass;
-    return static_cast<std::int64_t>(kEmptyList.size() + kIdFrame.size() * static_cast<std::size_t>(m_tabParameters.getSize()) +
-                                     2 * m_strCategoryName.View().size() + kEnd.size()) +
-           OKTFrameWriter::kTextHead;
-}
 
 OKT_STORED_CLASS_SOURCE(OKTDbCategory)

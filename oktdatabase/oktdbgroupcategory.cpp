@@ -53,6 +53,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    announceIdList(*filer, m_tabCategory);
     if (!filer->beginWriteClass(u"Object", u"OKTDbGroupCategory", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)

@@ -30,6 +30,7 @@ public:
     /// A new id of that pool, which may be null. When the system can make no GUID, the id is null and nothing is reported.
     static OKTDbObjectId createObjectId(OKTDbPool *pool);
 
+    /// Comparisons of the 16 bytes alone.
     bool operator==(OKTDbObjectId const &other) const { return order(other) == 0; }
     bool operator!=(OKTDbObjectId const &other) const { return order(other) != 0; }
     bool operator<(OKTDbObjectId const &other) const { return order(other) < 0; }
@@ -44,14 +45,17 @@ public:
     /// Clears the GUID and both pointers.
     void setNull() { *this = OKTDbObjectId(); }
 
+    /// The cached object, which is not owned; null clears the cache.
     void setObject(OKTDbObject *object) { m_object = object; }
-    /// Always true.
+    /// Sets the pool in which the id resolves; null is allowed. Always true.
     bool fixPoolPointer(OKTDbPool *pool)
     {
         m_pool = pool;
         return true;
     }
+    /// That pool, or null.
     OKTDbPool *getPool() const { return m_pool; }
+    /// The GUID alone; the pointers stay.
     void setGuid(_GUID const &guid) { m_Guid = guid; }
     _GUID getGuid() const { return m_Guid; }
 
@@ -75,12 +79,11 @@ private:
     friend class OKTFrameWriter;
     friend class OKTFrameReader;
 
-    // As the bytes compare: numbers whose most significant byte comes first.
+    // Eight bytes as the number that compares as they do: the most significant one comes first.
     static std::uint64_t half(unsigned char const *bytes)
     {
-        std::uint64_t number;
-        std::memcpy(&number, bytes, sizeof number);
-        return __builtin_bswap64(number);
+        auto const byte = [bytes](int at) { return static_cast<std::uint64_t>(bytes[at]) << (56 - 8 * at); };
+        return byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
     }
     int order(OKTDbObjectId const &other) const
     {

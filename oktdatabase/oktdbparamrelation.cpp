@@ -51,6 +51,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    announceIdList(*filer, m_tabParameters);
     if (!filer->beginWriteClass(u"Object", u"OKTDbParamRelation", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbRelation::xmlOut(filer); status != eFilerOk)

@@ -2,12 +2,10 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
-#include <oktdatabase/oktdbparameter.h>
-#include <oktdatabase/oktmemoryfiler.h>
+#include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/okttools.h>
-
-#include <typeinfo>
+#include <oktplatform/okthints.h>
 
 // The objects of a pool and the ids of special role.
 
@@ -17,6 +15,16 @@ namespace
 constexpr char16_t kConstructClass[] = u"OKTDbConstruct";
 constexpr char16_t kIndexClass[] = u"OKTDbIndexData";
 constexpr char16_t kPictureClass[] = u"OKTDbPicture";
+
+// The number of this library's class of that name.
+int pictureClass()
+{
+    static int const number = [] {
+        OKTRuntimeClass *const *const descriptor = g_RuntimeClass.find(kPictureClass);
+        return descriptor == nullptr ? -1 : (*descriptor)->ClassCounter();
+    }();
+    return number;
+}
 } // namespace
 
 OKTDbPool::OKTDbPool() : m_objectId(OKTDbObjectId::createObjectId(this)) {}
@@ -34,7 +42,7 @@ OKTDbPool::~OKTDbPool()
 }
 
 // Parameters outside a pool call this through a null pointer, which is meant.
-__attribute__((no_sanitize("null"))) double OKTDbPool::metricsFactor() const { return metricsFactorOf(this); }
+OKT_CALLED_ON_NULL double OKTDbPool::metricsFactor() const { return metricsFactorOf(this); }
 
 double OKTDbPool::metricsFactorOf(OKTDbPool const *pool) { return pool == nullptr ? 1.0 : pool->m_dfMetricsFactor; }
 
@@ -83,7 +91,7 @@ void OKTDbPool::PictureList::assign(IdArray const &ids)
 void OKTDbPool::setPicturesIds(IdArray const &ids)
 try
 {
-    forgetSize();
+    ++m_changes;
     m_tabPictures.assign(ids);
 }
 OKT_ANSWER_NOTHING
@@ -134,9 +142,10 @@ OKT_ANSWER_ZERO
 
 void OKTDbPool::noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id)
 {
-    if (typeid(*object) == typeid(OKTDbParameter))
-        return; // as most objects are, and none with a role
-    m_hasClientObjects = m_hasClientObjects || !OktIsOwnObject(*object);
+    bool const isOwn = OktIsOwnObject(*object);
+    m_hasClientObjects = m_hasClientObjects || !isOwn;
+    if (isOwn && object->isA()->ClassCounter() != pictureClass())
+        return; // as most objects are: no names need to be compared
     if (object->isA(kConstructClass))
         m_constructId = id;
     if (object->isA(kPictureClass) && !m_tabPictures.contains(id))
@@ -157,7 +166,8 @@ void OKTDbPool::forgetSpecialObject(OKTDbObject const *object, OKTDbObjectId con
 
 // --- Objects ---
 
-// Gives an object that is in the map under that id the id, and its role. A failure leaves object and pool as they were.
+// The last step of taking an object over, which stands in the map already: sets its id and notes its role. When that raises, the
+// object is taken out of the map again and keeps the id that it had.
 bool OKTDbPool::adoptObject(OKTDbObject *object, OKTDbObjectId const &id)
 {
     OKTDbObjectId const before = object->objectId();
@@ -182,7 +192,7 @@ try
         return false;
     OKTDbObjectId id = OKTDbObjectId::createObjectId(this);
     id.setObject(object);
-    forgetSize();
+    ++m_changes;
     m_mapObjects[id] = object;
     return adoptObject(object, id);
 }
@@ -196,7 +206,7 @@ try
         return false;
     OKTDbObjectId id = object->objectId();
     id.setObject(object);
-    forgetSize();
+    ++m_changes;
     return m_mapObjects.insert(id, object) && adoptObject(object, id);
 }
 OKT_ANSWER_ZERO
@@ -209,7 +219,7 @@ try
         return false;
     OKTDbObject *const object = *entry;
     OKTDbObjectId const key = id; // the argument may be the object's own id
-    forgetSize();
+    ++m_changes;
     forgetSpecialObject(object, key);
     object->setObjectId(OKTDbObjectId::kNull);
     m_mapObjects.erase(key);
@@ -225,7 +235,7 @@ try
     OKTDbObjectId const id = object->objectId();
     if (!m_mapObjects.contains(id))
         return false;
-    forgetSize();
+    ++m_changes;
     m_mapObjects.erase(id);
     forgetSpecialObject(object, id);
     object->setObjectId(OKTDbObjectId::kNull);
@@ -236,7 +246,7 @@ OKT_ANSWER_ZERO
 bool OKTDbPool::removeAllObjects()
 try
 {
-    forgetSize();
+    ++m_changes;
     while (!m_mapObjects.isEmpty())
     {
         auto const &[id, object] = *m_mapObjects.begin();
@@ -257,7 +267,7 @@ try
 {
     if (m_mapObjects.isEmpty())
         return true;
-    forgetSize();
+    ++m_changes;
     // The map is emptied first, so that no destructor finds objects in it that are gone.
     ObjectMap const objects = std::move(m_mapObjects);
     m_mapObjects.removeAll();
@@ -279,7 +289,7 @@ try
     OKTDbObject **const entry = m_mapObjects.find(id);
     if (entry == nullptr)
         return false;
-    forgetSize();
+    ++m_changes;
     *entry = object;
     m_hasClientObjects = m_hasClientObjects || (object != nullptr && !OktIsOwnObject(*object));
     return true;
@@ -341,8 +351,9 @@ try
     OKTDbObject *const fresh = object->createObject();
     if (fresh == nullptr)
         return false;
-    OKTMemoryFiler filer;
-    filer.m_bClearsVariants = true;
+    OKTImageFiler stream;
+    stream.clearVariants();
+    OKTMemoryFiler &filer = stream.filer();
     filer.setTranslatedIds(false);
     filer.setInternalIsWriteEnabled(true);
     if (fresh->xmlOut(&filer) != eFilerOk)

@@ -142,9 +142,8 @@ char *encodeGroups(unsigned char const *bytes, int groups, char *out)
     groups -= wide;
     for (; groups > 2; groups -= 2, bytes += 6, out += 8)
     {
-        std::uint64_t word;
-        std::memcpy(&word, bytes, sizeof word);
-        word = __builtin_bswap64(word);
+        auto const byte = [bytes](int at) { return static_cast<std::uint64_t>(bytes[at]) << (56 - 8 * at); };
+        std::uint64_t const word = byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
         for (int pair = 0; pair < 4; ++pair)
             std::memcpy(out + 2 * pair, kPairs[word >> (52 - 12 * pair) & 0xFFF].data(), 2);
     }
@@ -162,8 +161,8 @@ std::uint32_t decodedGroup(char const *text)
     return digit(0) | digit(1) | digit(2) | digit(3);
 }
 
-// Stores whole groups for as long as there are some, and tells how many: those that go in wide registers, then two at a time for
-// as long as both are.
+// Decodes whole groups up to the first character that is none of the alphabet, and returns their number: sixteen characters at a
+// time where the processor can, then two groups at a time.
 int decodeGroups(char const *text, int groups, unsigned char *out)
 {
     int done = decodeGroupsWide(text, groups, out);

@@ -23,6 +23,7 @@
 class OKT_API OKTXmlFiler : public OKTFiler
 {
 public:
+    /// With no document open.
     OKTXmlFiler(OKTDbPool *pool = nullptr);
     /// Both share document and nodes.
     OKTXmlFiler(OKTXmlFiler const &) = default;

@@ -1,5 +1,5 @@
 // Frames that go in and out as a whole, held against the same frames member by member: a filer of another class takes the
-// latter road.
+// latter road. Behind them, the memory that is reserved for an image.
 
 #include "support/alloccount.h"
 #include "support/imageof.h"
@@ -7,6 +7,7 @@
 #include "support/spareblock.h"
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/okttexttable.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 
@@ -322,49 +323,21 @@ TEST(TextTable, Find_ManyTexts_EachItself)
     EXPECT_EQ(untouched, u"as it was");
 }
 
-// --- The room that is made for a frame ---
+// --- The memory that is reserved for an image ---
 
-TEST(FrameSize, Parameter_AnyTextsValuesAndIds_TheBytesWritten)
-{
-    OKTDbParameter parameter(6, OKTDbObjectId::createObjectId(nullptr));
-    EXPECT_EQ(OKTDbParameter().frameSize(), written<OKTMemoryFiler>(OKTDbParameter()).GetSize());
-    parameter.setExpression(u"2 * D5 + 40");
-    parameter.setDescription(u"Position 7, see drawing");
-    IdArray ids;
-    for (int i = 0; i < 3; ++i)
-        ids.append(OKTDbObjectId::createObjectId(nullptr));
-    parameter.setTabParams(ids);
-    auto const expectExact = [&] { EXPECT_EQ(parameter.frameSize(), written<OKTMemoryFiler>(parameter).GetSize()); };
-    parameter.setValue(12.5, 1);
-    expectExact();
-    parameter.setValue(7, 1);
-    expectExact();
-    parameter.setValue(true, 1);
-    expectExact();
-    parameter.setValue(u"a text", 1);
-    expectExact();
-}
-
-TEST(FrameSize, Category_AnyIds_TheBytesWritten)
-{
-    OKTDbCategory category;
-    EXPECT_EQ(category.frameSize(), written<OKTMemoryFiler>(category).GetSize());
-    category.setCategoryName(u"Bars of the mesh");
-    for (int i = 0; i < 20; ++i)
-        category.appendParameter(OKTDbObjectId::createObjectId(nullptr));
-    EXPECT_EQ(category.frameSize(), written<OKTMemoryFiler>(category).GetSize());
-}
-
-TEST(FrameSize, Picture_AnySize_TheBytesWritten)
+// A picture announces its length: the buffer gets it at once, and little more.
+TEST(ImageRoom, XmlOutOfPicture_AnySize_OneBlockOfThatSize)
 {
     // 49151 bytes fill a chunk of 65535 characters to the last but one.
-    for (int const size : {0, 1, 2, 3, 4, 49150, 49151, 49152, 49153, 200000})
+    for (int const size : {49150, 49151, 49152, 49153, 200'000, 3'000'000})
     {
         OKTDbPicture picture;
         CByteArray data;
         data.SetSize(size);
         picture.setPictureData(data);
-        EXPECT_EQ(picture.frameSize(), written<OKTMemoryFiler>(picture).GetSize()) << size;
+        CByteArray const frame = written<OKTMemoryFiler>(picture);
+        EXPECT_LE(frame.GetCapacity(), frame.GetSize() + 600) << size;
+        EXPECT_EQ(frame, written<MemberFiler>(picture)) << size;
     }
 }
 
@@ -400,7 +373,7 @@ void fillWithPictures(OKTDbPool &pool, int count)
 } // namespace
 
 // The image grows in one block, which is little larger than the image.
-TEST(FrameSize, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
+TEST(ImageRoom, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
 {
     for (int const count : {100, 1000, 20000})
     {
@@ -411,11 +384,9 @@ TEST(FrameSize, SaveFiler_PicturesAmongManyObjects_OneBlockOfThatSize)
     }
 }
 
-// --- What a pool knows of the size of its next image ---
-
 namespace
 {
-constexpr int kManyObjects = 3000; // small pools are asked each time
+constexpr int kManyObjects = 3000;
 
 /// The most that a save holds, times the image that it makes.
 double peakOfSave(OKTDbPool const &pool)
@@ -434,10 +405,12 @@ template <typename F> void changeParameters(OKTDbPool &pool, F change)
         change(*OKTDbParameter::cast(id));
 }
 
-constexpr double kMost = 1.15; // images
+constexpr double kMost = 1.25;     // images; nearly always less than 1.15
+constexpr double kMostOfFew = 1.3; // of a thousand objects, where less is known before the memory is reserved
+constexpr double kMovedOnce = 2.2; // where the guess was short: the old block and the new one
 } // namespace
 
-TEST(KnownSize, SavedOrLoadedBefore_OneBlock)
+TEST(ImageRoom, SavedOrLoadedBefore_OneBlock)
 {
     OKTDbPool pool;
     fillWithPictures(pool, kManyObjects);
@@ -451,7 +424,7 @@ TEST(KnownSize, SavedOrLoadedBefore_OneBlock)
 }
 
 // A little goes into the room that every image has.
-TEST(KnownSize, ALittleLonger_OneBlock)
+TEST(ImageRoom, ALittleLonger_OneBlock)
 {
     OKTDbPool pool;
     fillWithPictures(pool, kManyObjects);
@@ -464,7 +437,7 @@ TEST(KnownSize, ALittleLonger_OneBlock)
     EXPECT_LE(peakOfSave(pool), kMost);
 }
 
-TEST(KnownSize, TextsOfAllObjectsSetThenCleared_OneBlock)
+TEST(ImageRoom, TextsOfAllObjectsSetThenCleared_OneBlock)
 {
     OKTDbPool pool;
     fillWithPictures(pool, kManyObjects);
@@ -476,7 +449,8 @@ TEST(KnownSize, TextsOfAllObjectsSetThenCleared_OneBlock)
     EXPECT_LE(peakOfSave(pool), kMost);
 }
 
-TEST(KnownSize, PicturesExchanged_OneBlock)
+// One that stands among the first objects has its memory before the rest is foretold, and is moved once.
+TEST(ImageRoom, PicturesExchanged_OneBlockOrMovedOnce)
 {
     OKTDbPool pool;
     fillWithPictures(pool, kManyObjects);
@@ -487,12 +461,69 @@ TEST(KnownSize, PicturesExchanged_OneBlock)
         data.SetSize(size);
         for (OKTDbObjectId const &id : pool.picturesId())
             OKTDbPicture::cast(id)->setPictureData(data);
-        EXPECT_LE(peakOfSave(pool), size == 0 ? kMost + 0.15 : kMost)
-            << size; // the text of a chunk stands beside a small image
+        // The text of a chunk stands beside a small image.
+        EXPECT_LE(peakOfSave(pool), size == 0 ? kMost + 0.15 : kMost + 0.5) << size;
     }
 }
 
-TEST(KnownSize, OtherObjectsOfTheSameNumber_OneBlock)
+TEST(ImageRoom, FewObjectsWithLargePictures_OneBlock)
+{
+    OKTDbPool pool;
+    fillWithPictures(pool, 20);
+    CByteArray data;
+    data.SetSize(2'000'000);
+    for (int i = 0; i < 5; ++i)
+    {
+        auto *const picture = new OKTDbPicture;
+        picture->setPictureData(data);
+        ASSERT_TRUE(pool.appendObject(picture));
+    }
+    EXPECT_LE(peakOfSave(pool), kMost);
+}
+
+TEST(ImageRoom, FewObjectsWithLongLists_OneBlock)
+{
+    OKTDbPool pool;
+    for (int i = 0; i < 20; ++i)
+    {
+        auto *const category = new OKTDbCategory;
+        for (int used = 0; used < 1000; ++used)
+            category->appendParameter(OKTDbObjectId::createObjectId(&pool));
+        ASSERT_TRUE(pool.appendObject(category));
+    }
+    EXPECT_LE(peakOfSave(pool), kMost);
+}
+
+// Nothing is kept from one save to the next that could be wrong: the same pool gives the same peak however often it is saved.
+TEST(ImageRoom, SavedAgain_TheSamePeak)
+{
+    OKTDbPool pool;
+    fillWithPictures(pool, kManyObjects);
+    double const first = peakOfSave(pool);
+    EXPECT_DOUBLE_EQ(peakOfSave(pool), first);
+}
+
+// Objects that are listed as pictures and are none, or are not there, announce nothing.
+TEST(ImageRoom, ListedPicturesOfOtherKinds_SameImage)
+{
+    OKTDbPool pool;
+    fillWithPictures(pool, 200);
+    IdArray ids;
+    pool.getAllObjects(ids);
+    IdArray listed;
+    listed.append(ids.at(0));
+    listed.append(ids.at(199));
+    listed.append(OKTDbObjectId::createObjectId(&pool));
+    listed.append(OKTDbObjectId());
+    pool.setPicturesIds(listed);
+    CByteArray const image = imageOf(pool);
+    OKTDbPool again;
+    ASSERT_TRUE(again.loadFiler(image));
+    EXPECT_EQ(again.objectCount(), 200);
+    EXPECT_EQ(imageOf(again), image);
+}
+
+TEST(ImageRoom, OtherObjectsOfTheSameNumber_OneBlock)
 {
     OKTDbPool pool;
     fillWithPictures(pool, kManyObjects);
@@ -520,7 +551,7 @@ TEST(KnownSize, OtherObjectsOfTheSameNumber_OneBlock)
     EXPECT_LE(peakOfSave(pool), kMost);
 }
 
-TEST(KnownSize, ObjectsComeAndGo_OneBlock)
+TEST(ImageRoom, ObjectsComeAndGo_OneBlock)
 {
     OKTDbPool pool;
     fillWithPictures(pool, kManyObjects);
@@ -535,10 +566,10 @@ TEST(KnownSize, ObjectsComeAndGo_OneBlock)
         object.reset(found);
         ASSERT_TRUE(i % 4 == 0 ? pool.removeObject(ids.at(i)) : pool.removeObject(found));
     }
-    EXPECT_LE(peakOfSave(pool), kMost);
+    EXPECT_LE(peakOfSave(pool), kMostOfFew);
     for (int i = 0; i < ids.getSize(); i += 2)
         ASSERT_TRUE(pool.appendObject(new OKTDbCategory));
-    EXPECT_LE(peakOfSave(pool), kMost);
+    EXPECT_LE(peakOfSave(pool), kMovedOnce); // long and empty lists in one class
     std::vector<std::unique_ptr<OKTDbObject>> handedBack;
     pool.getAllObjects(ids);
     for (OKTDbObjectId const &id : ids)
@@ -550,7 +581,7 @@ TEST(KnownSize, ObjectsComeAndGo_OneBlock)
 }
 
 // Rubbish between objects, or behind them, is no part of the next image.
-TEST(KnownSize, FileWithRubbish_OneBlock)
+TEST(ImageRoom, FileWithRubbish_OneBlock)
 {
     OKTDbPool pool;
     fillWithPictures(pool, kManyObjects);
@@ -563,7 +594,7 @@ TEST(KnownSize, FileWithRubbish_OneBlock)
     EXPECT_LE(peakOfSave(again), kMost);
 }
 
-TEST(KnownSize, LoadedInPartOrJoined_OneBlock)
+TEST(ImageRoom, LoadedInPartOrJoined_OneBlock)
 {
     OKTDbPool source;
     fillWithPictures(source, kManyObjects);
