@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The base64 coder beside that of OpenSSL in the same run, and a picture of the same size on its way through the memory filer.
 // Bytes are those of the picture, not of its text.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Clones with and without new ids. Both are taken in each turn, so that their ratio is of the same moment.
 
 #include "measure.h"

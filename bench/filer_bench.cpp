@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Single members through the memory filer: into a buffer that has room, so that nothing is to be allocated, and back.
 
 #include "measure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The index and the pictures of pool files of 10 MB to 1 GB, read alone: time, and what the system says was read.
 
 #include "measure.h"

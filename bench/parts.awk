@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Turns the JSON output of okt_bench into the tables of clones and of partial reading in docs/performance.md. The output has one
 # key a line; what counts are the medians of the repetitions.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole pools to an image in memory and back. In each iteration the same bytes are also copied by memcpy into memory that is
 // in use already, which is the least that could be done, and into a fresh array, which is what a caller gets from a save.
 

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -29,7 +31,7 @@ inline std::string grouped(long long value)
 inline std::string rounded(double value)
 {
     if (value >= 9.95)
-        return grouped(static_cast<long long>(value + 0.5));
+        return grouped(std::llround(value));
     char text[32];
     std::snprintf(text, sizeof text, value >= 0.995 ? "%.1f" : "%.2f", value);
     return text;

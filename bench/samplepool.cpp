@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "samplepool.h"
 
 #include "report.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // XML documents: values under one frame written, pools written, values looked up by name. Beside each but the pools, plain
 // libxml2 does the same work on the same names and values in the same turn.
 

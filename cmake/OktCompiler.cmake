@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler settings of this project's own targets: they link okt_compiler. Sanitizers and the mapping of paths concern
 # every object of the build.
 
@@ -9,19 +10,33 @@ if(OKT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 add_library(okt_compiler INTERFACE)
-target_compile_options(okt_compiler INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
-# The headers of Windows have names such as `byte` in the global scope.
-if(WIN32)
-    target_compile_options(okt_compiler INTERFACE -Wshadow=local)
-else()
-    target_compile_options(okt_compiler INTERFACE -Wshadow)
+
+# GCC, Clang, and what takes their options.
+set(okt_takes_gnu_options OFF)
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang" AND NOT MSVC)
+    set(okt_takes_gnu_options ON)
 endif()
-# GCC 12 sees overlapping copies inside std::string where there are none (its bug 105651).
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    target_compile_options(okt_compiler INTERFACE -Wno-restrict)
-endif()
-if(OKT_WERROR)
-    target_compile_options(okt_compiler INTERFACE -Werror)
+
+if(okt_takes_gnu_options)
+    target_compile_options(okt_compiler INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+    # The headers of Windows have names such as `byte` in the global scope.
+    if(WIN32)
+        target_compile_options(okt_compiler INTERFACE -Wshadow=local)
+    else()
+        target_compile_options(okt_compiler INTERFACE -Wshadow)
+    endif()
+    # GCC 12 sees overlapping copies inside std::string where there are none (its bug 105651).
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+        target_compile_options(okt_compiler INTERFACE -Wno-restrict)
+    endif()
+    if(OKT_WERROR)
+        target_compile_options(okt_compiler INTERFACE -Werror)
+    endif()
+elseif(MSVC)
+    target_compile_options(okt_compiler INTERFACE /W4 /permissive- /utf-8 /Zc:__cplusplus)
+    if(OKT_WERROR)
+        target_compile_options(okt_compiler INTERFACE /WX)
+    endif()
 endif()
 
 # No folder of the machine that built it stands in a binary. Coverage needs the real places of the sources, but in __FILE__.
@@ -29,7 +44,9 @@ set(okt_prefix_map -ffile-prefix-map)
 if(OKT_COVERAGE)
     set(okt_prefix_map -fmacro-prefix-map)
 endif()
-add_compile_options(${okt_prefix_map}=${PROJECT_BINARY_DIR}=build ${okt_prefix_map}=${PROJECT_SOURCE_DIR}/=)
+if(okt_takes_gnu_options)
+    add_compile_options(${okt_prefix_map}=${PROJECT_BINARY_DIR}=build ${okt_prefix_map}=${PROJECT_SOURCE_DIR}/=)
+endif()
 
 if(OKT_SANITIZE)
     add_compile_options(-fsanitize=${OKT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

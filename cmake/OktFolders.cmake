@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Where what is installed lies, one seen from the other, so that the whole can be moved.
 
 set(okt_modules_dir ${CMAKE_INSTALL_LIBDIR}/oktdatabase/modules) # where okt looks for client modules

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # `cmake --install`: the library, its headers, the CMake package, the pkg-config file. Nothing installed tells an absolute
 # path, so that the whole can be moved.
 
@@ -9,7 +10,8 @@ install(TARGETS OKTDatabase EXPORT OKTDatabaseTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILE_SET okt_built DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT OKTDatabaseTargets NAMESPACE OKTDatabase:: DESTINATION ${okt_package_dir})
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/OKTDatabaseConfig.cmake.in
@@ -28,3 +30,6 @@ set(okt_pc_up /prefix)
 cmake_path(RELATIVE_PATH okt_pc_up BASE_DIRECTORY ${okt_lib_dir}/pkgconfig)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/oktdatabase.pc.in ${PROJECT_BINARY_DIR}/cmake/oktdatabase.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/cmake/oktdatabase.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The licence asks to stand beside every copy.
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

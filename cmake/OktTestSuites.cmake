@@ -1,4 +1,5 @@
-# okt_add_test_suites(<executable> [TIMEOUT seconds] [ENVIRONMENT name=value...])
+# SPDX-License-Identifier: MIT
+# okt_add_test_suites(<executable> [TIMEOUT seconds] [ENVIRONMENT name=value...] [EXCEPT Suite.Test...])
 #
 # One ctest entry for each GoogleTest suite of the executable, named after the suite. The suites are asked from the program
 # when it has been built, so that none can be forgotten; one process for each is much quicker than one for each test.
@@ -37,6 +38,9 @@ if(CMAKE_SCRIPT_MODE_FILE)
         endif()
         list(TRANSFORM group APPEND ".*")
         list(JOIN group ":" filter)
+        if(TEST_EXCEPT)
+            string(APPEND filter ":-${TEST_EXCEPT}")
+        endif()
         string(APPEND script
             "add_test([==[${name}]==] ${launcher}[==[${TEST_EXECUTABLE}]==] [==[--gtest_filter=${filter}]==] --gtest_brief=1)\n"
             "set_tests_properties([==[${name}]==] PROPERTIES TIMEOUT ${TEST_TIMEOUT} ENVIRONMENT [==[${TEST_ENVIRONMENT}]==])\n")
@@ -48,7 +52,8 @@ endif()
 set(okt_test_suites_script ${CMAKE_CURRENT_LIST_FILE})
 
 function(okt_add_test_suites executable)
-    cmake_parse_arguments(arg "" "TIMEOUT" "ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(arg "" "TIMEOUT" "ENVIRONMENT;EXCEPT" ${ARGN})
+    list(JOIN arg_EXCEPT ":" except)
     set(list ${CMAKE_CURRENT_BINARY_DIR}/${executable}_suites.cmake)
     set(group 1)
     if(CMAKE_CROSSCOMPILING)
@@ -58,7 +63,7 @@ function(okt_add_test_suites executable)
     add_custom_command(TARGET ${executable} POST_BUILD BYPRODUCTS ${list} VERBATIM
         COMMAND ${CMAKE_COMMAND} -D TEST_EXECUTABLE=$<TARGET_FILE:${executable}> -D TEST_LIST=${list}
                 -D TEST_TIMEOUT=${arg_TIMEOUT} -D TEST_GROUP=${group} -D "TEST_LAUNCHER=${CMAKE_CROSSCOMPILING_EMULATOR}"
-                -D "TEST_ENVIRONMENT=${arg_ENVIRONMENT}" -P ${okt_test_suites_script})
+                -D "TEST_ENVIRONMENT=${arg_ENVIRONMENT}" -D "TEST_EXCEPT=${except}" -P ${okt_test_suites_script})
     file(WRITE ${guard}
         "if(EXISTS \"${list}\")\n  include(\"${list}\")\nelse()\n  add_test(${executable}_NOT_BUILT ${executable}_NOT_BUILT)\nendif()\n")
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${guard})

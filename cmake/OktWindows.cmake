@@ -1,45 +1,7 @@
+# SPDX-License-Identifier: MIT
 # What a build for Windows needs beside the compiler. Included by the project where the target is Windows.
-#
-# Debian has the libraries of headers alone for its own system only, and GoogleTest as source: both serve here, under the names
-# by which find_package knows them. Where the user has packages for Windows, and says so (nlohmann_json_DIR and so on), those
-# are taken.
-
-set(okt_packages ${PROJECT_BINARY_DIR}/packages)
-
-# A folder with the headers of one library and of no other: those of the machine's own runtime library must not be seen.
-function(okt_header_package package target header)
-    if(${package}_DIR)
-        return()
-    endif()
-    find_path(OKT_${package}_HOST ${header} PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
-    cmake_path(GET header PARENT_PATH folder)
-    file(MAKE_DIRECTORY ${okt_packages}/${package}/include)
-    file(CREATE_LINK ${OKT_${package}_HOST}/${folder} ${okt_packages}/${package}/include/${folder} SYMBOLIC)
-    file(CONFIGURE OUTPUT ${okt_packages}/${package}/${package}Config.cmake @ONLY CONTENT
-"if(NOT TARGET ${target})
-    add_library(${target} INTERFACE IMPORTED GLOBAL)
-    set_target_properties(${target} PROPERTIES INTERFACE_INCLUDE_DIRECTORIES \"\${CMAKE_CURRENT_LIST_DIR}/include\")
-endif()
-")
-    set(${package}_DIR ${okt_packages}/${package} CACHE PATH "The CMake package of ${package}")
-endfunction()
 
 if(CMAKE_CROSSCOMPILING)
-    okt_header_package(nlohmann_json nlohmann_json::nlohmann_json nlohmann/json.hpp)
-    okt_header_package(CLI11 CLI11::CLI11 CLI/CLI.hpp)
-
-    if(NOT GTest_DIR)
-        find_path(OKT_GTEST_SOURCE googletest/CMakeLists.txt PATHS /usr/src/googletest NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
-        file(CONFIGURE OUTPUT ${okt_packages}/GTest/GTestConfig.cmake @ONLY CONTENT
-"if(NOT TARGET GTest::gtest)
-    set(INSTALL_GTEST OFF)
-    set(BUILD_SHARED_LIBS OFF)
-    add_subdirectory(\"${OKT_GTEST_SOURCE}\" \"${PROJECT_BINARY_DIR}/googletest\" EXCLUDE_FROM_ALL SYSTEM)
-endif()
-")
-        set(GTest_DIR ${okt_packages}/GTest CACHE PATH "The CMake package of GoogleTest")
-    endif()
-
     # What is built here runs under Wine, in a folder of settings of its own and without a display.
     find_program(OKT_WINE NAMES wine64 PATHS /usr/lib/wine NO_CMAKE_FIND_ROOT_PATH)
     if(OKT_WINE AND NOT CMAKE_CROSSCOMPILING_EMULATOR)

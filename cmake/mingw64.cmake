@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # 64-bit Windows, by Debian's MinGW-w64 (packages g++-mingw-w64-x86-64-posix and mingw-w64-tools). What is built runs under Wine,
 # if it is there: `ctest` starts it so.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any text through the decoder, and any bytes through the coder and back, in buffers of exactly the size that is allowed.
 
 #include "fuzzsupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records of any bytes, read and walked over from every position. What the answers promise of target and position is demanded.
 
 #include "fuzzsupport.h"

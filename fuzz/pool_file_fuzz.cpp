@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A pool file of any bytes: the header alone, the partial readers, and reading and writing of whole files, which keep the
 // factor of the pool.
 

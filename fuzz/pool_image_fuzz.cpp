@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A pool image of any bytes: loadFiler with and without a read filter, and everything that makes an image of what came of it.
 
 #include "fuzzsupport.h"

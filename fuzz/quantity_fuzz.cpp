@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A quantity expression of any text, in UTF-8: what comes out has the one form that the operation writes, and stays as it is
 // when it goes through again.
 

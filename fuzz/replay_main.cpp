@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a fuzz target over files, for compilers without libFuzzer: every argument is a file or a folder of files.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts of any units: UTF-8 there and back, the code pages, and the operations beside the same ones of the standard string.
 
 #include "fuzzsupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text form, with any bytes as a text and as a pool image. A text that is taken gives an image that is taken, and an image
 // that is taken comes back from its text byte for byte.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Variants, system strings and safe arrays of any shape: copies, the stored form, the conversion to bytes, the values of
 // groups.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An XML document of any bytes: every read of the filer over the whole tree, in sequence and by name; then the pool on the same
 // file, and writing into the tree that was read.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktdatabase/oktcontainers.h>
@@ -33,7 +34,7 @@ class OKT_API OKTByteFiler
 {
 public:
     /// `growBy` is the least step, in bytes, by which the buffer grows.
-    OKTByteFiler(int const &growBy);
+    OKTByteFiler(int const &growBy); // NOLINT(google-explicit-constructor): the published signature
     OKTByteFiler(OKTByteFiler const &) = default;
     OKTByteFiler &operator=(OKTByteFiler const &) = default;
     virtual ~OKTByteFiler();

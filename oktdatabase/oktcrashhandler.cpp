@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktcrashhandler.h>
 
 #include <oktplatform/okttext_internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdatabaseapp.h>
 
 AFX_MSGMAP const *COKTDatabaseApp::GetMessageMap() const

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdatabaseutil.h>
 
 #include <oktdatabase/oktcrashhandler.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbcategory.h>
 
 #include <oktdatabase/oktfiler.h>

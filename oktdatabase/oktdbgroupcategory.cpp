@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbgroupcategory.h>
 
 #include <oktdatabase/oktfiler.h>

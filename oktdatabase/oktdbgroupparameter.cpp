@@ -1,7 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbgroupparameter.h>
 
 #include <oktdatabase/oktframe.h>
+#include <oktplatform/oktdatabytes.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -48,7 +51,8 @@ try
 
     // Whatever the kind of the elements, the data are taken as doubles (quirk 58). What lies outside them gives 0.
     std::int64_t const entries = static_cast<std::int64_t>(upper) - lower + 1;
-    std::int64_t const room = entries * SafeArrayGetElemsize(array.parray);
+    UINT const elementSize = SafeArrayGetElemsize(array.parray);
+    std::int64_t const room = entries * elementSize;
     for (int k = 0; k < entries && k < m_tabElements.getSize(); ++k)
     {
         tagVARIANT entry;
@@ -57,7 +61,7 @@ try
         entry.dblVal = 0;
         std::int64_t const offset = std::int64_t{8} * k;
         if (offset + 8 <= room)
-            std::memcpy(&entry.dblVal, static_cast<unsigned char const *>(data) + offset, sizeof entry.dblVal);
+            entry.dblVal = OktDoubleOfBytes(static_cast<unsigned char const *>(data) + offset, std::min(elementSize, 8u));
         if (OKTDbParameter *const element = elementOf(m_tabElements.at(k)))
             element->setValue(entry);
     }

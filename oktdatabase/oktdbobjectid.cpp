@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbobjectid.h>
 
 #include <oktdatabase/oktcrashhandler.h>
@@ -6,6 +7,22 @@
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/okttools.h>
+
+namespace
+{
+// Four bytes of an id as the number that a stream holds: the lowest byte comes first.
+int wordAt(unsigned char const *bytes)
+{
+    auto const byte = [bytes](int at) { return static_cast<std::uint32_t>(bytes[at]) << (8 * at); };
+    return static_cast<int>(byte(0) | byte(1) | byte(2) | byte(3));
+}
+
+void setWordAt(unsigned char *bytes, int word)
+{
+    for (int i = 0; i < 4; ++i)
+        bytes[i] = static_cast<unsigned char>(static_cast<std::uint32_t>(word) >> (8 * i));
+}
+} // namespace
 
 OKTDbObjectId OKTDbObjectId::createObjectId(OKTDbPool *pool)
 try
@@ -87,13 +104,11 @@ try
     if (filer->beginWriteMembers(1))
     {
         frame.enterSection();
-        int words[2];
-        std::memcpy(words, m_Guid.Data4, sizeof words);
         frame.fold(filer->writeInt(u"(int) m_Guid.Data1", static_cast<int>(m_Guid.Data1)));
         frame.fold(filer->writeInt(u"( (int) m_Guid.Data2 ) | ( ( (int) m_Guid.Data3 ) << 16 )",
                                    static_cast<int>(m_Guid.Data2 | static_cast<std::uint32_t>(m_Guid.Data3) << 16)));
-        frame.fold(filer->writeInt(u"*( (int*) m_Guid.Data4 )", words[0]));
-        frame.fold(filer->writeInt(u"*( (int*) ( m_Guid.Data4 + 4 ) )", words[1]));
+        frame.fold(filer->writeInt(u"*( (int*) m_Guid.Data4 )", wordAt(m_Guid.Data4)));
+        frame.fold(filer->writeInt(u"*( (int*) ( m_Guid.Data4 + 4 ) )", wordAt(m_Guid.Data4 + 4)));
         filer->endWriteMembers();
     }
     filer->endWriteClass();
@@ -123,7 +138,8 @@ try
         m_Guid.Data1 = static_cast<std::uint32_t>(first);
         m_Guid.Data2 = static_cast<std::uint16_t>(second & 0xFFFF);
         m_Guid.Data3 = static_cast<std::uint16_t>(static_cast<std::uint32_t>(second) >> 16);
-        std::memcpy(m_Guid.Data4, words, sizeof words);
+        setWordAt(m_Guid.Data4, words[0]);
+        setWordAt(m_Guid.Data4 + 4, words[1]);
         filer->endReadMembers();
     }
     filer->endReadClass();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktdatabase/oktcontainers.h>
@@ -5,6 +6,7 @@
 #include <oktplatform/oktguid.h>
 #include <oktplatform/oktstring.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -82,15 +84,16 @@ private:
     // Eight bytes as the number that compares as they do: the most significant one comes first.
     static std::uint64_t half(unsigned char const *bytes)
     {
-        auto const byte = [bytes](int at) { return static_cast<std::uint64_t>(bytes[at]) << (56 - 8 * at); };
-        return byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
+        std::uint64_t number;
+        std::memcpy(&number, bytes, sizeof number);
+        return std::endian::native == std::endian::little ? OktReversedBytes(number) : number;
     }
     int order(OKTDbObjectId const &other) const
     {
-        auto const *const own = reinterpret_cast<unsigned char const *>(&m_Guid);
-        auto const *const others = reinterpret_cast<unsigned char const *>(&other.m_Guid);
-        for (int at = 0; at < 16; at += 8)
-            if (std::uint64_t const left = half(own + at), right = half(others + at); left != right)
+        auto const own = OktFileBytesOfGuid(m_Guid);
+        auto const others = OktFileBytesOfGuid(other.m_Guid);
+        for (std::size_t at = 0; at < 16; at += 8)
+            if (std::uint64_t const left = half(&own[at]), right = half(&others[at]); left != right)
                 return left < right ? -1 : 1;
         return 0;
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbparameter.h>
 
 #include <oktdatabase/oktdbpool.h>
@@ -6,6 +7,7 @@
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktparametertypes.h>
 #include <oktdatabase/oktwholeparameter.h>
+#include <oktplatform/oktdatabytes.h>
 #include <oktplatform/oktwarning.h>
 
 #include <algorithm>
@@ -377,7 +379,7 @@ bool OKTDbParameter::writeValue(OKTFiler &filer) const
     if (isLength)
     {
         tagVARIANT converted = m_varValue; // eight bytes of a double, whatever the kind says (quirk 46)
-        converted.dblVal /= factor;
+        OktSetDataAsDouble(converted, OktDataAsDouble(converted) / factor);
         return filer.writeVariant(name, converted);
     }
     std::optional<OwnedText> converted;
@@ -402,7 +404,7 @@ bool OKTDbParameter::convertAfterReading()
     if (isInDrawingUnits())
     {
         if (!ownsMemory(m_varValue.vt))
-            m_varValue.dblVal *= factor;
+            OktSetDataAsDouble(m_varValue, OktDataAsDouble(m_varValue) * factor);
         return true;
     }
     if (m_nParamType != kQuantityExpression)

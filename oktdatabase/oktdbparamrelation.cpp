@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbparamrelation.h>
 
 #include <oktdatabase/oktfiler.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbpicture.h>
 
 #include <oktdatabase/oktfiler.h>

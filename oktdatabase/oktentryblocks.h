@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <algorithm>
@@ -22,7 +23,7 @@ public:
 
     OKTEntryAllocator() = default;
     /// For other entries, so with blocks of its own.
-    template <typename U> OKTEntryAllocator(OKTEntryAllocator<U> const &) {}
+    template <typename U> OKTEntryAllocator(OKTEntryAllocator<U> const &) {} // NOLINT(google-explicit-constructor): the standard asks for it
 
     /// Memory for `count` objects; only one at a time comes from the blocks. Throws std::bad_alloc.
     T *allocate(std::size_t count)

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktfiler.h>
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktframe.h>
 #include <oktplatform/oktcodepage.h>
+#include <oktplatform/oktdatabytes.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -143,12 +145,19 @@ try
         case VT_I4:
         case VT_BOOL:
         {
-            long number = value.lVal;
+            // The stored number is 32 bits wide, of which a flag takes the low ones.
+            long number = OktDataAsLong(value);
             frame.fold(filer->readLong(member, number));
-            value.lVal = static_cast<LONG>(number);
+            OktSetDataAsLong(value, static_cast<LONG>(number));
             break;
         }
         case VT_R4: // eight bytes, although the kind says float (quirk 39)
+        {
+            double number = OktDataAsDouble(value);
+            frame.fold(filer->readDouble(member, number));
+            OktSetDataAsDouble(value, number);
+            break;
+        }
         case VT_R8: frame.fold(filer->readDouble(member, value.dblVal)); break;
         case VT_BSTR:
         {

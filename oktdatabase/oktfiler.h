@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktdatabase/oktcontainers.h>
@@ -27,7 +28,7 @@ class OKT_API OKTFiler
 {
 public:
     /// For objects of that pool, which must outlive the filer; null is allowed.
-    OKTFiler(OKTDbPool *pool = nullptr);
+    OKTFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     OKTFiler(OKTFiler const &) = default;
     OKTFiler &operator=(OKTFiler const &) = default;
     virtual ~OKTFiler();

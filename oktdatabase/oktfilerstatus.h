@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// The result of every xmlIn and xmlOut. All but eFilerOk count as failure. The value 2 is not used.

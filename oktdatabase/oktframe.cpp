@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktframe.h>
 
 #include <oktdatabase/oktcrashhandler.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktimageroom.h>
 
 #include <oktdatabase/oktdbobject.h>

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktmemoryfiler.h>
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktidreplacements.h>
+#include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
 
@@ -41,7 +43,7 @@ OKTMemoryFiler::~OKTMemoryFiler() = default;
 // filer, which may override these calls, nor where the code page changes the letters of the class name.
 bool OKTMemoryFiler::writesFramesWhole() const
 {
-    return typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
+    return kFramesInMemory && typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
 }
 
 OKTDbObjectId const &OKTMemoryFiler::replaced(OKTDbObjectId const &id) const { return m_replacements->forWriting(id); }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktdatabase/oktbytefiler.h>
@@ -15,7 +16,7 @@ class OKT_API OKTMemoryFiler : public OKTFiler
 {
 public:
     /// In write mode, with an empty buffer.
-    OKTMemoryFiler(OKTDbPool *pool = nullptr);
+    OKTMemoryFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     ~OKTMemoryFiler() override;
 
     bool beginWriteClass(CString name, CString className, int version) override;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktmodule.h>
 
 #include <oktplatform/oktwinapp.h>

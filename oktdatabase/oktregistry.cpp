@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The static objects of the module. One source holds them, because their order counts: the application object, the registry, then
 // the descriptors in the order of their class numbers, with the null id among them, and at last what starts and ends the module.
 // A further stored class adds its header and its line.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktruntimeclass.h>
 
 #include <oktdatabase/oktcrashhandler.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktsmartansistring.h>
 
 #include <oktdatabase/oktfiler.h>

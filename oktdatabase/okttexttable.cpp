@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/okttexttable.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/okttools.h>
 
 #include <oktdatabase/oktcrashhandler.h>
@@ -131,7 +132,13 @@ constexpr auto kPlacedDigits = [] {
         }
     return placed;
 }();
-static_assert(std::endian::native == std::endian::little); // the bytes of a word are those of a text in their order
+
+// The first bytes of a word, the lowest one first.
+template <int N> void storeBytes(unsigned char *out, std::uint64_t word)
+{
+    for (int i = 0; i < N; ++i)
+        out[i] = static_cast<unsigned char>(word >> (8 * i));
+}
 
 // As many as go in wide registers, then two at a time while there are eight bytes to look at.
 char *encodeGroups(unsigned char const *bytes, int groups, char *out)
@@ -175,14 +182,14 @@ int decodeGroups(char const *text, int groups, unsigned char *out)
         if (((first | second) & kNoGroup) != 0)
             break;
         std::uint64_t const both = first | static_cast<std::uint64_t>(second) << 24;
-        std::memcpy(out, &both, 6);
+        storeBytes<6>(out, both);
     }
     for (; done < groups; ++done, text += 4, out += 3)
     {
         std::uint32_t const group = decodedGroup(text);
         if ((group & kNoGroup) != 0)
             break;
-        std::memcpy(out, &group, 3);
+        storeBytes<3>(out, group);
     }
     return done;
 }

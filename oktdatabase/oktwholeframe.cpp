@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktwholeframe.h>
 
 #include <oktplatform/oktcodepage.h>
@@ -8,7 +9,7 @@
 
 OKTMemoryFiler *OKTFrameRoad::filerOf(OKTFiler &filer)
 {
-    if (typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
+    if (!kFramesInMemory || typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
         return nullptr;
     auto *const memory = static_cast<OKTMemoryFiler *>(&filer);
     // 8-bit texts and ids that are noted or translated one by one take the calls.

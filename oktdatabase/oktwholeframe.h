@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktdatabase/oktbytefiler.h>
@@ -27,6 +28,9 @@
 // tests/oktwholeframe_test.cpp holds both roads against each other.
 //
 // Not installed.
+
+/// Numbers and texts are copied from and to memory: only in one byte order are they there as they are stored.
+inline constexpr bool kFramesInMemory = std::endian::native == std::endian::little;
 
 /// A piece of a stream that is known at compile time.
 template <std::size_t N> using OKTBytes = std::array<BYTE, N>;
@@ -69,7 +73,7 @@ constexpr auto idFrame(std::uint32_t word)
 inline constexpr auto kIdFrame = idFrame(0);
 inline constexpr int kIdWords = 26; // where the first of the four stands
 inline constexpr int kIdWordStep = 5;
-static_assert(kIdFrame.size() == 48 && std::endian::native == std::endian::little);
+static_assert(kIdFrame.size() == 48);
 
 /// A stretch of a frame with values in it: its bytes while all values are 0, the bits that no value changes, and the offsets of the
 /// values' records in their order.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktwholeparameter.h>
 
 #include <oktdatabase/oktparametertypes.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktdatabase/oktfiler.h>
@@ -24,7 +25,7 @@ class OKT_API OKTXmlFiler : public OKTFiler
 {
 public:
     /// With no document open.
-    OKTXmlFiler(OKTDbPool *pool = nullptr);
+    OKTXmlFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     /// Both share document and nodes.
     OKTXmlFiler(OKTXmlFiler const &) = default;
     OKTXmlFiler &operator=(OKTXmlFiler const &) = default;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktvariant.h>
@@ -9,7 +10,7 @@
 
 namespace OktArray
 {
-/// The size of an element, 0 for a kind that no array holds.
+/// The size of an element in bytes, or 0 for a kind that no array holds.
 inline ULONG elementSize(VARTYPE type)
 {
     switch (type)

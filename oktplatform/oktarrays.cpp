@@ -1,10 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktarrays.h>
 
-#if defined(_WIN32)
-#include <oktplatform/win32/oktnativememory.h>
-#else
-#include <oktplatform/posix/oktnativememory.h>
-#endif
+#include OKT_NATIVE(oktnativememory.h)
 
 #include <algorithm>
 #include <atomic>
@@ -23,9 +20,9 @@ constexpr int kMaxSize = std::numeric_limits<int>::max();
 constexpr int kSmall = 64 * 1024;
 constexpr int kLarge = 256 * 1024;
 
-/// Keeps the last large block of an array that had grown for the next that grows. The first touch of a page that comes from the
-/// system costs more than all that a save writes into it, and the image of a template has a thousand pages. Those of a very large
-/// block are the system's for the taking meanwhile.
+/// Keeps the last large block that an array has freed for the next array that grows. The first access to a new page costs more than
+/// everything that a save writes into it, and the image of a template has a thousand pages. The system may take back the pages of a
+/// very large block meanwhile.
 class SpareBlock
 {
 public:
@@ -35,7 +32,7 @@ public:
         std::free(m_block.exchange(nullptr));
     }
 
-    /// A block of `size` bytes or an eighth more, with anything in it, or null. `size` becomes what it has.
+    /// A block of `size` bytes, or up to an eighth more, with undefined contents, or null. Sets `size` to the size of the block.
     void *take(int &size)
     {
         if (size < kLeast)
@@ -61,7 +58,8 @@ public:
         else
             std::free(m_block.exchange(new (memory) Block{size}));
     }
-    /// Frees it where there is no memory for that many bytes. False: there was none, or so few are not what is lacking.
+    /// Frees the kept block when an allocation of that many bytes has failed. False: there was none, or the allocation is too small to
+    /// gain from it.
     bool giveUpFor(int size)
     {
         Block *const block = size < kLeast ? nullptr : m_block.exchange(nullptr);
@@ -75,8 +73,8 @@ private:
         int size;
     };
 
-    static constexpr int kLeast = 128 << 10; // smaller blocks the heap keeps itself
-    static constexpr int kHeld = 16 << 20;   // what may be kept from the system
+    static constexpr int kLeast = 128 << 10; // the heap keeps smaller blocks itself
+    static constexpr int kHeld = 16 << 20;   // above this the system may take the pages back
 
     std::atomic<Block *> m_block = nullptr;
     std::atomic<bool> m_isEnded = false;
@@ -84,11 +82,11 @@ private:
 
 SpareBlock s_spare;
 
-/// Blocks of that many bytes and more had better lie in large pages: the first touch of the many
-/// small ones takes longer than everything else in a save or a load of that size.
+/// From this size on a block should have large pages: the first accesses to the small ones take longer than everything else in a save
+/// or a load.
 constexpr int kManyPages = 32 << 20;
 
-/// What the heap gave, or null.
+/// Asks for large pages under a large block. Passes null on.
 BYTE *withPages(void *memory, int size)
 {
     if (memory != nullptr && size >= kManyPages)
@@ -96,7 +94,7 @@ BYTE *withPages(void *memory, int size)
     return static_cast<BYTE *>(memory);
 }
 
-/// Memory of that size by `make`, or null. No spare is kept where a large array finds none.
+/// Memory of that size by `make`, or null. If it fails, the kept block is freed and `make` called again.
 template <typename F> BYTE *made(int size, F make)
 {
     void *memory = make(static_cast<std::size_t>(size));
@@ -105,7 +103,7 @@ template <typename F> BYTE *made(int size, F make)
     return withPages(memory, size);
 }
 
-/// `size` becomes what the block has, which may be more.
+/// Sets `size` to the size of the block, which may be larger.
 BYTE *allocate(int &size)
 {
     void *const spare = s_spare.take(size);
@@ -126,7 +124,7 @@ void release(void *memory, int size, bool isGrown)
 // The C allocator's realloc grows a large array by moving its pages, not its bytes.
 bool CByteArray::tryReallocate(int capacity) noexcept
 {
-    // An array that comes to hold much more.
+    // Grows to a multiple of its size: copying a few bytes is cheaper than realloc.
     bool const isNew = m_data == nullptr || m_size < capacity / 4;
     BYTE *const memory =
         isNew ? allocate(capacity) : made(capacity, [this](std::size_t size) { return std::realloc(m_data, size); });
@@ -198,7 +196,7 @@ void CByteArray::SetSize(int size, int growBy)
         throw std::length_error("CByteArray::SetSize");
     if (size > m_capacity && m_size == 0)
     {
-        // Fresh memory is zero already, so that its pages are not touched here.
+        // New memory is zero, so its pages need not be accessed here.
         BYTE *const memory = made(size, [](std::size_t count) { return std::calloc(count, 1); });
         if (memory == nullptr)
             throw std::bad_alloc();
@@ -230,7 +228,7 @@ void CByteArray::FreeExtra()
     if (m_size == 0)
         RemoveAll();
     else if (m_size < m_capacity)
-        tryReallocate(m_size); // or keeps what it has
+        tryReallocate(m_size); // a failure keeps the present block
 }
 
 void CByteArray::Reserve(int capacity) noexcept
@@ -372,7 +370,7 @@ void CStringArray::InsertAt(int index, CString const &text, int count)
     auto const place = static_cast<std::size_t>(index);
     if (place > m_texts.size())
     {
-        m_texts.reserve(place + static_cast<std::size_t>(count)); // so that nothing fails after the first change
+        m_texts.reserve(place + static_cast<std::size_t>(count)); // nothing can fail after the first change
         m_texts.resize(place);
     }
     m_texts.insert(m_texts.begin() + index, static_cast<std::size_t>(count), copy);

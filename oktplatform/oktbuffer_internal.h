@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktstring.h>
@@ -22,7 +23,7 @@ inline OktTextBuffer *allocateBuffer(std::size_t capacity)
     return ::new (memory) OktTextBuffer{1, 0, static_cast<int>(capacity)};
 }
 
-/// The end of a buffer that stands in a block of several.
+/// Frees a buffer that is a part of a block.
 void freeInBlock(OktTextBuffer *buffer);
 
 inline void freeBuffer(OktTextBuffer *buffer)
@@ -52,12 +53,12 @@ inline OktTextBuffer *makeBuffer(OktTextView units)
     return buffer;
 }
 
-/// True when nobody else can see the buffer, so that it may be written.
-inline bool isOwn(OktTextBuffer const *buffer) { return __atomic_load_n(&buffer->references, __ATOMIC_ACQUIRE) == 1; }
+/// True: no other text shares the buffer, so it may be written.
+inline bool isOwn(OktTextBuffer const *buffer) { return buffer->references.isOne(); }
 
 inline void releaseBuffer(OktTextBuffer *buffer)
 {
-    if (isOwn(buffer) || buffer->dropReference())
+    if (isOwn(buffer) || buffer->references.drop())
         freeBuffer(buffer);
 }
 
@@ -68,7 +69,7 @@ inline std::size_t grown(std::size_t needed, std::size_t length)
     return std::min(kMaxLength, std::max(needed, length + length / 2 + 8));
 }
 
-/// A text that takes over a buffer with a count of 1, or frees it when it is empty.
+/// A text that takes over a buffer with one reference. An empty buffer is freed.
 inline CString adopt(OktTextBuffer *buffer)
 {
     if (buffer->length != 0)
@@ -77,7 +78,7 @@ inline CString adopt(OktTextBuffer *buffer)
     return CString();
 }
 
-/// Storage for a buffer of N units in a frame of the stack.
+/// A buffer of N units on the stack.
 template <std::size_t N> class StackBuffer
 {
 public:
@@ -88,7 +89,7 @@ private:
     OktTextBuffer *m_buffer = ::new (static_cast<void *>(m_storage)) OktTextBuffer{1, 0, static_cast<int>(N)};
 };
 
-/// Text under construction: on the stack while it is short.
+/// Builds a text, on the stack while it is short.
 class TextBuilder
 {
 public:

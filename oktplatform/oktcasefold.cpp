@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/okttext_internal.h>
 
 #include <algorithm>
@@ -6,7 +7,7 @@
 
 namespace
 {
-/// Characters from `first` to `last`, each `step`-th of them, whose small letter lies `shift` further.
+/// The characters from `first` to `last` in steps of `step`. The small letter of each is `shift` further.
 struct CapitalRun
 {
     char32_t first;
@@ -15,8 +16,8 @@ struct CapitalRun
     std::int32_t shift;
 };
 
-// The simple lower-case mapping of Unicode 14.0 beyond ASCII, in ascending order. A table of our own, because which names
-// compare equal must not depend on the locale data of a machine.
+// The simple lower-case mapping of Unicode 14.0 beyond ASCII, in ascending order. The library has its own table,
+// because the locale data of a machine must not decide which names are equal.
 // clang-format off
 constexpr CapitalRun kRuns[] = {
     {0x00C0, 0x00D6, 1, 32}, {0x00D8, 0x00DE, 1, 32}, {0x0100, 0x012E, 2, 1}, {0x0130, 0x0130, 1, -199},

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktclientmodule.h>
 
 #include <oktplatform/oktsystem.h>

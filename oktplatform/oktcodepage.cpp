@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktcodepage.h>
 
 #include <oktplatform/oktsystem.h>
@@ -14,7 +15,7 @@ constexpr UINT kWindows1252 = 1252;
 
 struct ThreadPage
 {
-    UINT number = 0; // not asked yet
+    UINT number = 0; // 0: not known yet
     bool keepsAscii = true;
 };
 
@@ -25,7 +26,7 @@ constexpr WCHAR kHigh1252[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026,
                                  0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
                                  0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-/// A target of limited size, or none: counts all that is put, stores what fits.
+/// An output of limited size, or none. It counts all units and stores those that fit.
 template <typename U> class Sink
 {
 public:
@@ -37,7 +38,7 @@ public:
             m_target[m_count] = unit;
         ++m_count;
     }
-    /// Puts the ASCII characters that a text begins with, and gives the place behind them.
+    /// Puts the leading ASCII characters of a text, and returns the place behind them.
     template <typename From> From const *putAscii(From const *text, From const *end)
     {
         std::size_t const count = OktText::countAscii(text, static_cast<std::size_t>(end - text));
@@ -51,7 +52,7 @@ public:
     std::size_t room() const { return m_count < m_size ? m_size - m_count : 0; }
     void skip(std::size_t count) { m_count += count; }
 
-    /// The count; 0 when there is a target and it is too small, or when an int cannot tell the count.
+    /// The count, or 0 if it does not fit into the target or into an int.
     int result() const
     {
         bool const fits = m_target == nullptr || m_count <= m_size;
@@ -85,7 +86,7 @@ bool keepsAscii(UINT page)
     return true;
 }
 
-/// The byte of a character in windows-1252, -1 if it has none.
+/// The byte of a character in windows-1252, or -1.
 int byteIn1252(WCHAR unit)
 {
     if (unit < 0x80 || (unit >= 0xA0 && unit <= 0xFF))
@@ -124,7 +125,7 @@ void toUtf8(WCHAR const *place, WCHAR const *end, char substitute, bool &substit
 
 ThreadPage threadPage()
 {
-    ThreadPage known = t_page; // a copy, since finding the thread's own takes a call
+    ThreadPage known = t_page; // a copy, because each access to the thread's variable is a call
     if (known.number == 0)
     {
         UINT const page = OktSystem::initialCodePage();
@@ -134,7 +135,7 @@ ThreadPage threadPage()
     return known;
 }
 
-/// The thread's own page is known: where it cannot be opened, memory is lacking, and 0 would make an empty text of any.
+/// The thread's page is known. If it cannot be opened, memory is short, and the result 0 would turn each text into an empty one.
 int unknownPage(UINT page)
 {
     if (page == threadPage().number)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktfile.h>
 
 #include <oktplatform/oktsystem.h>
@@ -23,7 +24,7 @@ OktSystem::FileRequest requestOf(UINT flags)
         request.access = OktSystem::FileAccess::ReadWrite;
     request.create = (flags & CFile::modeCreate) != 0;
     request.truncate = request.create && (flags & CFile::modeNoTruncate) == 0;
-    // No sharing mode at all is the exclusive one.
+    // No sharing mode means the exclusive one.
     UINT const share = flags & kShareMask;
     request.sharesReading = share == CFile::shareDenyWrite || share == CFile::shareDenyNone;
     request.sharesWriting = share == CFile::shareDenyRead || share == CFile::shareDenyNone;

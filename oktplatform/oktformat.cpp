@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktstring.h>
 
 #include <oktplatform/oktbuffer_internal.h>
@@ -15,7 +16,7 @@ using OktText::TextBuilder;
 
 namespace
 {
-/// The length of a text that ends at a zero or after `most` units.
+/// The number of units before the closing zero, at most `most`.
 template <typename U> std::size_t boundedLength(U const *text, std::size_t most)
 {
     std::size_t length = 0;
@@ -108,7 +109,7 @@ void appendReal(TextBuilder &result, Conversion const &conversion, double value)
     char const *text = stack;
     int const length = std::snprintf(stack, sizeof stack, format, conversion.precision, value);
     if (length < 0)
-        throw std::bad_alloc(); // more digits than an int counts
+        throw std::bad_alloc(); // the length does not fit into an int
     if (static_cast<std::size_t>(length) >= sizeof stack)
     {
         heap.resize(static_cast<std::size_t>(length));
@@ -116,7 +117,7 @@ void appendReal(TextBuilder &result, Conversion const &conversion, double value)
         text = heap.data();
     }
 
-    // All is ASCII but for the point of the locale, which may take several bytes.
+    // Everything is ASCII except the decimal point of the locale, which may have several bytes.
     TextBuilder body;
     std::string_view rest(text, static_cast<std::size_t>(length));
     OktSystem::DecimalPoint const point = OktSystem::decimalPoint();
@@ -152,7 +153,7 @@ constexpr bool isConversion(WCHAR kind)
     return kind < 0x80 && std::string_view("diuxXocsSpeEfFgGaA").find(static_cast<char>(kind)) != std::string_view::npos;
 }
 
-/// Reads digits, up to the largest int.
+/// Reads a number, limited to the largest int.
 int readCount(OktTextView format, std::size_t &place)
 {
     std::int64_t count = 0;
@@ -218,7 +219,7 @@ void CString::formatList(CString const &format, std::initializer_list<OktFormatA
     };
     TextBuilder result;
 
-    // A width or precision: digits, or '*' and an argument. False: the argument is missing or no number.
+    // A width or precision: digits, or '*' and an argument. False: the argument is missing or not a number.
     auto const readNumber = [&](std::size_t &place, int &number) {
         if (place == view.size() || view[place] != '*')
         {
@@ -244,7 +245,7 @@ void CString::formatList(CString const &format, std::initializer_list<OktFormatA
         else if (conversion.kind == 'd' || conversion.kind == 'i')
             appendInteger(result, conversion, 0 - bits, true);
         else if (!conversion.wide && value.m_integer >= std::numeric_limits<std::int32_t>::min())
-            appendInteger(result, conversion, bits & 0xFFFFFFFFu, false); // the pattern of a plain int
+            appendInteger(result, conversion, bits & 0xFFFFFFFFu, false); // the bits of an int
         else
             appendInteger(result, conversion, bits, false);
     };
@@ -278,7 +279,7 @@ void CString::formatList(CString const &format, std::initializer_list<OktFormatA
         }
     };
 
-    // One conversion behind a '%'. False: it makes no sense with the arguments at hand.
+    // One conversion behind a '%'. False: it is unknown or does not fit the argument.
     auto const convert = [&](std::size_t &place) {
         Conversion conversion;
         readFlags(view, place, conversion);

@@ -1,9 +1,6 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Hints to the compiler and the processor: none changes what a program does. Not installed.
-
-#if defined(_WIN32)
-#include <oktplatform/win32/oktnativehints.h>
-#else
-#include <oktplatform/posix/oktnativehints.h>
-#endif
+#include <oktplatform/oktbackend.h>
+#include OKT_NATIVE(oktnativehints.h)

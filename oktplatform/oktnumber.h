@@ -1,11 +1,8 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktstring.h>
 
-// Numbers from text, as the runtime library of the platform reads them: leading white space, a sign, then the longest decimal
-// number; 0 when there is none. The point is that of the current numeric locale. No hexadecimal, no infinity, no NaN.
-#if defined(_WIN32)
-#include <oktplatform/win32/oktnativenumber.h>
-#else
-#include <oktplatform/posix/oktnativenumber.h>
-#endif
+// _wtof, _wtol and wcstoul read numbers from text: leading white space, a sign, then the longest decimal number; 0 if there is
+// none. The decimal point is that of the current numeric locale. Hexadecimal numbers, infinities and NaN are not read.
+#include OKT_NATIVE(oktnativenumber.h)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Everything that the library asks of the platform, under the platform's own names.

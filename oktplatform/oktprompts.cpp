@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktwarning.h>
 
 #include <oktplatform/oktsystem.h>
 
 namespace
 {
-/// From the string table, where the system has such tables; else a wrapped literal, so that a prompt costs no memory. Empty for an
-/// id that is not held.
+/// The text from the string table, where the system has one, else a wrapped literal, which needs no memory. Empty for an unknown
+/// id.
 CString catalogueText(unsigned int id)
 {
     OktSystem::Unit const *stored = nullptr;

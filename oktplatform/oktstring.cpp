@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktstring.h>
 
 #include <oktplatform/oktbuffer_internal.h>
@@ -30,17 +31,25 @@ std::size_t unitsOfWide(wchar_t const *text, std::size_t length)
     return count;
 }
 
-OktTextBuffer *bufferOfWide(wchar_t const *text, std::size_t length)
+OktTextBuffer *bufferOf(wchar_t const *text, std::size_t length)
 {
     OktTextBuffer *const buffer = allocateBuffer(unitsOfWide(text, length));
     WCHAR *place = buffer->units();
     for (std::size_t i = 0; i < length; ++i)
     {
-        // A character beyond U+FFFF takes two units; its room was counted.
+        // A character beyond U+FFFF takes two units, which were counted.
         char32_t const character = OktText::fromWide(text[i]);
         place += OktText::putCharacter(character, place);
     }
     setLength(buffer, static_cast<std::size_t>(place - buffer->units()));
+    return buffer;
+}
+
+OktTextBuffer *bufferOf(char16_t const *text, std::size_t length)
+{
+    OktTextBuffer *const buffer = allocateBuffer(length);
+    std::copy_n(text, length, buffer->units());
+    setLength(buffer, length);
     return buffer;
 }
 
@@ -53,7 +62,7 @@ template <typename U> std::size_t terminatedLength(U const *text)
 
 constexpr WCHAR foldAscii(WCHAR unit) { return unit >= 'A' && unit <= 'Z' ? static_cast<WCHAR>(unit + ('a' - 'A')) : unit; }
 
-/// Walks over the units of the folded form of a text.
+/// Reads the units of the folded form of a text.
 class FoldedUnits
 {
 public:
@@ -83,7 +92,7 @@ private:
 
 } // namespace
 
-// --- Life and death ----------------------------------------------------------------------------------------------------------
+// --- Construction and assignment ----------------------------------------------------------------------------------------------------------
 
 CString::CString(WCHAR const *units, int length)
 {
@@ -99,17 +108,15 @@ CString::CString(OktTextView units)
         m_word.store(reinterpret_cast<std::uintptr_t>(makeBuffer(units)), std::memory_order_relaxed);
 }
 
-#if !defined(_WIN32)
-CString::CString(wchar_t const *text, int length)
+CString::CString(OktOtherWide const *text, int length)
 {
     if (text == nullptr || length < 1)
         return;
-    m_word.store(reinterpret_cast<std::uintptr_t>(bufferOfWide(text, static_cast<std::size_t>(length))),
-                 std::memory_order_relaxed);
+    auto const count = static_cast<std::size_t>(length);
+    m_word.store(reinterpret_cast<std::uintptr_t>(bufferOf(text, count)), std::memory_order_relaxed);
 }
-#endif
 
-CString CString::of(wchar_t character) { return CString(bufferOfWide(&character, 1)); }
+CString CString::of(wchar_t character) { return CString(bufferOf(&character, 1)); }
 
 CString CString::of(char16_t character)
 {
@@ -128,17 +135,14 @@ void CString::assignUnits(char16_t const *text)
     std::size_t const length = terminatedLength(text);
     if (length == 0)
         return;
-    OktTextBuffer *const made = allocateBuffer(length);
-    std::copy_n(text, length, made->units());
-    setLength(made, length);
-    m_word.store(reinterpret_cast<std::uintptr_t>(made), std::memory_order_relaxed);
+    m_word.store(reinterpret_cast<std::uintptr_t>(bufferOf(text, length)), std::memory_order_relaxed);
 }
 
 void CString::assignWide(wchar_t const *text)
 {
     std::size_t const length = terminatedLength(text);
     if (length > 0)
-        m_word.store(reinterpret_cast<std::uintptr_t>(bufferOfWide(text, length)), std::memory_order_relaxed);
+        m_word.store(reinterpret_cast<std::uintptr_t>(bufferOf(text, length)), std::memory_order_relaxed);
 }
 
 void CString::assignNarrow(char const *text)
@@ -168,7 +172,7 @@ void CString::assignNarrow(char const *text)
 
 void CString::release() { releaseBuffer(buffer()); }
 
-// Two threads may look at one wrapped literal for the first time: one of the two conversions stays, the other is freed.
+// Two threads may convert the same wrapped literal at once. One result is kept, the other is freed.
 OktTextView CString::wrappedView() const
 {
     std::uintptr_t current = word();
@@ -181,7 +185,7 @@ OktTextView CString::wrappedView() const
     {
         auto const *const wide = reinterpret_cast<wchar_t const *>(current & ~kWide);
         std::size_t const length = terminatedLength(wide);
-        OktTextBuffer *const made = length == 0 ? nullptr : bufferOfWide(wide, length);
+        OktTextBuffer *const made = length == 0 ? nullptr : bufferOf(wide, length);
         if (!m_word.compare_exchange_strong(current, reinterpret_cast<std::uintptr_t>(made), std::memory_order_acq_rel) &&
             made != nullptr)
             freeBuffer(made);
@@ -202,7 +206,7 @@ void CString::Truncate(int length)
         *this = CString(View().substr(0, kept));
 }
 
-// Room for `length` units, at least 1, that nobody else sees. What they hold is not told.
+// Sets the length, which must be at least 1, in a buffer that is not shared. The contents are undefined.
 WCHAR *CString::ownUnits(int length)
 {
     auto const wanted = static_cast<std::size_t>(length);
@@ -348,7 +352,7 @@ auto isOneOf(OktTextView set)
     return [set](WCHAR unit) { return set.find(unit) != OktTextView::npos; };
 }
 
-/// Cuts a buffer in place; null or somebody else's: false.
+/// Cuts a buffer in place. False: it is null or shared.
 bool cutInPlace(OktTextBuffer *buffer, std::size_t front, std::size_t back)
 {
     if (buffer == nullptr || !isOwn(buffer))
@@ -409,7 +413,7 @@ CString &CString::TrimRight(CString const &set)
     return *this;
 }
 
-// The new text is complete before the old one goes: both arguments may be this text.
+// The new text is complete before the old one is freed: both arguments may be this text.
 int CString::Replace(CString const &from, CString const &to)
 {
     OktTextView const view = View();
@@ -509,7 +513,7 @@ bool CString::isSame(CString const &other) const
         return View() == other.View();
     if (literal == text.Literal())
         return true;
-    // A literal need not be measured to differ: most texts that are compared do so after a few units.
+    // The literal is not measured: most texts differ after a few units.
     for (WCHAR const unit : text.View())
     {
         if (unit == 0 || unit != *literal)

@@ -1,13 +1,11 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktexport.h>
 #include <oktplatform/okttypes.h>
 
-#if defined(_WIN32)
-#include <oktplatform/win32/oktimage.h>
-#else
-#include <oktplatform/posix/oktimage.h>
-#endif
+#include OKT_NATIVE(oktnativecount.h)
+#include OKT_NATIVE(oktnativeimage.h)
 
 #include <atomic>
 #include <compare>
@@ -19,41 +17,41 @@
 #include <string_view>
 #include <type_traits>
 
-#include <ext/atomicity.h>
-
 class CString;
 
-/// A character type that is not the unit of texts.
+/// A character type other than the unit of texts.
 template <typename C>
 concept OktOtherCharacter = (std::same_as<C, char> || std::same_as<C, char16_t> ||
                              std::same_as<C, wchar_t>)&&!std::same_as<C, WCHAR>;
 
-/// A run of UTF-16 code units that somebody else owns.
+/// Of wchar_t and char16_t the one that is not the unit of texts.
+using OktOtherWide = std::conditional_t<std::same_as<WCHAR, wchar_t>, char16_t, wchar_t>;
+
+/// A run of UTF-16 code units. It owns nothing.
 using OktTextView = std::basic_string_view<WCHAR>;
 
-/// The head of a text buffer; the units and a closing zero unit follow it in memory.
+/// The head of a text buffer. The units and a closing zero unit follow it in memory.
 struct OktTextBuffer
 {
-    _Atomic_word references; ///< while the process has one thread, counting needs no locked instructions
-    int length;              ///< in units, without the closing zero
-    int capacity;            ///< in units, without the closing zero; below 0 the way back to the head of its block, in bytes
+    OktHolderCount references;
+    int length;   ///< in units, without the closing zero
+    int capacity; ///< in units, without the closing zero; a negative value is the offset of its block's head, in bytes
 
+    /// The units.
     WCHAR *units() { return reinterpret_cast<WCHAR *>(this + 1); }
-    void addReference() { __gnu_cxx::__atomic_add_dispatch(&references, 1); }
-    /// True: that was the last one.
-    bool dropReference() { return __gnu_cxx::__exchange_and_add_dispatch(&references, -1) == 1; }
 };
 
-/// One argument of CString::Format: a number, a character or a text. Made by implicit conversion, used at once.
+/// One argument of CString::Format. It is made by implicit conversion and must be used within the same expression.
 class OktFormatArgument
 {
 public:
+    // A number, an enumerator, a pointer or a text.
     template <std::integral T> OktFormatArgument(T value) // NOLINT(google-explicit-constructor)
         : m_kind(std::is_signed_v<T> ? Kind::Signed : Kind::Unsigned), m_integer(static_cast<std::int64_t>(value))
     {
     }
     template <typename T>
-        requires std::is_enum_v<T> OktFormatArgument(T value)
+        requires std::is_enum_v<T> OktFormatArgument(T value)                  // NOLINT(google-explicit-constructor)
             : OktFormatArgument(static_cast<std::underlying_type_t<T>>(value)) // NOLINT
         {
         }
@@ -85,21 +83,24 @@ public:
         };
 };
 
-/// A text of UTF-16 code units, lone surrogates and zero units included. Lengths, indexes, comparisons and order count units.
+/// A text of UTF-16 code units. Lone surrogates and zero units are allowed. Lengths, indexes, comparisons and order count units.
 ///
-/// One pointer wide. A copy shares the buffer and allocates nothing; the first change of a shared text makes a buffer of its
-/// own. A literal is wrapped: neither copied nor measured nor converted until somebody looks at it, so that a member can be
-/// named in every call at no cost. Memory that cannot be had throws std::bad_alloc and leaves the text as it was.
+/// A text has the size of a pointer. A copy shares the buffer and allocates nothing; the first change of a shared text allocates a
+/// buffer of its own. A literal is wrapped: it is not copied, and it is measured and converted only when it is read, so passing the
+/// name of a member costs nothing. A back end that cannot recognise literals copies them. A failed allocation throws std::bad_alloc
+/// and leaves the text unchanged.
 class OKT_API CString
 {
     template <typename P, typename C> static constexpr bool isPointerTo = std::same_as<P, C const *> || std::same_as<P, C *>;
 
 public:
+    /// The empty text.
     constexpr CString() noexcept = default;
+    /// Copies share the buffer. Moves leave the source empty.
     CString(CString const &other) noexcept : m_word(other.word())
     {
         if (isBuffer())
-            buffer()->addReference();
+            buffer()->references.add();
     }
     CString(CString &&other) noexcept : m_word(other.word()) { other.m_word.store(0, std::memory_order_relaxed); }
     ~CString()
@@ -120,22 +121,22 @@ public:
         return *this;
     }
 
-    /// A zero-terminated text, copied. Null gives the empty text. A wchar_t of 32 bits above U+FFFF becomes a surrogate pair.
-    /// The 8-bit form is converted from the code page of the thread.
+    /// Copies a zero-terminated text. Null gives the empty text. A wchar_t above U+FFFF becomes a surrogate pair. 8-bit text is
+    /// converted from the code page of the thread.
     template <typename P> CString(P const &text) requires isPointerTo<P, char16_t> { assignUnits(text); } // NOLINT
     template <typename P> CString(P const &text) requires isPointerTo<P, wchar_t> { assignWide(text); }   // NOLINT
     CString(char const *text) { assignNarrow(text); } // NOLINT(google-explicit-constructor)
     CString(std::nullptr_t) {}                        // NOLINT(google-explicit-constructor)
 
-    /// A literal, wrapped, and so is every constant array of the calling program or library. Any other array is copied.
-    template <std::size_t N> __attribute__((always_inline)) CString(char16_t const (&text)[N]) // NOLINT
+    /// Wraps a literal, or another constant array of the calling program or library. All other arrays are copied.
+    template <std::size_t N> OKT_INLINE CString(char16_t const (&text)[N]) // NOLINT
     {
         if (OktIsImageConstant(text))
             m_word.store(reinterpret_cast<std::uintptr_t>(text) | kUnits, std::memory_order_relaxed);
         else
             assignUnits(text);
     }
-    template <std::size_t N> __attribute__((always_inline)) CString(wchar_t const (&text)[N]) // NOLINT
+    template <std::size_t N> OKT_INLINE CString(wchar_t const (&text)[N]) // NOLINT
     {
         if (OktIsImageConstant(text))
             m_word.store(reinterpret_cast<std::uintptr_t>(text) | (sizeof(wchar_t) == 2 ? kUnits : kWide),
@@ -143,21 +144,18 @@ public:
         else
             assignWide(text);
     }
+    // Arrays that are not constant are copied.
     template <std::size_t N> CString(char16_t (&text)[N]) { assignUnits(text); } // NOLINT
     template <std::size_t N> CString(wchar_t (&text)[N]) { assignWide(text); }   // NOLINT
 
-    /// The first `length` units at `units`, zero units included. A length below 1 gives the empty text.
+    /// Copies `length` units, which may be zero units. A length below 1 gives the empty text.
     CString(WCHAR const *units, int length);
-#if defined(_WIN32)
-    CString(char16_t const *units, int length) : CString(reinterpret_cast<WCHAR const *>(units), length) {}
-#else
-    CString(wchar_t const *text, int length);
-#endif
+    CString(OktOtherWide const *text, int length);
     explicit CString(OktTextView units);
-    /// Takes over one reference to a buffer. Null gives the empty text.
+    /// Takes over one reference of a buffer. Null gives the empty text.
     explicit CString(OktTextBuffer *owned) noexcept : m_word(reinterpret_cast<std::uintptr_t>(owned)) {}
 
-    /// A zero-terminated text that outlives every copy of this one: it is wrapped, whatever memory it lies in.
+    /// Wraps a zero-terminated text. It must stay in memory as long as any copy of the result.
     static CString OfConstant(char16_t const *text) noexcept
     {
         CString wrapped;
@@ -165,29 +163,31 @@ public:
         return wrapped;
     }
 
-    /// Malformed UTF-8 becomes U+FFFD, one for each maximal ill-formed subpart; a lone surrogate leaves as U+FFFD.
+    /// Conversion from and to UTF-8. Each maximal ill-formed subpart of UTF-8, and each lone surrogate, becomes U+FFFD.
     static CString FromUtf8(std::string_view text);
     std::string ToUtf8() const;
 
+    /// The length in units.
     int GetLength() const { return static_cast<int>(View().size()); }
     bool IsEmpty() const { return View().empty(); }
+    /// Makes the text empty.
     void Empty();
-    /// Cuts the text to its first `length` units and keeps the memory of a buffer that is not shared.
+    /// Cuts the text to its first `length` units. A buffer that is not shared keeps its memory.
     void Truncate(int length);
 
-    /// An index below 0, or beyond the length, throws std::out_of_range; the length itself gives the closing zero.
+    /// One unit. The length as index reads the closing zero. An index below 0 or beyond that throws std::out_of_range.
     WCHAR GetAt(int index) const;
     WCHAR operator[](int index) const { return GetAt(index); }
     void SetAt(int index, WCHAR unit);
 
-    /// The literal of 16-bit units that the text wraps, or null: two texts that wrap one literal are one text.
+    /// The literal of 16-bit units that the text wraps, or null. Texts that wrap the same literal are equal.
     WCHAR const *Literal() const
     {
         std::uintptr_t const w = word();
         return (w & kUnits) != 0 ? reinterpret_cast<WCHAR const *>(w & ~kUnits) : nullptr;
     }
 
-    /// The units; good until the text changes or goes. GetString is zero-terminated.
+    /// The units. They are valid until the text changes or is destroyed. GetString is zero-terminated.
     WCHAR const *GetString() const;
     OktTextView View() const
     {
@@ -202,8 +202,7 @@ public:
         return wrappedView();
     }
 
-    /// Makes the text `length` units long and lets `fill(units, length)` set all of them. A length below 1 gives the empty
-    /// text.
+    /// Sets the length and calls `fill(units, length)`, which must set all units. A length below 1 gives the empty text.
     template <typename F> void SetUnits(int length, F fill)
     {
         if (length > 0)
@@ -212,19 +211,19 @@ public:
             Truncate(0);
     }
 
-    /// Negative counts and indexes count as 0, too large ones as the end.
+    /// Parts of the text. A negative count or index is taken as 0, a too large one as the end.
     CString Left(int count) const;
     CString Right(int count) const;
     CString Mid(int first) const;
     CString Mid(int first, int count) const;
 
-    /// The index of the first (last) place from `start` on, or -1. A start below 0 or beyond the end finds nothing.
+    /// The index of the first place from `start` on, or of the last place, or -1. A start below 0 or beyond the end finds nothing.
     int Find(CString const &part, int start = 0) const;
     int Find(WCHAR unit, int start = 0) const;
     int ReverseFind(WCHAR unit) const;
     int ReverseFind(CString const &part) const;
 
-    /// Takes away white space, one unit, or every unit of a set, at one end; gives the text itself.
+    /// Removes white space, one unit, or all units of a set, from one end. Returns this text.
     CString &TrimLeft();
     CString &TrimLeft(WCHAR unit);
     CString &TrimLeft(CString const &set);
@@ -232,31 +231,33 @@ public:
     CString &TrimRight(WCHAR unit);
     CString &TrimRight(CString const &set);
 
-    /// The number of places replaced. An empty `from` replaces nothing.
+    /// Replaces all places and returns their number. An empty `from` replaces nothing.
     int Replace(CString const &from, CString const &to);
     int Replace(WCHAR from, WCHAR to);
 
-    /// Below, at or above 0. NoCase folds ASCII and, beyond it, by the simple case mapping of the characters.
+    /// Returns -1, 0 or 1. CompareNoCase folds ASCII, and other characters by their simple case mapping.
     int Compare(CString const &other) const;
     int CompareNoCase(CString const &other) const;
 
-    /// printf's conversions d i u x X o c s S p e E f F g G a A and %, flags, width, precision and '*'. Texts of every kind fit
-    /// both s and S; numbers follow the numeric locale, decimals are rounded exactly, half to even.
+    /// Formats with printf's conversions d i u x X o c s S p e E f F g G a A and %, flags, width, precision and '*'. Both s and S take
+    /// texts of every kind. Numbers follow the numeric locale. Decimals are rounded exactly, half to even.
     template <typename... A> void Format(CString const &format, A const &...arguments)
     {
         formatList(format, {OktFormatArgument(arguments)...});
     }
 
-    /// The same text in a buffer: what a literal wraps is copied, a buffer is shared. For a text that is to outlive the module
-    /// in which its literal stands.
+    /// The same text in a buffer: a wrapped literal is copied, a buffer is shared. Needed for a text that outlives the module of its
+    /// literal.
     CString Owned() const { return isBuffer() ? *this : CString(View()); }
 
-    /// A new system string with this text, owned by the caller (SysFreeString). Zero units are kept.
+    /// Allocates a system string with this text, zero units included. The caller frees it by SysFreeString.
     OLECHAR *AllocSysString() const;
 
+    /// Appends a text or a unit.
     CString &operator+=(CString const &text);
     CString &operator+=(WCHAR unit);
-    // The same with a character of another width, as in Find(L'x') and Find('x').
+
+    // The same operations with a character of another type, as in Find(L'x') and Find('x').
     template <OktOtherCharacter C> int Find(C character, int start = 0) const { return Find(of(character), start); }
     template <OktOtherCharacter C> int ReverseFind(C character) const { return ReverseFind(of(character)); }
     template <OktOtherCharacter C> CString &TrimLeft(C character) { return TrimLeft(of(character)); }
@@ -272,10 +273,12 @@ public:
     template <OktOtherCharacter C> friend CString operator+(CString const &left, C right) { return joined(left, of(right)); }
     template <OktOtherCharacter C> friend CString operator+(C left, CString const &right) { return joined(of(left), right); }
 
+    // Two parts joined in a new text.
     friend CString operator+(CString const &left, WCHAR right) { return joined(left, CString(&right, 1)); }
     friend CString operator+(WCHAR left, CString const &right) { return joined(CString(&left, 1), right); }
     friend CString operator+(CString const &left, CString const &right) { return joined(left, right); }
 
+    // Comparison by units. A null pointer is an empty text.
     friend bool operator==(CString const &left, CString const &right) { return left.isSame(right); }
     friend bool operator==(CString const &left, wchar_t const *right) { return left.compareWide(right) == 0; }
     friend bool operator==(CString const &left, char16_t const *right) { return left.compareUnits(right) == 0; }
@@ -287,8 +290,8 @@ public:
     }
 
 private:
-    // What the word holds is told by its low bits: a buffer (0 is the empty text), a literal of 16-bit units, a literal of
-    // 32-bit wchar_t. Units lie on even addresses, wide characters on multiples of 4.
+    // The low bits of the word tell what it holds: a buffer (0 is the empty text), a literal of 16-bit units, or a literal of 32-bit
+    // wchar_t. The addresses of units are even, those of wide characters multiples of 4.
     static constexpr std::uintptr_t kUnits = 1;
     static constexpr std::uintptr_t kWide = 2;
     static constexpr std::uintptr_t kTagMask = 3;

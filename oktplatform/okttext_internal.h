@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/okttypes.h>
@@ -22,7 +23,7 @@ constexpr bool isSurrogate(char32_t character) { return character >= 0xD800 && c
 /// The simple lower-case mapping of one character, the same in every locale.
 char32_t foldCase(char32_t character);
 
-/// White space of the runtime library's classification, the same in every locale.
+/// White space as the runtime library classifies it, the same in every locale.
 constexpr bool isSpace(WCHAR unit)
 {
     return (unit >= 0x09 && unit <= 0x0D) || unit == 0x20 || unit == 0x85 || unit == 0xA0 || unit == 0x1680 ||
@@ -30,10 +31,10 @@ constexpr bool isSpace(WCHAR unit)
            unit == 0x3000;
 }
 
-/// The number of ASCII units, or bytes, that a text begins with.
+/// The number of leading ASCII units or bytes.
 template <typename U> std::size_t countAscii(U const *text, std::size_t length)
 {
-    // Eight bytes at a time: each unit may have its low seven bits only.
+    // Eight bytes at a time, in either byte order: no unit may have bits above its low seven.
     constexpr std::size_t kStep = sizeof(std::uint64_t) / sizeof(U);
     constexpr std::uint64_t kOthers = sizeof(U) == 1 ? 0x8080808080808080u : 0xFF80FF80FF80FF80u;
     static_assert(sizeof(U) <= 2);
@@ -51,7 +52,7 @@ template <typename U> std::size_t countAscii(U const *text, std::size_t length)
     return count;
 }
 
-/// The character at `place`, which moves behind it; a lone surrogate stands for itself.
+/// Reads the character at `place` and moves `place` behind it. A lone surrogate is returned as it is.
 inline char32_t nextCharacter(WCHAR const *&place, WCHAR const *end)
 {
     char32_t const first = *place++;
@@ -60,7 +61,7 @@ inline char32_t nextCharacter(WCHAR const *&place, WCHAR const *end)
     return 0x10000 + ((first - 0xD800) << 10) + (static_cast<char32_t>(*place++) - 0xDC00);
 }
 
-/// Puts one or two units behind `target`, which needs room for two, and gives their number.
+/// Writes one or two units to `target`, which needs room for two, and returns their number.
 inline int putCharacter(char32_t character, WCHAR *target)
 {
     if (character < 0x10000)
@@ -73,14 +74,14 @@ inline int putCharacter(char32_t character, WCHAR *target)
     return 2;
 }
 
-/// The character of a wide character of any width; what is beyond Unicode becomes U+FFFD.
+/// The character of a wide character of any width. A value beyond Unicode becomes U+FFFD.
 constexpr char32_t fromWide(wchar_t wide)
 {
     auto const character = static_cast<char32_t>(wide);
     return character > 0x10FFFF ? kReplacement : character;
 }
 
-/// The UTF-8 of a character, which must not be a surrogate: 1 to 4 bytes.
+/// Writes a character, which must not be a surrogate, as 1 to 4 bytes of UTF-8 and returns their number.
 inline int putUtf8(char32_t character, char *target)
 {
     if (character < 0x80)
@@ -109,7 +110,7 @@ inline int putUtf8(char32_t character, char *target)
     return 4;
 }
 
-/// The next character of UTF-8 text. What is malformed gives U+FFFD, once for each maximal part that could begin a character.
+/// Reads the next character of UTF-8 text. Malformed text gives U+FFFD, once for each maximal ill-formed subpart.
 inline char32_t nextUtf8(char const *&place, char const *end)
 {
     auto const first = static_cast<unsigned char>(*place++);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/okttextblocks.h>
 
 #include <oktplatform/oktbuffer_internal.h>
@@ -5,15 +6,15 @@
 #include <cstring>
 #include <new>
 
-/// The head of a block. Its users are the texts in it, and whoever still adds to them.
+/// The head of a block. Its users are the texts in it and the OktTextBlocks that still adds texts.
 struct OktText::TextBlock
 {
-    _Atomic_word users;
+    OktHolderCount users;
 
-    void addUser() { __gnu_cxx::__atomic_add_dispatch(&users, 1); }
+    void addUser() { users.add(); }
     void dropUser()
     {
-        if (__gnu_cxx::__exchange_and_add_dispatch(&users, -1) == 1)
+        if (users.drop())
             ::operator delete(this);
     }
 };
@@ -22,7 +23,7 @@ using namespace OktText;
 
 namespace
 {
-constexpr int kBlock = 4080;  // bytes; one text that is left keeps so many
+constexpr int kBlock = 4080;  // bytes; a single remaining text keeps all of them
 constexpr int kLongest = 256; // units of a text in a block
 } // namespace
 

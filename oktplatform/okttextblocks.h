@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktstring.h>
@@ -9,9 +10,8 @@ namespace OktText
 struct TextBlock;
 }
 
-/// Makes many texts at once whose buffers stand one behind the other in blocks of memory, so that a text takes no call of the
-/// heap. A block goes with the last of its texts, whoever has it by then. A text that grows, or is set anew, leaves its block.
-/// One thread at a time.
+/// Makes many texts whose buffers share blocks of memory, so that most texts need no allocation of their own. A block is freed with
+/// the last text in it. A text that grows, or is assigned, leaves its block. For one thread at a time.
 class OktTextBlocks
 {
 public:
@@ -20,12 +20,12 @@ public:
     OktTextBlocks &operator=(OktTextBlocks const &) = delete;
     ~OktTextBlocks() { leaveBlock(); }
 
-    /// `count` units, at least 1, of any alignment. A long text gets memory of its own. Throws std::bad_alloc.
+    /// Copies `count` units, at least 1, from a place of any alignment. A long text gets a buffer of its own. Throws std::bad_alloc.
     CString make(unsigned char const *units, int count);
 
 private:
     void leaveBlock();
 
     OktText::TextBlock *m_block = nullptr;
-    int m_place = 0; // where the next buffer stands in it, in bytes
+    int m_place = 0; // the offset of the next buffer in it, in bytes
 };

@@ -1,9 +1,8 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
-// The platform's plain types under their published names and widths. All text is made of UTF-16 code units: WCHAR is
-// 16 bits wide on every system.
-#if defined(_WIN32)
-#include <oktplatform/win32/oktnativetypes.h>
-#else
-#include <oktplatform/posix/oktnativetypes.h>
-#endif
+#include <oktplatform/oktbackend.h>
+
+// The platform's plain types under their published names and widths. Text is made of UTF-16 code units: WCHAR has 16 bits on every
+// system.
+#include OKT_NATIVE(oktnativetypes.h)

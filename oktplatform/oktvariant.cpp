@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktvariant.h>
 
 #include <oktplatform/oktarray_internal.h>
@@ -14,7 +15,7 @@ void check(HRESULT result)
         throw COleException(result);
 }
 
-/// Copies elements that lie at `source` as an array's data would.
+/// Copies elements from `source`, which has the layout of an array's data.
 HRESULT copyIn(SAFEARRAY *array, VARTYPE type, DWORD elements, void const *source, LONG lowerBound)
 {
     bool const isText = type == VT_BSTR;

@@ -1,37 +1,32 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktwidegroups.h>
 
-#if defined(__x86_64__)
+#include <oktplatform/oktbackend.h>
 
-#include <tmmintrin.h>
+#include OKT_NATIVE(oktnativeprocessor.h)
+
+#if defined(OKT_SSSE3)
 
 #include <cstring>
 
 // After Muła and Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions", ACM Transactions on the Web 12 (2018),
 // in registers of 16 bytes.
 
-#define OKT_WIDE __attribute__((target("ssse3")))
-
 namespace
 {
-constexpr int kGroups = 4;       // in a register of characters
-constexpr int kGroupsToLoad = 6; // that must be left, since a register of bytes is loaded whole
+constexpr int kGroups = 4;       // in one register of characters
+constexpr int kGroupsToLoad = 6; // needed to load a whole register of bytes
 
-bool canGoWide()
+bool const s_isWide = OktHasSsse3();
+
+OKT_SSSE3 __m128i encoded(__m128i bytes)
 {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("ssse3");
-}
-
-bool const s_isWide = canGoWide();
-
-OKT_WIDE __m128i encoded(__m128i bytes)
-{
-    // Each group of three bytes a b c as the four b a c b, so that each digit lies within 16 bits.
+    // Each group of three bytes a b c becomes the four bytes b a c b: each digit then lies within 16 bits.
     __m128i const spread = _mm_shuffle_epi8(bytes, _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
     __m128i const even = _mm_mulhi_epu16(_mm_and_si128(spread, _mm_set1_epi32(0x0FC0FC00)), _mm_set1_epi32(0x04000040));
     __m128i const odd = _mm_mullo_epi16(_mm_and_si128(spread, _mm_set1_epi32(0x003F03F0)), _mm_set1_epi32(0x01000010));
     __m128i const digits = _mm_or_si128(even, odd);
-    // What is added to a digit is told by its range: 13 for capitals, 0 for small letters, 1 to 10 for the ten figures, 11, 12.
+    // The range of a digit selects what is added to it: 13 capitals, 0 small letters, 1 to 10 the ten figures, 11 and 12 the rest.
     __m128i const isCapital = _mm_cmpgt_epi8(_mm_set1_epi8(26), digits);
     __m128i const range = _mm_or_si128(_mm_subs_epu8(digits, _mm_set1_epi8(51)), _mm_and_si128(isCapital, _mm_set1_epi8(13)));
     __m128i const added = _mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
@@ -39,13 +34,13 @@ OKT_WIDE __m128i encoded(__m128i bytes)
     return _mm_add_epi8(digits, _mm_shuffle_epi8(added, range));
 }
 
-/// False when not all of the characters are digits.
-OKT_WIDE bool decode(__m128i characters, __m128i &bytes)
+/// False: a character is not a digit.
+OKT_SSSE3 bool decode(__m128i characters, __m128i &bytes)
 {
     __m128i const lowBits = _mm_set1_epi8(0x0F);
     __m128i const high = _mm_and_si128(_mm_srli_epi32(characters, 4), lowBits);
     __m128i const low = _mm_and_si128(characters, lowBits);
-    // A bit for each kind of row of the character table, and for each column the kinds in which it is no digit.
+    // One bit for each kind of row of the character table, and for each column the kinds of rows where it is not a digit.
     __m128i const kinds =
         _mm_setr_epi8(0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10);
     __m128i const wrong =
@@ -53,7 +48,7 @@ OKT_WIDE bool decode(__m128i characters, __m128i &bytes)
     __m128i const bad = _mm_and_si128(_mm_shuffle_epi8(kinds, high), _mm_shuffle_epi8(wrong, low));
     if (_mm_movemask_epi8(_mm_cmpeq_epi8(bad, _mm_setzero_si128())) != 0xFFFF)
         return false;
-    // What leads from a character to its digit is told by the row; '/' alone differs from the rest of its row.
+    // The row of a character selects what is added to get its digit. Only '/' differs from the rest of its row.
     __m128i const isSlash = _mm_cmpeq_epi8(characters, _mm_set1_epi8('/'));
     __m128i const added =
         _mm_setr_epi8(0, 63 - '/', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0, 0, 0, 0, 0, 0, 0);
@@ -64,7 +59,7 @@ OKT_WIDE bool decode(__m128i characters, __m128i &bytes)
     return true;
 }
 
-OKT_WIDE int encodeAll(unsigned char const *bytes, int groups, char *out)
+OKT_SSSE3 int encodeAll(unsigned char const *bytes, int groups, char *out)
 {
     int done = 0;
     for (; groups - done >= kGroupsToLoad; done += kGroups)
@@ -75,7 +70,7 @@ OKT_WIDE int encodeAll(unsigned char const *bytes, int groups, char *out)
     return done;
 }
 
-OKT_WIDE int decodeAll(char const *text, int groups, unsigned char *out)
+OKT_SSSE3 int decodeAll(char const *text, int groups, unsigned char *out)
 {
     int done = 0;
     for (; groups - done >= kGroups; done += kGroups)
@@ -83,7 +78,7 @@ OKT_WIDE int decodeAll(char const *text, int groups, unsigned char *out)
         __m128i bytes;
         if (!decode(_mm_loadu_si128(reinterpret_cast<__m128i const *>(text + 4 * done)), bytes))
             break;
-        // Twelve bytes and no more: nothing behind those decoded is touched.
+        // Exactly twelve bytes: nothing behind them may be written.
         int const last = _mm_cvtsi128_si32(_mm_srli_si128(bytes, 8));
         _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 3 * done), bytes);
         std::memcpy(out + 3 * done + 8, &last, sizeof last);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktwinapp.h>
 
 #include <new>
@@ -142,12 +143,12 @@ bool OktAttachModule(AFX_EXTENSION_MODULE &module)
         return false;
     CWinApp *const app = AfxGetApp();
     bool const ready = AfxWinInit() && app != nullptr && app->InitInstance();
-    // Whether the application object, the frame or memory fails: what had begun is ended.
+    // The application object, the frame or an allocation failed: undo what was done.
     if (ready && AfxInitExtensionModule(module))
     {
         try
         {
-            new CDynLinkLibrary(module); // it belongs to the state
+            new CDynLinkLibrary(module); // owned by the state
             return true;
         }
         catch (std::bad_alloc const &)

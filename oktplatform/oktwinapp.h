@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktguid.h>
 #include <oktplatform/oktvariant.h>
 
-// The application frame as far as a library needs it that a host loads: an application object, the state of a module, and what
-// is called when the module comes and goes. A thin layer of our own on every system: it has no windows, no messages, no
-// temporary maps of handles and no classes that others could make. Not installed.
+// The part of an application frame that a library needs: an application object, the state of a module, and what is called when the
+// module is loaded and unloaded. It is this library's own on every system. It has no windows, no messages, no maps of handles and no
+// class factories. Not installed.
 
 struct AFX_MSGMAP_ENTRY;
 
@@ -19,7 +20,7 @@ class CWinApp;
 class COleObjectFactory;
 class CDynLinkLibrary;
 
-/// What the frame knows of one module. It is made by the compiler, ahead of every static object.
+/// The state of one module. It is initialised at compile time, before all static objects.
 struct AFX_MODULE_STATE
 {
     enum Stage
@@ -35,12 +36,12 @@ struct AFX_MODULE_STATE
     CDynLinkLibrary *firstLibrary = nullptr;
 };
 
-/// The state of the module that this source is compiled into.
+/// The state of the module that contains this source.
 AFX_MODULE_STATE *AfxGetStaticModuleState();
-/// The state in force on the calling thread: that of the module itself, unless one was put in force.
+/// The current state of the calling thread: that of the module, unless AFX_MAINTAIN_STATE has set another.
 AFX_MODULE_STATE *AfxGetModuleState();
 
-/// Puts a state in force until the end of a scope.
+/// Sets the current state until the end of a scope.
 class AFX_MAINTAIN_STATE
 {
 public:
@@ -53,7 +54,7 @@ private:
     AFX_MODULE_STATE *m_before;
 };
 
-/// The application object of a module. It enters itself in the state that is in force.
+/// The application object of a module. It registers itself in the current state.
 class CWinApp
 {
 public:
@@ -72,7 +73,7 @@ private:
 
 CWinApp *AfxGetApp();
 
-/// What makes objects of one class for others. Each enters itself in the state that is in force.
+/// A factory of one class. Each registers itself in the current state.
 class COleObjectFactory
 {
 public:
@@ -84,7 +85,7 @@ public:
     virtual BOOL Register() = 0;
     virtual BOOL UpdateRegistry(BOOL enter) = 0;
 
-    /// Each factory of the state in force is asked, whatever the others answered. TRUE: all did.
+    /// Call each factory of the current state, even after a failure. TRUE: all succeeded.
     static BOOL RegisterAll();
     static BOOL UpdateRegistryAll(BOOL enter = TRUE);
 
@@ -93,7 +94,7 @@ private:
     COleObjectFactory *m_next;
 };
 
-/// The frame's own part of the module's start and end. A second call without the counterpart between is refused.
+/// Start and end of the frame. A second start without an end between fails.
 BOOL AfxCoreInitModule();
 BOOL AfxWinInit();
 void AfxWinTerm();
@@ -105,10 +106,10 @@ struct AFX_EXTENSION_MODULE
 };
 
 BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE &module);
-/// Deletes the libraries that were entered for the module.
+/// Deletes the CDynLinkLibrary objects of the module.
 void AfxTermExtensionModule(AFX_EXTENSION_MODULE &module);
 
-/// A module among those whose resources and classes are looked through. Enters itself in the state that is in force.
+/// A module whose resources and classes are searched. It registers itself in the current state.
 class CDynLinkLibrary
 {
 public:
@@ -124,18 +125,18 @@ private:
     CDynLinkLibrary *m_next;
 };
 
-/// No module is kept by an object: there are none.
+/// S_OK always: no object of a class factory keeps the module loaded.
 HRESULT AfxDllCanUnloadNow();
-/// CLASS_E_CLASSNOTAVAILABLE and a null pointer; E_POINTER without a place for one.
+/// Stores a null pointer and returns CLASS_E_CLASSNOTAVAILABLE. E_POINTER: `object` is null.
 HRESULT AfxDllGetClassObject(GUID const &classId, GUID const &interfaceId, void **object);
 
-/// A module comes to a process: frame, application object, entry among the extension modules. False: the load fails, and what
-/// had begun is ended.
+/// Called when a module is loaded: starts the frame and the application object and registers the module. False: the load fails, and
+/// everything done is undone.
 bool OktAttachModule(AFX_EXTENSION_MODULE &module);
 void OktDetachModule(AFX_EXTENSION_MODULE &module);
 
-/// The last static object of a module that has an application object. Where the system tells a module that it comes and goes,
-/// this only has to be there; elsewhere its life is the module's.
+/// The last static object of a module with an application object. It attaches the module in its constructor and detaches it in its
+/// destructor. Where the system calls the module for that, it does nothing.
 class OktModuleEntry
 {
 public:

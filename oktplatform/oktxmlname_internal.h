@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktstring.h>
 
-// What a document can hold, for the back ends. Not installed.
+// Which names and characters a document can hold, for the back ends. Not installed.
 
 namespace OktXmlText
 {
@@ -12,8 +13,8 @@ constexpr bool startsName(WCHAR unit)
            (unit >= 0xC0 && unit <= 0xFF && unit != 0xD7 && unit != 0xF7);
 }
 
-/// A name of XML 1.0 with characters up to U+00FF: a document is saved in ISO-8859-1, which has no references within a tag, so a
-/// name beyond it would make the whole file unreadable. No parser is asked: some take any text.
+/// True for a name of XML 1.0 with characters up to U+00FF. A document is saved in ISO-8859-1, and a tag cannot contain references:
+/// other characters would make the file unreadable. The parsers are not asked, because some accept any text.
 inline bool isName(OktTextView text)
 {
     if (text.empty() || !startsName(text[0]))
@@ -26,7 +27,7 @@ inline bool isName(OktTextView text)
     return true;
 }
 
-/// False for what XML 1.0 cannot hold, lone surrogates aside.
+/// False for units that XML 1.0 does not allow, except surrogates.
 constexpr bool isCharacter(WCHAR unit)
 {
     return (unit >= 0x20 || unit == 0x09 || unit == 0x0A || unit == 0x0D) && unit < 0xFFFE;

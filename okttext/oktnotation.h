@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -28,16 +29,6 @@ std::string parseUnits(std::string_view utf8);
 std::optional<std::string> parseEscapedUnits(std::string_view utf8);
 /// Nothing: a character that Windows-1252 lacks.
 std::optional<std::string> parseNarrow(std::string_view utf8);
-
-enum class Base64Padding
-{
-    With,
-    Without
-};
-
-std::string base64(Bytes bytes, Base64Padding padding = Base64Padding::With);
-/// Nothing unless base64 makes exactly that text.
-std::optional<std::string> parseBase64(std::string_view text, Base64Padding padding = Base64Padding::With);
 
 /// A JSON number, the shortest that reads back as the same double, or a JSON string for what JSON has no number for.
 std::string doubleText(double value);

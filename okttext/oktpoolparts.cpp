@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/oktpoolparts.h>
 
 #include <okttext/oktnotation.h>
@@ -27,7 +28,7 @@ bool isSameClass(Bytes left, Bytes right)
 
 bool isSameKind(Record const &left, Record const &right)
 {
-    return left.kind == right.kind && (left.kind != Record::Kind::Frame || isSameClass(left.payload, right.payload));
+    return left.type == right.type && (!left.isFrame() || isSameClass(left.payload, right.payload));
 }
 
 /// Gives the records the names of their counterparts. Sections are found by their numbers, everything else by its place.
@@ -38,20 +39,20 @@ void takeNames(Record &record, Record const &known)
     std::vector<Record *> own;
     for (Record &child : record.children)
     {
-        if (child.kind != Record::Kind::Section)
+        if (!child.isSection())
         {
             own.push_back(&child);
             continue;
         }
         auto const section = std::find_if(known.children.begin(), known.children.end(), [&child](Record const &other) {
-            return other.kind == Record::Kind::Section && other.number == child.number;
+            return other.isSection() && other.number == child.number;
         });
         if (section != known.children.end())
             takeNames(child, *section);
     }
     std::vector<Record const *> others;
     for (Record const &child : known.children)
-        if (child.kind != Record::Kind::Section)
+        if (!child.isSection())
             others.push_back(&child);
     std::size_t const count = std::min(own.size(), others.size());
     for (std::size_t i = 0; i < count; ++i)
@@ -137,7 +138,7 @@ PoolParts takeApart(Bytes bytes)
                            static_cast<long>(kLengthRecord)};
     image.objects = findObjects(bytes, image.header.end);
     auto const blockBegin = static_cast<std::uint32_t>(kLengthRecord) + static_cast<std::uint32_t>(image.headerSize);
-    for (Stretch const &stretch : image.objects)
+    for (PoolPiece const &stretch : image.objects)
         if (stretch.isObject && !stretch.id.empty())
             image.places.try_emplace(stretch.id,
                                      static_cast<std::int32_t>(static_cast<std::uint32_t>(stretch.begin) - blockBegin),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <okttext/oktrecords.h>
@@ -20,7 +21,7 @@ struct PoolParts
 {
     std::int32_t headerSize = 0; ///< what its first record says
     Record header;
-    std::vector<Stretch> objects;
+    std::vector<PoolPiece> objects;
     TextWriter::Places places;
 };
 

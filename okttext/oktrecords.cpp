@@ -1,5 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/oktrecords.h>
 
+#include <oktformat/base64.h>
+#include <oktformat/recordwalk.h>
 #include <okttext/oktnotation.h>
 
 #include <bit>
@@ -10,179 +13,139 @@ namespace okttext
 namespace
 {
 
-// These numbers stand in files and never change.
-enum Type : unsigned char
-{
-    kBool = 0,
-    kShort = 1,
-    kLong = 2,
-    kDouble = 3,
-    kString16 = 4,
-    kString8 = 5,
-    kFrameBegin = 6,
-    kFrameEnd = 7,
-    kSectionBegin = 8,
-    kSectionEnd = 9,
-    kBytes = 10
-};
+using okt::RecordType;
 
 constexpr char kIdClass[] = "OKTObjectId";
 constexpr char kPointClass[] = "OKTGeXYZ";
 constexpr std::size_t kIdSize = 48;
 constexpr std::size_t kPictureChunk = 65535;
 
-std::uint32_t little(Bytes bytes)
-{
-    std::uint32_t value = 0;
-    for (std::size_t i = bytes.size(); i-- > 0;)
-        value = (value << 8) | static_cast<unsigned char>(bytes[i]);
-    return value;
-}
-
 void appendByte(std::string &out, int value) { out += static_cast<char>(static_cast<unsigned char>(value)); }
 
-class Parser
+void appendType(std::string &out, RecordType type) { out += static_cast<char>(type); }
+
+/// Builds the tree of a record while a walk goes over it.
+class Builder
 {
 public:
-    Parser(Bytes bytes, std::size_t offset, std::vector<std::string> const *names, std::size_t &nextName)
-        : m_bytes(bytes), m_begin(offset), m_position(offset), m_names(names), m_nextName(nextName)
+    Builder(Bytes bytes, std::size_t offset, std::vector<std::string> const *names, std::size_t &nextName)
+        : m_bytes(bytes), m_begin(offset), m_source(bytes),
+          m_walk(m_source, static_cast<std::int64_t>(offset), okt::RecordWalk::Start::AnyRecord), m_names(names),
+          m_nextName(nextName)
     {
     }
 
-    Record parse()
+    Record build()
     {
-        Record top;
-        do
-            record(top);
-        while (!m_open.empty());
-        return std::move(top.children.front());
+        while (m_walk.next())
+            take(m_walk.record());
+        if (m_walk.state() != okt::RecordWalk::State::Whole)
+            fail();
+        return std::move(m_top.children.front());
     }
 
 private:
-    [[noreturn]] void fail(bool isCut, std::size_t at)
+    [[noreturn]] void fail() const
     {
+        bool const isCut = m_walk.state() == okt::RecordWalk::State::Cut;
+        auto const position = static_cast<std::size_t>(m_walk.position());
+        std::size_t at = isCut ? m_bytes.size() : position;
+        // Of bytes only the count can be wrong.
+        if (!isCut && m_walk.position() == m_walk.record().begin && m_bytes[position] == static_cast<char>(RecordType::Bytes))
+            ++at;
         std::string const what = isCut ? "the file ends inside " : "damaged inside ";
         throw OKTTextFault{what + place() + " that begins at byte " + std::to_string(m_begin), static_cast<long>(at)};
     }
 
     std::string place() const
     {
-        if (m_class.empty())
+        // A fault behind the class name leaves the name.
+        Bytes const name = m_walk.open().empty() ? payloadOf(m_walk.record()) : m_class;
+        if (name.empty())
             return "an object";
-        bool const vowel = std::string_view("AEIOUaeiou").find(m_class.front()) != std::string_view::npos;
-        return (vowel ? "an " : "a ") + readable(m_class);
+        bool const vowel = std::string_view("AEIOUaeiou").find(name.front()) != std::string_view::npos;
+        return (vowel ? "an " : "a ") + readable(name);
     }
 
-    Bytes take(std::size_t count)
+    Bytes payloadOf(okt::RecordPlace const &record) const
     {
-        if (m_bytes.size() - m_position < count)
-            fail(true, m_bytes.size());
-        Bytes const taken = m_bytes.substr(m_position, count);
-        m_position += count;
-        return taken;
+        auto const size = static_cast<std::size_t>(record.payloadSize);
+        return size == 0 ? Bytes() : m_bytes.substr(static_cast<std::size_t>(record.payload), size);
     }
 
-    void expect(Type type)
+    void take(okt::RecordPlace const &record)
     {
-        std::size_t const at = m_position;
-        if (static_cast<unsigned char>(take(1).front()) != type)
-            fail(false, at);
-    }
-
-    Bytes takeCounted(std::size_t countBytes, std::size_t unitBytes)
-    {
-        std::size_t const at = m_position;
-        std::uint32_t const count = little(take(countBytes));
-        if (count > 0x7FFFFFFF)
-            fail(false, at);
-        return take(count * unitBytes);
-    }
-
-    void record(Record &top)
-    {
-        std::size_t const at = m_position;
-        auto const type = static_cast<unsigned char>(take(1).front());
-        switch (type)
+        switch (record.type)
         {
-        case kBool: return value(top, Record::Kind::Bool, at, take(1));
-        case kShort: return value(top, Record::Kind::Short, at, take(2));
-        case kLong: return value(top, Record::Kind::Long, at, take(4));
-        case kDouble: return value(top, Record::Kind::Double, at, take(8));
-        case kString16: return value(top, Record::Kind::String16, at, takeCounted(2, 2));
-        case kString8: return value(top, Record::Kind::String8, at, takeCounted(2, 1));
-        case kBytes: return value(top, Record::Kind::ByteArray, at, takeCounted(4, 1));
-        case kFrameBegin: return begin(top, Record::Kind::Frame, at);
-        case kSectionBegin: return begin(top, Record::Kind::Section, at);
-        case kFrameEnd: return end(Record::Kind::Frame, at);
-        case kSectionEnd: return end(Record::Kind::Section, at);
-        default: fail(false, at);
+        case RecordType::FrameBegin:
+        case RecordType::SectionBegin: return begin(record);
+        case RecordType::FrameEnd:
+        case RecordType::SectionEnd: return end(record);
+        default: return value(record);
         }
     }
 
-    Record &container(Record &top) { return m_built.empty() ? top : *m_built.back(); }
+    Record &add(okt::RecordPlace const &record)
+    {
+        Record &container = m_built.empty() ? m_top : *m_built.back();
+        Record &made = container.children.emplace_back();
+        made.begin = static_cast<std::size_t>(record.begin);
+        made.end = static_cast<std::size_t>(record.end);
+        return made;
+    }
 
-    void value(Record &top, Record::Kind kind, std::size_t at, Bytes payload)
+    void describe(Record &made, okt::RecordPlace const &record, std::string name) const
+    {
+        made.type = record.type;
+        made.payload = payloadOf(record);
+        made.number = record.number;
+        made.name = std::move(name);
+    }
+
+    void value(okt::RecordPlace const &record)
     {
         std::string name = takeName();
-        if (m_open.size() > kDeepest)
-            return;
-        Record &made = container(top).children.emplace_back();
-        made.kind = kind;
-        made.begin = at;
-        made.end = m_position;
-        made.payload = payload;
-        made.name = std::move(name);
-        if (kind == Record::Kind::Long)
-            made.number = static_cast<std::int32_t>(little(payload));
+        if (m_walk.open().size() <= kDeepest)
+            describe(add(record), record, std::move(name));
     }
 
-    void begin(Record &top, Record::Kind kind, std::size_t at)
+    void begin(okt::RecordPlace const &record)
     {
+        std::size_t const depth = m_walk.open().size();
         std::string name;
-        Bytes className;
-        if (kind == Record::Kind::Frame)
+        if (record.type == RecordType::FrameBegin)
         {
             name = takeName();
-            expect(kString8);
-            className = takeCounted(2, 1);
-            if (m_open.empty())
-                m_class = className;
+            if (depth == 1)
+                m_class = payloadOf(record);
         }
-        expect(kLong);
-        auto const number = static_cast<std::int32_t>(little(take(4)));
-        m_open.push_back(kind);
-        if (m_open.size() > kDeepest + 1)
+        if (depth > kDeepest + 1)
             return;
         // A record is open while its address is kept: nothing is added beside it then.
-        Record &made = container(top).children.emplace_back();
-        made.begin = at;
-        if (m_open.size() > kDeepest)
+        Record &made = add(record);
+        if (depth > kDeepest)
         {
             m_raw = &made;
             return;
         }
-        made.kind = kind;
-        made.payload = className;
-        made.number = number;
-        made.name = std::move(name);
+        describe(made, record, std::move(name));
         m_built.push_back(&made);
     }
 
-    void end(Record::Kind kind, std::size_t at)
+    void end(okt::RecordPlace const &record)
     {
-        if (m_open.empty() || m_open.back() != kind)
-            fail(false, at);
-        if (m_open.size() <= kDeepest)
+        std::size_t const depth = m_walk.open().size() + 1;
+        auto const end = static_cast<std::size_t>(record.end);
+        if (depth <= kDeepest)
         {
-            m_built.back()->end = m_position;
+            m_built.back()->end = end;
             m_built.pop_back();
         }
-        else if (m_open.size() == kDeepest + 1)
+        else if (depth == kDeepest + 1)
         {
-            m_raw->end = m_position;
-            m_raw->payload = m_bytes.substr(m_raw->begin, m_position - m_raw->begin);
+            m_raw->end = end;
+            m_raw->payload = m_bytes.substr(m_raw->begin, end - m_raw->begin);
         }
-        m_open.pop_back();
     }
 
     std::string takeName()
@@ -194,11 +157,12 @@ private:
 
     Bytes m_bytes;
     std::size_t m_begin;
-    std::size_t m_position;
+    okt::ByteSource m_source;
+    okt::RecordWalk m_walk;
     std::vector<std::string> const *m_names;
     std::size_t &m_nextName;
-    Bytes m_class; ///< of the outermost frame
-    std::vector<Record::Kind> m_open;
+    Bytes m_class;                 ///< of the outermost frame
+    Record m_top;                  ///< what holds the record
     std::vector<Record *> m_built; ///< those of the open ones that are looked into
     Record *m_raw = nullptr;
 };
@@ -207,7 +171,7 @@ private:
 
 Record parseRecord(Bytes bytes, std::size_t offset, std::vector<std::string> const *names, std::size_t &nextName)
 {
-    return Parser(bytes, offset, names, nextName).parse();
+    return Builder(bytes, offset, names, nextName).build();
 }
 
 Record parseRecord(Bytes bytes, std::size_t offset)
@@ -218,16 +182,16 @@ Record parseRecord(Bytes bytes, std::size_t offset)
 
 std::string idOf(Record const &record)
 {
-    if (record.kind != Record::Kind::Frame || record.end - record.begin != kIdSize || record.payload != kIdClass ||
-        record.number != 1 || record.children.size() != 1)
+    if (!record.isFrame() || record.end - record.begin != kIdSize || record.payload != kIdClass || record.number != 1 ||
+        record.children.size() != 1)
         return {};
     Record const &section = record.children.front();
-    if (section.kind != Record::Kind::Section || section.number != 1 || section.children.size() != 4)
+    if (!section.isSection() || section.number != 1 || section.children.size() != 4)
         return {};
     std::string guid;
     for (Record const &word : section.children)
     {
-        if (word.kind != Record::Kind::Long)
+        if (word.type != RecordType::Long)
             return {};
         guid += word.payload;
     }
@@ -244,24 +208,25 @@ std::string firstIdIn(Record const &record)
     return {};
 }
 
-std::vector<Stretch> findObjects(Bytes image, std::size_t offset)
+std::vector<PoolPiece> findObjects(Bytes image, std::size_t offset)
 {
-    constexpr char kHead[] = {kFrameEnd, kFrameBegin, kString8};
-    std::vector<Stretch> stretches;
+    constexpr char kHead[] = {static_cast<char>(RecordType::FrameEnd), static_cast<char>(RecordType::FrameBegin),
+                              static_cast<char>(RecordType::Text8)};
+    std::vector<PoolPiece> pieces;
     while (offset < image.size())
     {
         // The byte ahead of the block is the end of the header.
         std::size_t found = image.find(Bytes(kHead, sizeof kHead), offset - 1);
         found = found == Bytes::npos ? image.size() : found + 1;
         if (found > offset)
-            stretches.push_back({offset, found, false, {}});
+            pieces.push_back({offset, found, false, {}});
         if (found == image.size())
             break;
         Record const frame = parseRecord(image, found);
-        stretches.push_back({found, frame.end, true, firstIdIn(frame)});
+        pieces.push_back({found, frame.end, true, firstIdIn(frame)});
         offset = frame.end;
     }
-    return stretches;
+    return pieces;
 }
 
 // --- The way back ---
@@ -274,65 +239,65 @@ void appendLittle(std::string &out, std::uint64_t value, int bytes)
 
 void appendBool(std::string &out, unsigned char value)
 {
-    appendByte(out, kBool);
+    appendType(out, RecordType::Bool);
     appendByte(out, value);
 }
 
 void appendShort(std::string &out, std::int16_t value)
 {
-    appendByte(out, kShort);
+    appendType(out, RecordType::Short);
     appendLittle(out, static_cast<std::uint16_t>(value), 2);
 }
 
 void appendLong(std::string &out, std::int32_t value)
 {
-    appendByte(out, kLong);
+    appendType(out, RecordType::Long);
     appendLittle(out, static_cast<std::uint32_t>(value), 4);
 }
 
 void appendDouble(std::string &out, double value)
 {
-    appendByte(out, kDouble);
+    appendType(out, RecordType::Double);
     appendLittle(out, std::bit_cast<std::uint64_t>(value), 8);
 }
 
 void appendString16(std::string &out, Bytes units)
 {
-    appendByte(out, kString16);
+    appendType(out, RecordType::Text16);
     appendLittle(out, units.size() / 2, 2);
     out += units;
 }
 
 void appendString8(std::string &out, Bytes text)
 {
-    appendByte(out, kString8);
+    appendType(out, RecordType::Text8);
     appendLittle(out, text.size(), 2);
     out += text;
 }
 
 void appendBytes(std::string &out, Bytes bytes)
 {
-    appendByte(out, kBytes);
+    appendType(out, RecordType::Bytes);
     appendLittle(out, bytes.size(), 4);
     out += bytes;
 }
 
 void appendFrameBegin(std::string &out, Bytes className, std::int32_t version)
 {
-    appendByte(out, kFrameBegin);
+    appendType(out, RecordType::FrameBegin);
     appendString8(out, className);
     appendLong(out, version);
 }
 
-void appendFrameEnd(std::string &out) { appendByte(out, kFrameEnd); }
+void appendFrameEnd(std::string &out) { appendType(out, RecordType::FrameEnd); }
 
 void appendSectionBegin(std::string &out, std::int32_t number)
 {
-    appendByte(out, kSectionBegin);
+    appendType(out, RecordType::SectionBegin);
     appendLong(out, number);
 }
 
-void appendSectionEnd(std::string &out) { appendByte(out, kSectionEnd); }
+void appendSectionEnd(std::string &out) { appendType(out, RecordType::SectionEnd); }
 
 void appendId(std::string &out, Bytes guid)
 {
@@ -340,7 +305,7 @@ void appendId(std::string &out, Bytes guid)
     appendSectionBegin(out, 1);
     for (std::size_t word = 0; word < 4; ++word)
     {
-        appendByte(out, kLong);
+        appendType(out, RecordType::Long);
         out += guid.substr(4 * word, 4);
     }
     appendSectionEnd(out);
@@ -360,7 +325,7 @@ void appendPoint(std::string &out, double x, double y, double z)
 
 void appendPicture(std::string &out, Bytes image)
 {
-    std::string const text = base64(image, Base64Padding::Without);
+    std::string const text = okt::base64(image, okt::Base64Padding::Without);
     Bytes rest = text;
     auto const nextChunk = [&rest] {
         Bytes const chunk = rest.substr(0, kPictureChunk);

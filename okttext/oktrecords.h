@@ -1,18 +1,18 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <oktformat/recordtype.h>
 #include <okttext/okttextfault.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 /// The records of a stream as a tree, found by the bytes alone, and the way back. Not installed.
-///
-///     frame   = 6 string8(class name) long(version) { record } 7
-///     section = 8 long(number) { record } 9
-///     record  = 0 bool | 1 short | 2 long | 3 double | 4 string16 | 5 string8 | 10 bytes | frame | section
+/// The grammar is that of RecordWalk, which finds them; nothing but the nesting is insisted on.
 namespace okttext
 {
 
@@ -26,27 +26,17 @@ inline constexpr std::size_t kLongestText = 65535;
 
 struct Record
 {
-    enum class Kind
-    {
-        Bool,
-        Short,
-        Long,
-        Double,
-        String16,
-        String8,
-        ByteArray,
-        Frame,
-        Section,
-        Raw ///< a stretch that is not looked into
-    };
-
-    Kind kind = Kind::Raw;
+    /// FrameBegin of a frame, SectionBegin of a section, with what they hold. Nothing: a stretch that is not looked into.
+    std::optional<okt::RecordType> type;
     std::size_t begin = 0; ///< of its type byte
     std::size_t end = 0;
     Bytes payload;           ///< of a value: its number or text; of a frame: the class name; of a raw stretch: all of it
-    std::int32_t number = 0; ///< of a long: the value; of a frame: the version; of a section: its number
+    std::int32_t number = 0; ///< of a bool, short and long: the value; of a frame: the version; of a section: its number
     std::string name;        ///< as it stands between quotation marks of the text form; empty: not known
     std::vector<Record> children;
+
+    bool isFrame() const { return type == okt::RecordType::FrameBegin; }
+    bool isSection() const { return type == okt::RecordType::SectionBegin; }
 };
 
 /// The record that begins at `offset`. With names, the records but sections take them from `nextName` on, in the order in which
@@ -60,8 +50,8 @@ std::string idOf(Record const &record);
 /// The first such id in a record, in the order of the bytes.
 std::string firstIdIn(Record const &record);
 
-/// A stretch of the objects block: the frame of an object, or what stands between and behind them.
-struct Stretch
+/// A piece of the objects block: the frame of an object, or what stands between and behind them.
+struct PoolPiece
 {
     std::size_t begin = 0;
     std::size_t end = 0;
@@ -69,9 +59,9 @@ struct Stretch
     std::string id; ///< the first id in the frame: the object's own
 };
 
-/// All stretches from `offset` to the end, as a reader of pools finds the objects: at the bytes 6, 5 behind a 7. Throws
+/// All pieces from `offset` to the end, as a reader of pools finds the objects: at the bytes 6, 5 behind a 7. Throws
 /// OKTTextFault for a frame that is damaged or cut.
-std::vector<Stretch> findObjects(Bytes image, std::size_t offset);
+std::vector<PoolPiece> findObjects(Bytes image, std::size_t offset);
 
 void appendLittle(std::string &out, std::uint64_t value, int bytes);
 void appendBool(std::string &out, unsigned char value);

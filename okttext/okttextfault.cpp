@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextfault.h>
 
 std::string OKTTextFault::place() const

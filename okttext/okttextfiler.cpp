@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextfiler.h>
 
 #include <okttext/oktnotation.h>

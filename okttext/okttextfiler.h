@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktdatabase/oktmemoryfiler.h>
@@ -23,7 +24,7 @@
 class OKTTextFiler : public OKTMemoryFiler
 {
 public:
-    OKTTextFiler(OKTDbPool *pool = nullptr) : OKTMemoryFiler(pool) {}
+    OKTTextFiler(OKTDbPool *pool = nullptr) : OKTMemoryFiler(pool) {} // NOLINT: the published signature
 
     /// What was written so far, as a document; empty when a frame is still open, and while reading.
     std::string text();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextpool.h>
 
 #include <okttext/oktpoolparts.h>
@@ -21,7 +22,7 @@ void writeText(Bytes bytes, PoolParts &image, OKTTextSink const &sink, OKTTextPu
     writer.header(image.header, image.places);
     writer.beginList("objects");
     std::size_t objects = 0;
-    for (Stretch const &stretch : image.objects)
+    for (PoolPiece const &stretch : image.objects)
     {
         if (progress)
             progress(stretch.begin, objects);

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextreader.h>
 
+#include <oktformat/base64.h>
 #include <okttext/oktnotation.h>
 #include <okttext/oktrecords.h>
 
@@ -434,7 +436,7 @@ private:
 
     std::string binary(Value const &value, std::string_view key, Open const &open) const
     {
-        std::optional<std::string> bytes = value.kind == Value::Kind::Text ? parseBase64(value.text) : std::nullopt;
+        std::optional<std::string> bytes = value.kind == Value::Kind::Text ? okt::parseBase64(value.text) : std::nullopt;
         if (!bytes)
             failAt(open.place, quotedKey(key) + " is no base64");
         return std::move(*bytes);

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include <okttext/okttextwriter.h>
 
+#include <oktformat/base64.h>
 #include <okttext/oktnotation.h>
 
 #include <algorithm>
@@ -25,7 +27,7 @@ double doubleOf(Bytes payload)
 
 bool isSectionOne(Record const &frame)
 {
-    return frame.number == 1 && frame.children.size() == 1 && frame.children.front().kind == Record::Kind::Section &&
+    return frame.number == 1 && frame.children.size() == 1 && frame.children.front().isSection() &&
            frame.children.front().number == 1;
 }
 
@@ -34,15 +36,12 @@ bool isPoint(Record const &frame)
     if (frame.payload != "OKTGeXYZ" || !isSectionOne(frame) || frame.children.front().children.size() != 3)
         return false;
     for (Record const &coordinate : frame.children.front().children)
-        if (coordinate.kind != Record::Kind::Double)
+        if (coordinate.type != okt::RecordType::Double)
             return false;
     return true;
 }
 
-bool isValue(Record const &record)
-{
-    return record.kind != Record::Kind::Frame && record.kind != Record::Kind::Section && record.kind != Record::Kind::Raw;
-}
+bool isValue(Record const &record) { return record.type && !record.isFrame() && !record.isSection(); }
 
 /// A kind, and a value or none.
 bool isVariant(Record const &frame)
@@ -50,7 +49,7 @@ bool isVariant(Record const &frame)
     if (frame.payload != "OKTVariant" || !isSectionOne(frame))
         return false;
     std::vector<Record> const &members = frame.children.front().children;
-    return !members.empty() && members.size() <= 2 && members.front().kind == Record::Kind::Long &&
+    return !members.empty() && members.size() <= 2 && members.front().type == okt::RecordType::Long &&
            (members.size() == 1 || isValue(members.back()));
 }
 
@@ -96,7 +95,7 @@ void TextWriter::record(Record const &record)
 void TextWriter::raw(Bytes stretch)
 {
     beginEntry(m_isFirst);
-    m_text += "{\"raw\": \"" + base64(stretch) + "\"}";
+    m_text += "{\"raw\": \"" + okt::base64(stretch) + "\"}";
     flush(kFlushBeyond);
 }
 
@@ -172,12 +171,12 @@ void TextWriter::entry(Record const &record)
 {
     m_text += '{';
     name(record);
-    if (record.kind == Record::Kind::Section)
+    if (record.isSection())
     {
         m_text += "\"section\": " + std::to_string(record.number) + ", ";
         content(record.children, false);
     }
-    else if (record.kind != Record::Kind::Frame)
+    else if (!record.isFrame())
         value(record);
     else if (std::string const guid = idOf(record); !guid.empty())
     {
@@ -214,29 +213,27 @@ void TextWriter::entry(Record const &record)
 
 void TextWriter::value(Record const &record)
 {
-    switch (record.kind)
+    using okt::RecordType;
+    if (!record.type)
     {
-    case Record::Kind::Bool:
-    {
-        auto const byte = static_cast<unsigned char>(record.payload.front());
-        m_text += "\"bool\": " + (byte > 1 ? std::to_string(byte) : byte == 1 ? "true" : "false");
-        break;
+        m_text += "\"raw\": \"" + okt::base64(record.payload) + '"';
+        return;
     }
-    case Record::Kind::Short:
+    switch (*record.type)
     {
-        auto const low = static_cast<unsigned char>(record.payload[0]);
-        auto const high = static_cast<unsigned char>(record.payload[1]);
-        m_text += "\"short\": " + std::to_string(static_cast<std::int16_t>(static_cast<std::uint16_t>(low | high << 8)));
+    case RecordType::Bool:
+        m_text += "\"bool\": ";
+        m_text += record.number > 1 ? std::to_string(record.number) : record.number == 1 ? "true" : "false";
         break;
-    }
-    case Record::Kind::Long:
+    case RecordType::Short: m_text += "\"short\": " + std::to_string(record.number); break;
+    case RecordType::Long:
     {
         std::optional<std::string_view> const word = placeWord(record);
         m_text += "\"long\": " + (word ? '"' + std::string(*word) + '"' : std::to_string(record.number));
         break;
     }
-    case Record::Kind::Double: m_text += "\"double\": " + doubleText(doubleOf(record.payload)); break;
-    case Record::Kind::String16:
+    case RecordType::Double: m_text += "\"double\": " + doubleText(doubleOf(record.payload)); break;
+    case RecordType::Text16:
     {
         bool const isEscaped = hasLoneSurrogate(record.payload);
         m_text += isEscaped ? "\"string16-escaped\": \"" : "\"string16\": \"";
@@ -244,15 +241,16 @@ void TextWriter::value(Record const &record)
         m_text += '"';
         break;
     }
-    case Record::Kind::String8:
+    case RecordType::Text8:
         m_text += "\"string8\": \"";
         appendNarrow(m_text, record.payload);
         m_text += '"';
         break;
-    case Record::Kind::ByteArray: stored("bytes", record.payload, record.payload.size() >= kSmallestFile); break;
-    case Record::Kind::Frame:
-    case Record::Kind::Section:
-    case Record::Kind::Raw: m_text += "\"raw\": \"" + base64(record.payload) + '"'; break;
+    case RecordType::Bytes: stored("bytes", record.payload, record.payload.size() >= kSmallestFile); break;
+    case RecordType::FrameBegin: // those with content are no values
+    case RecordType::SectionBegin:
+    case RecordType::FrameEnd:
+    case RecordType::SectionEnd: break;
     }
 }
 
@@ -262,7 +260,7 @@ void TextWriter::stored(std::string_view key, Bytes bytes, bool isWorthAFile)
     m_text += key;
     if (!m_put || !isWorthAFile)
     {
-        m_text += "\": \"" + base64(bytes) + '"';
+        m_text += "\": \"" + okt::base64(bytes) + '"';
         return;
     }
     CByteArray copy;
@@ -280,7 +278,7 @@ std::size_t TextWriter::idList(List const &records, std::size_t first, bool &isF
 {
     constexpr std::string_view kLength = "Length";
     Record const &count = records[first];
-    if (count.kind != Record::Kind::Long || count.number < 1 || m_places != nullptr ||
+    if (count.type != okt::RecordType::Long || count.number < 1 || m_places != nullptr ||
         static_cast<std::size_t>(count.number) > records.size() - first - 1)
         return 0;
     std::string_view list = count.name;
@@ -317,17 +315,17 @@ std::size_t TextWriter::idList(List const &records, std::size_t first, bool &isF
 /// The two sections of a picture's text become the image, where they are made of it and of nothing else.
 bool TextWriter::picture(Record const &head, Record const &rest, bool &isFirst)
 {
-    if (head.kind != Record::Kind::Section || head.children.size() != 1 || rest.kind != Record::Kind::Section ||
-        rest.children.empty() || head.children.front().kind != Record::Kind::String8)
+    if (!head.isSection() || head.children.size() != 1 || !rest.isSection() || rest.children.empty() ||
+        head.children.front().type != okt::RecordType::Text8)
         return false;
     std::string text(head.children.front().payload);
     for (std::size_t i = 1; i < rest.children.size(); ++i)
     {
-        if (rest.children[i].kind != Record::Kind::String8)
+        if (rest.children[i].type != okt::RecordType::Text8)
             return false;
         text += rest.children[i].payload;
     }
-    std::optional<std::string> const image = parseBase64(text, Base64Padding::Without);
+    std::optional<std::string> const image = okt::parseBase64(text, okt::Base64Padding::Without);
     if (!image)
         return false;
     std::string sections;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How often memory is asked for where a template has many objects: literal numbers, so that a further allocation shows in
 // review.
 
@@ -7,9 +8,7 @@
 #include <oktdatabase/oktdatabase.h>
 #include <oktdatabase/oktframe.h>
 
-#if defined(__GLIBC__)
-#include <oktplatform/posix/oktnativememory.h>
-#endif
+#include OKT_NATIVE(oktnativememory.h)
 
 #include <gtest/gtest.h>
 

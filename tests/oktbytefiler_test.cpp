@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktbytefiler.h>
 
 #include "support/hexbytes.h"

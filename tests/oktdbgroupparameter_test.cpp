@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/recordingfiler.h"

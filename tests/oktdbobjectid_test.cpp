@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbobjectid.h>
 
 #include "support/failingrandom.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures in files: their text against an independent coder, and large ones with the memory that they take.
 
 #include "support/alloccount.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects of client modules that take part in the filing while they are written or read.
 
 #include <oktdatabase/oktdbpool.h>

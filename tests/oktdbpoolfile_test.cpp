@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/clientclasses.h"
 #include "support/expectedleak.h"
 #include "support/printers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktfiler.h>
 
 #include <oktdatabase/oktdbparameter.h>

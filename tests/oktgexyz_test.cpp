@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktgexyz.h>
 
 #include "support/printers.h"

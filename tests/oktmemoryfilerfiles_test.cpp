@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktmemoryfiler.h>
 
 #include <oktplatform/oktfile.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The memory filer writes and reads the frame of an id as a whole. A filer derived from it, which adds nothing, goes the long way
 // through the protocol: both must agree in every byte, result and position. So it is with the head of a class frame, which is
 // made once for each literal: a name that is no literal goes the long way.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/okttools.h>
 
 #include "support/alloccount.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames that go in and out as a whole, held against the same frames member by member: a filer of another class takes the
 // latter road. Behind them, the memory that is reserved for an image.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktxmlfiler.h>
 
 #include <oktdatabase/oktdbobjectid.h>

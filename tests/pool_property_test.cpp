@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random pools through the binary form: saved, loaded and saved again, in memory and as files. The images are equal, and so are
 // the fields, as far as the form promises them.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The places of virtual operations in their tables. Client modules are compiled against them, so none may move. A class of a
 // client puts its own behind these. The destructor takes two places.
 

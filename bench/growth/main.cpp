@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // okt_growth FOLDER [WORD]: how the time of every public operation of pool and filers grows from 1,000 to 1,000,000. A step is a
 // call, or an object, value or byte of an operation on a whole, so that an exponent of 0 means: as quick among many as among few.
 // With a word only the operations that have it in their name are measured. Writes growth.md and growth-targets.md into the folder.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "growth.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // okt_memory FOLDER: the memory that saving and loading a pool takes beside pool and image, and what a parameter takes, by an
 // allocator that counts. Writes memory.md and memory-targets.md into the folder.
 
@@ -141,7 +142,7 @@ int main(int argc, char **argv)
     Targets targets(folder + "/memory-targets.md");
     targets.atMost("Memory for saving beyond the pool, at any size", " images", 1.15, worst.save);
     targets.atMost("Memory for loading a file beside the pool, at any size", " images", 1.1, worst.readFile);
-    targets.atMost("A parameter with no text but its name, all told", " bytes", 400, worst.parameter);
+    targets.atMost("A parameter with no text but its name, in all", " bytes", 400, worst.parameter);
     table.close();
     demand(!table.fail(), "writing the figures");
     return 0;

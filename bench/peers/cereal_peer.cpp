@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "memorystream.h"
 #include "model.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // okt_peers FOLDER: pools to an image in memory and back, by this library and by the serialisers that one would take instead, each
 // from and into a map by id that owns polymorphic objects. All run in one process in turns, and so does a copy of the image; what
 // counts are the medians. Writes peers.md, peers-targets.md and peers.dat, which peers.gnuplot draws, into the folder.

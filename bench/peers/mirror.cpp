@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "mirror.h"
 
 #include <oktdatabase/oktdbcategory.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # gnuplot -e "data='peers.dat'; picture='peers.svg'" peers.gnuplot: what okt_peers measured, one half for saving and one for loading.
 
 set terminal svg size 960,500 font "sans-serif,13" background "white"

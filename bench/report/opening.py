@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """opening.py OKT DATA FOLDER CHROMEDRIVER [REPETITIONS]: how soon the page of a thousand templates is there.
 
 Makes the templates of DATA with okt, and of these a thousand that differ in name and picture, so that the page can share nothing.
@@ -13,7 +14,7 @@ import subprocess
 import sys
 import time
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/report"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/oktreport"))
 from webdriver import Browser
 
 COUNT = 1000

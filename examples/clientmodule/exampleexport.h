@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Marks what the module gives to programs that link it. A program that only loads it needs none of that: the classes enter

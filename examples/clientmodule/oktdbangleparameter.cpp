@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "oktdbangleparameter.h"
 
 #include <oktdatabase/oktfiler.h>

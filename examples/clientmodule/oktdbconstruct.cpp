@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "oktdbconstruct.h"
 
 #include <oktdatabase/oktdbpool.h>

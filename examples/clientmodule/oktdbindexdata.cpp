@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "oktdbindexdata.h"
 
 #include <oktdatabase/oktdbcategory.h>

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
+#include <oktplatform/generic/oktpath.h>
 #include <oktplatform/oktsystem.h>
-#include <oktplatform/posix/oktpath.h>
 
 #include <cerrno>
 #include <cstring>
@@ -7,11 +8,11 @@
 
 namespace
 {
-// Never unloaded, because the registry keeps pointing into a module. What a module does not find fails at once and not at the
-// first call, and its names stay its own, so that two modules may use the same ones.
+// The module stays loaded, because the registry points into it. A missing symbol fails at once, not at its first use. The symbols of a
+// module are local: two modules may use the same names.
 constexpr int kLoad = RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE;
 
-/// The loader puts the file in front of what it tells. The caller knows the file.
+/// The loader's message without the name of the file in front.
 std::string reasonOf(char const *text, std::string const &file)
 {
     std::string const told = text == nullptr ? "the system gives no reason" : text;
@@ -24,12 +25,12 @@ bool OktSystem::loadModule(Unit const *path, std::size_t length, bool &wasThere,
     wasThere = false;
     reason.clear();
     std::string file;
-    if (!OktPosix::pathOf(path, length, file))
+    if (!OktSystem::pathOf(path, length, file))
     {
         reason = std::strerror(EINVAL);
         return false;
     }
-    // A name without a slash would be looked for along the search path, an empty one would be the program itself.
+    // A name without a slash would be searched for along the search path, and an empty one would be the program itself.
     if (file.find('/') == std::string::npos)
         file.insert(0, "./");
     wasThere = dlopen(file.c_str(), kLoad | RTLD_NOLOAD) != nullptr;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktsystem.h>
 #include <oktplatform/okttext_internal.h>
@@ -7,8 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <iconv.h>
-#include <limits>
-#include <new>
 #include <string>
 #include <utility>
 
@@ -18,7 +17,7 @@ using OktSystem::Unit;
 
 constexpr char const *kUnits = std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 
-/// Pages whose number does not stand in the converter's name for them.
+/// Pages whose name in the converter does not contain the number.
 struct NamedPage
 {
     unsigned int page;
@@ -33,12 +32,12 @@ constexpr NamedPage kNamedPages[] = {
     {51932, "EUC-JP"},     {51936, "GB2312"},     {51949, "EUC-KR"},      {54936, "GB18030"},     {65000, "UTF-7"},
 };
 
-/// Pages made of 16- or 32-bit units: no pages of 8-bit text.
+/// Pages of 16- or 32-bit units, which are not pages of 8-bit text.
 constexpr bool isWidePage(unsigned int page) { return page == 1200 || page == 1201 || page == 12000 || page == 12001; }
 
 iconv_t const kNoConverter = reinterpret_cast<iconv_t>(-1); // NOLINT: the published value
 
-/// Calls `open` with one name after the other that the converter may know the page by.
+/// Calls `open` with each possible name of the page until one succeeds.
 template <typename Open> iconv_t openByName(unsigned int page, Open open)
 {
     char name[32];
@@ -66,7 +65,7 @@ public:
     Converters &operator=(Converters const &) = delete;
     ~Converters() { close(); }
 
-    /// False: the page is unknown; the page before stays.
+    /// False: the page is unknown, and the previous page remains open.
     bool open(unsigned int page)
     {
         if (page == m_page)
@@ -115,8 +114,8 @@ struct ThreadConverters : Converters
     ~ThreadConverters() { convertersEnded = true; }
 };
 
-/// The converters of the thread, since opening one is slow and a thread stays with its page; where they have ended, others for
-/// one use.
+/// The converters of the thread, kept because opening one is slow and a thread rarely changes its page. After the thread has destroyed
+/// them, new ones for a single use.
 class ConvertersInUse
 {
 public:
@@ -132,7 +131,7 @@ private:
     Converters m_own;
 };
 
-/// Runs a converter over text piece by piece and counts and stores what comes out.
+/// Converts a text piece by piece, counts the output and stores what fits.
 template <typename To> class Run
 {
 public:
@@ -142,7 +141,7 @@ public:
         iconv(m_converter, nullptr, nullptr, nullptr, nullptr);
     }
 
-    /// Converts up to the end or to the first place that makes no character, where `bytes` then points. 0 or the error number.
+    /// Converts up to the end, or up to the first place that is no character, and moves `bytes` there. Returns 0 or the error number.
     int convert(char *&bytes, std::size_t &left)
     {
         for (;;)
@@ -153,7 +152,7 @@ public:
         }
     }
 
-    /// What the converter still holds back, and the return to its first state.
+    /// Stores what the converter still holds and resets it.
     void finish() { step(nullptr, nullptr); }
 
     void put(To unit)
@@ -199,7 +198,7 @@ bool OktSystem::toCodePage(unsigned int page, Unit const *text, std::size_t leng
     std::size_t left = length * sizeof(Unit);
     while (run.convert(place, left) != 0)
     {
-        // One substitute for each unit of the character that has no bytes, a lone surrogate included.
+        // One substitute for each unit of a character without bytes. Lone surrogates have none.
         auto const *unit = reinterpret_cast<Unit const *>(place);
         OktText::nextCharacter(unit, unit + left / sizeof(Unit));
         std::size_t const units = static_cast<std::size_t>(unit - reinterpret_cast<Unit const *>(place));
@@ -231,43 +230,11 @@ bool OktSystem::fromCodePage(unsigned int page, char const *text, std::size_t le
             break;
         run.put(static_cast<Unit>(OktText::kReplacement));
         if (error == EINVAL)
-            break; // the text ends inside a character
+            break; // the text ends within a character
         ++place;
         --left;
     }
     run.finish();
     needed = run.count();
     return true;
-}
-
-// --- The platform's names -------------------------------------------------------------------------------------------------------
-
-int WideCharToMultiByte(UINT codePage, DWORD, WCHAR const *text, int length, char *target, int size, char const *defaultChar,
-                        BOOL *usedDefault)
-try
-{
-    return OktToMultiByte(codePage, text, length, target, size, defaultChar, usedDefault);
-}
-catch (std::bad_alloc const &)
-{
-    return 0;
-}
-
-int MultiByteToWideChar(UINT codePage, DWORD, char const *text, int length, WCHAR *target, int size)
-try
-{
-    return OktToWideChar(codePage, text, length, target, size);
-}
-catch (std::bad_alloc const &)
-{
-    return 0;
-}
-
-int lstrlenW(WCHAR const *text)
-{
-    if (text == nullptr)
-        return 0;
-    std::size_t const length = std::char_traits<WCHAR>::length(text);
-    return length > static_cast<std::size_t>(std::numeric_limits<int>::max()) ? std::numeric_limits<int>::max()
-                                                                              : static_cast<int>(length);
 }

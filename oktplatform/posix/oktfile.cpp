@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
+#include <oktplatform/generic/oktpath.h>
 #include <oktplatform/oktsystem.h>
-#include <oktplatform/posix/oktpath.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -25,7 +26,7 @@ template <typename Call> auto untilDone(Call call)
 
 int descriptor(std::intptr_t handle) { return static_cast<int>(handle); }
 
-/// Opens without waiting for anybody and without cutting. `created` tells whether the file is new.
+/// Opens without waiting and without cutting. Sets `created` if the file is new.
 int openPath(char const *path, OktSystem::FileRequest request, bool &created)
 {
     bool const reads = request.access == OktSystem::FileAccess::Read && !request.truncate;
@@ -45,17 +46,17 @@ int openPath(char const *path, OktSystem::FileRequest request, bool &created)
         }
         if (errno != EEXIST)
             return -1;
-        // Somebody else made the file meanwhile, or it is a link that leads nowhere.
+        // Another process created the file meanwhile, or the path is a link to a missing file.
     }
     return untilDone([&] { return open(path, flags | O_CREAT, kNewFileMode); });
 }
 
-/// Finds room for that many bytes of a file whose present ones are given up, without changing its length or its bytes. Gives the
-/// system's error number, 0 also where the system knows no such thing.
+/// Allocates disk space for a file of `room` bytes whose present bytes will be replaced, without changing its length or its bytes.
+/// Returns the system's error number, or 0, also where the system cannot do this.
 int reserveRoom([[maybe_unused]] int file, [[maybe_unused]] struct stat const &status, [[maybe_unused]] std::uint64_t room)
 {
 #if defined(FALLOC_FL_KEEP_SIZE)
-    constexpr std::uint64_t kBlock = 512; // what st_blocks counts in
+    constexpr std::uint64_t kBlock = 512; // the unit of st_blocks
     auto const held = kBlock * static_cast<std::uint64_t>(status.st_blocks);
     if (room <= held || room > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()))
         return 0;
@@ -64,7 +65,7 @@ int reserveRoom([[maybe_unused]] int file, [[maybe_unused]] struct stat const &s
     int const error = errno;
     if (error != ENOSPC && error != EDQUOT && error != EFBIG)
         return 0;
-    // What was found by then goes back: cutting a file to its own length frees all behind it.
+    // Free what was allocated: cutting a file to its own length frees all space behind it.
     struct stat now = {};
     if (fstat(file, &now) == 0 && now.st_blocks != status.st_blocks)
     {
@@ -77,7 +78,7 @@ int reserveRoom([[maybe_unused]] int file, [[maybe_unused]] struct stat const &s
 #endif
 }
 
-/// Makes an open descriptor ready for use: what it is, lock, length. Gives the system's error number.
+/// Checks the type of an open file, locks it and cuts it. Returns the system's error number.
 int prepare(int file, OktSystem::FileRequest request, bool created)
 {
     struct stat status = {};
@@ -88,7 +89,7 @@ int prepare(int file, OktSystem::FileRequest request, bool created)
     bool const writes = request.access != OktSystem::FileAccess::Read || request.truncate;
     if (!S_ISREG(status.st_mode))
     {
-        // A device or pipe may be written; it is neither locked nor cut. Reading one could wait for ever.
+        // A device or pipe may be written. It is neither locked nor cut. Reading one could wait forever.
         if (request.access != OktSystem::FileAccess::Write)
             return EINVAL;
         int const flags = fcntl(file, F_GETFL);
@@ -100,7 +101,7 @@ int prepare(int file, OktSystem::FileRequest request, bool created)
         return 0;
     if (!created)
     {
-        // Asked once more: only now does the file stay as it is.
+        // Asked again: only under the lock the size does not change.
         int const error = fstat(file, &status) != 0 ? errno : reserveRoom(file, status, request.room);
         if (error != 0)
             return error;
@@ -112,7 +113,7 @@ int prepare(int file, OktSystem::FileRequest request, bool created)
 int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest request, std::intptr_t &handle)
 {
     std::string name;
-    if (!OktPosix::pathOf(path, length, name))
+    if (!OktSystem::pathOf(path, length, name))
         return EINVAL;
     bool created = false;
     int const file = openPath(name.c_str(), request, created);
@@ -124,7 +125,7 @@ int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest reques
         handle = file;
         return 0;
     }
-    // A new file goes again, unless somebody else has taken hold of it by now.
+    // Remove a new file again, unless another process has locked it meanwhile.
     if (created && error != EWOULDBLOCK)
         unlink(name.c_str());
     close(file);
@@ -133,7 +134,7 @@ int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest reques
 
 int OktSystem::closeFile(std::intptr_t handle)
 {
-    // An interrupted close has closed all the same.
+    // An interrupted close has closed the file.
     return close(descriptor(handle)) == 0 || errno == EINTR ? 0 : errno;
 }
 
@@ -163,7 +164,7 @@ int OktSystem::writeFile(std::intptr_t handle, void const *source, std::size_t c
         if (step < 0)
             return errno;
         if (step == 0)
-            return EIO; // a device that takes nothing would be asked for ever
+            return EIO; // a device that accepts no bytes would be called forever
         done += static_cast<std::size_t>(step);
     }
     return 0;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
@@ -8,7 +9,7 @@
 
 // Not installed.
 
-/// Calls `pages(begin, size)` for the whole pages of a block and gives what it answers; true where there are none.
+/// Calls `pages(begin, size)` for the whole pages within a block and returns its result, or true if there are none.
 template <typename F> auto OktForWholePages(void *memory, std::size_t size, F pages)
 {
     auto const page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
@@ -17,7 +18,7 @@ template <typename F> auto OktForWholePages(void *memory, std::size_t size, F pa
     return begin >= end || pages(reinterpret_cast<void *>(begin), end - begin);
 }
 
-/// Asks for large pages under a block that was just made, where the system has some. It is a wish: nothing tells its outcome.
+/// Asks the system for large pages under a new block. The outcome is not reported.
 inline void OktWishLargePages(void *memory, std::size_t size)
 {
 #if defined(MADV_HUGEPAGE)
@@ -28,8 +29,8 @@ inline void OktWishLargePages(void *memory, std::size_t size)
 #endif
 }
 
-/// Lets the system take the pages of a block for others when it runs short: what stands in them may become zeros at any time
-/// until they are written again. False where the system knows no such thing.
+/// Lets the system take back the pages of a block when memory is short: until they are written again, their bytes may become zero at
+/// any time. False: the system cannot do this.
 inline bool OktLendPages(void *memory, std::size_t size)
 {
 #if defined(MADV_FREE)

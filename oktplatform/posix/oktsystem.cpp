@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
+#include <oktplatform/generic/oktrandom.h>
 #include <oktplatform/okttext_internal.h>
-#include <oktplatform/posix/oktrandom.h>
+#include <oktplatform/oktwarningline_internal.h>
 
 #include <atomic>
 #include <cerrno>
@@ -16,7 +18,7 @@ namespace
 {
 std::atomic<unsigned int> generation{0};
 
-/// The system's own per-thread store, which tells a thread's end. When the library ends, threads that live on keep their object.
+/// The system's store for threads, which reports a thread's end. When the library is unloaded, threads that go on keep their object.
 class ThreadSlot
 {
 public:
@@ -55,14 +57,11 @@ private:
     void (*m_end)(void *);
     inline static std::atomic<bool> s_isOver = false;
 };
-
-constexpr char kWarningPrefix[] = "OKTDatabase10: ";
-constexpr std::size_t kWarningSize = 1024; // a write of so little to a pipe is one piece
 } // namespace
 
 // --- Random bytes ------------------------------------------------------------------------------------------------------------
 
-bool OktPosix::randomBytes(void *target, std::size_t size)
+bool OktSystem::randomBytes(void *target, std::size_t size)
 {
     auto *place = static_cast<char *>(target);
     while (size > 0)
@@ -78,14 +77,16 @@ bool OktPosix::randomBytes(void *target, std::size_t size)
     return true;
 }
 
-unsigned int OktPosix::processGeneration()
+unsigned int OktSystem::processGeneration()
 {
     static bool const arranged =
         pthread_atfork(nullptr, nullptr, [] { generation.fetch_add(1, std::memory_order_relaxed); }) == 0;
     if (!arranged)
-        return generation.fetch_add(1, std::memory_order_relaxed); // forks go unseen, so that nothing may be kept
+        return generation.fetch_add(1, std::memory_order_relaxed); // forks are not seen, so no bytes may be kept
     return generation.load(std::memory_order_relaxed);
 }
+
+std::size_t OktSystem::idsPerDraw() { return kMostIdsPerDraw; }
 
 // --- Threads -----------------------------------------------------------------------------------------------------------------
 
@@ -108,8 +109,11 @@ OktSystem::DecimalPoint OktSystem::decimalPoint()
     if (length == 1 && static_cast<unsigned char>(*bytes) < 0x80)
         return {bytes, 1, static_cast<Unit>(*bytes)};
 #if defined(__GLIBC__)
-    // The point as a wide character, whatever encoding its bytes are in.
-    auto const wide = reinterpret_cast<std::uintptr_t>(nl_langinfo(_NL_NUMERIC_DECIMAL_POINT_WC));
+    // The point as a wide character, whatever the encoding of its bytes. It is stored in the first bytes of the pointer, in both byte
+    // orders.
+    char const *const word = nl_langinfo(_NL_NUMERIC_DECIMAL_POINT_WC);
+    std::uint32_t wide = 0;
+    std::memcpy(&wide, &word, sizeof wide);
     return {bytes, length, static_cast<Unit>(wide)};
 #else
     char const *place = bytes;
@@ -126,27 +130,10 @@ bool OktSystem::resourceText(unsigned int, Unit const *&, std::size_t &) { retur
 void OktSystem::showWarning(Unit const *text, std::size_t length)
 {
     int const savedError = errno;
-    char line[kWarningSize];
-    std::size_t size = sizeof kWarningPrefix - 1;
-    std::memcpy(line, kWarningPrefix, size);
+    char line[OktText::kWarningLine];
+    std::size_t const size = OktText::putWarningLine(text, length, line);
 
-    // One line: breaks and other control characters become blanks, those at the start are dropped.
-    Unit const *const end = text + length;
-    bool atStart = true;
-    while (text != end && size + 5 <= sizeof line)
-    {
-        char32_t character = OktText::nextCharacter(text, end);
-        if (character < 0x20 || character == 0x7F)
-            character = ' ';
-        if (atStart && character == ' ')
-            continue;
-        atStart = false;
-        size += static_cast<std::size_t>(
-            OktText::putUtf8(OktText::isSurrogate(character) ? OktText::kReplacement : character, line + size));
-    }
-    line[size++] = '\n';
-
-    // A reader that went away or does not read must neither stop nor end this process.
+    // A reader that has closed the pipe or does not read must neither end nor block this process.
     pollfd target{STDERR_FILENO, POLLOUT, 0};
     if (poll(&target, 1, 0) == 1 && (target.revents & POLLOUT) != 0 && (target.revents & (POLLERR | POLLHUP | POLLNVAL)) == 0)
     {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
 #include <oktplatform/oktcodepage.h>
@@ -8,7 +9,7 @@
 
 namespace
 {
-/// The system's words for an error, as one line of UTF-8.
+/// The system's message for an error, as one line of UTF-8.
 std::string wordsOf(DWORD error)
 {
     wchar_t words[512];
@@ -22,7 +23,7 @@ std::string wordsOf(DWORD error)
     return text.ToUtf8();
 }
 
-/// The whole path: the name alone would be looked for in the folders of the system.
+/// The full path: a name alone would be searched for in the folders of the system.
 bool wholePath(std::wstring const &file, std::wstring &whole)
 {
     DWORD const needed = file.empty() ? 0 : GetFullPathNameW(file.c_str(), 0, nullptr, nullptr);
@@ -34,7 +35,7 @@ bool wholePath(std::wstring const &file, std::wstring &whole)
     return length > 0 && length < needed;
 }
 
-/// While one lives, no missing library makes the system ask the user.
+/// While one exists, the system does not ask the user about missing libraries.
 class NoQuestions
 {
 public:
@@ -59,7 +60,7 @@ bool OktSystem::loadModule(Unit const *path, std::size_t length, bool &wasThere,
         reason = wordsOf(ERROR_INVALID_NAME);
         return false;
     }
-    // Never unloaded, because the registry keeps pointing into a module.
+    // The module stays loaded, because the registry points into it.
     HMODULE module = nullptr;
     wasThere = GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN, whole.c_str(), &module) != 0;
     if (wasThere)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
 #include <oktplatform/oktcodepage.h>
@@ -12,7 +13,7 @@ using OktSystem::Unit;
 
 constexpr std::size_t kMostUnits = 1u << 27; // of one text
 
-/// Pages for which the system takes neither flags nor a substitute.
+/// Pages for which the system accepts neither flags nor a substitute.
 constexpr bool isPlainPage(unsigned int page)
 {
     return page == 42 || page == 50220 || page == 50221 || page == 50222 || page == 50225 || page == 50227 || page == 50229 ||
@@ -30,7 +31,7 @@ bool hasLoneSurrogate(Unit const *text, std::size_t length)
     return false;
 }
 
-/// The length of the character that begins at `text`, which has `left` bytes.
+/// The length in bytes of the character at `text`, which has `left` bytes.
 int characterLength(unsigned int page, char const *text, int left)
 {
     if (page != 54936)
@@ -43,7 +44,7 @@ int characterLength(unsigned int page, char const *text, int left)
     return isFour && left >= 4 ? 4 : isFour ? 1 : 2;
 }
 
-/// Converts character by character; what is none becomes U+FFFD.
+/// Converts character by character. Bytes that are no character become U+FFFD.
 std::wstring byCharacter(unsigned int page, char const *text, int length)
 {
     std::wstring units;
@@ -84,12 +85,12 @@ bool OktSystem::toCodePage(unsigned int page, Unit const *text, std::size_t leng
     DWORD const flags = plain ? 0 : WC_NO_BEST_FIT_CHARS;
     BOOL used = FALSE;
     int const count = static_cast<int>(length);
-    // Room for the longest characters and for a change of state at the end.
+    // Room for the longest characters and for a final change of state.
     constexpr std::size_t kMostBytes = 8;
     if (length > kMostUnits)
         return false;
     std::string made((length + 1) * kMostBytes, '\0');
-    char const ended[2] = {substitute, '\0'}; // a page of two bytes reads a second one
+    char const ended[2] = {substitute, '\0'}; // pages of two bytes read a second one
     int const written = ::WideCharToMultiByte(page, flags, text, count, made.data(), static_cast<int>(made.size()),
                                               plain ? nullptr : ended, plain ? nullptr : &used);
     if (written <= 0)

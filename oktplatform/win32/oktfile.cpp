@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
 #include <oktplatform/okttypes.h>
@@ -8,7 +9,7 @@
 namespace
 {
 constexpr std::size_t kMostAtOnce = 1u << 30;
-constexpr DWORD kDiskQuotaExceeded = 1295; // for which not every header has the system's name
+constexpr DWORD kDiskQuotaExceeded = 1295; // not all headers have the name
 
 HANDLE handleOf(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); } // NOLINT: handles are numbers
 
@@ -41,7 +42,7 @@ DWORD makingOf(OktSystem::FileRequest request)
     return request.create ? OPEN_ALWAYS : OPEN_EXISTING;
 }
 
-/// Finds room for that many bytes, without changing the file's length or its bytes, and cuts it then.
+/// Allocates disk space for that many bytes without changing the file, and then cuts it.
 int cutWithRoom(HANDLE file, std::uint64_t room, bool isNew)
 {
     LARGE_INTEGER length;
@@ -68,7 +69,7 @@ int OktSystem::openFile(Unit const *path, std::size_t length, FileRequest reques
     if (file == INVALID_HANDLE_VALUE)
         return lastError();
     bool const isNew = GetLastError() != ERROR_ALREADY_EXISTS;
-    // A device may be written. Reading one could wait for ever.
+    // A device may be written. Reading one could wait forever.
     if (request.access != FileAccess::Write && GetFileType(file) != FILE_TYPE_DISK)
     {
         CloseHandle(file);
@@ -112,7 +113,7 @@ int OktSystem::writeFile(std::intptr_t handle, void const *source, std::size_t c
                        static_cast<DWORD>(std::min(count - done, kMostAtOnce)), &step, nullptr))
             return lastError();
         if (step == 0)
-            return ERROR_WRITE_FAULT; // a device that takes nothing would be asked for ever
+            return ERROR_WRITE_FAULT; // a device that accepts no bytes would be called forever
         done += step;
     }
     return 0;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktwinapp.h>
 
 namespace
@@ -9,7 +10,7 @@ OktModuleEntry::OktModuleEntry() {}
 
 OktModuleEntry::~OktModuleEntry() {}
 
-// Called behind the static constructors and ahead of the static destructors.
+// Called after the static constructors and before the static destructors.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID);
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID)

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 
 // Not installed.
 
-/// Large pages are a privilege on this system.
+/// Asks for large pages under a block. They need a privilege on this system, so this does nothing.
 inline void OktWishLargePages(void *, std::size_t) {}
 
-/// Pages that are offered to this system must be asked back before they are used, which is not worth it here.
+/// Offers the pages of a block to the system. They would have to be reclaimed before use, which does not pay here.
 inline bool OktLendPages(void *, std::size_t) { return false; }

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
-// The platform's plain types are the system's own. Its header is taken without what programs of today seldom need and without
-// macros named min and max; a program that wants all of it includes <windows.h> before the headers of this library.
+// The platform's plain types are the system's own. Its header is included without its rarely used parts and without macros named min
+// and max. A program that needs all of it includes <windows.h> before the headers of this library.
 #if !defined(_INC_WINDOWS) && !defined(WIN32_LEAN_AND_MEAN)
 #define WIN32_LEAN_AND_MEAN
 #define OKT_LEAN_WINDOWS

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <oktplatform/oktsystem.h>
@@ -7,7 +8,7 @@
 /// Paths as the system takes them. Not installed.
 namespace OktWin32
 {
-/// False: a zero unit, which cannot stand in a path: the file opened would be another one.
+/// False: the text has a zero unit. No path can have one, so another file would be opened.
 inline bool pathOf(wchar_t const *text, std::size_t length, std::wstring &path)
 {
     path.assign(text, length);

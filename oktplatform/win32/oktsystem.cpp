@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktsystem.h>
 
-#include <oktplatform/okttext_internal.h>
 #include <oktplatform/okttypes.h>
-#include <oktplatform/win32/oktimage.h>
+#include <oktplatform/oktwarningline_internal.h>
+#include <oktplatform/win32/oktnativeimage.h>
 
 #include <clocale>
 #include <cstdlib>
@@ -12,11 +13,9 @@
 
 namespace
 {
-constexpr char kWarningPrefix[] = "OKTDatabase10: ";
 constexpr wchar_t kWarningTitle[] = L"OKTDatabase10";
-constexpr std::size_t kWarningSize = 1024;
 
-/// True when somebody can see and close a window of this process: not for a service, and not where no screen is.
+/// True: a user can see and close a window of this process. False for a service and without a screen.
 bool hasUser()
 {
     USEROBJECTFLAGS flags = {};
@@ -26,7 +25,7 @@ bool hasUser()
         return false;
     if (GetSystemMetrics(SM_CMONITORS) < 1)
         return false;
-    // Where no display driver could be started, not even a hidden window can be made.
+    // Without a display driver not even a hidden window can be created.
     HWND const trial = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     if (trial == nullptr)
         return false;
@@ -39,30 +38,13 @@ void writeLine(wchar_t const *text, std::size_t length)
     HANDLE const errors = GetStdHandle(STD_ERROR_HANDLE);
     if (errors == nullptr || errors == INVALID_HANDLE_VALUE)
         return;
-    char line[kWarningSize];
-    std::size_t size = sizeof kWarningPrefix - 1;
-    std::memcpy(line, kWarningPrefix, size);
-
-    // One line: breaks and other control characters become blanks, those at the start are dropped.
-    wchar_t const *const end = text + length;
-    bool atStart = true;
-    while (text != end && size + 5 <= sizeof line)
-    {
-        char32_t character = OktText::nextCharacter(text, end);
-        if (character < 0x20 || character == 0x7F)
-            character = ' ';
-        if (atStart && character == ' ')
-            continue;
-        atStart = false;
-        size += static_cast<std::size_t>(
-            OktText::putUtf8(OktText::isSurrogate(character) ? OktText::kReplacement : character, line + size));
-    }
-    line[size++] = '\n';
+    char line[OktText::kWarningLine];
+    std::size_t const size = OktText::putWarningLine(text, length, line);
     DWORD written = 0;
     WriteFile(errors, line, static_cast<DWORD>(size), &written, nullptr);
 }
 
-/// The system's own per-thread store, which tells a thread's end while the thread is whole.
+/// The system's store for threads, which reports a thread's end before the thread's memory is freed.
 class ThreadSlot
 {
 public:
@@ -129,7 +111,7 @@ OktSystem::DecimalPoint OktSystem::decimalPoint()
 
 bool OktSystem::resourceText(unsigned int id, Unit const *&text, std::size_t &length)
 {
-    // With no room to copy into, the place of the text itself is given, which has no closing zero.
+    // With a size of 0 the call returns the place of the text itself, which has no closing zero.
     HINSTANCE const module = reinterpret_cast<HINSTANCE>(const_cast<char *>(oktImageBase));
     int const count = LoadStringW(module, id, reinterpret_cast<wchar_t *>(&text), 0);
     length = static_cast<std::size_t>(count);

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // The system's parser, reached through COM, behind the names of this layer.
 //
-// The parser hands out another pointer each time it is asked for a node, and gives no way to compare two of them. So each node
-// that was ever asked for has one OktXmlNode here, which knows its neighbours; every change of a document goes through here.
+// The parser returns a new pointer for each request of a node, and two of them cannot be compared. So each node that was requested has
+// one OktXmlNode here, which knows its neighbours. Each change of a document goes through this file.
 
 #include <oktplatform/oktxmldom.h>
 
@@ -57,7 +58,7 @@ public:
     T *get() const { return m_pointer; }
     T *operator->() const { return m_pointer; }
     explicit operator bool() const { return m_pointer != nullptr; }
-    /// Where a call puts a pointer.
+    /// The place where a call stores a pointer.
     T **out()
     {
         reset();
@@ -70,7 +71,7 @@ private:
 
 using ComNode = Com<::IXMLDOMNode>;
 
-/// A system string that goes at the end.
+/// A system string, freed by the destructor.
 class Bstr
 {
 public:
@@ -101,7 +102,7 @@ void check(HRESULT result)
         throw COleException(result);
 }
 
-/// COM on the calling thread, for as long as this lives.
+/// COM on the calling thread, until the destructor.
 class Apartment
 {
 public:
@@ -131,7 +132,7 @@ struct OktXmlNode
     OktXmlNode *last = nullptr;
     OktXmlNode *next = nullptr;
     bool knowsChildren = false;
-    std::map<std::string, OktXmlNode *> attributes; // those that were asked for
+    std::map<std::string, OktXmlNode *> attributes; // those that were requested
 };
 
 struct OktXmlTree
@@ -150,7 +151,7 @@ OktXmlNode *entered(OktXmlTree &tree, ComNode com)
     OktXmlNode node;
     check(com->get_nodeType(&node.type));
     if (node.type == NODE_DOCUMENT_TYPE)
-        node.name = tree.documentType; // Wine, when asked, looks for a prefix where there is none, and may not come back
+        node.name = tree.documentType; // Wine searches for a prefix, and may not return
     else
     {
         Bstr name;
@@ -162,7 +163,7 @@ OktXmlNode *entered(OktXmlTree &tree, ComNode com)
     return &tree.nodes.back();
 }
 
-/// A node that was just made: it has no children, and nobody else has seen it.
+/// A new node without children.
 OktXmlNode *made(OktXmlTree &tree, ComNode com)
 {
     OktXmlNode *const node = entered(tree, std::move(com));
@@ -192,7 +193,7 @@ void unlink(OktXmlNode &child)
     child.next = nullptr;
 }
 
-// The list is asked, not the neighbours: a document type tells of none under Wine.
+// Uses the list of children instead of the neighbours: under Wine a document type has none.
 Com<::IXMLDOMNodeList> childrenOf(ComNode const &node)
 {
     Com<::IXMLDOMNodeList> list;
@@ -208,7 +209,7 @@ ComNode nextOf(Com<::IXMLDOMNodeList> const &list)
     return node;
 }
 
-/// Makes the children of a node known. Only documents and elements have children here.
+/// Reads the children of a node. Only documents and elements have children here.
 void learnChildren(OktXmlTree &tree, OktXmlNode &node)
 {
     if (node.knowsChildren)
@@ -221,7 +222,7 @@ void learnChildren(OktXmlTree &tree, OktXmlNode &node)
         linkLast(node, *entered(tree, std::move(child)));
 }
 
-/// The text with U+FFFD in place of every character that XML 1.0 cannot hold.
+/// The text with U+FFFD for each character that XML 1.0 does not allow.
 CString valueText(CString const &text)
 {
     CString copy = text.Owned();
@@ -282,7 +283,7 @@ bool isWithinBounds(OktXmlTree &tree)
     return true;
 }
 
-/// The bytes of a file as the array that the parser takes. The path is not the parser's business: it would take one for an address.
+/// The bytes of a file in an array for the parser. The parser does not get the path, which it could take for a network address.
 class FileImage
 {
 public:
@@ -303,7 +304,7 @@ public:
         return OktXmlProlog::look(static_cast<unsigned char const *>(m_array->pvData), m_array->rgsabound[0].cElements);
     }
 
-    /// It stays this object's own.
+    /// Owned by this object.
     VARIANT variant() const
     {
         VARIANT value;
@@ -353,7 +354,7 @@ void IXMLDOMNode::appendChild(IXMLDOMNodePtr const &child) const
         linkLast(*m_node, node);
         return;
     }
-    // A node of another document stays there, and a copy comes over.
+    // A node of another document stays there. A copy is added.
     ComNode copy = copied(node);
     check(m_node->com->appendChild(copy.get(), result.out()));
     linkLast(*m_node, *entered(*m_tree, result ? std::move(result) : std::move(copy)));
@@ -464,7 +465,7 @@ std::shared_ptr<IXMLDOMDocument> IXMLDOMDocument::create()
         FAILED(OleRun(object.get())) ||
         FAILED(object->QueryInterface(kDocumentInterface, reinterpret_cast<void **>(tree->document.out()))))
         return nullptr;
-    // The tree is complete when `load` returns, and nothing outside the file is opened.
+    // `load` returns the complete tree and opens no other file.
     tree->document->put_async(VARIANT_FALSE);
     tree->document->put_validateOnParse(VARIANT_FALSE);
     tree->document->put_resolveExternals(VARIANT_FALSE);
@@ -535,7 +536,7 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
         return S_FALSE;
     }
     if (parsed != VARIANT_TRUE || !isWithinBounds(*m_tree))
-        return S_FALSE; // nothing was looked at yet, so the document has no children here
+        return S_FALSE; // no children were read yet, so the document is empty here
     m_tree->root->knowsChildren = false;
     return S_OK;
 }

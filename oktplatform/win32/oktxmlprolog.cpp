@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/win32/oktxmlprolog.h>
 
 #include <algorithm>
@@ -8,7 +9,7 @@ namespace
 constexpr std::string_view kDocumentType = "<!DOCTYPE";
 constexpr std::string_view kEntity = "<!ENTITY";
 
-/// The characters of a document, one or two bytes each; of those beyond ASCII it is only known that they are.
+/// The characters of a document, one or two bytes each. Characters beyond ASCII are not told apart.
 class Characters
 {
 public:
@@ -36,7 +37,7 @@ public:
         return true;
     }
 
-    /// The place of a text from `place` on, the end where there is none.
+    /// The index of a text from `place` on, or the end.
     std::size_t find(std::size_t place, std::string_view text) const
     {
         while (place < m_count && !startsAt(place, text))
@@ -55,7 +56,7 @@ private:
 
     unsigned char const *m_bytes;
     std::size_t m_width;
-    std::size_t m_low; // where the lower byte of a character stands
+    std::size_t m_low; // the offset of the lower byte of a character
     std::size_t m_count;
 };
 
@@ -64,7 +65,7 @@ constexpr bool isSpace(char character)
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
 }
 
-/// What stands behind white space, up to the next of it or the end of a declaration's part.
+/// The word behind white space, up to the next white space or the end of a part of a declaration.
 std::string wordBehind(Characters const &text, std::size_t place)
 {
     while (place < text.count() && isSpace(text.at(place)))
@@ -75,7 +76,7 @@ std::string wordBehind(Characters const &text, std::size_t place)
     return word;
 }
 
-/// Behind a declaration, or behind the bracket that opens the declarations inside it.
+/// The place behind a declaration, or behind the bracket that opens its inner declarations.
 std::size_t behindDeclaration(Characters const &text, std::size_t place)
 {
     for (; place < text.count(); ++place)
@@ -95,8 +96,7 @@ bool isOfFourBytes(unsigned char const *bytes, std::size_t count)
                           (bytes[0] == 0xFF && bytes[1] == 0xFE && bytes[2] == 0 && bytes[3] == 0));
 }
 
-/// The value behind "encoding=" in the instruction that a document begins with, in lower case; empty without one. What says it
-/// twice is no name of any.
+/// The value of "encoding=" in the first instruction of a document, in lower case, or an empty text.
 std::string declaredEncoding(Characters const &text, std::size_t start)
 {
     constexpr std::string_view kName = "encoding";
@@ -114,7 +114,7 @@ std::string declaredEncoding(Characters const &text, std::size_t start)
     return text.find(place, kName) < end ? "?" : name;
 }
 
-/// The parser reads the characters as they are read here. In other encodings a byte of ASCII may be part of another character.
+/// True: the parser reads the characters as this file does. In other encodings an ASCII byte may be a part of another character.
 bool isTold(std::string const &encoding, bool isWide)
 {
     if (encoding.empty())

@@ -1,22 +1,21 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <cstddef>
 #include <string>
 
-// Not installed. What stands ahead of the root of a document, for what the system's parser does not bound or tell.
+// Not installed. What the system's parser does not limit or report of the text before the root of a document.
 
 namespace OktXmlProlog
 {
 struct Prolog
 {
-    /// A parameter entity is declared, or it cannot be told whether one is. What such an entity unfolds to may cost the parser
-    /// time without bound.
+    /// A parameter entity is declared, or the encoding is unknown, so one may be. Its expansion may cost the parser unlimited time.
     bool mayDeclareParameterEntity = false;
-    /// The name behind DOCTYPE, empty without one. A character beyond ASCII stands there as U+007F.
+    /// The name behind DOCTYPE, or an empty text. Characters beyond ASCII are U+007F.
     std::string documentType;
 };
 
-/// Looks at the bytes of a file. It can be told for UTF-16, and for encodings of one byte a character in which ASCII stands for
-/// itself.
+/// Reads the bytes of a file. Known encodings are UTF-16 and those of one byte for each ASCII character.
 Prolog look(unsigned char const *bytes, std::size_t count);
 } // namespace OktXmlProlog

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program of its own for each release of the class in docs/client-modules.md: writes a file, reads one, or reads one and saves
 // it again.
 

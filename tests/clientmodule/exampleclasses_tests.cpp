@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "oktdbangleparameter.h"
 #include "oktdbconstruct.h"
 #include "oktdbindexdata.h"

@@ -1,6 +1,7 @@
-#include "okt/files.h"
-#include "okt/process.h"
+// SPDX-License-Identifier: MIT
 #include "support/countof.h"
+#include "support/files.h"
+#include "support/process.h"
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 

@@ -1,6 +1,7 @@
-#include "okt/files.h"
-#include "okt/process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
 #include "support/printers.h"
+#include "support/process.h"
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // exit.save_in_page_N: saves and loads a pool from the destructor of a static object, when what the thread kept for itself has
 // ended already. The image must be the one that main saved, and nothing may touch the memory that the thread gave back.
 

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktfiler.h>
 
 #include <oktdatabase/oktdbpool.h>
+#include <oktplatform/oktdatabytes.h>
 
 #include "support/hexbytes.h"
 #include "support/printers.h"
@@ -439,13 +441,14 @@ TEST(VariantForm, WriteVariant_EachStoredKind_TheseBytes)
     add(
         "VT_I2 32767", VT_I2, [](tagVARIANT &v) { v.iVal = 32767; }, "02 02 00 00 00 01 FF 7F");
     add(
-        "VT_I2 with other data above", VT_I2, [](tagVARIANT &v) { v.llVal = 0x7777777777770001; }, "02 02 00 00 00 01 01 00");
+        "VT_I2 with other data above", VT_I2, [](tagVARIANT &v) { v.llVal = 0x7777777777777777, v.iVal = 1; },
+        "02 02 00 00 00 01 01 00");
     add(
         "VT_I4 -2", VT_I4, [](tagVARIANT &v) { v.lVal = -2; }, "02 03 00 00 00 02 FE FF FF FF");
     add(
         "VT_I4 smallest", VT_I4, [](tagVARIANT &v) { v.lVal = INT_MIN; }, "02 03 00 00 00 02 00 00 00 80");
     add(
-        "VT_I4 with other data above", VT_I4, [](tagVARIANT &v) { v.llVal = 0x7777777700000001; },
+        "VT_I4 with other data above", VT_I4, [](tagVARIANT &v) { v.llVal = 0x7777777777777777, v.lVal = 1; },
         "02 03 00 00 00 02 01 00 00 00");
     add(
         "VT_R8 2500.0", VT_R8, [](tagVARIANT &v) { v.dblVal = 2500.0; }, "02 05 00 00 00 03 00 00 00 00 00 88 A3 40");
@@ -456,7 +459,7 @@ TEST(VariantForm, WriteVariant_EachStoredKind_TheseBytes)
     add(
         "VT_BOOL 1", VT_BOOL, [](tagVARIANT &v) { v.boolVal = 1; }, "02 0B 00 00 00 02 01 00 00 00");
     add(
-        "VT_BOOL with other data above", VT_BOOL, [](tagVARIANT &v) { v.llVal = 0x777777777777FFFF; },
+        "VT_BOOL with other data above", VT_BOOL, [](tagVARIANT &v) { v.llVal = 0x7777777777777777, v.boolVal = VARIANT_TRUE; },
         "02 0B 00 00 00 02 FF FF FF FF");
     add(
         "VT_BSTR null", VT_BSTR, [](tagVARIANT &v) { v.bstrVal = nullptr; }, "02 08 00 00 00 04 00 00");
@@ -488,7 +491,7 @@ TEST(VariantForm, ReadVariant_AFloat_ADoubleThatSaysFloat_Quirk39)
     tagVARIANT value = emptyVariant();
     EXPECT_TRUE(filer.readVariant(u"v", value));
     EXPECT_EQ(value.vt, VT_R4);
-    EXPECT_EQ(value.dblVal, 1.5);
+    EXPECT_EQ(OktDataAsDouble(value), 1.5);
     EXPECT_EQ(value.fltVal, 0.0f); // what a caller gets that believes the kind
 }
 
@@ -761,12 +764,12 @@ TEST(VariantForm, ReadVariant_ValueOfAnotherRecord_Status1WithTheFailureValue)
     filer.loadFiler(hex(frameOf("02 04 00 00 00 02 05 00 00 00")));
     EXPECT_EQ(RecordingFiler::xmlInVariant(u"v", value, &filer), eFilerMemberFailed);
     EXPECT_EQ(value.vt, VT_R4);
-    EXPECT_EQ(value.dblVal, -std::numeric_limits<double>::max());
+    EXPECT_EQ(OktDataAsDouble(value), -std::numeric_limits<double>::max());
 
     filer.loadFiler(hex(frameOf("02 0B 00 00 00 00 01")));
     EXPECT_EQ(RecordingFiler::xmlInVariant(u"v", value, &filer), eFilerMemberFailed);
     EXPECT_EQ(value.vt, VT_BOOL);
-    EXPECT_EQ(value.lVal, -2147483647);
+    EXPECT_EQ(OktDataAsLong(value), -2147483647);
     EXPECT_EQ(value.boolVal, 1);
 
     filer.loadFiler(hex(frameOf("02 08 00 00 00 00 01")));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes of a pool file and of the frame of each stored class, spelled out. They stand in files for good: a change here is a
 // change of the format. The first byte of every record is its type: 2 an integer, 3 a double, 4 a wide text, 5 an 8-bit text, 6
 // and 7 the two ends of a frame, 8 and 9 those of a section.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // driver save|load: saves or loads one pool, always the same, between the begin and the end of the function of that name, where
 // callgrind counts (see compare). What goes ahead of it also warms up what only a first run does.
 
@@ -56,7 +57,7 @@ std::unique_ptr<OKTDbObject> picture()
     CByteArray bytes;
     bytes.SetSize(kPictureBytes);
     for (int i = 0; i < kPictureBytes; ++i)
-        bytes[i] = static_cast<BYTE>(i * i / 7);
+        bytes[i] = static_cast<BYTE>(static_cast<unsigned int>(i) * static_cast<unsigned int>(i) / 7);
     auto made = std::make_unique<OKTDbPicture>();
     made->setPictureData(bytes);
     return made;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // module.host: a program that does not link the library. It loads it by name again and again, asks its entry points, lets a client
 // module hold it, and unloads it: it must then be gone.
 //   host LIBRARY CLIENT-MODULE

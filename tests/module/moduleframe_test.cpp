@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdatabaseapp.h>
 #include <oktdatabase/oktmodule.h>
 

@@ -1,7 +1,8 @@
-#include <tools/okt/arguments.h>
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/arguments.h>
 
-#include "files.h"
-#include "process.h"
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 

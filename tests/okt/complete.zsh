@@ -1,9 +1,10 @@
-# complete.zsh SETUP LINE...: what an interactive zsh makes of each beginning of a command line when Tab is pressed behind it.
-# SETUP is run in that shell before.
+# SPDX-License-Identifier: MIT
+# complete.zsh SHELL SETUP LINE...: what an interactive zsh or bash makes of each beginning of a command line when Tab is pressed
+# behind it. SETUP is run in that shell before.
 
 zmodload zsh/zpty zsh/system || exit 1
-setup=$1
-shift
+program=$1 setup=$2
+shift 2
 export shown=$(mktemp) || exit 1
 trap 'rm -f $shown' EXIT
 
@@ -19,14 +20,24 @@ await()
     exit 1
 }
 
-zpty shell TERM=dumb zsh -f -i
-zpty -w shell "PS1=; unsetopt zle_bracketed_paste; autoload -Uz compinit; compinit -u -D; $setup
-show() { print -r -- \"\$BUFFER\" >>\$shown; BUFFER=; }; zle -N show; bindkey '^X' show; bindkey '^I' complete-word
+case $program in
+zsh)
+    zpty shell TERM=dumb zsh -f -i
+    zpty -w shell "PS1=; unsetopt zle_bracketed_paste; autoload -Uz compinit; compinit -u -D; $setup
+show() { print -r -- \"\$BUFFER\" >>\$shown; BUFFER=; }; zle -N show; bindkey '^G' show; bindkey '^I' complete-word
 print ready >>\$shown"
+    ;;
+bash)
+    zpty shell TERM=dumb bash --norc --noprofile -i
+    zpty -w shell "PS1=; $setup
+show() { printf '%s\\n' \"\$READLINE_LINE\" >>\$shown; READLINE_LINE= READLINE_POINT=0; }; bind -x '\"\C-g\": show'
+echo ready >>\$shown"
+    ;;
+esac
 integer lines=1
 await $lines
 for line in "$@"; do
-    zpty -w -n shell "$line"$'\t\C-x'
+    zpty -w -n shell "$line"$'\t\C-g'
     await $((++lines))
 done
 tail -n +2 $shown

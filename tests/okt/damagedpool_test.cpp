@@ -1,8 +1,9 @@
-#include "files.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
 
-#include <tools/okt/damagedpool.h>
-#include <tools/okt/diff/difftext.h>
-#include <tools/okt/reportcollector.h>
+#include <oktinspect/reportcollector.h>
+#include <okttext/damagedpool.h>
+#include <tools/okt/printing/difftext.h>
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -89,7 +90,7 @@ TEST(DamagedPool, RandomDamage_EveryByteInOnePartAndAFaultTold)
                 if (pool.parts.objects.empty() || pool.parts.objects.front().begin != 0)
                     see(0, okttext::kLengthRecord);
             }
-            for (okttext::Stretch const &stretch : pool.parts.objects)
+            for (okttext::PoolPiece const &stretch : pool.parts.objects)
                 see(stretch.begin, stretch.end);
             EXPECT_EQ(std::count(isSeen.begin(), isSeen.end(), false), 0);
         }

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
-#include "files.h"
-#include "process.h"
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 

@@ -1,7 +1,8 @@
-#include "files.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
 
-#include <tools/okt/exportfiles.h>
-#include <tools/okt/failure.h>
+#include <oktformat/failure.h>
+#include <tools/okt/files/exportfiles.h>
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,10 @@
-#include "files.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
 
 #include "support/clientclasses.h"
 #include "support/poolmaker.h"
 
-#include <tools/okt/gitfilter.h>
+#include <tools/okt/commands/gitfilter.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,14 +1,15 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/alloccount.h"
 #include "support/expectedleak.h"
 #include "support/scratchfolder.h"
 #include "support/wine.h"
 
-#include <tools/okt/failure.h>
-#include <tools/okt/inspect/filescan.h>
-#include <tools/okt/inspect/verifier.h>
+#include <oktformat/failure.h>
+#include <oktformat/filescan.h>
+#include <oktinspect/verifier.h>
 
 #include <oktdatabase/oktdatabase.h>
 

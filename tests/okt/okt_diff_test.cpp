@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "difftest.h"
 
 #include "support/clientclasses.h"
@@ -238,9 +239,9 @@ TEST_F(OktDiff, Diff_Trouble_ExitCodeTwo)
     expectTrouble(runOkt({"diff", path("none.okt"), file}), path("none.okt") + ": there is no such file\n");
     expectTrouble(runOkt({"diff", file, put("text.okt", "no pool")}), path("text.okt") + ":byte 0: this is no pool file");
     expectTrouble(runOkt({"diff", file, put("empty.okt", "")}), path("empty.okt") + ": the file is empty\n");
-    expectTrouble(runOkt({"diff", file}), "FILE: two files are compared, here are 1");
+    expectTrouble(runOkt({"diff", file}), "FILE: two files are compared, only one is given");
     expectTrouble(runOkt({"diff", "-", "-"}), "FILE: only one of the two files can be standard input");
-    expectTrouble(runOkt({"diff", "--git", file, file}), "--git: git gives 1, 7, 8 or 9 arguments, here are 2");
+    expectTrouble(runOkt({"diff", "--git", file, file}), "--git: git gives 1, 7, 8 or 9 arguments, 2 are given");
     expectTrouble(runOkt({"--module", path("none.so"), "diff", file, file}), path("none.so") + ": there is no such file\n");
 }
 
@@ -289,8 +290,8 @@ TEST_F(OktDiff, Diff_OptionsAndFiles_InAnyOrder)
                                                {"diff", "--members", before, "--", after}})
         EXPECT_THAT(runOkt(words).out, HasSubstr("    varConverted: 0.25 -> 0.5\n"));
     EXPECT_THAT(runOkt({"diff", before, "-u", "cm", after}).out, HasSubstr("~ Leg A: 25 cm -> 50 cm\n"));
-    expectTrouble(runOkt({"diff", before, after, before}), "FILE: two files are compared, here are 3");
-    expectTrouble(runOkt({"diff", before, "--", after, "--members"}), "FILE: two files are compared, here are 3");
+    expectTrouble(runOkt({"diff", before, after, before}), "FILE: two files are compared, 3 are given");
+    expectTrouble(runOkt({"diff", before, "--", after, "--members"}), "FILE: two files are compared, 3 are given");
 }
 
 #if !defined(_WIN32) // pipes with names, and a shell that makes them

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "difftest.h"
 
-#include <tools/okt/diff/listdiff.h>
+#include <oktinspect/listdiff.h>
 
 #include <oktdatabase/oktdatabase.h>
 

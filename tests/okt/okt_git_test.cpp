@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "difftest.h"
 
 #include <oktdatabase/oktdatabase.h>

@@ -1,10 +1,11 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 
-#include <tools/okt/console.h>
-#include <tools/okt/progress.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -292,7 +293,7 @@ TEST_F(OktHabits, NamedPipe_EveryCommandThatReadsPools)
     EXPECT_EQ(piped("show /dev/zero").err, "okt: /dev/zero: this is no plain file\n");
 }
 
-// ---- Progress ----------------------------------------------------------------------------------------------------------------
+// ---- ProgressLine ----------------------------------------------------------------------------------------------------------------
 
 /// Imports a text that comes slowly, and gives what standard error has then.
 std::string errorOfSlowImport(std::string const &text, std::string const &output, int err, auto contents)
@@ -404,7 +405,7 @@ TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
     using namespace std::chrono_literals;
     setenv("TERM", "xterm", 1);
     EXPECT_EQ(errorOf([] {
-                  okt::Progress const first("report", 10, "template");
+                  okt::ProgressLine const first("report", 10, "template");
                   okt::Waiting const waiting("link.okt", 0, 0ms);
                   std::this_thread::sleep_for(500ms);
               }),

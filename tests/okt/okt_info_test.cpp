@@ -1,5 +1,6 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 

@@ -1,5 +1,6 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 
@@ -7,7 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <tools/okt/inspect/textmatch.h>
+#include <oktinspect/textmatch.h>
 
 #include <algorithm>
 #include <string>

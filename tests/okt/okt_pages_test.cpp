@@ -1,5 +1,6 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 
@@ -154,17 +155,71 @@ TEST_F(OktPages, Pages_Completions_ThoseThatTheCommandWrites)
     EXPECT_EQ(contents(path("share/bash-completion/completions/okt")), runOkt({"completion", "bash"}).out);
     EXPECT_EQ(contents(path("share/zsh/site-functions/_okt")), runOkt({"completion", "zsh"}).out);
     EXPECT_EQ(contents(path("share/fish/vendor_completions.d/okt.fish")), runOkt({"completion", "fish"}).out);
-    for (char const *const name : {"bash", "zsh", "fish"})
-        for (std::string const &command : commands())
-            EXPECT_THAT(runOkt({"completion", name}).out, HasSubstr(command)) << name;
     EXPECT_EQ(runOkt({"completion", "cmd"}).exitCode, 2);
+}
+
+/// What okt answers a shell that completes these words.
+std::string candidates(std::vector<std::string> words)
+{
+    words.insert(words.begin(), {"__complete", "--"});
+    ProcessResult const result = runOkt(words);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    return result.out;
+}
+
+TEST(OktComplete, Words_CandidatesOfThatPlace)
+{
+    EXPECT_EQ(candidates({"completion", ""}), "bash\nzsh\nfish\n");
+    EXPECT_EQ(candidates({"show", "--unit", ""}), "mm\ncm\nm\nin\nft\n");
+    EXPECT_EQ(candidates({"show", "-u", "x"}), "mm\ncm\nm\nin\nft\n") << "the shell picks";
+    EXPECT_EQ(candidates({"show", "--uni", ""}), "mm\ncm\nm\nin\nft\n") << "a shortened name";
+    EXPECT_EQ(candidates({"show", "--unit=c"}), "--unit=mm\n--unit=cm\n--unit=m\n--unit=in\n--unit=ft\n");
+    EXPECT_EQ(candidates({"show", "--unit", "=", "c"}), "mm\ncm\nm\nin\nft\n") << "as bash parts it";
+    EXPECT_EQ(candidates({"show", "--unit", "="}), "mm\ncm\nm\nin\nft\n");
+    EXPECT_EQ(candidates({"show", "--unit", "mm", ""}), ":file\n");
+    EXPECT_EQ(candidates({"show", "-umm", ""}), ":file\n");
+    EXPECT_EQ(candidates({"show", "my file.okt", ""}), ":file\n");
+    EXPECT_EQ(candidates({"build", "-o", ""}), ":folder\n");
+    EXPECT_EQ(candidates({"report", "--output=x"}), ":file\n");
+    EXPECT_EQ(candidates({"report", "--title", ""}), "");
+    EXPECT_EQ(candidates({"modules", ""}), "") << "it takes no operand";
+    EXPECT_EQ(candidates({"nothing", "--un"}), "");
+    EXPECT_EQ(candidates({"--module", ""}), ":file\n");
+    EXPECT_EQ(candidates({"show", "--", "--un"}), ":file\n") << "no option behind --";
+    EXPECT_EQ(candidates({"show", "--unit", "--", ""}), ":file\n") << "here -- is the value";
+    EXPECT_THAT(candidates({""}), HasSubstr("show\t"));
+    EXPECT_THAT(candidates({"show", "-"}), HasSubstr("\n--unit\tthe unit that lengths are shown in"));
+    EXPECT_THAT(candidates({"show", "-"}), HasSubstr("\n--no-modules\t"));
+    EXPECT_EQ(candidates({}), candidates({""}));
+}
+
+TEST(OktComplete, Command_NowhereTold)
+{
+    for (char const *const shown : {"--help", "help"})
+        EXPECT_THAT(runOkt({shown}).out, testing::Not(HasSubstr("__complete")));
+    EXPECT_THAT(candidates({""}), testing::Not(HasSubstr("__complete")));
+    EXPECT_EQ(runOkt({"__complete"}).err, "okt: there is no command __complete; see \"okt --help\"\n");
+}
+
+/// For the beginning of a set-up: okt is found.
+std::string pathToOkt() { return "PATH='" + fs::path(OKT_EXE).parent_path().string() + "':$PATH; "; }
+
+/// What an interactive shell makes of the beginnings of command lines when Tab is pressed behind each; a line each.
+std::string completedBy(std::string const &shell, std::string const &setUp, std::vector<std::string> const &lines)
+{
+    std::vector<std::string> arguments = {"-f", OKT_TEST_DATA_DIR "/okt/complete.zsh", shell, pathToOkt() + setUp};
+    arguments.insert(arguments.end(), lines.begin(), lines.end());
+    ProcessResult const result = runProgram("/usr/bin/zsh", arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    return result.out;
 }
 
 /// What bash offers at the end of a command line.
 std::string offered(std::string const &words, int current)
 {
     return runProgram("/bin/bash", {"-c",
-                                    "source <(\"$0\" completion bash); COMP_WORDS=(" + words +
+                                    "PATH=$(dirname \"$0\"):$PATH; source <(okt completion bash); COMP_WORDS=(" + words +
                                         "); COMP_CWORD=" + std::to_string(current) + "; _okt; echo \"${COMPREPLY[*]}\"",
                                     OKT_EXE})
         .out;
@@ -187,18 +242,40 @@ TEST_F(OktPages, BashCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offered("okt --no-modules help mod", 3), "modules\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offered("okt build " + data, 2), data + "ords.bf2d\n");
+    EXPECT_EQ(offered("okt show --unit = i", 4), "in\n") << "bash parts --unit=i so";
+    EXPECT_EQ(offered("okt show --unit =", 3), "mm cm m in ft\n");
+    put("my link.okt", std::string("x"));
+    std::string const shown = path("my link.okt");
+    EXPECT_EQ(offered("okt show '" + shown + "' --un", 3), "--unit\n");
+    EXPECT_EQ(offered("okt report --output = '" + path("my") + "'", 4), shown + "\n");
+    EXPECT_EQ(offered("okt show -- --un", 3), "\n");
+    EXPECT_EQ(offered(OKT_EXE " sh", 1), "show\n");
+    EXPECT_EQ(offered("/nowhere/okt sh", 1), "show\n") << "that of the path answers";
     for (char const *const option : {"report --title", "picture --index", "dump --at", "find --class", "ls --name"})
         EXPECT_EQ(offered("okt " + std::string(option) + " ''", 3), "\n") << option << ": no file";
     EXPECT_EQ(shell("source <(\"$0\" completion bash); complete -p okt").out, "complete -F _okt okt\n");
 }
 
+TEST_F(OktPages, BashCompletion_AtTheKeyboard_BlanksInNames)
+{
+    put("my link.okt", std::string("x"));
+    std::string const my = path("my");
+    EXPECT_EQ(
+        completedBy("bash", "source <(okt completion bash)",
+                    {"okt ex", "okt show --unit=i", "okt show " + my, "okt show " + my + "\\ l", "okt show \"" + my + " l",
+                     "okt report --output=" + my, "okt report --title " + my, "okt show my\\ link.okt --un"}),
+        "okt export \nokt show --unit=in \nokt show " + my + "\\ link.okt \nokt show " + my + "\\ link.okt \nokt show \"" + my +
+            " link.okt\" \nokt report --output=" + my + "\\ link.okt \nokt report --title " + my +
+            "\nokt show my\\ link.okt --unit \n");
+}
+
 /// What fish offers at the end of a command line, without the descriptions; a line each.
 std::string offeredByFish(std::string const &line)
 {
-    ProcessResult const result =
-        runProgram("/usr/bin/fish",
-                   {"--no-config", "-c",
-                    "$argv[1] completion fish | source; complete -C $argv[2] | string replace -r '\\t.*' ''", OKT_EXE, line});
+    ProcessResult const result = runProgram("/usr/bin/fish", {"--no-config", "-c",
+                                                              "set -x PATH (dirname $argv[1]) $PATH; okt completion fish | "
+                                                              "source; complete -C $argv[2] | string replace -r '\\t.*' ''",
+                                                              OKT_EXE, line});
     EXPECT_EQ(result.err, "") << line;
     return result.out;
 }
@@ -225,37 +302,55 @@ TEST_F(OktPages, FishCompletion_CommandsOptionsValuesFiles)
     EXPECT_EQ(offeredByFish("okt help sh"), "show\n");
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
     EXPECT_EQ(offeredByFish("okt build " + data), data + "ords.bf2d\n");
-}
-
-/// What an interactive zsh makes of the beginnings of command lines when Tab is pressed behind each; a line each.
-std::string completedByZsh(std::string const &setUp, std::vector<std::string> const &lines)
-{
-    std::vector<std::string> arguments = {"-f", OKT_TEST_DATA_DIR "/okt/complete.zsh", setUp};
-    arguments.insert(arguments.end(), lines.begin(), lines.end());
-    ProcessResult const result = runProgram("/usr/bin/zsh", arguments);
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    return result.out;
+    EXPECT_EQ(offeredByFish("okt show --unit=i"), "--unit=in\n");
+    EXPECT_EQ(offeredByFish("okt show -- --un"), "");
+    put("my link.okt", std::string("x"));
+    EXPECT_EQ(offeredByFish("okt show " + path("my")), path("my link.okt") + "\n");
+    EXPECT_EQ(offeredByFish("okt show '" + path("my link.okt") + "' --un"), "--unit\n");
+    EXPECT_EQ(offeredByFish("okt report --output=" + path("my")), "--output=" + path("my link.okt") + "\n");
+    EXPECT_EQ(offeredByFish(OKT_EXE " sh"), "show\n");
 }
 
 TEST_F(OktPages, ZshCompletion_CommandsOptionsValuesFiles)
 {
     std::string const data = OKT_EXAMPLES_DIR "/data/bar-rec";
+    put("my link.okt", std::string("x"));
     EXPECT_EQ(
-        completedByZsh("source <('" OKT_EXE "' completion zsh)",
-                       {"okt ex", "okt show --un", "okt show --unit i", "okt show --ids --unit i", "okt --module x.so ex",
-                        "okt --module x.so show --un", "okt completion z", "okt export --format b", "okt --ver",
-                        "okt build " + data, "okt diff a.okt " + data, "okt nothing --un", "okt help sho", "okt show --no-m"}),
+        completedBy("zsh", "source <(okt completion zsh)",
+                    {"okt ex",
+                     "okt show --un",
+                     "okt show --unit i",
+                     "okt show --ids --unit i",
+                     "okt --module x.so ex",
+                     "okt --module x.so show --un",
+                     "okt completion z",
+                     "okt export --format b",
+                     "okt --ver",
+                     "okt build " + data,
+                     "okt diff a.okt " + data,
+                     "okt nothing --un",
+                     "okt help sho",
+                     "okt show --no-m",
+                     "okt show --unit=i",
+                     "okt show -- --un",
+                     "okt show " + path("my"),
+                     "okt show my\\ link.okt --un",
+                     "okt report --output=" + path("my"),
+                     OKT_EXE " ex"}),
         "okt export \nokt show --unit \nokt show --unit in \nokt show --ids --unit in \nokt --module x.so export \n"
         "okt --module x.so show --unit \nokt completion zsh \nokt export --format bf2d \nokt --version \nokt build " +
             data + "ords.bf2d \nokt diff a.okt " + data +
-            "ords.bf2d \nokt nothing --un\nokt help show \nokt show --no-modules \n");
+            "ords.bf2d \nokt nothing --un\nokt help show \nokt show --no-modules \nokt show --unit=in \nokt show -- --un\n"
+            "okt show " +
+            path("my") + "\\ link.okt \nokt show my\\ link.okt --unit \nokt report --output=" + path("my") +
+            "\\ link.okt \n" OKT_EXE " export \n");
 }
 
 TEST_F(OktPages, ZshCompletion_FromAFolderOfFunctions)
 {
     ASSERT_EQ(runOkt({"pages", "-o", path("share")}).exitCode, 0);
-    EXPECT_EQ(completedByZsh("fpath=('" + path("share/zsh/site-functions") + "' $fpath); compinit -u -D",
-                             {"okt ex", "okt show --un"}),
+    EXPECT_EQ(completedBy("zsh", "fpath=('" + path("share/zsh/site-functions") + "' $fpath); compinit -u -D",
+                          {"okt ex", "okt show --un"}),
               "okt export \nokt show --unit \n");
 }
 

@@ -1,12 +1,13 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 #include "support/units.h"
 
-#include <tools/okt/picturetext.h>
+#include <oktinspect/picturetext.h>
 
 #include <oktdatabase/oktdatabase.h>
 

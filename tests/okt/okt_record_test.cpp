@@ -1,5 +1,6 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/scratchfolder.h"
 
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <string>
@@ -63,6 +65,47 @@ TEST_F(OktBf2dCommands, Build_TheExamples_ShapeCodesAndTitles)
     EXPECT_EQ(codes, (std::vector<std::string>{"11", ""}));
     EXPECT_EQ(titles, (std::vector<std::string>{"Bent bar, 12 mm, TestPDF 417/1 (bar-records-1)",
                                                 "Bent bar, 12 mm, TestPDF 417/1 (bar-records-2)"}));
+}
+
+std::string utf16(std::string const &ascii, bool isLittle)
+{
+    std::string bytes;
+    for (char const c : ascii)
+        bytes += isLittle ? std::string{c, '\0'} : std::string{'\0', c};
+    return bytes;
+}
+
+TEST_F(OktBf2dCommands, Build_RecordsBehindAByteOrderMark_TheSameRecords)
+{
+    fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
+    std::string const records = contents(kData + "/bar-records.bf2d");
+    for (std::string const &bytes :
+         {"\xEF\xBB\xBF" + records, "\xFF\xFE" + utf16(records, true), "\xFE\xFF" + utf16(records, false)})
+    {
+        ProcessResult const built = runOkt({"build", put("r.bf2d", bytes), "-o", path("out"), "--force"});
+        EXPECT_EQ(built.exitCode, 0);
+        EXPECT_EQ(built.err, "");
+        EXPECT_EQ(runOkt({"export", "--format", "bf2d", path("out/r-1.okt")}).out, records.substr(0, records.find('\n') + 1));
+    }
+}
+
+TEST_F(OktBf2dCommands, Build_RecordsInAnotherEncoding_OneLineTellsIt)
+{
+    fs::copy(kData + "/bars-en10080.csv", path("bars-en10080.csv"));
+    std::string const records = contents(kData + "/bar-records.bf2d");
+    auto const told = [this](std::string const &bytes) {
+        std::string const file = put("r.bf2d", bytes);
+        ProcessResult const built = runOkt({"build", file, "-o", path("out")});
+        EXPECT_EQ(built.exitCode, 1);
+        EXPECT_EQ(built.out, "");
+        EXPECT_TRUE(built.err.starts_with("okt: " + file)) << built.err;
+        return built.err.substr(std::min(built.err.size(), ("okt: " + file).size()));
+    };
+    std::string const wanted = "; bar records are ASCII, or UTF-16 with a byte order mark\n";
+    EXPECT_EQ(told(utf16(records, true)), ": this looks like UTF-16 without a byte order mark" + wanted);
+    EXPECT_EQ(told(utf16(records, false)), ": this looks like UTF-16 without a byte order mark" + wanted);
+    EXPECT_EQ(told(std::string("\xFF\xFE\0\0", 4) + records), ": this is UTF-32" + wanted);
+    EXPECT_EQ(told("\xFF\xFE" + utf16(records, true) + "x"), ":3: the file ends in the middle of a character of UTF-16\n");
 }
 
 TEST_F(OktBf2dCommands, Build_OnlyWrongRecords_NoFolder)

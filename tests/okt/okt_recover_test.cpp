@@ -1,9 +1,10 @@
-#include "files.h"
-#include "process.h"
-#include "tinypng.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
+#include "support/tinypng.h"
 
-#include <tools/okt/guids.h>
-#include <tools/okt/inspect/objectscan.h>
+#include <oktformat/guids.h>
+#include <oktformat/objectscan.h>
 
 #include "support/printers.h"
 #include "support/scratchfolder.h"

@@ -1,16 +1,17 @@
-#include "files.h"
-#include "process.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
 
 #include "support/countof.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 
-#include <tools/okt/report/html.h>
-#include <tools/okt/report/layeredlayout.h>
-#include <tools/okt/report/naturalorder.h>
-#include <tools/okt/report/pageparts.h>
-#include <tools/okt/report/pagevalue.h>
-#include <tools/okt/report/relationgraph.h>
+#include <oktreport/html.h>
+#include <oktreport/layeredlayout.h>
+#include <oktreport/naturalorder.h>
+#include <oktreport/pageparts.h>
+#include <oktreport/pagevalue.h>
+#include <oktreport/relationgraph.h>
 
 #include <oktdatabase/oktdatabase.h>
 

@@ -1,10 +1,12 @@
-#include "files.h"
-#include "process.h"
-#include "tinypng.h"
+// SPDX-License-Identifier: MIT
+#include "support/files.h"
+#include "support/process.h"
+#include "support/tinypng.h"
 
-#include <tools/okt/inspect/libraryread.h>
-#include <tools/okt/inspect/recovery.h>
-#include <tools/okt/inspect/verifier.h>
+#include <oktinspect/findingtext.h>
+#include <oktinspect/libraryread.h>
+#include <oktinspect/recovery.h>
+#include <oktinspect/verifier.h>
 
 #include "support/clientclasses.h"
 #include "support/reportcatcher.h"
@@ -209,14 +211,11 @@ protected:
 
     std::string findingsOf(std::string const &bytes)
     {
-        okt::FileScan scan(put("pool.okt", bytes));
+        okt::VerifyOptions options;
+        options.moduleOf = m_moduleOf;
         std::string text;
-        okt::verify(
-            scan,
-            [&text](okt::Finding const &finding) {
-                text += okt::severityName(finding.severity) + (": " + finding.text) + "\n";
-            },
-            m_moduleOf);
+        for (okt::Finding const &finding : okt::verify(put("pool.okt", bytes), options).findings)
+            text += okt::severityName(finding.severity) + (": " + okt::sentenceOf(finding)) + "\n";
         return text;
     }
 

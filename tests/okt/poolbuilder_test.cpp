@@ -1,10 +1,12 @@
-#include <tools/okt/failure.h>
-#include <tools/okt/files.h>
-#include <tools/okt/poolbuilder.h>
+// SPDX-License-Identifier: MIT
+#include <oktformat/failure.h>
+#include <oktrebar/poolbuilder.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/files/poolfile.h>
 
-#include "okt/files.h"
-#include "okt/process.h"
+#include "support/files.h"
 #include "support/printers.h"
+#include "support/process.h"
 #include "support/scratchfolder.h"
 
 #include <oktdatabase/oktdatabase.h>

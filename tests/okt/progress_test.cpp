@@ -1,4 +1,5 @@
-#include <tools/okt/progress.h>
+// SPDX-License-Identifier: MIT
+#include <tools/okt/terminal/progress.h>
 
 #include <gtest/gtest.h>
 

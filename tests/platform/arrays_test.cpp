@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktarrays.h>
 
 #include "support/alloccount.h"

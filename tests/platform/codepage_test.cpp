@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktcodepage.h>
 
 #include "support/printers.h"

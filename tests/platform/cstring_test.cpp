@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktstring.h>
 
 #include <oktplatform/oktcodepage.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktstring.h>
 
 #include "support/numericlocale.h"
@@ -5,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
@@ -240,7 +242,8 @@ TEST(Format, PointOfSeveralBytes_IsOneUnitAndOneColumn)
     // Few machines have a locale with such a point, so that it is made here.
     ScratchFolder const folder;
     std::string const where = folder.path("ps_AF.UTF-8").ToUtf8();
-    ASSERT_EQ(std::system(("localedef -i ps_AF -f UTF-8 '" + where + "' 2> /dev/null").c_str()), 0);
+    std::string const order = std::endian::native == std::endian::little ? "--little-endian" : "--big-endian";
+    ASSERT_EQ(std::system(("localedef " + order + " -i ps_AF -f UTF-8 '" + where + "' 2> /dev/null").c_str()), 0);
     char const *const before = std::getenv("LOCPATH");
     std::string const saved = before == nullptr ? "" : before;
     setenv("LOCPATH", where.substr(0, where.rfind('/')).c_str(), 1);

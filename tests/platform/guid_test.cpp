@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktguid.h>
 
 #include "support/failingrandom.h"
@@ -32,6 +33,16 @@ Bytes bytesOf(GUID const &guid)
 
 constexpr GUID kKnown = {0x2933BF90, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 } // namespace
+
+// --- Bytes -------------------------------------------------------------------------------------------------------------------
+
+TEST(GuidBytes, InAFile_NumbersWithTheLowestByteFirst)
+{
+    constexpr Bytes kExpected = {0x90, 0xBF, 0x33, 0x29, 0x36, 0x7B, 0xD2, 0x11,
+                                 0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60};
+    auto const stored = OktFileBytesOfGuid(kKnown);
+    EXPECT_TRUE(std::equal(kExpected.begin(), kExpected.end(), &stored[0]));
+}
 
 // --- Text --------------------------------------------------------------------------------------------------------------------
 

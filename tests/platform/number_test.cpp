@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktnumber.h>
 
 #include "support/numericlocale.h"

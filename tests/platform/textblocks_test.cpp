@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts whose buffers share blocks of memory are texts like others, and a block lives as long as one of them does.
 
 #include "support/alloccount.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktvariant.h>
 
 #include "support/alloccount.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktwarning.h>
 
 #include "support/alloccount.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktplatform/oktxmldom.h>
 
 #include "support/hexbytes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/expectedleak.h"
 
 // A sanitizer takes address space without bound, and other systems tell and bound it in other ways.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbcategory.h>
 #include <oktdatabase/oktdbgroupcategory.h>
 #include <oktdatabase/oktdbgroupparameter.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/allclasses.h"
 #include "support/imageof.h"
 #include "support/poolcontents.h"

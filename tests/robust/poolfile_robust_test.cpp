@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pool files that were cut or damaged. The library answers true or false, runs into no undefined behaviour (the suite is built
 // with the sanitizers, too), keeps what it read ahead of the fault, and the pool can be used afterwards.
 

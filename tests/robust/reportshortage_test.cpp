@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/hexbytes.h"
 #include "support/imageof.h"
 #include "support/shortage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/allclasses.h"
 #include "support/hexbytes.h"
 #include "support/printers.h"

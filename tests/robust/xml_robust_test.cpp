@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents that are none, damaged ones and hostile ones. The filer answers as it does to any file that cannot be read, memory
 // stays bounded, nothing outside the file is opened, and nothing is written to standard error.
 
@@ -18,8 +19,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <ctime>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -32,7 +32,9 @@
 #include <sys/file.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,19 +50,6 @@ constexpr char kWhole[] =
     "<m_dfZ double=\"-0.25\"/></Members></p><Map name=\"m\"><a long=\"1\"/></Map>"
     "<Object class=\"OKTDbRelation\" version=\"1\"><Members version=\"1\"><varConverted long=\"1\"/></Members></Object>"
     "</Document>\n";
-
-/// The time of this process that a piece of work takes, whatever else the machine does.
-double secondsOf(std::function<void()> const &work)
-{
-    auto const used = [] {
-        timespec time = {};
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-    };
-    double const before = used();
-    work();
-    return used() - before;
-}
 
 #if defined(_WIN32)
 /// How far a check lets the largest resident size of this process grow in bytes: what a test before this one used at most is not
@@ -126,6 +115,19 @@ std::size_t growthInOwnProcess(std::function<bool()> const &check)
     EXPECT_EQ(got, static_cast<ssize_t>(sizeof growth));
     return growth;
 }
+
+std::atomic<int> g_sockets{0};
+
+/// Counts the connections that this process began, its libraries included.
+class SocketCount
+{
+public:
+    SocketCount() : m_before(g_sockets) {}
+    int count() const { return g_sockets - m_before; }
+
+private:
+    int m_before;
+};
 
 /// Tells whether anybody opened a file since it was asked last.
 class OpenWatcher
@@ -261,6 +263,15 @@ std::string utf16(std::string_view text, bool bigEndian, bool withMark)
     return bytes;
 }
 } // namespace
+
+#if !defined(_WIN32)
+/// Takes the place of the function of the C library for the whole test program and its libraries, so it must be seen by them.
+extern "C" __attribute__((visibility("default"))) int socket(int domain, int type, int protocol) noexcept
+{
+    ++g_sockets;
+    return static_cast<int>(syscall(SYS_socket, domain, type, protocol));
+}
+#endif
 
 // --- What is no document -----------------------------------------------------------------------------------------------------
 
@@ -631,7 +642,7 @@ TEST_F(XmlRobustTest, ExternalEntities_ContentDoesNotAppear)
     }
 }
 
-#if !defined(_WIN32) // the kernel there tells who opens a file
+#if !defined(_WIN32) // who opens a file or a connection cannot be seen there
 TEST_F(XmlRobustTest, ExternalEntities_TheirFilesAreNotEvenOpened)
 {
     std::string const file = putText(m_folder, "other.dtd", "<!ENTITY f 'text'>").ToUtf8();
@@ -653,15 +664,17 @@ TEST_F(XmlRobustTest, ExternalEntities_TheirFilesAreNotEvenOpened)
         EXPECT_FALSE(watcher.wasOpened()) << document;
     }
 }
-#endif
 
-TEST_F(XmlRobustTest, ExternalEntities_OnAHostThatIsNotThere_AnswerAtOnce)
+TEST_F(XmlRobustTest, ExternalEntities_OnAnotherHost_NobodyIsAsked)
 {
-    auto const begin = std::chrono::steady_clock::now();
+    SocketCount const sockets;
     opens("<!DOCTYPE d SYSTEM 'http://192.0.2.1/x.dtd' [<!ENTITY e SYSTEM 'http://192.0.2.1/e'>]><Document>&e;</Document>");
     opens("<!DOCTYPE d [<!ENTITY % e SYSTEM 'ftp://192.0.2.1/e'>%e;]><Document/>");
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+    EXPECT_EQ(sockets.count(), 0);
+    close(socket(AF_UNIX, SOCK_STREAM, 0));
+    EXPECT_EQ(sockets.count(), 1); // they are seen
 }
+#endif
 
 // --- Size --------------------------------------------------------------------------------------------------------------------
 
@@ -771,7 +784,7 @@ TEST_F(XmlRobustTest, OpenAndCloseAgainAndAgain_MemoryStaysAsItIs)
               megabytes(30));
 }
 
-TEST_F(XmlRobustTest, Writing200000ValuesUnderOneFrame_TimeAndMemoryAreLinear)
+TEST_F(XmlRobustTest, Writing200000ValuesUnderOneFrame_WholeAndMemoryIsLinear)
 {
     CString const path = m_folder.path("values.xml");
     auto const writeValues = [&](int count) {
@@ -781,10 +794,7 @@ TEST_F(XmlRobustTest, Writing200000ValuesUnderOneFrame_TimeAndMemoryAreLinear)
             done = filer.writeInt(CString::FromUtf8("v" + std::to_string(i)), i) && done;
         return filer.endWriteMembers() && filer.endWriteClass() && filer.CloseFiler() && done;
     };
-    double few = secondsOf([&] { EXPECT_TRUE(writeValues(25'000)); });
-    few = std::max(few, secondsOf([&] { EXPECT_TRUE(writeValues(25'000)); }));
-    double const many = secondsOf([&] { EXPECT_TRUE(writeValues(200'000)); });
-    EXPECT_LT(many, few * 8 * 4); // eight times as many: a walk for each would cost sixty-four times as much
+    EXPECT_TRUE(writeValues(200'000));
     std::string const text = textOf(path);
     EXPECT_EQ(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')), 2u);
     EXPECT_EQ(text.substr(0, 120), documentOf("<Object class=\"C\" version=\"1\"><Members version=\"1\"><v0 long=\"0\"/>"
@@ -797,7 +807,7 @@ TEST_F(XmlRobustTest, Writing200000ValuesUnderOneFrame_TimeAndMemoryAreLinear)
     EXPECT_LT(growth, megabytes(150)); // some 750 bytes for each value: its nodes and no copies of them
 }
 
-TEST_F(XmlRobustTest, WriteXMLFileOfALargePool_TimeAndMemoryAreLinear)
+TEST_F(XmlRobustTest, WriteXMLFileOfALargePool_IsFalse_MemoryIsLinear)
 {
     CString const path = m_folder.path("pool.xml");
     auto const fill = [](OKTDbPool &pool, int count) {
@@ -806,35 +816,20 @@ TEST_F(XmlRobustTest, WriteXMLFileOfALargePool_TimeAndMemoryAreLinear)
             done = pool.appendObject(new OKTDbRelation) && done;
         return done;
     };
-    double few = 0;
-    {
-        OKTDbPool pool;
-        ASSERT_TRUE(fill(pool, 4'000));
-        for (int i = 0; i < 2; ++i)
-            few = std::max(few, secondsOf([&] { EXPECT_FALSE(pool.writeXMLFile(path)); }));
-    }
     OKTDbPool pool;
     ASSERT_TRUE(fill(pool, 40'000));
-    double const many = secondsOf([&] { EXPECT_FALSE(pool.writeXMLFile(path)); });
-    EXPECT_LT(many, few * 10 * 4); // a walk over the map for each object would cost a hundred times as much
+    EXPECT_FALSE(pool.writeXMLFile(path));
     EXPECT_EQ(textOf(path), documentOf(""));
     EXPECT_LT(growthInOwnProcess([&] { return !pool.writeXMLFile(path); }), megabytes(200));
 }
 
-TEST_F(XmlRobustTest, ReadXMLFileOfManyObjects_TimeIsLinear)
+TEST_F(XmlRobustTest, ReadXMLFileOfManyObjects_IsFalse)
 {
-    auto const read = [&](int count) {
-        std::string document = "<Document>";
-        for (int i = 0; i < count; ++i)
-            document += i % 2 == 0 ? "<Object class='NoSuchClass'/>" : "<foreign/>";
-        CString const path = put(document + "</Document>");
-        return secondsOf([&] {
-            OKTDbPool pool;
-            EXPECT_FALSE(pool.readXMLFile(path));
-        });
-    };
-    double const few = std::max(read(25'000), read(25'000));
-    EXPECT_LT(read(200'000), few * 8 * 4);
+    std::string document = "<Document>";
+    for (int i = 0; i < 200'000; ++i)
+        document += i % 2 == 0 ? "<Object class='NoSuchClass'/>" : "<foreign/>";
+    OKTDbPool pool;
+    EXPECT_FALSE(pool.readXMLFile(put(document + "</Document>")));
 }
 
 // --- Files -------------------------------------------------------------------------------------------------------------------

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 #include "support/shortage.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Runs PROGRAM (with what starts it) and OTHER, each into a folder of its own below FOLDER, and compares all files byte by byte.
 
 file(REMOVE_RECURSE ${FOLDER})

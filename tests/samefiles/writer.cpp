@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes pool files into the folder that it is given: templates of the example tables and random pools of every class, as files,
 // as clones with new ids, and under other code pages. Equal bytes on every system, since the ids come from a counter here.
 
@@ -7,8 +8,8 @@
 #include <oktdatabase/oktdatabase.h>
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
-#include <tools/okt/poolbuilder.h>
-#include <tools/okt/templateplan.h>
+#include <oktrebar/poolbuilder.h>
+#include <oktrebar/templateplan.h>
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/clientclasses.h"
 
 #include <oktdatabase/oktfiler.h>

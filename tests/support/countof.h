@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // How often a part stands in a text. For questions that the simple regular expressions of GoogleTest on Windows cannot ask.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/diskroom.h"
 
 #if defined(__linux__)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// While one lives, the disk has no room to reserve for this process: the system's call that does it answers with that error. It

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/failingrandom.h"
 
 #if defined(_WIN32) // where the system makes the ids, nothing stands in for its source

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// While one lives, the system's random source fails. Random bytes are drawn in batches for each thread, so that only a new

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/hookedobject.h"
 
 #include <oktdatabase/oktfiler.h>

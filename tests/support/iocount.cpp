@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #if defined(_WIN32)
 
 #include "support/iocount.h"

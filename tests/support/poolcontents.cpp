@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/poolcontents.h"
 
 #include "support/hexbytes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/pooljson.h"
 
 #include "support/clientclasses.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/recordingfiler.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/reportcatcher.h"
 
 #include <oktplatform/oktwarning.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/shortage.h"
 
 #include "support/spareblock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/streambuilder.h"
 
 #include <oktdatabase/oktdbpool.h>

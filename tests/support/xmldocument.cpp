@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/xmldocument.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Prints an XML document, as the parser of Python's library reads it, as JSON: [tag, [[attribute, value]], text, [children]]."""
 import json
 import sys

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The module of the unload test: a client that registers two classes and names things in a pool, all of it with literals, which
 // go with the module.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // unload.client_module: opens a client module, lets it register classes and fill a pool, and closes it. Whatever the registry
 // and the pool keep must then stand on its own: a text that still wrapped one of the literals would now name memory that is
 // no longer there.

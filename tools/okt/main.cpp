@@ -1,14 +1,16 @@
-#include "arguments.h"
-#include "commands.h"
-#include "console.h"
-#include "failure.h"
-#include "files.h"
-#include "gitcall.h"
-#include "help.h"
-#include "interrupt.h"
-#include "modules.h"
-#include "system.h"
-#include "text.h"
+// SPDX-License-Identifier: MIT
+#include <oktformat/failure.h>
+#include <oktformat/text.h>
+#include <oktinspect/modules.h>
+#include <tools/okt/commands/arguments.h>
+#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/complete.h>
+#include <tools/okt/commands/gitcall.h>
+#include <tools/okt/commands/help.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/interrupt.h>
+#include <tools/okt/terminal/system.h>
 
 #include <new>
 #include <sstream>
@@ -77,6 +79,11 @@ int run(int argc, char **argv, int &trouble)
     try
     {
         std::vector<std::string> typed = okt::arguments(argc, argv);
+        if (auto const words = okt::wordsToComplete(typed))
+        {
+            okt::print(okt::candidates(app, *words));
+            return kDone;
+        }
         okt::markGitOperands(typed);
         std::vector<std::string> const texts = okt::arranged(app, typed);
         std::vector<char const *> words;

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Base64 that tells what is wrong with it. The library's own coder (okttools.h) passes over whatever is no base64. Not installed.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace okt
+{
+
+enum class Base64Padding
+{
+    With,
+    Without
+};
+
+enum class Base64Mode
+{
+    Strict, ///< the one text that base64() makes of the bytes
+    Lenient ///< with line breaks anywhere, with padding or without
+};
+
+/// Why a text is no base64.
+struct Base64Fault
+{
+    enum class Kind
+    {
+        Foreign,       ///< a character that is none of base64
+        BehindPadding, ///< a digit behind the padding
+        BrokenOff,     ///< the last digit holds no whole byte
+        PartOfByte,    ///< bits behind the last byte that are not 0
+        Padding        ///< longer or shorter than it should be
+    };
+
+    Kind kind = Kind::Foreign;
+    std::int64_t offset = 0; ///< of the first wrong character; where one is missing, the length of the text
+    char32_t character = 0;  ///< there, where it is foreign
+};
+
+/// One line, without breaks.
+std::string base64(std::string_view bytes, Base64Padding padding = Base64Padding::With);
+
+/// Reads a text that comes piece by piece.
+class Base64Reader
+{
+public:
+    /// `bytes` takes what the text holds; null: it is only checked. In lenient mode `padding` does not count.
+    Base64Reader(Base64Mode mode, Base64Padding padding, std::string *bytes) : m_mode(mode), m_padding(padding), m_bytes(bytes)
+    {
+    }
+
+    void take(char32_t character)
+    {
+        int const sign = character < kSigns.size() ? kSigns[character] : kForeign;
+        if (sign >= 0)
+            takeDigit(sign);
+        else if (sign == kPad)
+            ++m_pads;
+        else if ((sign == kForeign || m_mode == Base64Mode::Strict) && !m_fault)
+            m_fault = {Base64Fault::Kind::Foreign, m_length, character};
+        ++m_length;
+    }
+
+    /// The first fault up to here.
+    std::optional<Base64Fault> const &fault() const { return m_fault; }
+    /// The first fault, given that the text has ended.
+    std::optional<Base64Fault> finish() const;
+
+    std::int64_t length() const { return m_length; } ///< characters so far
+    std::int64_t digits() const { return m_digits; }
+
+private:
+    static constexpr signed char kForeign = -1;
+    static constexpr signed char kBreak = -2;
+    static constexpr signed char kPad = -3;
+    /// Of a digit its six bits.
+    static std::array<signed char, 128> const kSigns;
+
+    void takeDigit(int digit)
+    {
+        if (m_pads > 0 && !m_fault)
+            m_fault = {Base64Fault::Kind::BehindPadding, m_length, 0};
+        m_bits = (m_bits << 6) | static_cast<std::uint32_t>(digit);
+        ++m_digits;
+        m_lastDigitAt = m_length;
+        if (m_bytes != nullptr && m_digits % 4 != 1)
+            *m_bytes += static_cast<char>(static_cast<unsigned char>((m_bits >> (6 - 2 * ((m_digits - 1) % 4))) & 0xFF));
+    }
+
+    Base64Mode m_mode;
+    Base64Padding m_padding;
+    std::string *m_bytes;
+    std::uint32_t m_bits = 0;
+    std::int64_t m_length = 0;
+    std::int64_t m_digits = 0;
+    std::int64_t m_pads = 0;
+    std::int64_t m_lastDigitAt = 0;
+    std::optional<Base64Fault> m_fault;
+};
+
+/// The bytes of a strict text. Nothing: it is none; `fault` tells why.
+std::optional<std::string> parseBase64(std::string_view text, Base64Padding padding = Base64Padding::With,
+                                       Base64Fault *fault = nullptr);
+
+} // namespace okt

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace okt
+{
+
+/// What stops a command. `what()` is the one line that the user gets: file, place in it, reason.
+/// The place is "line:column" in a table and "byte N" in a pool file; it may be empty.
+class Failure : public std::runtime_error
+{
+public:
+    Failure(std::string const &file, std::string const &place, std::string const &reason);
+
+    /// The line without the file, for where that stands beside it anyway.
+    std::string const &withoutFile() const { return m_withoutFile; }
+
+private:
+    std::string m_withoutFile;
+};
+
+} // namespace okt

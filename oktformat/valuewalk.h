@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <oktformat/recordwalk.h>
+
+#include <oktplatform/oktplatform.h>
+
+#include <string>
+#include <vector>
+
+namespace okt
+{
+
+/// The classes whose frames are looked into by their names.
+enum class KnownClass
+{
+    Other,
+    Pool,
+    Object,
+    Parameter,
+    Category,
+    GroupCategory,
+    Relation,
+    ParamRelation,
+    Picture,
+    Id,
+    Variant,
+    Point
+};
+
+/// The case of a name does not count.
+KnownClass knownClass(std::string_view name);
+/// The frames of ids, variants and points, which are values inside objects and never objects.
+bool isValueClass(KnownClass known);
+
+/// A member of an object as it stands in its frame. Frames that all filers share are one value each.
+struct StoredValue
+{
+    enum class Kind
+    {
+        Bool,
+        Short,
+        Long,
+        Double,
+        Text16,
+        Text8,
+        Bytes,
+        Id,
+        Variant,
+        Point,
+        Frame ///< another nested frame; its members follow, one deeper
+    };
+
+    Kind kind = Kind::Bool;
+    KnownClass owner = KnownClass::Other; ///< whose section it stands in: the class of the object or one of its bases
+    int section = 0;
+    int ordinal = 0; ///< in the section, from 0
+    int nested = 0;  ///< in how many nested frames it stands; 0: a member of the object itself
+    std::int64_t begin = 0;
+    std::int64_t end = 0;
+    std::int64_t payload = 0; ///< of a text or bytes; of a nested frame its class name; of a variant with a text the text
+    std::int64_t payloadSize = 0;
+    std::int32_t number = 0;         ///< of a bool, short, long, and of a variant with one
+    std::vector<double> reals;       ///< of a double, a point, and of a variant with one
+    _GUID id = {};                   ///< of an id
+    std::int32_t variantKind = 0;    ///< of a variant
+    bool isComplete = true;          ///< an id, variant or point has what it should
+    Kind variantValue = Kind::Frame; ///< of a variant the kind of its value; Frame: none
+};
+
+/// Walks over the members of one object. The frames of its class and its bases are levels, not values.
+class ValueWalk
+{
+public:
+    ValueWalk(ByteSource &source, std::int64_t begin) : m_source(source), m_walk(source, begin) {}
+
+    /// False: the frame has ended, or cannot be followed further.
+    bool next();
+    StoredValue const &value() const { return m_value; }
+    RecordWalk const &records() const { return m_walk; }
+
+    /// The first record that is not where the grammar has it, and what it is; -1 and null: none was met.
+    std::int64_t oddAt() const { return m_oddAt; }
+    char const *oddity() const { return m_oddity; }
+
+    /// The class names of the object and its bases as far as they were met.
+    std::vector<std::string> const &classNames() const { return m_classNames; }
+
+private:
+    struct Level
+    {
+        KnownClass known;
+        int section;
+        int ordinal;
+    };
+
+    bool beginFrame(RecordPlace const &record);
+    bool plainValue(RecordPlace const &record);
+    void place(StoredValue::Kind kind, RecordPlace const &record);
+    void collect(RecordPlace const &record);
+    void finishCollected(RecordPlace const &record);
+
+    ByteSource &m_source;
+    RecordWalk m_walk;
+    StoredValue m_value;
+    std::vector<std::string> m_classNames;
+    std::vector<Level> m_levels;    ///< the frames of the object and its bases that are open
+    std::size_t m_nestedDepth = 0;  ///< of the outermost nested frame, in records; 0: none is open
+    std::size_t m_collectDepth = 0; ///< of the frame that is collected into one value; 0: none
+    std::int64_t m_oddAt = -1;
+    char const *m_oddity = nullptr;
+    int m_nested = 0;
+    int m_words = 0;
+};
+
+/// The text of a value, and that of its class name.
+CString textOf(ByteSource &source, StoredValue const &value);
+CString text16At(ByteSource &source, std::int64_t payload, std::int64_t size);
+CString text8At(ByteSource &source, std::int64_t payload, std::int64_t size);
+
+} // namespace okt

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+// Not installed.
+#include <string_view>
+
+namespace okt
+{
+
+/// A name that a class can have, as C++ has them.
+bool isClassName(std::string_view name);
+
+/// The two names differ in one character at most, the case of letters aside.
+bool isNearlyName(std::string_view name, std::string_view known);
+
+} // namespace okt

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Not installed.
+
+#include <oktinspect/finding.h>
+#include <oktinspect/objecttable.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace okt
+{
+
+/// Checks objects one by one: their records, values, texts and images, what they name, and whether the library reads them.
+class ObjectCheck
+{
+public:
+    /// A member that a category or a group lists.
+    struct Listed
+    {
+        std::int32_t list;
+        std::int32_t member;
+
+        bool operator<(Listed const &other) const { return list != other.list ? list < other.list : member < other.member; }
+    };
+
+    /// `pool`: its id, where the header is whole.
+    ObjectCheck(ByteSource &source, ObjectTable &objects, std::optional<_GUID> pool, Findings &findings)
+        : m_source(source), m_objects(objects), m_pool(pool), m_findings(findings)
+    {
+    }
+
+    /// Notes the parent of the object in the table.
+    void check(std::int32_t index);
+
+    std::vector<Listed> const &listed() const { return m_listed; }
+    /// Objects with sections that this release does not know, and the first of them.
+    std::int64_t laterCount() const { return m_laterCount; }
+    std::int64_t firstLater() const { return m_firstLater; }
+
+private:
+    void add(Finding::What what, std::int64_t at, std::vector<Fact> facts = {});
+    void add(Finding finding);
+    void records();
+    void value(StoredValue const &value);
+    void numbers(StoredValue const &value);
+    void reference(StoredValue const &value);
+    std::int32_t checkType(StoredValue const &value);
+    void parameterValue(StoredValue const &value, std::int32_t type);
+    void length(StoredValue const &value);
+    void byLibrary(std::vector<std::string> const &classNames);
+    void image(CByteArray const &image);
+
+    ByteSource &m_source;
+    ObjectTable &m_objects;
+    std::optional<_GUID> m_pool;
+    Findings &m_findings;
+    std::vector<Listed> m_listed;
+    std::int64_t m_laterCount = 0;
+    std::int64_t m_firstLater = -1;
+
+    // Of the object that is checked
+    std::int32_t m_index = ObjectTable::kNone;
+    std::int64_t m_astrayAt = -1; ///< from here on its members may not be what their places say; -1: nowhere
+    std::int32_t m_type = -1;
+};
+
+} // namespace okt

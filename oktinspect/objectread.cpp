@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include <oktinspect/objectread.h>
+
+#include <oktinspect/standin.h>
+
+#include <oktdatabase/oktdatabase.h>
+
+namespace okt
+{
+
+bool isRegistered(CString const &className) { return g_RuntimeClass.contains(className) && !StandIn::isRegistered(className); }
+
+ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor)
+{
+    ReadObject read;
+    read.pool = std::make_unique<OKTDbPool>();
+    read.pool->setMetricsFactor(metricsFactor);
+    OKTMemoryFiler filer(read.pool.get());
+    filer.readInPlace(frame);
+    OKTDbObject *made = nullptr;
+    bool const canBeMade = read.pool->CreateObjectFromClassName(className, made);
+    read.object.reset(made);
+    if (!canBeMade || made == nullptr || made->xmlIn(&filer) != eFilerOk)
+    {
+        read.fault.kind = ReadFault::Kind::Members;
+        return read;
+    }
+    // A load goes on behind the members that the class knows, and must not meet an object before this one ends.
+    CString inner;
+    if (filer.readNextObjectClass(inner))
+        read.fault = {ReadFault::Kind::Inner, inner};
+    return read;
+}
+
+} // namespace okt

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+// Not installed.
+#include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktdbpool.h>
+#include <oktplatform/oktplatform.h>
+
+#include <memory>
+#include <string>
+
+namespace okt
+{
+
+/// The class is registered, by the library or a client module; stand-ins do not count.
+bool isRegistered(CString const &className);
+
+/// What keeps an object from being read by the library, or a load from going on behind it.
+struct ReadFault
+{
+    enum class Kind
+    {
+        None,
+        Members, ///< they are not those of its class
+        Inner    ///< another object stands behind its members, still inside of it
+    };
+
+    Kind kind = Kind::None;
+    CString inner; ///< the class of that object
+
+    bool isNone() const { return kind == Kind::None; }
+};
+
+/// An object that the library has read alone.
+struct ReadObject
+{
+    std::unique_ptr<OKTDbPool> pool; ///< that of its ids
+    std::unique_ptr<OKTDbObject> object;
+    ReadFault fault;
+};
+
+/// Reads the bytes of a frame as an object of a class that is registered, under a metrics factor (drawing units per metre).
+ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor = 1);
+
+} // namespace okt

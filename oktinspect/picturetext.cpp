@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include <oktinspect/picturetext.h>
+
+#include <oktformat/base64.h>
+#include <oktformat/text.h>
+
+#include <oktdatabase/oktmemoryfiler.h>
+#include <oktdatabase/oktsmartansistring.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace okt
+{
+
+namespace
+{
+
+constexpr int kHeadOfRecord = 3; // type and count of an 8-bit text
+
+/// Takes the chunks of a text in their order.
+class TextCheck
+{
+public:
+    /// False, and nothing taken, where the next record is no text.
+    bool readChunk(OKTMemoryFiler &filer)
+    {
+        long const begin = filer.GetFilerPosition();
+        CString chunk;
+        if (!filer.readString(CString(), chunk))
+            return false;
+        for (WCHAR const unit : chunk.View())
+            m_text.take(unit);
+        // A reader takes a text up to its first zero.
+        if (filer.GetFilerPosition() - begin - kHeadOfRecord > chunk.GetLength() && !m_text.fault() && m_zeroAt < 0)
+            m_zeroAt = m_text.length();
+        return true;
+    }
+
+    std::string fault() const
+    {
+        if (m_zeroAt >= 0)
+            return "a zero at " + std::to_string(m_zeroAt) + " cuts it";
+        std::optional<Base64Fault> const fault = m_text.finish();
+        if (!fault)
+            return {};
+        auto const unit = static_cast<WCHAR>(fault->character);
+        switch (fault->kind)
+        {
+        case Base64Fault::Kind::Foreign:
+            return quoted(CString(OktTextView(&unit, 1))) + " at " + std::to_string(fault->offset) +
+                   " is no character of base64";
+        case Base64Fault::Kind::BehindPadding: return "text goes on behind its padding, at " + std::to_string(fault->offset);
+        case Base64Fault::Kind::BrokenOff: return "it breaks off behind character " + std::to_string(m_text.digits());
+        case Base64Fault::Kind::PartOfByte: return "it ends within a byte";
+        case Base64Fault::Kind::Padding: return "its padding does not fit its length";
+        }
+        return {};
+    }
+
+private:
+    // Writers of base64 are free to break lines and to leave the padding out.
+    Base64Reader m_text{Base64Mode::Lenient, Base64Padding::Without, nullptr};
+    std::int64_t m_zeroAt = -1;
+};
+
+} // namespace
+
+std::string pictureTextFault(CByteArray const &object)
+{
+    OKTMemoryFiler filer;
+    filer.readInPlace(object);
+    CString className;
+    if (!filer.readNextObjectClass(className) || !filer.beginReadClass(u"Object", className) ||
+        !filer.beginReadClass(u"Object", u"OKTDbObject") || !filer.endReadClass())
+        return {};
+    TextCheck check;
+    OKTSmartAnsiString const ansi(&filer, true);
+    if (filer.beginReadMembers(1))
+    {
+        check.readChunk(filer);
+        filer.endReadMembers();
+    }
+    if (filer.beginReadMembers(2))
+    {
+        int count = 0;
+        filer.readInt(CString(), count);
+        for (int i = 0; i < count && check.readChunk(filer); ++i)
+        {
+        }
+        filer.endReadMembers();
+    }
+    return check.fault();
+}
+
+} // namespace okt

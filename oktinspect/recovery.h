@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Stands behind recover.h. Not installed.
+
+#include <oktinspect/recover.h>
+#include <oktinspect/recoveredfile.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace okt
+{
+
+/// What of a damaged pool file is whole as far as its frames and the library tell, and the pool file made of that.
+class Recovery
+{
+public:
+    using Object = RecoveredObject;
+    using Loss = RecoveryLoss;
+
+    /// Looks through the whole source, which must outlive this. Throws Failure only when it cannot be read.
+    explicit Recovery(ByteSource &source, OnProgress const &onProgress = {});
+
+    /// In the order of the new file: those of classes that are not known here stand last, because a load stops at the first.
+    std::vector<Object> const &objects() const { return m_objects; }
+    /// How many of them are of such classes.
+    int unknownObjects() const { return m_unknown; }
+    std::vector<Loss> const &losses() const { return m_losses; }
+    /// What the header of the damaged file says wrongly, and that of the new one rightly.
+    std::vector<Finding> const &mends() const { return m_mends; }
+    /// The header of the file is used, with its places counted anew. Else it is made of what could be found.
+    bool isHeaderKept() const { return m_header.isWhole; }
+    HeaderPlace const &headerPlace() const { return m_header; }
+    /// What became of a header that was not whole: one for each field.
+    std::vector<Finding> const &headerNotes() const { return m_headerNotes; }
+    /// Nothing at all was found that would make a pool file.
+    bool isNothing() const { return !m_header.isWhole && m_objects.empty(); }
+
+    /// The new file. Its bytes are taken from the source when they are looked at.
+    RecoveredFile &file() { return m_file; }
+    /// The same, piece by piece.
+    void write(std::function<void(std::string_view)> const &sink);
+
+private:
+    struct Place
+    {
+        std::int64_t position; ///< in the new objects block
+        std::int64_t size;
+        std::int64_t begin; ///< in the damaged file
+    };
+
+    void take(Stretch const &stretch, bool isRemnant = false);
+    void takeRemnant(Stretch const &stretch);
+    bool endsFrame(std::int64_t at);
+    bool goesOn(std::optional<Stretch> const &following);
+    void noteLoss(Stretch const &stretch, Finding why, bool isObject);
+    void placeObjects();
+    void makeFile();
+    std::string keptHeader();
+    void mendPlace(StoredValue const &id, std::int32_t position, std::int32_t size);
+    std::string newHeader();
+
+    ByteSource &m_source;
+    HeaderPlace m_header;
+    std::vector<Object> m_objects;
+    std::vector<Loss> m_losses;
+    std::vector<Finding> m_mends;
+    std::vector<Finding> m_headerNotes;
+    std::map<std::string, Place> m_places; ///< by the 16 bytes of the id
+    int m_unknown = 0;
+    std::optional<_GUID> m_construct;
+    std::optional<_GUID> m_index;
+    std::vector<_GUID> m_pictures;
+    std::map<std::string, int> m_owners; ///< of parameters, and how often
+    RecoveredFile m_file;
+};
+
+/// What can be told of a frame.
+ObjectLabel labelOf(Stretch const &stretch);
+
+} // namespace okt

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Stands behind recover.h. Not installed.
+
+#include <oktinspect/recovery.h>
+
+#include <string>
+
+namespace okt
+{
+
+/// Runs okt verify over the new file; `name` is how a progress line calls it.
+RecoveryCheck checkRecovery(Recovery &recovery, std::string const &name, ModuleLookup const &moduleOf = {},
+                            OnProgress const &onProgress = {});
+
+} // namespace okt

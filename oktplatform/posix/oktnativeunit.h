@@ -1,0 +1,6 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Not installed.
+
+#include <oktplatform/generic/oktnativeunit.h>

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// Not installed.
+
+namespace OktSystem
+{
+using Unit = wchar_t;
+}

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+namespace okt
+{
+
+/// A place in the plane of a bar, in drawing units: x to the right, y upwards.
+struct Point
+{
+    double x = 0;
+    double y = 0;
+};
+
+/// What stands between two corners.
+struct Box
+{
+    Point low;
+    Point high;
+
+    double width() const { return high.x - low.x; }
+    double height() const { return high.y - low.y; }
+    Point centre() const { return {(low.x + high.x) / 2, (low.y + high.y) / 2}; }
+};
+
+} // namespace okt

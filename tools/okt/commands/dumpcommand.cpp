@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/commands.h>
+
+#include <oktinspect/dumper.h>
+#include <tools/okt/terminal/progress.h>
+
+#include <oktformat/failure.h>
+#include <tools/okt/commands/help.h>
+#include <tools/okt/terminal/console.h>
+
+#include <oktdatabase/okttools.h>
+
+#include <algorithm>
+#include <cctype>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace okt
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string file;
+    std::int64_t offset = -1;
+    std::string id;
+};
+
+_GUID idOf(std::string const &text)
+{
+    return OKTTools::getGUIDFromString(CString::FromUtf8(text.starts_with('{') ? text : "{" + text + "}"));
+}
+
+/// For the parser: what is wrong with an id; empty: nothing. By its form alone, since not every system gives the null id for a
+/// text that is none.
+std::string idFault(std::string const &text)
+{
+    static constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
+    std::string_view digits = text;
+    if (digits.starts_with('{') && digits.ends_with('}'))
+        digits = digits.substr(1, digits.size() - 2);
+    bool const isId = std::equal(digits.begin(), digits.end(), kForm.begin(), kForm.end(), [](char digit, char form) {
+        return form == '-' ? digit == '-' : std::isxdigit(static_cast<unsigned char>(digit)) != 0;
+    });
+    return isId ? "" : text + " is no id";
+}
+
+// What is printed at once.
+constexpr std::size_t kPiece = 1 << 16;
+
+int dumpFile(Options const &options)
+{
+    DumpRange range;
+    if (options.offset >= 0)
+        range.offset = options.offset;
+    if (!options.id.empty())
+    {
+        range.id = idOf(options.id);
+    }
+    FileScan scan(options.file, terminalProgress());
+    std::string text;
+    auto const flush = [&text] {
+        if (!text.empty())
+            print(text);
+        text.clear();
+    };
+    bool const isWhole = dump(
+        scan, range,
+        [&](std::string_view piece) {
+            text += piece;
+            if (text.size() > kPiece)
+                flush();
+        },
+        [&](std::string const &fault) {
+            flush();
+            printError(fault);
+        });
+    flush();
+    return isWhole ? kDone : kFailed;
+}
+
+} // namespace
+
+void addDump(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "dump", "Prints the records of a pool file with their offsets and bytes, also those of a damaged one.\n"
+                "  okt dump templates/link-d12.okt --at 581");
+    command->footer("0 done, 1 the file cannot be read or has a fault, or there is no such object, 2 wrong usage.");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
+    CLI::Option *const at =
+        command
+            ->add_option("--at", options->offset,
+                         "only the record at this byte: a frame, or what stands from there to the end of its section")
+            ->type_name("OFFSET")
+            ->check(wholeNumberFault);
+    command->add_option("--object", options->id, "only the object of this id")->type_name("ID")->check(idFault)->excludes(at);
+    command->callback([&line, options] { line.run = [options] { return dumpFile(*options); }; });
+}
+
+} // namespace okt

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/commands.h>
+
+#include <oktformat/text.h>
+#include <oktinspect/modules.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
+
+namespace okt
+{
+
+namespace
+{
+
+std::string nameOf(std::filesystem::path const &path) { return printable(std::string_view(pathName(path))); }
+
+std::string classesOf(Module const &module)
+{
+    std::string text;
+    for (std::string const &name : module.classes)
+        text += (text.empty() ? "" : ", ") + printable(std::string_view(name));
+    return text;
+}
+
+std::string fileText(ModuleFolder const &folder, std::filesystem::path const &file)
+{
+    std::string reason = refusalOfModule(folder, file);
+    if (reason.empty())
+        reason = modules().loadFound(file, folder.origin);
+    Module const *const module = modules().loadedFrom(file);
+    return nameOf(file.filename()) + ": " + (reason.empty() && module != nullptr ? classesOf(*module) : "not used: " + reason);
+}
+
+int listModules()
+{
+    std::string text;
+    for (std::unique_ptr<Module> const &module : modules().loaded())
+        text += nameOf(module->file) + ", from --module: " + classesOf(*module) + "\n";
+    for (ModuleFolder const &folder : modules().folders())
+    {
+        text += nameOf(folder.path) + (folder.origin == ModuleOrigin::Variable ? ", from OKT_MODULE_PATH" : ", okt's own") +
+                (folder.refusal.empty() ? "" : ": not looked into: " + folder.refusal) + "\n";
+        for (std::filesystem::path const &file : moduleFilesIn(folder))
+            text += "  " + fileText(folder, file) + "\n";
+    }
+    print(text);
+    return kDone;
+}
+
+} // namespace
+
+void addModules(CommandLine &line)
+{
+    CLI::App *const command = line.app.add_subcommand(
+        "modules", "Lists the client modules that okt finds, where, and the classes that they bring; each is loaded.\n"
+                   "  okt modules\n"
+                   "  OKT_MODULE_PATH=/opt/bars okt modules");
+    command->callback([&line] { line.run = listModules; });
+}
+
+} // namespace okt

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+namespace okt
+{
+
+// What is made of the help of the commands.
+
+/// The man page of the program, in the language of man pages.
+std::string manPage(CLI::App const &app);
+/// That of one command.
+std::string manPage(CLI::App const &app, CLI::App const &command);
+
+} // namespace okt

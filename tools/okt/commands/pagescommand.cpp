@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/commands.h>
+
+#include <tools/okt/commands/complete.h>
+#include <tools/okt/commands/help.h>
+#include <tools/okt/commands/pages.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/terminal/console.h>
+
+#include <memory>
+#include <string>
+
+namespace okt
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+void writeFile(fs::path const &path, std::string const &text)
+{
+    MadeFolder const folder(path.parent_path());
+    OutputFile file(path, true);
+    file.write(text);
+    file.close();
+    file.commit();
+}
+
+/// Everything that is installed beside the program, below a folder.
+void writePages(CLI::App const &app, fs::path const &folder)
+{
+    writeFile(folder / "man" / "man1" / "okt.1", manPage(app));
+    for (CLI::App const *const command : commandsOf(app))
+        writeFile(folder / "man" / "man1" / ("okt-" + command->get_name() + ".1"), manPage(app, *command));
+    writeFile(folder / "bash-completion" / "completions" / "okt", completionScript("bash"));
+    writeFile(folder / "zsh" / "site-functions" / "_okt", completionScript("zsh"));
+    writeFile(folder / "fish" / "vendor_completions.d" / "okt.fish", completionScript("fish"));
+}
+
+} // namespace
+
+void addCompletion(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("completion", "Writes the script with which a shell completes command lines of okt.\n"
+                                              "  source <(okt completion bash)\n"
+                                              "  okt completion fish >~/.config/fish/completions/okt.fish");
+    auto const shell = std::make_shared<std::string>();
+    command->add_option("SHELL", *shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
+    command->callback([&line, shell] {
+        line.run = [shell] {
+            print(completionScript(*shell));
+            return kDone;
+        };
+    });
+}
+
+void addPages(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("pages", "Writes man pages and completions into a folder, for the installation.\n"
+                                         "  okt pages -o share");
+    command->group(""); // for those who build it
+    auto const folder = std::make_shared<std::string>();
+    command->add_option("-o,--output", *folder, "the folder, which stands for share/ of an installation")
+        ->required()
+        ->type_name("DIR");
+    command->callback([&line, folder] {
+        line.run = [&line, folder] {
+            writePages(line.app, utf8Path(*folder));
+            return kDone;
+        };
+    });
+}
+
+} // namespace okt

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/commands/commands.h>
+
+#include <oktformat/failure.h>
+#include <oktformat/text.h>
+#include <oktinspect/poolreader.h>
+#include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/files.h>
+#include <tools/okt/printing/partialprinter.h>
+#include <tools/okt/printing/poolprinter.h>
+#include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace okt
+{
+
+namespace
+{
+
+/// What of a pool file is shown.
+enum class ShowWhat
+{
+    All,
+    Index,  ///< the index object; only this part of the file is read
+    Preview ///< the pictures, likewise
+};
+
+struct Options
+{
+    std::vector<std::string> files;
+    std::string unit = "mm";
+    bool withIds = false;
+    bool indexOnly = false;
+    bool previewOnly = false;
+};
+
+struct Shown
+{
+    std::string text;
+    std::string fault; ///< empty when all is well
+};
+
+Shown whole(InputFile const &input, DisplayUnit const &unit, bool withIds)
+{
+    PoolFile const file = readPool(input.path(), unit.factor, input.name(), terminalProgress());
+    Waiting const waiting(printable(input.name()), static_cast<std::uintmax_t>(file.size));
+    return {describe(file, unit, withIds), file.fault};
+}
+
+Shown part(InputFile const &input, ShowWhat what)
+{
+    PartialFile file(input.path(), input.name());
+    PartialText text = what == ShowWhat::Index ? describeIndex(file) : describePictures(file);
+    return {std::move(text.text), std::move(text.fault)};
+}
+
+/// Nothing where the file cannot be shown at all; that was told.
+std::optional<Shown> shownOrTold(std::filesystem::path const &path, DisplayUnit const &unit, bool withIds, ShowWhat what)
+{
+    try
+    {
+        InputFile const input(path);
+        return what == ShowWhat::All ? whole(input, unit, withIds) : part(input, what);
+    }
+    catch (Failure const &failure)
+    {
+        printError(failure.what());
+        return std::nullopt;
+    }
+}
+
+/// A fault in one file goes to standard error, behind what could be read of it, and the next is shown all the same.
+int show(Options const &options)
+{
+    DisplayUnit const *const displayed = findUnit(options.unit);
+    if (displayed == nullptr)
+        throw Failure("--unit", "", "there is no unit " + options.unit);
+    ShowWhat const what = options.indexOnly ? ShowWhat::Index : options.previewOnly ? ShowWhat::Preview : ShowWhat::All;
+    checkReadOnce(options.files);
+    bool ok = true;
+    bool first = true;
+    for (std::string const &file : options.files)
+    {
+        std::optional<Shown> const shown = shownOrTold(utf8Path(file), *displayed, options.withIds, what);
+        if (shown)
+        {
+            print((first ? "" : "\n") + shown->text);
+            first = false;
+            if (!shown->fault.empty())
+                printError(shown->fault);
+        }
+        ok = ok && shown && shown->fault.empty();
+    }
+    return ok ? kDone : kFailed;
+}
+
+} // namespace
+
+void addShow(CommandLine &line)
+{
+    CLI::App *const command =
+        line.app.add_subcommand("show", "Prints pool files: header, categories, parameters, relations, sizes.\n"
+                                        "  okt show templates/link-no4.okt --unit in\n"
+                                        "  okt show --index templates/*.okt\n"
+                                        "  okt import link.json -o - | okt show -");
+    auto const options = std::make_shared<Options>();
+    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
+    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        ->check(CLI::IsMember(unitNames()));
+    command->add_flag("--ids", options->withIds, "also print the ids of parameters, their categories and owners");
+    CLI::Option *const index = command->add_flag("--index", options->indexOnly,
+                                                 "only the index: title, keywords, counts; only this part of the file is read");
+    command->add_flag("--preview", options->previewOnly, "only the pictures: where they lie, format, size; likewise")
+        ->excludes(index);
+    command->callback([&line, options] { line.run = [options] { return show(*options); }; });
+}
+
+} // namespace okt

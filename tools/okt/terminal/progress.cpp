@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/terminal/progress.h>
+
+#include <oktformat/text.h>
+#include <tools/okt/terminal/console.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace okt
+{
+
+namespace
+{
+
+constexpr std::chrono::milliseconds kPatience{1000};
+constexpr std::chrono::milliseconds kPause{200};
+
+using Clock = std::chrono::steady_clock;
+
+bool g_isSpokenFor = false;
+
+/// When the first line may be shown, by the first that might have one.
+Clock::time_point firstLine(std::chrono::milliseconds patience)
+{
+    static Clock::time_point const begin = Clock::now();
+    return begin + patience;
+}
+
+/// "12 s", "3 min 5 s", "2 h 10 min".
+std::string timeText(double seconds)
+{
+    auto const whole = static_cast<long long>(std::ceil(std::max(seconds, 1.0)));
+    if (whole < 60)
+        return std::to_string(whole) + " s";
+    if (whole < 3600)
+        return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
+    return std::to_string(whole / 3600) + " h " + std::to_string(whole % 3600 / 60) + " min";
+}
+
+} // namespace
+
+std::string bytesText(std::uintmax_t bytes)
+{
+    if (bytes < 1000)
+        return plural(static_cast<std::int64_t>(bytes), "byte");
+    static constexpr char const *kUnits[] = {"kB", "MB", "GB", "TB"};
+    double value = static_cast<double>(bytes) / 1000;
+    std::size_t unit = 0;
+    for (; value >= 999.5 && unit + 1 < std::size(kUnits); ++unit)
+        value /= 1000;
+    return rounded(value, value < 99.5 ? 2 : 3) + " " + kUnits[unit];
+}
+
+std::string progressLine(std::string const &what, std::uintmax_t done, std::uintmax_t total, std::string const &unit,
+                         std::uintmax_t objects, double seconds, Pass const &pass)
+{
+    auto const amount = [&unit](std::uintmax_t count) {
+        return unit.empty() ? bytesText(count) : plural(static_cast<std::int64_t>(count), unit.c_str());
+    };
+    std::string line = what + ": ";
+    done = total == 0 ? done : std::min(done, total);
+    double const part = total == 0 ? 0 : static_cast<double>(done) / static_cast<double>(total);
+    if (total == 0)
+        line += amount(done);
+    else
+        line += std::to_string(static_cast<int>(part * 100)) + " % of " + amount(total);
+    if (pass.of > 1)
+        line += ", pass " + std::to_string(pass.number) + " of " + std::to_string(pass.of);
+    if (objects != 0)
+        line += ", " + plural(static_cast<std::int64_t>(objects), "object");
+    double const whole = total == 0 ? 0 : (pass.number - 1 + part) / pass.of;
+    if (whole > 0)
+        line += ", " + timeText(seconds / whole - seconds) + " left";
+    return line;
+}
+
+ProgressLine::ProgressLine(std::string what, std::uintmax_t total, std::string unit, int passes)
+    : m_what(std::move(what)), m_total(total), m_unit(std::move(unit)), m_pass{1, passes}, m_start(Clock::now()),
+      m_next(std::max(firstLine(kPatience), m_start + kPause)), m_speaks(!std::exchange(g_isSpokenFor, true))
+{
+}
+
+ProgressLine::~ProgressLine()
+{
+    if (!m_speaks)
+        return;
+    g_isSpokenFor = false;
+    clearStatus();
+}
+
+void ProgressLine::at(std::uintmax_t done, std::uintmax_t objects)
+{
+    if (!m_speaks)
+        return;
+    Clock::time_point const now = Clock::now();
+    if (now < m_next)
+        return;
+    m_next = now + kPause;
+    double const seconds = std::chrono::duration<double>(now - m_start).count();
+    showStatus(progressLine(m_what, done, m_total, m_unit, objects, seconds, m_pass));
+}
+
+std::string waitingLine(std::string const &what, std::uintmax_t size, double seconds)
+{
+    return what + ": " + (size == 0 ? "" : bytesText(size) + ", ") + timeText(seconds) + " so far";
+}
+
+Waiting::Waiting(std::string what, std::uintmax_t size, std::chrono::milliseconds patience)
+    : m_speaks(!std::exchange(g_isSpokenFor, true))
+{
+    firstLine(patience);
+    if (m_speaks && showsStatus())
+        m_thread = std::thread([this, what = std::move(what), size, patience] { tell(what, size, patience); });
+}
+
+Waiting::~Waiting()
+{
+    if (!m_speaks)
+        return;
+    if (m_thread.joinable())
+    {
+        {
+            std::scoped_lock const lock(m_mutex);
+            m_isOver = true;
+        }
+        m_change.notify_one();
+        m_thread.join();
+        clearStatus();
+    }
+    g_isSpokenFor = false;
+}
+
+void Waiting::tell(std::string const &what, std::uintmax_t size, std::chrono::milliseconds patience)
+{
+    Clock::time_point const start = Clock::now();
+    Clock::time_point next = std::max(firstLine(patience), start + kPause);
+    std::unique_lock lock(m_mutex);
+    while (!m_change.wait_until(lock, next, [this] { return m_isOver; }))
+    {
+        next = Clock::now() + kPause;
+        showStatus(waitingLine(what, size, std::chrono::duration<double>(Clock::now() - start).count()));
+    }
+}
+
+namespace
+{
+
+/// The line of the step that runs. Steps inside others show nothing, as the outer line speaks.
+class StepLines
+{
+public:
+    void hear(Progress const &progress)
+    {
+        switch (progress.event)
+        {
+        case Progress::Event::Begin: begin(progress); break;
+        case Progress::Event::At: at(progress); break;
+        case Progress::Event::End: end(); break;
+        }
+    }
+
+private:
+    void begin(Progress const &progress)
+    {
+        if (m_depth++ > 0)
+            return;
+        m_pass = 1;
+        if (progress.isCounted)
+            m_counted.emplace(*progress.what, progress.total, "", progress.passes);
+        else
+            m_uncounted.emplace(*progress.what, progress.total);
+    }
+
+    void at(Progress const &progress)
+    {
+        if (m_depth != 1 || !m_counted)
+            return;
+        for (; m_pass < progress.pass; ++m_pass)
+            m_counted->nextPass();
+        m_counted->at(progress.done, progress.objects);
+    }
+
+    void end()
+    {
+        if (--m_depth > 0)
+            return;
+        m_counted.reset();
+        m_uncounted.reset();
+    }
+
+    int m_depth = 0;
+    int m_pass = 1;
+    std::optional<ProgressLine> m_counted;
+    std::optional<Waiting> m_uncounted;
+};
+
+} // namespace
+
+OnProgress terminalProgress()
+{
+    return [lines = std::make_shared<StepLines>()](Progress const &progress) {
+        lines->hear(progress);
+        return true;
+    };
+}
+
+} // namespace okt

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include <tools/okt/terminal/system.h>
+
+#include <tools/okt/terminal/interrupt.h>
+
+#include <oktplatform/oktstring.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <shellapi.h>
+
+namespace okt
+{
+
+namespace
+{
+
+std::atomic<bool> g_isInterrupted = false;
+
+/// Runs in a thread of its own. A file that is open cannot be removed here: the thread that writes notices soon, cleans up and
+/// ends the process. One that does not is ended.
+BOOL WINAPI onInterrupt(DWORD)
+{
+    constexpr DWORD kPatience = 4000; // the system ends the process after five seconds in any case
+    g_isInterrupted = true;
+    Sleep(kPatience);
+    return FALSE;
+}
+
+} // namespace
+
+// The runtime library would give them in the code page of the system.
+std::vector<std::string> arguments(int, char const *const *)
+{
+    int count = 0;
+    wchar_t **const texts = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> all;
+    for (int i = 0; i < count; ++i)
+        all.push_back(CString(texts[i]).ToUtf8());
+    LocalFree(texts);
+    return all;
+}
+
+void prepareStreams()
+{
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
+}
+
+bool isClosedPipe(int error) { return error == EPIPE || error == EINVAL; }
+
+bool isTerminal(Stream stream)
+{
+    std::FILE *const file = stream == Stream::Output ? stdout : stderr;
+    return _isatty(_fileno(file)) != 0;
+}
+
+bool takesSequences(Stream stream)
+{
+    char const *const terminal = std::getenv("TERM");
+    if (!isTerminal(stream) || (terminal != nullptr && std::string_view(terminal) == "dumb"))
+        return false;
+    HANDLE const console = GetStdHandle(stream == Stream::Error ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    constexpr DWORD kSequences = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING, which older headers lack
+    return GetConsoleMode(console, &mode) != 0 && SetConsoleMode(console, mode | kSequences) != 0;
+}
+
+void writeErrorFromSignal(char const *, std::size_t) {}
+
+void handleInterrupts() { SetConsoleCtrlHandler(onInterrupt, TRUE); }
+
+void endIfInterrupted()
+{
+    if (g_isInterrupted)
+        throw Interrupted();
+}
+
+} // namespace okt
