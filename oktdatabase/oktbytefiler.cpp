@@ -104,9 +104,9 @@ BYTE *OKTByteFiler::extend(int count)
     bool const hasRoom = count >= 0 && count <= m_buffer.GetCapacity() - m_buffer.GetSize() - m_owed;
     if (hasRoom && m_borrowed == nullptr) // as nearly always
         return m_buffer.Extend(count, m_owed);
-    // A negative count is a large unsigned one.
-    int const most = std::numeric_limits<int>::max() - m_buffer.GetSize() - m_owed;
-    if (static_cast<unsigned int>(count) > static_cast<unsigned int>(most) || m_borrowed != nullptr)
+    // What is owed may reach beyond the largest size already.
+    std::int64_t const needed = std::int64_t{m_buffer.GetSize()} + m_owed + count;
+    if (count < 0 || needed > std::numeric_limits<int>::max() || m_borrowed != nullptr)
         return nullptr;
     return m_buffer.Extend(count, m_owed);
 }

@@ -27,12 +27,27 @@ OKTDbPool *OKTDbPool::cloneWithNewIds(bool &isRefused) const
     OKTIdReplacements replacements(this, m_mapObjects.getSize());
     if (!makeImageWithNewIds(*copy, image, newIds, replacements, isRefused))
         return nullptr;
-    // Step 3. The filer looks into the map of the new pool: objects of client modules read their old ids with translation on.
-    OKTImageFiler filer(copy.get());
-    filer.translateBy(copy->m_mapTranslatedIds);
-    copy->setBoolTranslatedIds(true);
-    copy->setMapTranslatedIds(std::move(newIds));
-    bool const loaded = copy->loadThrough(filer, image, &replacements);
+    if (!m_bTranslatedIds)
+        return nullptr; // an object of a client module has switched translation off: step 3 translates nothing
+    // Step 3. Objects of client modules read their old ids with translation on. The filer then has a map of its own, as in the plain
+    // clone: such an object may change the map of its pool while it reads itself.
+    auto const setTranslation = [&] {
+        copy->setBoolTranslatedIds(m_bTranslatedIds);
+        copy->setMapTranslatedIds(std::move(newIds));
+    };
+    bool loaded = false;
+    if (m_hasClientObjects)
+    {
+        setTranslation();
+        OKTImageFiler filer(copy.get());
+        loaded = copy->hasTranslation(filer.filer()) && copy->loadThrough(filer, image, &replacements);
+    }
+    else
+    {
+        OKTImageFiler filer(copy.get()); // without a map: no id is translated
+        setTranslation();
+        loaded = copy->loadThrough(filer, image, &replacements);
+    }
     copy->setBoolTranslatedIds(false);
     if (!replacements.areSound())
         return nullptr; // step 3 would have been another: a class of a client module took part in the translation
@@ -66,7 +81,7 @@ bool OKTDbPool::makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &
 
     // Step 1: the save. Objects of client modules write their old ids, and the filer notes those as in the plain clone.
     IdMap noted;
-    isRefused = !makeImage(image, noted, &replacements);
+    isRefused = !makeImage(image, noted, &replacements, true);
     if (isRefused || !replacements.areSound())
         return false; // an id was replaced that step 1 does not note, or one of another pool was written, which it does
     for (auto const &[id, translated] : noted)

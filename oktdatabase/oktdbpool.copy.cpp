@@ -28,13 +28,14 @@ OKTDbPool *OKTDbPool::clone() const
 try
 {
     bool isRefused = false;
-    if (m_bTranslatedIds)
+    bool const isTranslating = m_bTranslatedIds; // an object of a client module may switch it while it is written
+    if (isTranslating)
         if (OKTDbPool *const quick = cloneWithNewIds(isRefused); quick != nullptr || isRefused)
             return quick;
     // Step 1: save. With translation on, the filers note every valid id that is written.
     CByteArray image;
     IdMap translated;
-    if (!saveFiler(image, translated))
+    if (!makeImage(image, translated, nullptr, isTranslating))
         return nullptr;
     // Step 2: each of them gets a fresh id of the new pool.
     auto copy = std::make_unique<OKTDbPool>();

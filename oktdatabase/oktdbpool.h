@@ -15,6 +15,7 @@ class OKTDbObject;
 class OKTFiler;
 class OKTIdReplacements;
 class OKTImageFiler;
+class OKTImageRoom;
 class OKTMemoryFiler;
 class OKTRuntimeClass;
 
@@ -162,6 +163,7 @@ public:
 
 private:
     friend class OKTMemoryFiler; // takes the map of translated ids, and must know when it could not
+    friend class OKTImageRoom;
 
     /// The pictures in their order, with a set beside the list, so that asking for one of many is cheap.
     class PictureList
@@ -179,10 +181,20 @@ private:
         std::set<OKTDbObjectId> m_known;
     };
 
+    /// How long the frames of the objects are, in bytes, as long as no object has come or gone; below 0: unknown. The next image is
+    /// about as long.
+    struct KnownFrames
+    {
+        std::int64_t first = -1;
+        std::int64_t rest = -1;
+        std::uint64_t changes = 0;
+    };
+
     bool adoptObject(OKTDbObject *object, OKTDbObjectId const &id);
     bool appendReadObject(OKTDbObject *object);
     std::set<OKTDbObjectId> specialIds() const;
-    bool makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements) const;
+    void noteFrames(KnownFrames const &frames) const;
+    bool makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements, bool isTranslating) const;
     bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, OKTIdReplacements &replacements,
                              bool &isRefused) const;
     OKTDbPool *cloneWithNewIds(bool &isRefused) const;
@@ -210,6 +222,7 @@ private:
     bool m_bTranslatedIds = false;
     ReadFilter m_readFilter;
     bool m_hasClientObjects = false; // there are, or were, objects whose class is not one of this library's
+    mutable KnownFrames m_knownFrames;
     std::uint64_t m_changes = 0;     // raised when an object comes, goes or is replaced, and when the list of pictures is set
 };
 

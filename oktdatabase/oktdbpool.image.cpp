@@ -73,10 +73,16 @@ private:
 
 } // namespace
 
+void OKTDbPool::noteFrames(KnownFrames const &frames) const
+{
+    m_knownFrames = frames;
+    m_knownFrames.changes = m_changes;
+}
+
 bool OKTDbPool::saveFiler(CByteArray &image, IdMap &translated) const
 try
 {
-    return makeImage(image, translated, nullptr);
+    return makeImage(image, translated, nullptr, m_bTranslatedIds);
 }
 OKT_ANSWER_ZERO
 
@@ -145,7 +151,7 @@ bool setHead(CByteArray &bytes, int start, CByteArray &head)
 //
 // Without `replacements`, the ids that are translated go to `translated`. With them, ids are replaced as they are written, and
 // `translated` receives only what objects of client modules have put into the filer's map.
-bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements) const
+bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements, bool isTranslating) const
 {
     image.RemoveAll();
     std::set<OKTDbObjectId> const special = specialIds();
@@ -157,13 +163,13 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
     InfoMap info;
     OKTImageFiler stream;
     OKTMemoryFiler &filer = stream.filer();
-    filer.setTranslatedIds(m_bTranslatedIds);
+    filer.setTranslatedIds(isTranslating);
     stream.replaceIds(replacements);
     if (!filer.writeInt(CString(), 0) || xmlOut(&filer, info) != eFilerOk)
         return false;
     int const objectsStart = stream.length();
     std::int32_t begin = 0; // of the next frame, from the start of the objects block
-    OKTImageRoom room(stream, m_mapObjects, m_tabPictures.ids());
+    OKTImageRoom room(stream, m_mapObjects, special, m_knownFrames.changes == changes ? m_knownFrames : KnownFrames());
     // By position: an object may take itself out of the pool while it is written.
     for (int i = 0; i < m_mapObjects.getSize(); ++i)
     {
@@ -172,7 +178,6 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
         if (object == nullptr)
             continue;
         OktFetchAhead(object);
-        std::type_info const &type = typeid(*object);
         while (next != special.end() && *next < id)
             ++next;
         bool const isSpecial = next != special.end() && *next == id;
@@ -196,7 +201,7 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
         }
         if (isSpecial)
             info[*next] = {begin, end - begin};
-        room.note(i, type, end - begin);
+        room.note(i, end);
         begin = end;
     }
     if (hasClientObjects && (m_changes != changes || specialIds() != special))
@@ -220,6 +225,8 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
     constexpr int kWaste = 8; // a part that is not worth giving back: the next save takes the block again, as large as it is
     if (bytes.GetCapacity() - bytes.GetSize() > bytes.GetSize() / kWaste)
         bytes.FreeExtra();
+    if (m_changes == changes)
+        noteFrames(room.known(begin));
     image = std::move(bytes);
     return true;
 }
@@ -248,7 +255,11 @@ bool OKTDbPool::loadThrough(OKTImageFiler &stream, CByteArray const &image, OKTI
         return false;
     int const objectsStart = stream.position();
     bool const isFiltering = m_readFilter.getSize() > 0;
+    bool const isAll = m_mapObjects.isEmpty() && !isFiltering;
     KnownClasses classes;
+    int frames = 0;
+    std::int64_t first = 0;
+    std::int64_t bytes = 0;
     for (int place; stream.moveToNextObject(place);)
     {
         OKTRuntimeClass *descriptor;
@@ -270,7 +281,12 @@ bool OKTDbPool::loadThrough(OKTImageFiler &stream, CByteArray const &image, OKTI
             delete object;
         else if (!appendReadObject(object))
             return false; // and the object is lost (quirk 18)
+        bytes += stream.position() - place;
+        if (++frames == OKTImageRoom::kFirst)
+            first = bytes;
     }
+    if (isAll)
+        noteFrames(OKTImageRoom::known(m_mapObjects, specialIds(), frames, first, bytes));
     return true;
 }
 

@@ -114,7 +114,6 @@ protected:
     static FilerStatusDb xmlOutVariant(CString const &name, tagVARIANT const &value, OKTFiler *filer);
     static FilerStatusDb xmlInVariant(CString const &name, tagVARIANT &value, OKTFiler *filer);
     bool clearsVariants() const { return m_bClearsVariants; }
-    IdMap const &translatedIds() const { return m_sharedIds == nullptr ? m_mapTranslatedIds : *m_sharedIds; }
 
     OKTDbPool *m_pool;
 
@@ -133,9 +132,7 @@ private:
     bool m_bTranslatedIds = false;
     bool m_bReadingStalled = false;
     bool m_bClearsVariants = false; // a variant's data bytes are zero before they are read, for an object that is set back
-    // For a clone with new ids: the map of the clone in the place of one of its own, and whether a class has asked for the map or
-    // changed it.
-    IdMap const *m_sharedIds = nullptr;
+    // For a clone with new ids: whether a class has asked for the map or changed it.
     bool m_bMapAsked = false;
     bool m_bMapChanged = false;
 };

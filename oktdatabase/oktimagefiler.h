@@ -31,8 +31,6 @@ public:
 
     /// From now on ids are written as these say. They must outlive the filer; null: ids are written as they are.
     void replaceIds(OKTIdReplacements *replacements) { m_filer.m_replacements = replacements; }
-    /// Ids are translated through this map and not through a copy of the pool's. It must outlive the filer.
-    void translateBy(IdMap const &map) { m_filer.m_sharedIds = &map; }
     /// An object has asked for the map of translated ids; it has changed the map, or switched translation off.
     bool isMapAsked() const { return m_filer.m_bMapAsked; }
     bool isTranslationChanged() const { return m_filer.m_bMapChanged || !m_filer.getTranslatedIds(); }

@@ -6,17 +6,18 @@
 #include <oktdatabase/oktownclasses.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
+#include <typeinfo>
 
 namespace
 {
-constexpr int kFewest = 32;            // objects that are written before memory is reserved,
-constexpr int kShare = 32;             // or that part of a larger pool,
-constexpr int kLargest = 4;            // and no more than that part, however few classes are known by then
-constexpr int kLooked = 1024;          // objects whose classes are looked at
-constexpr std::int64_t kUnknown = 512; // bytes of a frame while none is known,
-constexpr std::int64_t kLeast = 256;   // and what most have at least
-constexpr std::int64_t kSurplus = 20;  // a twentieth more than expected
+constexpr int kLarge = 1024;           // objects of a pool whose frames are remembered
+constexpr int kAsked = 16384;          // objects that are asked at most, beside the special ones
+constexpr std::int64_t kUnknown = 512; // bytes of a frame of which nothing is known
+constexpr std::int64_t kStored = 256;  // bytes of the first frames, each
+constexpr std::int64_t kSurplus = 20;  // a twentieth more than an estimate
+constexpr std::int64_t kAlike = 32;    // frames are as they were when they differ by no more than this part
 constexpr std::int64_t kStep = 16;     // the part by which a large buffer grows by itself
 constexpr std::int64_t kRoom = 64;     // bytes that the open frames keep free behind them
 
@@ -26,22 +27,45 @@ class LengthProbe : public OKTMemoryFiler
 public:
     bool beginWriteClass(CString, CString, int) override { return false; }
 
+    /// 0: the object announces nothing. Objects of client modules may do anything while they are written, and are not asked.
+    std::int64_t lengthOf(OKTDbObject const &object)
+    {
+        m_announced = 0;
+        if (OktIsOwnObject(object))
+            object.xmlOut(this);
+        return m_announced;
+    }
+
     std::int64_t m_announced = 0;
 };
 
-/// 0: it announces nothing. Objects of client modules may do anything while they are written, and are not asked.
-std::int64_t announcedBy(OKTDbObject const &object)
+/// The bytes that the frames of these objects take, of those that tell.
+std::int64_t announcedFrames(ObjectMap const &objects, std::set<OKTDbObjectId> const &ids)
 {
     LengthProbe probe;
-    if (OktIsOwnObject(object))
-        object.xmlOut(&probe);
-    return probe.m_announced;
+    std::int64_t bytes = 0;
+    for (OKTDbObjectId const &id : ids)
+        if (OKTDbObject *const *const entry = objects.find(id); entry != nullptr && *entry != nullptr)
+            bytes += probe.lengthOf(**entry);
+    return bytes;
+}
+
+/// A special object is among the first.
+bool isSpecialInFront(ObjectMap const &objects, std::set<OKTDbObjectId> const &special)
+{
+    auto entry = objects.begin();
+    for (int i = 0; i < OKTImageRoom::kFirst && entry != objects.end(); ++i, ++entry)
+        if (special.contains(entry->first))
+            return true;
+    return false;
 }
 } // namespace
 
+bool OktWantsLength(OKTFiler const &filer) { return typeid(filer) == typeid(LengthProbe); }
+
 void OktAnnounceFrame(OKTFiler &filer, std::int64_t bytes)
 {
-    if (typeid(filer) == typeid(LengthProbe))
+    if (OktWantsLength(filer))
         static_cast<LengthProbe &>(filer).m_announced = bytes;
     else if (typeid(filer) == typeid(OKTMemoryFiler))
     {
@@ -53,104 +77,58 @@ void OktAnnounceFrame(OKTFiler &filer, std::int64_t bytes)
     }
 }
 
-OKTImageRoom::OKTImageRoom(OKTImageFiler &image, ObjectMap const &objects, IdArray const &pictures)
-    : m_image(image), m_objects(objects), m_pictures(pictures), m_due(std::max(kFewest, objects.getSize() / kShare))
+OKTImageRoom::OKTImageRoom(OKTImageFiler &image, ObjectMap const &objects, std::set<OKTDbObjectId> const &special,
+                           OKTDbPool::KnownFrames const &known)
+    : m_image(image), m_objects(objects), m_special(special), m_known(known)
 {
-    std::int64_t bytes = m_image.length() + kRoom;
-    if (objects.getSize() > kFewest)
-    {
-        m_image.reserve(bytes + kLeast * m_due);
-        return;
-    }
-    for (auto const &[id, object] : objects)
-        bytes += std::max(object == nullptr ? 0 : announcedBy(*object), kUnknown);
-    m_image.reserve(bytes);
-    m_due = 0;
+    // A large object among the first would move them before the rest is reserved.
+    if (m_known.first >= 0 && isSpecialInFront(objects, special))
+        m_known = {};
+    reserve(m_known.first < 0 ? askedFrom(0) : kFirst * kStored);
 }
 
-/// The entry of the class, a new one if need be; null when there are more classes than entries.
-OKTImageRoom::Class *OKTImageRoom::classOf(std::type_info const &type)
+void OKTImageRoom::noteFirst(int position, std::int64_t bytes)
 {
-    for (Class &known : m_classes)
-    {
-        if (known.type == nullptr)
-            known.type = &type;
-        if (known.type == &type)
-            return &known;
-    }
-    return nullptr;
+    m_first = bytes;
+    if (m_known.first < 0)
+        return; // all is reserved
+    bool const isAlike = std::abs(bytes - m_known.first) <= m_known.first / kAlike;
+    reserve(isAlike ? m_known.rest + m_known.rest / kSurplus + announcedFrames(m_objects, m_special) : askedFrom(position + 1));
 }
 
-void OKTImageRoom::learn(int position, std::type_info const &type, int bytes)
+OKTDbPool::KnownFrames OKTImageRoom::known(ObjectMap const &objects, std::set<OKTDbObjectId> const &special, int frames,
+                                           std::int64_t first, std::int64_t bytes)
 {
-    if (Class *const known = classOf(type))
-    {
-        ++known->frames;
-        known->bytes += bytes;
-    }
-    int const count = m_objects.getSize();
-    if (position < m_due || position >= count)
-        return;
-    bool areAllKnown = true;
-    std::int64_t const announced = announcedBehind(m_objects.keyAt(static_cast<unsigned int>(position)));
-    std::int64_t const length = m_image.length() + expectedBehind(position, areAllKnown);
-    if (!areAllKnown && 2 * m_due < count / kLargest)
-    {
-        m_due *= 2; // a class has not been met yet
-        return;
-    }
-    m_image.reserve(length + length / kSurplus + announced + kRoom);
-    m_due = 0;
+    // A small pool is asked as a whole each time.
+    if (frames < kLarge || isSpecialInFront(objects, special))
+        return {};
+    return {first, bytes - first - announcedFrames(objects, special), 0};
 }
 
-/// What the pictures announce whose ids are behind that one. Their classes are then known to announce.
-std::int64_t OKTImageRoom::announcedBehind(OKTDbObjectId const &last)
-{
-    std::int64_t sum = 0;
-    for (OKTDbObjectId const &id : m_pictures)
-    {
-        OKTDbObject *const *const entry = last < id ? m_objects.find(id) : nullptr;
-        std::int64_t const bytes = entry == nullptr || *entry == nullptr ? 0 : announcedBy(**entry);
-        Class *const known = bytes == 0 ? nullptr : classOf(typeid(**entry));
-        if (known == nullptr)
-            continue;
-        known->isAnnounced = true;
-        sum += bytes;
-    }
-    return sum;
-}
+void OKTImageRoom::reserve(std::int64_t bytes) { m_image.reserve(m_image.length() + bytes + kRoom); }
 
-/// About how many bytes the other objects behind that position take.
-std::int64_t OKTImageRoom::expectedBehind(int position, bool &areAllKnown)
+/// The bytes that the frames from that position on take.
+std::int64_t OKTImageRoom::askedFrom(int position) const
 {
+    LengthProbe probe;
+    int const count = m_objects.getSize() - position;
+    int const step = count / kAsked + 1;
+    bool const areAllAsked = step == 1;
     std::int64_t bytes = 0;
-    std::int64_t frames = 0;
-    for (Class const &known : m_classes)
+    int asked = 0;
+    int skipped = 0;
+    for (auto entry = std::next(m_objects.begin(), std::min(position, m_objects.getSize())); entry != m_objects.end(); ++entry)
     {
-        bytes += known.isAnnounced ? 0 : known.bytes;
-        frames += known.isAnnounced ? 0 : known.frames;
-    }
-    std::int64_t const average = frames == 0 ? kUnknown : bytes / frames;
-
-    int const first = position + 1;
-    std::int64_t expected = 0;
-    int looked = 0;
-    std::type_info const *type = nullptr; // of the last object, and what one of its class is expected to take
-    std::int64_t each = 0;
-    for (auto entry = std::next(m_objects.begin(), first); entry != m_objects.end() && looked < kLooked; ++entry, ++looked)
-    {
-        if (entry->second == nullptr)
+        if (++skipped < step || entry->second == nullptr)
             continue;
-        OKTDbObject const &object = *entry->second;
-        if (&typeid(object) != type)
-        {
-            type = &typeid(object);
-            Class const *const known = classOf(*type);
-            bool const isKnown = known != nullptr && (known->frames > 0 || known->isAnnounced);
-            areAllKnown = areAllKnown && isKnown;
-            each = !isKnown ? average : known->isAnnounced ? 0 : known->bytes / known->frames;
-        }
-        expected += each;
+        skipped = 0;
+        ++asked;
+        std::int64_t const announced = probe.lengthOf(*entry->second);
+        if (areAllAsked || announced <= kUnknown || !m_special.contains(entry->first))
+            bytes += announced == 0 ? kUnknown : announced;
     }
-    return looked == 0 ? 0 : expected * (m_objects.getSize() - first) / looked;
+    if (areAllAsked || asked == 0)
+        return bytes;
+    double const share = (1.0 + 1.0 / kSurplus) * count / asked;
+    return static_cast<std::int64_t>(static_cast<double>(bytes) * share) + announcedFrames(m_objects, m_special);
 }

@@ -2,58 +2,59 @@
 #pragma once
 
 #include <oktdatabase/oktcontainers.h>
+#include <oktdatabase/oktdbpool.h>
 
-#include <array>
 #include <cstdint>
-#include <typeinfo>
+#include <set>
 
+class OKTDbObject;
 class OKTFiler;
 class OKTImageFiler;
 
 // Not installed.
 
-/// Reserves the memory of an image once, early in a save, so that the image is not moved while it grows. Nothing is kept from one
-/// save to the next and no class is asked: the first frames that are written tell how long the frames of each class are, a look at
-/// the classes of the objects that follow tells how many of each there are, and a little is added. Objects that announce the
-/// length of their frames, as pictures do, are counted exactly. A pool of a few objects gets its memory before the first of them.
+/// Reserves the memory of an image in one block, so that the image is not moved while it grows. The objects are asked how long
+/// their frames will be; of a very large pool only a part is asked, spread over all. Where the last image of the same objects is
+/// known, nobody is asked: the first frames that are written tell whether the objects are about as they were.
 ///
-/// It is a guess. An image that comes out longer grows by a sixteenth at a time, one that comes out much shorter gives memory back.
-/// Without it a first save of 100,000 objects grows some 60 times.
+/// The reserve is no limit. An image that comes out longer grows by a sixteenth at a time, one that comes out much shorter gives
+/// memory back.
 class OKTImageRoom
 {
 public:
-    /// `pictures` are the ids of the objects that may announce their length. All three must outlive this object.
-    OKTImageRoom(OKTImageFiler &image, ObjectMap const &objects, IdArray const &pictures);
+    /// `special` are the ids of the pictures, among others: objects that may be very large, each of which is asked. All arguments but
+    /// `known` must outlive this object.
+    OKTImageRoom(OKTImageFiler &image, ObjectMap const &objects, std::set<OKTDbObjectId> const &special,
+                 OKTDbPool::KnownFrames const &known);
 
-    /// The object at that position, of that class, was written just now and took so many bytes.
-    void note(int position, std::type_info const &type, int bytes)
+    /// The frame of the object at that position was written; all frames so far take so many bytes.
+    void note(int position, std::int64_t bytes)
     {
-        if (m_due > 0)
-            learn(position, type, bytes);
+        if (++m_frames == kFirst)
+            noteFirst(position, bytes);
     }
+    /// What is known when all frames are written.
+    OKTDbPool::KnownFrames known(std::int64_t bytes) const { return known(m_objects, m_special, m_frames, m_first, bytes); }
+    /// The same for so many frames, whose first take `first` bytes and which take `bytes` in all.
+    static OKTDbPool::KnownFrames known(ObjectMap const &objects, std::set<OKTDbObjectId> const &special, int frames,
+                                        std::int64_t first, std::int64_t bytes);
+    static constexpr int kFirst = 32; // frames
 
 private:
-    /// What is known of one class.
-    struct Class
-    {
-        std::type_info const *type = nullptr;
-        int frames = 0; // written so far
-        std::int64_t bytes = 0;
-        bool isAnnounced = false;
-    };
-
-    Class *classOf(std::type_info const &type);
-    void learn(int position, std::type_info const &type, int bytes);
-    std::int64_t announcedBehind(OKTDbObjectId const &last);
-    std::int64_t expectedBehind(int position, bool &areAllKnown);
+    void noteFirst(int position, std::int64_t bytes);
+    void reserve(std::int64_t bytes);
+    std::int64_t askedFrom(int position) const;
 
     OKTImageFiler &m_image;
     ObjectMap const &m_objects;
-    IdArray const &m_pictures;
-    int m_due; // the position at which the rest is foretold; 0: that was done
-    std::array<Class, 16> m_classes;
+    std::set<OKTDbObjectId> const &m_special;
+    OKTDbPool::KnownFrames m_known;
+    int m_frames = 0;
+    std::int64_t m_first = -1;
 };
 
 /// Called by an object at the beginning of its xmlOut, before anything is written: its frame takes about so many bytes. For classes
-/// whose objects may be large, and differ much.
+/// whose objects differ in length.
 void OktAnnounceFrame(OKTFiler &filer, std::int64_t bytes);
+/// The filer wants to know the length and takes nothing.
+bool OktWantsLength(OKTFiler const &filer);

@@ -261,7 +261,7 @@ try
     else if (value.xmlIn(name, this) != eFilerOk)
         return false;
     if (getTranslatedIds())
-        if (OKTDbObjectId const *const translated = translatedIds().find(value))
+        if (OKTDbObjectId const *const translated = m_mapTranslatedIds.find(value))
             value = OKTDbObjectId(*translated);
     return true;
 }

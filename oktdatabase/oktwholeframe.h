@@ -201,8 +201,11 @@ public:
         return add(N);
     }
     bool text(OktTextView text) { return add(3 + 2 * text.size()); }
-    bool number(std::int32_t kind, tagVARIANT const &)
+    /// A text in place of the number is stored as a text.
+    bool number(std::int32_t kind, tagVARIANT const &value)
     {
+        if (kind == VT_BSTR)
+            return add(3 + 2 * std::size_t{SysStringLen(value.bstrVal)});
         int const record = numberRecordOf(kind);
         return record >= 0 && add(record == VarShort ? 3 : record == VarLong ? 5 : 9);
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktdatabase/oktwholeparameter.h>
 
+#include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktparametertypes.h>
 
 #include <cstring>
@@ -16,8 +17,10 @@ constexpr auto kBeforeIds = kEndMembers + kEndClass + kAnyLong + kAnyId + kAnyId
 constexpr auto kBeforeDescription = stretchOf(kEndMembers + beginMembers(2));
 constexpr auto kEnd = stretchOf(kEndMembers + kEndClass);
 
+} // namespace
+
 // What goes into a frame.
-struct Given
+struct OKTWholeParameter::Given
 {
     OKTDbObjectId const &id;
     OktTextView name;
@@ -33,6 +36,8 @@ struct Given
     OktTextView description;
 };
 
+namespace
+{
 // What comes out of one, before anything is made of it.
 struct Taken
 {
@@ -51,6 +56,22 @@ struct Taken
 };
 } // namespace
 
+OKTWholeParameter::Given OKTWholeParameter::givenOf(OKTDbParameter const &parameter, tagVARIANT const &value)
+{
+    return {idOf(parameter),
+            parameter.m_strUserName.View(),
+            parameter.m_nParamType,
+            value.vt,
+            value,
+            parameter.m_nListIndex,
+            parameter.m_idCategory,
+            parameter.m_idOwner,
+            parameter.m_tabIdsParams.getSize(),
+            parameter.m_tabIdsParams,
+            parameter.m_strExpression.View(),
+            parameter.m_strDescription.View()};
+}
+
 /// The layout.
 template <typename Road, typename Members> bool OKTWholeParameter::walk(Road &road, Members &members)
 {
@@ -68,8 +89,19 @@ template <typename Road, typename Members> bool OKTWholeParameter::walk(Road &ro
 
 bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
 {
-    if (numberRecordOf(parameter.m_varValue.vt) < 0)
-        return false;
+    bool const isWritten = numberRecordOf(parameter.m_varValue.vt) >= 0 && writeNumber(parameter, filer);
+    if (!isWritten && OktWantsLength(filer))
+    {
+        OKTFrameLength length;
+        Given const given = givenOf(parameter, parameter.m_varValue);
+        walk(length, given);
+        OktAnnounceFrame(filer, length.bytes());
+    }
+    return isWritten;
+}
+
+bool OKTWholeParameter::writeNumber(OKTDbParameter const &parameter, OKTFiler &filer)
+{
     tagVARIANT value = parameter.m_varValue;
     bool const isLength = OktIsLengthType(parameter.m_nParamType);
     if (isLength || parameter.m_nParamType == kQuantityExpression)
@@ -79,23 +111,9 @@ bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
                 return false;
             value.dblVal /= factor; // eight bytes of a double, whatever the kind says (quirk 46)
         }
-    OktTextView const name = parameter.m_strUserName.View();
-    OktTextView const expression = parameter.m_strExpression.View();
-    OktTextView const description = parameter.m_strDescription.View();
-    if (name.size() + expression.size() + description.size() > OKTFrameWriter::kLongestText)
+    Given const given = givenOf(parameter, value);
+    if (given.name.size() + given.expression.size() + given.description.size() > OKTFrameWriter::kLongestText)
         return false;
-    Given const given = {idOf(parameter),
-                         name,
-                         parameter.m_nParamType,
-                         value.vt,
-                         value,
-                         parameter.m_nListIndex,
-                         parameter.m_idCategory,
-                         parameter.m_idOwner,
-                         parameter.m_tabIdsParams.getSize(),
-                         parameter.m_tabIdsParams,
-                         expression,
-                         description};
     OKTFrameLength length;
     walk(length, given);
     OKTFrameWriter frame(filer, length.bytes());

@@ -14,11 +14,15 @@ class OKTDbParameter;
 class OKTWholeParameter : private OKTFrameRoad
 {
 public:
-    /// True: the frame is written. False: nothing is.
+    /// True: the frame is written. False: nothing is. A filer that wants its length gets that.
     static bool write(OKTDbParameter const &parameter, OKTFiler &filer);
     /// True: the frame is read, but its value is not converted yet. False: nothing is, and the parameter is as it was.
     static bool read(OKTDbParameter &parameter, OKTFiler &filer);
 
 private:
+    struct Given;
+
+    static Given givenOf(OKTDbParameter const &parameter, tagVARIANT const &value);
+    static bool writeNumber(OKTDbParameter const &parameter, OKTFiler &filer);
     template <typename Road, typename Members> static bool walk(Road &road, Members &members);
 };

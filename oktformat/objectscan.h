@@ -32,7 +32,9 @@ struct Stretch
     char const *oddity = nullptr;        ///< and what it is
     std::int64_t faultAt = 0;            ///< of what is no object: where it stops to be one
 
+    /// In bytes.
     std::int64_t size() const { return end - begin; }
+    /// The object's own class; empty for what is no object.
     CString className() const { return classNames.empty() ? CString() : CString(classNames.front().c_str()); }
     /// The object is of this class or derived from it.
     bool isOf(KnownClass known) const;
@@ -46,6 +48,7 @@ struct Stretch
 class ObjectScan
 {
 public:
+    /// From that byte of the source to its end. The source must outlive the scan.
     ObjectScan(ByteSource &source, std::int64_t begin) : m_source(source), m_position(begin) {}
 
     /// The next stretch; they follow each other without a gap up to the end. Nothing: the end.

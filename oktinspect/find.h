@@ -64,8 +64,8 @@ struct FoundObject
 
 struct FindOptions
 {
-    std::function<void(FoundObject const &)> onFound;
-    std::function<void(Finding const &)> onFault; ///< a damaged header or object, which is not searched; the rest is
+    std::function<void(FoundObject const &)> onFound; ///< each object with a match, in the order of the file
+    std::function<void(Finding const &)> onFault;     ///< a damaged header or object, which is not searched; the rest is
     OnProgress onProgress;                        ///< False ends it
     std::string name;                             ///< how progress calls the bytes
 };
