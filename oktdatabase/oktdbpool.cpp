@@ -8,6 +8,9 @@
 #include <oktdatabase/okttools.h>
 #include <oktplatform/okthints.h>
 
+#include <atomic>
+#include <typeinfo>
+
 // The objects of a pool and the ids of special role.
 
 namespace
@@ -26,6 +29,9 @@ int pictureClass()
     }();
     return number;
 }
+
+// The class of this library of which the last object without a role was. Objects of one class often follow each other.
+std::atomic<std::type_info const *> s_withoutRole = nullptr;
 } // namespace
 
 OKTDbPool::OKTDbPool() : m_objectId(OKTDbObjectId::createObjectId(this)) {}
@@ -143,10 +149,16 @@ OKT_ANSWER_ZERO
 
 void OKTDbPool::noteSpecialObject(OKTDbObject const *object, OKTDbObjectId const &id)
 {
+    std::type_info const &type = typeid(*object);
+    if (&type == s_withoutRole.load(std::memory_order_relaxed))
+        return;
     bool const isOwn = OktIsOwnObject(*object);
     m_hasClientObjects = m_hasClientObjects || !isOwn;
     if (isOwn && object->isA()->ClassCounter() != pictureClass())
+    {
+        s_withoutRole.store(&type, std::memory_order_relaxed);
         return; // as most objects are: no names need to be compared
+    }
     if (object->isA(kConstructClass))
         m_constructId = id;
     if (object->isA(kPictureClass) && !m_tabPictures.contains(id))

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <limits>
 #include <typeinfo>
 #include <vector>
@@ -170,17 +171,24 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
     int const objectsStart = stream.length();
     std::int32_t begin = 0; // of the next frame, from the start of the objects block
     OKTImageRoom room(stream, m_mapObjects, special, m_knownFrames.changes == changes ? m_knownFrames : KnownFrames());
-    // By position: an object may take itself out of the pool while it is written.
+    auto entry = m_mapObjects.begin();
+    std::uint64_t seen = changes;
     for (int i = 0; i < m_mapObjects.getSize(); ++i)
     {
-        OKTDbObjectId const &id = m_mapObjects.keyAt(static_cast<unsigned int>(i));
-        OKTDbObject const *const object = m_mapObjects.valueAt(static_cast<unsigned int>(i));
+        // By position, where an object of a client module has taken itself or others out of the pool while it was written.
+        if (m_changes != seen)
+            entry = std::next(m_mapObjects.begin(), i);
+        else if (i > 0)
+            ++entry;
+        seen = m_changes;
+        OKTDbObjectId const &id = entry->first;
+        OKTDbObject const *const object = entry->second;
         if (object == nullptr)
             continue;
         OktFetchAhead(object);
         while (next != special.end() && *next < id)
             ++next;
-        bool const isSpecial = next != special.end() && *next == id;
+        bool const isSpecial = next != special.end() && !(id < *next);
         bool keepsIds = false;
         if (hasClientObjects)
         {

@@ -283,7 +283,7 @@ public:
         m_place += N;
         return true;
     }
-    bool text(OktTextView text)
+    OKT_INLINE bool text(OktTextView text)
     {
         record(VarWideString, static_cast<std::uint16_t>(text.size()));
         m_place = std::copy_n(reinterpret_cast<BYTE const *>(text.data()), 2 * text.size(), m_place);

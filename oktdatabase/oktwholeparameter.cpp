@@ -36,10 +36,8 @@ struct OKTWholeParameter::Given
     OktTextView description;
 };
 
-namespace
-{
 // What comes out of one, before anything is made of it.
-struct Taken
+struct OKTWholeParameter::Taken
 {
     OKTStoredId id;
     OKTStoredText name;
@@ -54,9 +52,8 @@ struct Taken
     OKTStoredText expression;
     OKTStoredText description;
 };
-} // namespace
 
-OKTWholeParameter::Given OKTWholeParameter::givenOf(OKTDbParameter const &parameter, tagVARIANT const &value)
+inline OKTWholeParameter::Given OKTWholeParameter::givenOf(OKTDbParameter const &parameter, tagVARIANT const &value)
 {
     return {idOf(parameter),
             parameter.m_strUserName.View(),
@@ -73,7 +70,8 @@ OKTWholeParameter::Given OKTWholeParameter::givenOf(OKTDbParameter const &parame
 }
 
 /// The layout.
-template <typename Road, typename Members> bool OKTWholeParameter::walk(Road &road, Members &members)
+// Compiled into each caller, so that the pieces need not stand in memory.
+template <typename Road, typename Members> OKT_INLINE inline bool OKTWholeParameter::walk(Road &road, Members &members)
 {
     return road.stretch(kBeforeName, members.id) &&                                                       //
            road.text(members.name) &&                                                                     //
@@ -87,37 +85,38 @@ template <typename Road, typename Members> bool OKTWholeParameter::walk(Road &ro
            road.stretch(kEnd);
 }
 
-bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
+// False, as for every frame that is not written.
+bool OKTWholeParameter::announce(OKTDbParameter const &parameter, OKTFiler &filer)
 {
-    bool const isWritten = numberRecordOf(parameter.m_varValue.vt) >= 0 && writeNumber(parameter, filer);
-    if (!isWritten && OktWantsLength(filer))
-    {
-        OKTFrameLength length;
-        Given const given = givenOf(parameter, parameter.m_varValue);
-        walk(length, given);
-        OktAnnounceFrame(filer, length.bytes());
-    }
-    return isWritten;
+    if (!OktWantsLength(filer))
+        return false;
+    OKTFrameLength length;
+    Given const given = givenOf(parameter, parameter.m_varValue);
+    walk(length, given);
+    OktAnnounceFrame(filer, length.bytes());
+    return false;
 }
 
-bool OKTWholeParameter::writeNumber(OKTDbParameter const &parameter, OKTFiler &filer)
+bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
 {
+    if (numberRecordOf(parameter.m_varValue.vt) < 0)
+        return announce(parameter, filer);
     tagVARIANT value = parameter.m_varValue;
     bool const isLength = OktIsLengthType(parameter.m_nParamType);
     if (isLength || parameter.m_nParamType == kQuantityExpression)
         if (double const factor = parameter.conversionFactor(); factor != 1.0)
         {
             if (!isLength)
-                return false;
+                return announce(parameter, filer);
             value.dblVal /= factor; // eight bytes of a double, whatever the kind says (quirk 46)
         }
     Given const given = givenOf(parameter, value);
     if (given.name.size() + given.expression.size() + given.description.size() > OKTFrameWriter::kLongestText)
-        return false;
+        return announce(parameter, filer);
     OKTFrameLength length;
     walk(length, given);
     OKTFrameWriter frame(filer, length.bytes());
-    return frame && walk(frame, given);
+    return frame ? walk(frame, given) : announce(parameter, filer);
 }
 
 bool OKTWholeParameter::read(OKTDbParameter &parameter, OKTFiler &filer)

@@ -21,8 +21,9 @@ public:
 
 private:
     struct Given;
+    struct Taken;
 
     static Given givenOf(OKTDbParameter const &parameter, tagVARIANT const &value);
-    static bool writeNumber(OKTDbParameter const &parameter, OKTFiler &filer);
+    static bool announce(OKTDbParameter const &parameter, OKTFiler &filer);
     template <typename Road, typename Members> static bool walk(Road &road, Members &members);
 };
