@@ -3,6 +3,14 @@
 
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktimageroom.h>
+#include <oktdatabase/oktwholeframe.h>
+
+namespace
+{
+// All but the units of the name and the parameters.
+constexpr std::int64_t kFixedSize = emptyFrameSize("OKTDbCategory", kObjectFrame.size()) + kIdSize + kLongSize + kTextHead;
+} // namespace
 
 OKTDbCategory::OKTDbCategory() = default;
 
@@ -69,7 +77,8 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
-    announceIdList(*filer, m_tabParameters);
+    OktAnnounceFrame(*filer,
+                     kFixedSize + std::int64_t{2} * m_strCategoryName.GetLength() + kIdSize * m_tabParameters.getSize());
     if (!filer->beginWriteClass(u"Object", u"OKTDbCategory", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)

@@ -6,6 +6,7 @@
 #include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktsmartansistring.h>
 #include <oktdatabase/okttools.h>
+#include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 
 #include <algorithm>
@@ -20,7 +21,14 @@
 namespace
 {
 constexpr int kChunk = 65535; // characters of base64 text in one string record
-constexpr int kFraming = 512; // bytes of a frame, and some more, beside the text
+
+// Bytes of a frame beside its text.
+constexpr std::size_t kPoint = static_cast<std::size_t>(emptyFrameSize("OKTGeXYZ", 0)) + 3 * 9;
+constexpr auto kSections =
+    beginMembers(1) + kEndMembers + beginMembers(2) + longRecord(0) + kEndMembers + beginMembers(3) + kEndMembers;
+constexpr std::size_t kFraming =
+    beginClass("OKTDbPicture", 3).size() + kObjectFrame.size() + kSections.size() + 3 * kPoint + kEndClass.size();
+
 constexpr unsigned int kTextForm = kBase64NoPadding | kBase64NoLineBreaks;
 
 // The base64 text of a picture, cut into chunks. Each is made when it is wanted, so that the whole text never stands in memory.
@@ -36,8 +44,11 @@ public:
     // Characters of the text of that many bytes, and chunks of that many characters.
     static std::int64_t lengthOf(std::int64_t size) { return size / 3 * 4 + (size % 3 == 0 ? 0 : size % 3 + 1); }
     static std::int64_t chunksOf(std::int64_t length) { return (length + kChunk - 1) / kChunk; }
-    // Bytes of the string records in which that text is stored.
-    static std::int64_t storedLengthOf(std::int64_t size) { return lengthOf(size) + 3 * chunksOf(lengthOf(size)); }
+    // Bytes of the string records in which that text is stored: one at least.
+    static std::int64_t storedLengthOf(std::int64_t size)
+    {
+        return lengthOf(size) + kTextHead * std::max<std::int64_t>(chunksOf(lengthOf(size)), 1);
+    }
 
     int chunkCount() const { return static_cast<int>(chunksOf(m_length)); }
 
@@ -254,7 +265,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
-    OktAnnounceFrame(*filer, PictureText::storedLengthOf(m_pictureData.GetSize()) + kFraming);
+    OktAnnounceFrame(*filer, PictureText::storedLengthOf(m_pictureData.GetSize()) + static_cast<std::int64_t>(kFraming));
     if (!filer->beginWriteClass(u"Object", u"OKTDbPicture", 3))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)

@@ -223,7 +223,7 @@ private:
     ReadFilter m_readFilter;
     bool m_hasClientObjects = false; // there are, or were, objects whose class is not one of this library's
     mutable KnownFrames m_knownFrames;
-    std::uint64_t m_changes = 0;     // raised when an object comes, goes or is replaced, and when the list of pictures is set
+    std::uint64_t m_changes = 0; // raised when an object comes, goes or is replaced, and when the list of pictures is set
 };
 
 using InfoMap = OKTDbPool::InfoMap;

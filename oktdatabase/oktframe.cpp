@@ -3,7 +3,6 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktfiler.h>
-#include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktsystem.h>
 
@@ -98,12 +97,6 @@ bool readIds(OKTFiler &filer, IdArray &ids, int count)
     return false;
 }
 } // namespace
-
-void announceIdList(OKTFiler &filer, IdArray const &ids)
-{
-    constexpr int kOtherMembers = 512; // bytes, and more than most take
-    OktAnnounceFrame(filer, static_cast<std::int64_t>(kIdFrame.size()) * ids.getSize() + kOtherMembers);
-}
 
 void writeIdList(OKTFiler &filer, CString const &list, CString const &length, IdArray const &ids, OKTFrame &frame)
 {

@@ -85,9 +85,6 @@ private:
 /// through the list.
 OKTDbObjectId idForList(OKTDbObjectId id);
 
-/// To be called before the class frame is begun whose largest member is that list, so that memory can be reserved for it.
-void announceIdList(OKTFiler &filer, IdArray const &ids);
-
 /// A list of ids as members of a section: the length, under the list's name with ".Length" behind it, then each id, ending early
 /// once a member of the frame has failed. Reading empties the list first and appends an id also where its read failed, which then
 /// ends the list.

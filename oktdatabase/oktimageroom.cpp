@@ -12,14 +12,15 @@
 
 namespace
 {
-constexpr int kLarge = 1024;           // objects of a pool whose frames are remembered
-constexpr int kAsked = 16384;          // objects that are asked at most, beside the special ones
-constexpr std::int64_t kUnknown = 512; // bytes of a frame of which nothing is known
-constexpr std::int64_t kStored = 256;  // bytes of the first frames, each
-constexpr std::int64_t kSurplus = 20;  // a twentieth more than an estimate
-constexpr std::int64_t kAlike = 32;    // frames are as they were when they differ by no more than this part
-constexpr std::int64_t kStep = 16;     // the part by which a large buffer grows by itself
-constexpr std::int64_t kRoom = 64;     // bytes that the open frames keep free behind them
+constexpr int kLarge = 1024;               // objects of a pool whose frames are remembered
+constexpr int kAsked = 16384;              // objects that are asked at most, beside the special ones
+constexpr std::int64_t kUnknown = 512;     // bytes of a frame of which nothing is known
+constexpr std::int64_t kStored = 256;      // bytes of the first frames, each
+constexpr std::int64_t kSurplus = 20;      // a twentieth more than an estimate
+constexpr std::int64_t kAlike = 32;        // frames are as they were when they differ by no more than this part
+constexpr std::int64_t kLargeFrame = 4096; // bytes, for which a buffer makes room at once
+constexpr std::int64_t kStep = 16;         // the part by which a large buffer grows by itself
+constexpr std::int64_t kRoom = 64;         // bytes that the open frames keep free behind them
 
 /// A filer that lets an object announce its frame and go no further.
 class LengthProbe : public OKTMemoryFiler
@@ -67,7 +68,7 @@ void OktAnnounceFrame(OKTFiler &filer, std::int64_t bytes)
 {
     if (OktWantsLength(filer))
         static_cast<LengthProbe &>(filer).m_announced = bytes;
-    else if (typeid(filer) == typeid(OKTMemoryFiler))
+    else if (bytes >= kLargeFrame && typeid(filer) == typeid(OKTMemoryFiler))
     {
         // No less than the buffer grows by itself: many objects may announce a little each.
         auto &memory = static_cast<OKTMemoryFiler &>(filer);

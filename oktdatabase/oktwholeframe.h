@@ -131,6 +131,15 @@ inline constexpr auto kAnyId = valueOf(kIdFrame, idFrame(~0u));
 /// The frame of the base class in that of an object.
 inline constexpr auto kObjectFrame = beginClass("OKTDbObject", 1) + beginMembers(1) + kAnyId + kEndMembers + kEndClass;
 
+/// The bytes of a frame of that class whose only section is empty, around the frame of its base class.
+template <std::size_t N> constexpr std::int64_t emptyFrameSize(char const (&name)[N], std::size_t base)
+{
+    return static_cast<std::int64_t>((beginClass(name, 1) + beginMembers(1) + kEndMembers + kEndClass).size() + base);
+}
+inline constexpr std::int64_t kIdSize = kIdFrame.size();
+inline constexpr std::int64_t kLongSize = 5;
+inline constexpr std::int64_t kTextHead = 3; // of the record of a text
+
 inline std::uint64_t eightBytes(BYTE const *bytes)
 {
     std::uint64_t eight;

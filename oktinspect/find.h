@@ -66,8 +66,8 @@ struct FindOptions
 {
     std::function<void(FoundObject const &)> onFound; ///< each object with a match, in the order of the file
     std::function<void(Finding const &)> onFault;     ///< a damaged header or object, which is not searched; the rest is
-    OnProgress onProgress;                        ///< False ends it
-    std::string name;                             ///< how progress calls the bytes
+    OnProgress onProgress;                            ///< False ends it
+    std::string name;                                 ///< how progress calls the bytes
 };
 
 /// Searches a file in one pass, in bounded memory. A text of more than 65535 characters is passed over. True: there was a match.

@@ -767,7 +767,7 @@ TEST_F(ParameterTest, XmlIn_FrameOfTheValueOfALengthRefused_1AndTheKindIsNull)
     pool.setMetricsFactor(1000.0);
     RecordingFiler filer(&pool);
     filer.loadFiler(written(owned(pool, 6, 2500.0)));
-    filer.failInsideAt("beginReadClass", 3); // behind those of the two ids, which are frames too
+    filer.failInsideAt("beginReadClass", 2); // the first is that of the id
     OKTDbParameter parameter;
     EXPECT_EQ(parameter.xmlIn(&filer), eFilerMemberFailed);
     EXPECT_EQ(parameter.Value().vt, VT_NULL);

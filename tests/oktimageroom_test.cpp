@@ -323,6 +323,54 @@ TEST(ImageRoom, SaveFiler_ParametersOfAnyKind_NoMoreThanTheirSize)
     EXPECT_LE(image.GetCapacity(), image.GetSize() + 128);
 }
 
+// So are the other classes.
+TEST(ImageRoom, SaveFiler_OtherClasses_NoMoreThanTheirSize)
+{
+    auto const fillCategory = [](OKTDbCategory &category, int number) {
+        category.setCategoryName(CString(std::u16string(static_cast<std::size_t>(number % 9), u'c').c_str()));
+        for (int i = 0; i < number % 7; ++i)
+            category.appendParameter(OKTDbObjectId::createObjectId(nullptr));
+    };
+    for (int kind = 0; kind < 5; ++kind)
+    {
+        OKTDbPool pool;
+        for (int i = 0; i < 300; ++i)
+        {
+            OKTDbObject *object = nullptr;
+            if (kind == 0)
+                fillCategory(*static_cast<OKTDbCategory *>(object = new OKTDbCategory), i);
+            else if (kind == 1)
+                object = new OKTDbRelation;
+            else if (kind == 2)
+            {
+                auto *const group = new OKTDbGroupCategory;
+                for (int used = 0; used < i % 7; ++used)
+                    group->appendCategory(OKTDbObjectId::createObjectId(nullptr));
+                object = group;
+            }
+            else if (kind == 3)
+            {
+                auto *const relation = new OKTDbParamRelation;
+                for (int used = 0; used < i % 7; ++used)
+                    relation->appendParameter(OKTDbObjectId::createObjectId(nullptr));
+                object = relation;
+            }
+            else
+            {
+                auto *const picture = new OKTDbPicture;
+                CByteArray data;
+                data.SetSize(i % 5 == 4 ? 60'000 : i % 5);
+                picture->setPictureData(data);
+                object = picture;
+            }
+            ASSERT_TRUE(pool.appendObject(object));
+        }
+        giveUpSpareBlock();
+        CByteArray const image = imageOf(pool);
+        EXPECT_LE(image.GetCapacity(), image.GetSize() + 128) << kind;
+    }
+}
+
 // The pictures of a pool are asked each time, wherever they stand.
 TEST(ImageRoom, SavedAgain_PictureAmongTheFirstOrTheLast_OneBlock)
 {
