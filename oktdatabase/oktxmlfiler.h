@@ -24,6 +24,7 @@
 class OKT_API OKTXmlFiler : public OKTFiler
 {
 public:
+    /// With no document open.
     OKTXmlFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     /// Both share document and nodes.
     OKTXmlFiler(OKTXmlFiler const &) = default;

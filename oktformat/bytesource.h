@@ -29,6 +29,7 @@ public:
     ByteSource &operator=(ByteSource const &) = delete;
     virtual ~ByteSource() = default;
 
+    /// The length in bytes, as it was when the source was made.
     std::int64_t size() const { return m_size; }
 
     /// The bytes from `offset` on, at most `count` of them: fewer at the end. Good until the next look. Throws Failure when the

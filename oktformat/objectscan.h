@@ -32,7 +32,9 @@ struct Stretch
     char const *oddity = nullptr;        ///< what is wrong with that record
     std::int64_t faultAt = 0;            ///< of what is not an object: the offset of the fault
 
+    /// In bytes.
     std::int64_t size() const { return end - begin; }
+    /// The object's own class; empty for what is no object.
     CString className() const { return classNames.empty() ? CString() : CString(classNames.front().c_str()); }
     /// The object is of this class or derived from it.
     bool isOf(KnownClass known) const;
@@ -46,6 +48,7 @@ struct Stretch
 class ObjectScan
 {
 public:
+    /// From that byte of the source to its end. The source must outlive the scan.
     ObjectScan(ByteSource &source, std::int64_t begin) : m_source(source), m_position(begin) {}
 
     /// The next stretch. Stretches follow each other without a gap up to the end of the file. Empty: the end.

@@ -27,6 +27,7 @@ enum class HeaderRole
     RadialReinf
 };
 
+/// What the value is, by its section and its number in it.
 HeaderRole headerRole(StoredValue const &value);
 /// For messages: "construct", "picture", ...
 std::string roleName(HeaderRole role);
@@ -38,6 +39,7 @@ bool hasPlace(HeaderRole role);
 class HeaderWalk
 {
 public:
+    /// `begin` is the byte at which the header's frame begins. The source must outlive the walk.
     HeaderWalk(ByteSource &source, std::int64_t begin) : m_walk(source, begin) {}
 
     /// False: the header has ended, or the bytes are damaged.

@@ -38,6 +38,7 @@ using OnProgress = std::function<bool(Progress const &)>;
 class Cancelled : public std::runtime_error
 {
 public:
+    /// Its text says no more than that.
     Cancelled() : std::runtime_error("cancelled") {}
 };
 
@@ -45,6 +46,7 @@ public:
 class ProgressStep
 {
 public:
+    /// A step over `total` things, which goes over them that many times. `onProgress` must outlive it.
     ProgressStep(OnProgress const &onProgress, std::string what, std::uint64_t total, int passes = 1)
         : ProgressStep(onProgress, std::move(what), total, passes, true)
     {

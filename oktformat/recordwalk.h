@@ -55,6 +55,7 @@ public:
         AnyRecord ///< a value or a section too, as in a stream that is no pool file
     };
 
+    /// From that byte of the source on. The source must outlive the walk.
     RecordWalk(ByteSource &source, std::int64_t begin, Start start = Start::Frame)
         : m_source(source), m_position(begin), m_start(start)
     {
@@ -69,6 +70,7 @@ public:
     /// Offset of the first frame whose class name is empty or contains control characters; -1: none.
     std::int64_t badNameAt() const { return m_badNameAt; }
 
+    /// How far the walk is.
     State state() const { return m_state; }
     /// The offset after the last record; of a damaged frame the offset of the fault.
     std::int64_t position() const { return m_position; }

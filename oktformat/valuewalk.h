@@ -72,6 +72,7 @@ struct StoredValue
 class ValueWalk
 {
 public:
+    /// `begin` is the byte at which the object's frame begins. The source must outlive the walk.
     ValueWalk(ByteSource &source, std::int64_t begin) : m_source(source), m_walk(source, begin) {}
 
     /// False: the frame has ended, or the bytes are damaged.

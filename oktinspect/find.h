@@ -64,10 +64,10 @@ struct FoundObject
 
 struct FindOptions
 {
-    std::function<void(FoundObject const &)> onFound;
-    std::function<void(Finding const &)> onFault; ///< a damaged header or object; it is not searched
-    OnProgress onProgress;                        ///< False ends it
-    std::string name;                             ///< the name of the bytes for progress
+    std::function<void(FoundObject const &)> onFound; ///< each object with a match, in the order of the file
+    std::function<void(Finding const &)> onFault;     ///< a damaged header or object, which is not searched; the rest is
+    OnProgress onProgress;                            ///< False ends it
+    std::string name;                                 ///< how progress calls the bytes
 };
 
 /// Searches a file in one pass, in bounded memory. Texts of more than 65535 characters are skipped. True: there was a match.

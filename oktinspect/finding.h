@@ -200,6 +200,7 @@ struct ObjectLabel
     std::optional<_GUID> id;
     CString name; ///< of a parameter or a category
 
+    /// There is neither.
     bool isEmpty() const { return !id && name.IsEmpty(); }
 };
 
@@ -221,10 +222,14 @@ struct Verdict
 class Findings
 {
 public:
+    /// `onFinding` gets each finding when it is made; an empty function gets none.
     explicit Findings(std::function<void(Finding const &)> onFinding) : m_onFinding(std::move(onFinding)) {}
 
+    /// Counts it by its severity and hands it on.
     void add(Finding const &finding);
+    /// The numbers so far.
     Verdict const &verdict() const { return m_verdict; }
+    /// One more object was looked at.
     void countObject() { ++m_verdict.objects; }
 
 private:

@@ -40,6 +40,7 @@ public:
     /// Reads the header. Throws Failure. `name` is the name of the file in messages; empty: its path.
     explicit PartialFile(std::filesystem::path const &path, std::string const &name = {});
 
+    /// As messages call the file, and its length in bytes.
     std::string const &name() const { return m_name; }
     std::uintmax_t size() const { return m_size; }
     /// The header's fields, and no objects.

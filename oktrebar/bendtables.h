@@ -28,6 +28,7 @@ public:
     /// Throws Failure with file, line and column.
     static SchedulingBends load(std::filesystem::path const &path);
 
+    /// The path of the table, as messages have it.
     std::string const &file() const { return m_file; }
     /// Null: the table has no such size.
     SchedulingBend const *find(double diameter) const;
@@ -52,6 +53,7 @@ struct BendRule
     std::optional<double> hook135; ///< likewise
     std::string hook180;           ///< likewise, a formula of d and "in" (an inch); empty when the row has none
 
+    /// The row is for bars of that size.
     bool appliesTo(BarSize const &size) const;
     /// Inside radius of the bend, in the units of the diameter: half the mandrel.
     double radius(double diameter) const { return mandrel * diameter / 2; }
@@ -69,6 +71,7 @@ public:
     /// Throws Failure with file, line and column.
     static BendRules load(std::filesystem::path const &path);
 
+    /// The path of the table, as messages have it.
     std::string const &file() const { return m_file; }
     /// The first row of that rule for that size; null when there is none.
     BendRule const *find(std::string_view rule, BarSize const &size) const;

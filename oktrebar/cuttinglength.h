@@ -31,7 +31,9 @@ public:
     /// Throws Failure, also for a formula that cannot be read.
     static ShapeLengths load(std::filesystem::path const &path);
 
+    /// The path of the table, as messages have it.
     std::string const &file() const { return m_file; }
+    /// The shape codes of the table, in ascending order, and whether one is among them.
     std::vector<std::string> codes() const;
     bool has(std::string_view code) const { return m_formulas.find(code) != m_formulas.end(); }
     /// The formula as printed in the table. Throws Failure for a code that is not in the table; so does `length`.

@@ -17,6 +17,7 @@ namespace okt
 class FormulaError : public std::runtime_error
 {
 public:
+    /// `position` counts characters from 0.
     FormulaError(std::size_t position, std::string const &reason) : std::runtime_error(reason), m_position(position) {}
     std::size_t position() const { return m_position; }
 

@@ -17,6 +17,7 @@ struct Box
     Point low;
     Point high;
 
+    /// In the units of the corners; negative where they are the wrong way round.
     double width() const { return high.x - low.x; }
     double height() const { return high.y - low.y; }
     Point centre() const { return {(low.x + high.x) / 2, (low.y + high.y) / 2}; }
