@@ -34,10 +34,10 @@ struct ListedObject
 
 struct ListOptions
 {
-    std::function<void(ListedObject const &)> onObject;
-    std::function<void(Finding const &)> onFault; ///< a damaged header or object; the others are listed all the same
-    OnProgress onProgress;                        ///< is called for each object
-    std::string name;                             ///< the name of the bytes for progress
+    std::function<void(ListedObject const &)> onObject; ///< each object, in the order of the file
+    std::function<void(Finding const &)> onFault;       ///< a damaged header or object; the others are listed all the same
+    OnProgress onProgress;                              ///< is called for each object
+    std::string name;                                   ///< the name of the bytes for progress
 };
 
 /// Lists the objects of a file in its order, in one pass and in bounded memory. Throws Cancelled, Failure where the file can no
