@@ -35,8 +35,8 @@ private:
     bool &m_flag;
 };
 
-// The classes of the objects that a load has met, by the place of one object of each: a name that is the same bytes is not
-// looked up again. The last one stands first, since objects of one class often follow each other.
+// The classes that a load has met, each with the place of one object. A class name with the same bytes is not looked up again. The
+// class of the last object stands first, since objects of one class often follow each other.
 class KnownClasses
 {
 public:
@@ -48,7 +48,7 @@ public:
         auto known = std::find_if(m_known.begin(), m_end, isSame);
         if (known == m_end)
         {
-            // Want of memory raises here: as a missing name it would end the load with true.
+            // This throws when there is no memory. A false would be a missing name, which ends the load with true.
             CString className;
             if (!filer.findClassName(className))
                 return false;
@@ -146,9 +146,9 @@ bool setHead(CByteArray &bytes, int start, CByteArray &head)
 }
 } // namespace
 
-// Makes the image in one buffer: the length of the header, the header with all places unknown, the objects in id order; then the
-// first two once more, over the old ones, with the places. They are as long then, since a number takes the same bytes whatever its
-// value is.
+// Makes the image in one buffer: the length of the header, the header with all places unknown, the objects in id order. Then the
+// first two are written again over the old ones, now with the places. Their length is the same, since every number takes the same
+// bytes.
 //
 // Without `replacements`, the ids that are translated go to `translated`. With them, ids are replaced as they are written, and
 // `translated` receives only what objects of client modules have put into the filer's map.

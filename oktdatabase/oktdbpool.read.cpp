@@ -34,8 +34,8 @@ try
     filer.readInPlace(header);
     if (!hasTranslation(filer) || xmlIn(&filer, info) != eFilerOk)
         return false;
-    // From the start of the objects block to the start of the file, the places of -1 too (quirk 26). The sum wraps like any
-    // 32-bit number, since a header may lie.
+    // Places count from the start of the objects block; from here on they count from the start of the file, those of -1 too (quirk
+    // 26). The sum wraps like any 32-bit number, since a damaged header may hold any number.
     auto const shift = static_cast<std::uint32_t>(headerStart) + static_cast<std::uint32_t>(headerLength);
     for (auto &[id, place] : info)
         place.nObjectPosition = static_cast<std::int32_t>(static_cast<std::uint32_t>(place.nObjectPosition) + shift);

@@ -49,7 +49,7 @@ bool OktHasZeroUnit(OKTStoredText const &text)
     return any;
 }
 
-// A place for each object or two, within bounds: the places take some time to make and belong into the near memory.
+// About one place for one or two objects, within bounds: making the places takes time, and they should fit into the cache.
 OKTTextTable::OKTTextTable(int imageSize)
     : m_mask(std::bit_ceil(static_cast<std::size_t>(std::clamp(imageSize / 512, 64, 8192))) - 1),
       m_texts(std::make_unique<CString[]>(m_mask + 1))
