@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include "support/allclasses.h"
+#include "support/shortage.h"
+
+#include <okttext/okttextpool.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <new>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+// Memory that runs out while a pool of all classes is turned into text and back: std::bad_alloc, or the whole text and the whole
+// image. A sound image or text is never called a damaged one.
+
+namespace
+{
+constexpr std::size_t kMost = 400;
+
+std::string textOf(CByteArray const &image)
+{
+    std::string text;
+    OKTTextFault fault;
+    EXPECT_TRUE(OktExportText(
+        image, [&](std::string_view piece) { text += piece; }, fault))
+        << fault.reason;
+    return text;
+}
+
+bool isSame(CByteArray const &left, CByteArray const &right)
+{
+    return left.GetSize() == right.GetSize() && std::equal(left.GetData(), left.GetData() + left.GetSize(), right.GetData());
+}
+
+/// What came of a call.
+enum class Came
+{
+    Done,
+    Refused, ///< by std::bad_alloc
+    Damaged
+};
+} // namespace
+
+TEST(ShortageText, Export_FaultsAllOver_BadAllocOrTheWholeText)
+{
+    AllClassesPool source(PoolSize::Small);
+    std::string const whole = textOf(source.image());
+    std::string text;
+    std::string reason;
+    Came came = Came::Done;
+    forEveryFault({
+        .name = "OktExportText",
+        .prepare = [&] { std::string().swap(text); },
+        .perform =
+            [&] {
+                OKTTextFault fault;
+                try
+                {
+                    bool const isDone = OktExportText(
+                        source.image(), [&](std::string_view piece) { text += piece; }, fault);
+                    came = isDone ? Came::Done : Came::Damaged;
+                    reason = std::move(fault.reason);
+                }
+                catch (std::bad_alloc const &)
+                {
+                    came = Came::Refused;
+                }
+            },
+        .judge = [&](bool struck) -> std::string {
+            std::string wrong;
+            if (came == Came::Done && text != whole)
+                wrong = "true, and the text is not whole";
+            else if (came == Came::Damaged)
+                wrong = "a sound image is called damaged: " + reason;
+            else if (came == Came::Refused && !struck)
+                wrong = "refused without cause";
+            std::string().swap(text);
+            std::string().swap(reason);
+            return wrong.empty() && textOf(source.image()) != whole ? "with memory back, another text is written" : wrong;
+        },
+        .most = kMost,
+    });
+}
+
+TEST(ShortageText, Import_FaultsAllOver_BadAllocOrTheWholeImage)
+{
+    AllClassesPool source(PoolSize::Small);
+    std::string const text = textOf(source.image());
+    std::istringstream stream(text);
+    CByteArray image;
+    std::string reason;
+    Came came = Came::Done;
+    forEveryFault({
+        .name = "OktImportText",
+        .prepare =
+            [&] {
+                stream.clear();
+                stream.seekg(0);
+            },
+        .perform =
+            [&] {
+                OKTTextFault fault;
+                try
+                {
+                    came = OktImportText(stream, image, fault) ? Came::Done : Came::Damaged;
+                    reason = std::move(fault.reason);
+                }
+                catch (std::bad_alloc const &)
+                {
+                    came = Came::Refused;
+                }
+            },
+        .judge = [&](bool struck) -> std::string {
+            std::string wrong;
+            if (came == Came::Done && !isSame(image, source.image()))
+                wrong = "true, and the image is not whole";
+            else if (came == Came::Damaged)
+                wrong = "a sound text is called damaged: " + reason;
+            else if (came == Came::Refused && !struck)
+                wrong = "refused without cause";
+            image = CByteArray();
+            std::string().swap(reason);
+            return wrong;
+        },
+        .most = kMost,
+    });
+}
