@@ -127,8 +127,9 @@ OktSaveRefusal OktSystem::openTarget(fs::path const &target, fs::path const &, R
         return {OktSaveStatus::Folder, ERROR_ACCESS_DENIED};
     if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
         return {OktSaveStatus::WriteProtected, 0};
-    HANDLE const file =
-        CreateFileW(target.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    // A second name of an open file can be removed only where its removal is shared.
+    HANDLE const file = CreateFileW(target.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
     {
         int const error = lastError();
@@ -158,10 +159,21 @@ bool OktSystem::hasOneName(ReplaceTarget const &found)
     return GetFileInformationByHandle(handleOf(found.file), &facts) && facts.nNumberOfLinks <= 1;
 }
 
-// What is held open can be neither removed nor replaced.
 bool OktSystem::isSameTarget(fs::path const &target, ReplaceTarget const &found)
 {
-    return found.isThere || GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES;
+    if (!found.isThere)
+        return GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES;
+    HANDLE const named = CreateFileW(target.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (named == INVALID_HANDLE_VALUE)
+        return false;
+    BY_HANDLE_FILE_INFORMATION before = {};
+    BY_HANDLE_FILE_INFORMATION now = {};
+    bool const isSame = GetFileInformationByHandle(handleOf(found.file), &before) && GetFileInformationByHandle(named, &now) &&
+                        before.dwVolumeSerialNumber == now.dwVolumeSerialNumber &&
+                        before.nFileIndexHigh == now.nFileIndexHigh && before.nFileIndexLow == now.nFileIndexLow;
+    CloseHandle(named);
+    return isSame;
 }
 
 int OktSystem::openFolder(fs::path const &, std::intptr_t &) { return 0; }
