@@ -12,12 +12,12 @@
 #include <string>
 #include <string_view>
 
-// Memory that runs out while a pool of all classes is turned into text and back: std::bad_alloc, or the whole text and the whole
-// image. A sound image or text is never called a damaged one.
+// Memory that runs out while a pool of all classes is turned into text and back: std::bad_alloc, or a text that gives the whole image
+// back, and the whole image. A sound image or text is never called a damaged one.
 
 namespace
 {
-constexpr std::size_t kMost = 400;
+constexpr std::size_t kMost = 40;
 
 std::string textOf(CByteArray const &image)
 {
@@ -34,6 +34,16 @@ bool isSame(CByteArray const &left, CByteArray const &right)
     return left.GetSize() == right.GetSize() && std::equal(left.GetData(), left.GetData() + left.GetSize(), right.GetData());
 }
 
+/// The image that a text gives.
+CByteArray imageOfText(std::string const &text)
+{
+    std::istringstream stream(text);
+    CByteArray image;
+    OKTTextFault fault;
+    EXPECT_TRUE(OktImportText(stream, image, fault)) << fault.reason;
+    return image;
+}
+
 /// What came of a call.
 enum class Came
 {
@@ -43,7 +53,7 @@ enum class Came
 };
 } // namespace
 
-TEST(ShortageText, Export_FaultsAllOver_BadAllocOrTheWholeText)
+TEST(ShortageText, Export_FaultsAllOver_BadAllocOrATextOfTheWholeImage)
 {
     AllClassesPool source(PoolSize::Small);
     std::string const whole = textOf(source.image());
@@ -70,8 +80,9 @@ TEST(ShortageText, Export_FaultsAllOver_BadAllocOrTheWholeText)
             },
         .judge = [&](bool struck) -> std::string {
             std::string wrong;
-            if (came == Came::Done && text != whole)
-                wrong = "true, and the text is not whole";
+            // The names of members, for which the library is asked, are there for the reader alone, and may be missing.
+            if (came == Came::Done && text != whole && (!struck || !isSame(imageOfText(text), source.image())))
+                wrong = "true, and the text does not give the image back";
             else if (came == Came::Damaged)
                 wrong = "a sound image is called damaged: " + reason;
             else if (came == Came::Refused && !struck)
