@@ -56,9 +56,9 @@ private:
     [[noreturn]] void refuse(char const *what, std::string const &more = {}) const;
 
     std::filesystem::path m_target;
-    OktFileReplacement m_file;
     std::optional<HalfWritten> m_part;
     std::optional<HalfWritten> m_old;
+    OktFileReplacement m_file; // its end removes what the others name
 };
 
 /// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, in use, or has several
