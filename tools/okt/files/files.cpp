@@ -96,16 +96,19 @@ void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
     for (PendingFile *const file : files)
         replacements.push_back(&file->m_file);
     OktFileReplacement *const failed = OktFileReplacement::commitTogether(replacements.data(), replacements.size());
+    // From now on these names may be those of somebody else, who saves the same files.
+    for (PendingFile *const file : files)
+    {
+        file->m_part.reset();
+        file->m_old.reset();
+    }
     if (failed == nullptr)
         return;
     std::string lost;
-    for (PendingFile *const file : files)
+    for (PendingFile const *const file : files)
         if (file->m_file.isOldKept())
-        {
-            file->m_old.reset();
             lost +=
                 "; what " + printable(pathName(file->m_target)) + " was is in " + printable(file->m_file.oldPath().ToUtf8());
-        }
     for (PendingFile const *const file : files)
         if (&file->m_file == failed)
             file->refuse("the file cannot be put in place", lost);
