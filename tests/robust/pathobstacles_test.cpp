@@ -26,6 +26,9 @@ namespace
 {
 namespace fs = std::filesystem;
 
+constexpr int kCuts = 20;    // of a file, in front of each read
+constexpr int kChanges = 30; // likewise
+
 enum class Obstacle
 {
     Missing,
@@ -227,10 +230,10 @@ TEST(ChangingFile, ShrinksInFrontOfEachRead_FalseOrWhole_Quirk18)
         ASSERT_GT(reads, 0u);
         PoolContents const expected = contentsOf(whole);
         for (std::size_t read = 0; read < reads; ++read)
-            for (int part = 0; part < 40; ++part)
+            for (int part = 0; part < kCuts; ++part)
             {
                 ++cuts;
-                SCOPED_TRACE(testing::Message() << reader.name << ", read " << read << ", part " << part << " of 40");
+                SCOPED_TRACE(testing::Message() << reader.name << ", read " << read << ", part " << part << " of " << kCuts);
                 folder.put("pool.okt", good);
                 ReportCatcher const reports;
                 OKTDbPool pool;
@@ -239,7 +242,7 @@ TEST(ChangingFile, ShrinksInFrontOfEachRead_FalseOrWhole_Quirk18)
                     FileCallCount const count([&](std::size_t number) {
                         if (number != read)
                             return;
-                        EXPECT_EQ(truncate(name.c_str(), static_cast<off_t>(good.GetSize()) * part / 40), 0);
+                        EXPECT_EQ(truncate(name.c_str(), static_cast<off_t>(good.GetSize()) * part / kCuts), 0);
                     });
                     done = reader.read(pool, path);
                 }
@@ -247,7 +250,7 @@ TEST(ChangingFile, ShrinksInFrontOfEachRead_FalseOrWhole_Quirk18)
                 expectUsable(pool, good);
             }
     }
-    EXPECT_GE(cuts, 4 * 40);
+    EXPECT_GE(cuts, 4 * kCuts);
 }
 
 // Other bytes in the place of those that were there: whatever comes of it, nothing escapes, and the pool can be used on.
@@ -261,7 +264,7 @@ TEST(ChangingFile, BytesChangeInFrontOfEachRead_NothingEscapes)
     int changes = 0;
     for (Reader const &reader : readers())
         for (std::size_t read = 0; read < 4; ++read)
-            for (int seed = 0; seed < 60; ++seed)
+            for (int seed = 0; seed < kChanges; ++seed)
             {
                 SCOPED_TRACE(testing::Message() << reader.name << ", read " << read << ", change " << seed);
                 folder.put("pool.okt", good);
@@ -274,7 +277,7 @@ TEST(ChangingFile, BytesChangeInFrontOfEachRead_NothingEscapes)
                         ++changes;
                         std::FILE *const file = std::fopen(name.c_str(), "r+b");
                         ASSERT_NE(file, nullptr);
-                        std::fseek(file, static_cast<long>(good.GetSize()) * seed / 60, SEEK_SET);
+                        std::fseek(file, static_cast<long>(good.GetSize()) * seed / kChanges, SEEK_SET);
                         for (int i = 0; i < 16; ++i)
                             std::fputc((seed * 37 + i * 11) & 255, file);
                         std::fclose(file);
@@ -285,5 +288,5 @@ TEST(ChangingFile, BytesChangeInFrontOfEachRead_NothingEscapes)
                 EXPECT_TRUE(pool->loadFiler(good));
                 EXPECT_EQ(pool->objectCount(), source.pool().objectCount());
             }
-    EXPECT_GE(changes, 4 * 60);
+    EXPECT_GE(changes, 4 * kChanges);
 }
