@@ -164,6 +164,7 @@ public:
 private:
     friend class OKTMemoryFiler; // takes the map of translated ids, and must know when it could not
     friend class OKTImageRoom;
+    friend class OktFileImage; // for oktdurablesave: makes the image that writeFile writes
 
     /// The pictures in their order, with a set beside the list, so that asking for one of many is cheap.
     class PictureList

@@ -46,12 +46,29 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
         throw Failure(inputName(path), "", "the file is empty");
     PictureFolder folder(pictures, replaces); // before the text, which may be written into the same folder
     std::optional<OutputFile> text;
+    auto const refuseOneName = [&] {
+        if (folder.has(output))
+            throw Failure(pathName(output), "", "the file cannot be written: one of the pictures has this name");
+    };
     OKTTextPutFile put;
     if (!pictures.empty())
-        put = [&folder](std::string const &stem, CByteArray const &bytes) { return folder.put(stem, bytes); };
+        put = [&](std::string const &stem, CByteArray const &bytes) {
+            try
+            {
+                return folder.put(stem, bytes);
+            }
+            catch (Failure const &)
+            {
+                refuseOneName(); // otherwise the text would be called locked
+                throw;
+            }
+        };
     auto const sink = [&](std::string_view piece) {
         if (!text)
+        {
+            refuseOneName();
             text.emplace(output, replaces);
+        }
         text->write(piece);
     };
     OKTTextFault fault;
@@ -69,8 +86,6 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     if (!OktExportText(image, sink, fault, put, tell))
         throw Failure(inputName(path), fault.place(), fault.reason);
     text->close();
-    if (folder.has(output))
-        throw Failure(pathName(output), "", "the file cannot be written: one of the pictures has this name");
     folder.commitWith(*text);
 }
 

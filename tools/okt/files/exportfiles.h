@@ -58,7 +58,6 @@ private:
 
     std::filesystem::path m_path;
     std::optional<PendingFile> m_pending;
-    CFile m_file;
 };
 
 /// The folder for the pictures of a text. All of them and the text are renamed together, or none is; then nothing is left of
