@@ -64,7 +64,7 @@ struct OktSaveRefusal
 class OKT_API OktFileReplacement
 {
 public:
-    OktFileReplacement() noexcept;
+    OktFileReplacement() noexcept; ///< of no file yet
     OktFileReplacement(OktFileReplacement const &) = delete;
     OktFileReplacement &operator=(OktFileReplacement const &) = delete;
     /// Removes what was written and is not in place.
@@ -82,6 +82,7 @@ public:
     /// that was refused, or null. A process that is killed in between may leave some of them in place.
     static OktFileReplacement *commitTogether(OktFileReplacement *const *files, std::size_t count) noexcept;
 
+    /// The first reason for which an operation answered false.
     OktSaveRefusal refusal() const noexcept { return m_refusal; }
     /// The path of the new file until it is in place.
     CString partPath() const;
