@@ -25,7 +25,7 @@ enum class OktSaveStatus : int
     AttributesLost = 8, ///< the new file cannot be given the permissions or the extended attributes of the old one
     NoRoom = 9,         ///< the disk is full, a quota is used up, or the file would be too large for the file system
     NoMemory = 10,
-    NoImage = 11,  ///< the pool makes no image
+    NoImage = 11,  ///< the pool makes no image: an object refuses, memory is short, or there would be more than 2^31 - 1 bytes
     TooLarge = 12, ///< more than 2^31 - 1 bytes
     Changed = 13,  ///< somebody else made, replaced or removed the file since the save began
     Failed = 14,   ///< the system refuses a step, with its error number as the reason

@@ -98,7 +98,7 @@ TEST(ShortageDurable, Save_NewFileAndEveryFault_NoneOrNew)
 
 TEST(ShortageDurable, Save_LargePoolAndFaultsAllOver_OldOrNew)
 {
-    saveUnderFaults("OktSaveDurably of a large pool", true, PoolSize::Large, 40);
+    saveUnderFaults("OktSaveDurably of a large pool", true, PoolSize::Large, 10);
 }
 
 // The one thing left behind by a fault is the part that could not be removed.
