@@ -13,8 +13,8 @@
 #include <numeric>
 #include <vector>
 
-// A stream is a sequence of records: a type byte, then a payload whose length the type tells, numbers little-endian. Nothing
-// else: no alignment, no checksum, no escape. docs/formats/records.md tells it in full.
+// A stream is a sequence of records: a type byte, then a payload whose length depends on the type. Numbers are little-endian. There
+// is no alignment, no checksum and no escape. docs/formats/records.md describes it in full.
 
 namespace
 {
@@ -101,17 +101,14 @@ CByteArray OKTByteFiler::takeBytes()
 
 BYTE *OKTByteFiler::extend(int count)
 {
-    // A negative count is a large unsigned one.
-    int const most = std::numeric_limits<int>::max() - m_buffer.GetSize() - m_owed;
-    if (static_cast<unsigned int>(count) > static_cast<unsigned int>(most) || m_borrowed != nullptr)
+    bool const hasRoom = count >= 0 && count <= m_buffer.GetCapacity() - m_buffer.GetSize() - m_owed;
+    if (hasRoom && m_borrowed == nullptr) // as nearly always
+        return m_buffer.Extend(count, m_owed);
+    // What is owed may reach beyond the largest size already.
+    std::int64_t const needed = std::int64_t{m_buffer.GetSize()} + m_owed + count;
+    if (count < 0 || needed > std::numeric_limits<int>::max() || m_borrowed != nullptr)
         return nullptr;
     return m_buffer.Extend(count, m_owed);
-}
-
-void OKTByteFiler::expectLength(std::int64_t size) noexcept
-{
-    if (size <= std::numeric_limits<int>::max())
-        m_buffer.Reserve(static_cast<int>(size));
 }
 
 bool OKTByteFiler::appendBytes(void const *data, int const &count)
@@ -343,7 +340,8 @@ try
     BYTE *const place = extend(static_cast<int>(kIdFrame.size()));
     if (place == nullptr)
         return false;
-    storeIdFrame(place, guid);
+    std::memcpy(place, kIdFrame.data(), kIdFrame.size());
+    storeGuid(place, guid);
     return true;
 }
 OKT_ANSWER_ZERO
@@ -551,7 +549,7 @@ bool OKTByteFiler::readIdFrame(unsigned char *guid)
 try
 {
     constexpr int kSize = static_cast<int>(kIdFrame.size());
-    if (m_mode != 0 || !isBeforeEnd(kSize - 1) || !isIdFrame(payload()))
+    if (m_mode != 0 || !isBeforeEnd(kSize - 1) || !isStretch(payload(), kAnyId))
         return false;
     fetchGuid(payload(), guid);
     m_position += kSize;
@@ -718,16 +716,3 @@ try
     return false;
 }
 OKT_ANSWER_ZERO
-
-bool OKTByteFiler::isSameClassAt(int first, int second) const
-{
-    constexpr int kHead = 4; // class begin, string type, count
-    int const length = getLength();
-    if (first < 0 || second < 0 || first > length - kHead || second > length - kHead)
-        return false;
-    BYTE const *const data = bytes().GetData();
-    int const size = kHead + fetch<2, std::uint16_t>(data + first + 2);
-    // Behind a text there must be one more byte (quirk 27).
-    return size < length - first && size < length - second &&
-           std::memcmp(data + first, data + second, static_cast<std::size_t>(size)) == 0;
-}

@@ -39,6 +39,8 @@ public:
     OKTByteFiler &operator=(OKTByteFiler const &) = default;
     virtual ~OKTByteFiler();
 
+    /// The size of the buffer and the read position, in bytes from its start. A position outside the buffer can be set: nothing is
+    /// read there.
     int getLength() const { return bytes().GetSize(); }
     int getPosition() const { return m_position; }
     void setPosition(int const &position) { m_position = position; }
@@ -59,19 +61,19 @@ public:
     /// would pass 2^31 - 1 bytes. The mode is not looked at.
     BYTE *extend(int count);
     /// The framing of a class. Nobody looks at the result of an end, and a section that cannot be begun counts as one that is not
-    /// there: so the beginning of a frame makes room for all of its framing that is to come, `version` sections and every end, or is
-    /// false. Later writes keep that room free.
+    /// there. So beginFrame reserves memory for all framing of the frame that is to come, `version` sections and every end, and is
+    /// false when there is none. Later writes leave that memory free.
     bool beginFrame(CString const &className, int version);
     bool beginSection(int section);
     bool endSection();
     bool endFrame();
-    /// The buffer is about to grow to that size: where there is memory for it, it does so at once.
-    void expectLength(std::int64_t size) noexcept;
-    /// What lies from the position to the end; null and nothing in write mode.
+    /// The bytes from the position on, up to `end`. Null and null in write mode, and at the end.
     BYTE const *unreadBytes(BYTE const *&end) const;
 
     /// False, and nothing appended, when the buffer would pass 2^31 - 1 bytes. The mode is not looked at.
     bool appendBytes(void const *data, int const &count);
+    /// The writes append one record each, except writeType, which appends the type byte alone. False, and nothing appended, when the
+    /// buffer would pass 2^31 - 1 bytes or there is no memory. The mode is not looked at.
     bool writeType(_VariableType const &type);
     bool writeBool(bool const &value);
     bool writeShort(unsigned short const &value);
@@ -91,6 +93,8 @@ public:
     bool readType(int &type);
     /// Consumes the type byte when it is the expected one, else leaves the position.
     bool checkType(int const &expected);
+    /// Each reads one record and stores its value. False, and the failure value stored: another record stands there, or the
+    /// buffer ends within this one.
     bool readBool(unsigned char &value);   ///< failure value 255
     bool readShort(unsigned short &value); ///< failure value 65535
     bool readLong(std::uint32_t &value);   ///< failure value 0x80000001
@@ -114,10 +118,10 @@ public:
     /// Scans from the position for the bytes 6, 5 at the start of the buffer or behind a byte 7; no record is parsed, so a
     /// payload that reads 7, 6, 5 is taken for an object (quirk 32). The position stays.
     bool findNextObject(int &where);
-    /// Two frames begin at these places with the same class name.
-    bool isSameClassAt(int first, int second) const;
 
 private:
+    friend class OKTImageFiler;
+
     /// What begins a frame, for a class name that is a literal: the same few names begin nearly all frames of a stream.
     struct ClassHead
     {

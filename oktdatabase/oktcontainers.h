@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <oktdatabase/oktentryblocks.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <map>
-#include <memory>
-#include <new>
 #include <stdexcept>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -27,11 +26,13 @@ public:
     OKTArray &operator=(OKTArray &&) noexcept = default;
     virtual ~OKTArray() = default;
 
+    /// The number of elements.
     int getSize() const { return static_cast<int>(m_elements.size()); }
+    /// The element at that index, good until an element is added or removed. Throws std::out_of_range outside the list.
     T &at(int index) { return m_elements.at(static_cast<std::size_t>(index)); }
     T const &at(int index) const { return m_elements.at(static_cast<std::size_t>(index)); }
 
-    /// Makes room for that many elements in all.
+    /// Allocates memory for that many elements in all. The size stays.
     void reserve(int count) { m_elements.reserve(static_cast<std::size_t>(count)); }
     /// Adds `n` copies at the end and gives the size before.
     int append(ARG element, int n = 1)
@@ -53,6 +54,7 @@ public:
         return before;
     }
 
+    /// Whether an equal element stands at the index `start` or behind it.
     bool contains(ARG element, int start = 0) const { return findIndex(element, start) >= 0; }
     /// The first index that holds an equal element, or -1.
     int findIndex(ARG element, int start = 0) const
@@ -69,6 +71,7 @@ public:
         m_elements.erase(kept, m_elements.end());
         return any;
     }
+    /// Removes all elements.
     void removeAll() { m_elements.clear(); }
 
     /// Both throw std::out_of_range outside the list; inserting at its end is allowed.
@@ -84,6 +87,7 @@ public:
         m_elements.erase(m_elements.begin() + index);
     }
 
+    /// The elements in their order, for reading.
     auto begin() const { return m_elements.begin(); }
     auto end() const { return m_elements.end(); }
 
@@ -94,91 +98,6 @@ private:
     }
 
     std::vector<T> m_elements;
-};
-
-/// Memory for the entries of a map, in blocks of many: an entry costs no call of the heap and none of its overhead, and entries
-/// made one after the other lie beside each other. The blocks go with the last entry. Copies share the blocks.
-template <typename T> class OKTEntryAllocator
-{
-public:
-    using value_type = T;
-    using propagate_on_container_move_assignment = std::true_type;
-    using propagate_on_container_swap = std::true_type;
-
-    OKTEntryAllocator() = default;
-    template <typename U> OKTEntryAllocator(OKTEntryAllocator<U> const &) {} // NOLINT: of other entries, so of other blocks
-
-    T *allocate(std::size_t count)
-    {
-        if (count != 1)
-            return std::allocator<T>().allocate(count);
-        if (m_blocks == nullptr)
-            m_blocks = std::make_shared<Blocks>();
-        return static_cast<T *>(m_blocks->take());
-    }
-    void deallocate(T *entry, std::size_t count) noexcept
-    {
-        if (count != 1)
-            std::allocator<T>().deallocate(entry, count);
-        else
-            m_blocks->giveBack(entry);
-    }
-    /// A copy of a container has blocks of its own.
-    OKTEntryAllocator select_on_container_copy_construction() const { return {}; }
-    bool operator==(OKTEntryAllocator const &other) const { return m_blocks == other.m_blocks; }
-
-private:
-    class Blocks
-    {
-    public:
-        void *take()
-        {
-            void *const place = m_free != nullptr ? std::exchange(m_free, m_free->next) : takeNew();
-            ++m_used;
-            return place;
-        }
-        void giveBack(void *entry) noexcept
-        {
-            m_free = new (entry) Place{m_free};
-            if (--m_used > 0)
-                return;
-            m_free = nullptr;
-            m_next = m_end = nullptr;
-            m_blocks.clear();
-        }
-
-    private:
-        struct Place
-        {
-            Place *next;
-        };
-        union Entry
-        {
-            Place place;
-            alignas(T) unsigned char bytes[sizeof(T)];
-        };
-
-        void *takeNew()
-        {
-            if (m_next == m_end)
-            {
-                std::size_t const size = std::size_t{8} << std::min<std::size_t>(m_blocks.size(), 6);
-                m_blocks.reserve(m_blocks.size() + 1);
-                m_blocks.emplace_back(new Entry[size]);
-                m_next = m_blocks.back().get();
-                m_end = m_next + size;
-            }
-            return m_next++;
-        }
-
-        std::vector<std::unique_ptr<Entry[]>> m_blocks;
-        Entry *m_next = nullptr; // of the last block, what was never used
-        Entry *m_end = nullptr;
-        Place *m_free = nullptr; // what was given back
-        std::size_t m_used = 0;
-    };
-
-    std::shared_ptr<Blocks> m_blocks;
 };
 
 /// A map in ascending key order that is also read by position, a thin layer on the standard ordered map. KA and VA are how keys
@@ -208,6 +127,7 @@ public:
     }
     virtual ~OKTMap() = default;
 
+    /// The number of entries; whether there is none; whether there is one of that key.
     int getSize() const { return static_cast<int>(m_map.size()); }
     bool isEmpty() const { return m_map.empty(); }
     bool contains(KA key) const { return m_map.find(key) != m_map.end(); }
@@ -228,6 +148,7 @@ public:
     /// Inserts the key with that value and gives true; false, and nothing changed, when the key is there.
     bool insert(KA key, VA value) { return place(key, value).second; }
 
+    /// The key and the value at that position in key order, counted from 0. Both throw std::out_of_range past the end.
     K const &keyAt(unsigned int position) const { return walkTo(position)->first; }
     V const &valueAt(unsigned int position) const { return walkTo(position)->second; }
     V &valueAt(unsigned int position) { return walkTo(position)->second; }
@@ -244,17 +165,20 @@ public:
         return -1;
     }
 
+    /// Removes the entry of the key, if there is one.
     void erase(KA key)
     {
         resetCursor();
         m_map.erase(key);
     }
+    /// Removes all entries.
     void removeAll()
     {
         resetCursor();
         m_map.clear();
     }
 
+    /// A copy of all keys, in their order.
     OKTArray<K, KA> keys() const
     {
         OKTArray<K, KA> all;
@@ -262,6 +186,7 @@ public:
             all.append(entry.first);
         return all;
     }
+    /// A copy of all values, in the order of their keys.
     OKTArray<V, VA> values() const
     {
         OKTArray<V, VA> all;
@@ -270,6 +195,7 @@ public:
         return all;
     }
 
+    /// The entries in key order, each a pair of key and value. Values can be changed where the map is not const.
     auto begin() { return m_map.begin(); }
     auto end() { return m_map.end(); }
     auto begin() const { return m_map.begin(); }

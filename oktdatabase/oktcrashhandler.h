@@ -11,12 +11,15 @@
 class OKT_API OKTCrashHandler
 {
 public:
+    /// Both show the report. Without a place it is the prompt 21011. Pointers are only read.
     OKTCrashHandler();
     OKTCrashHandler(wchar_t const *file, int line);
+    /// A copy shows nothing.
     OKTCrashHandler(OKTCrashHandler const &) {}
     OKTCrashHandler &operator=(OKTCrashHandler const &) { return *this; }
     virtual ~OKTCrashHandler();
 
+    /// Always 0.
     static std::int64_t mov_rax_0();
 
     /// Shows a report whose text is ready, and lies in the program or library of the handler.
@@ -29,12 +32,13 @@ struct OKTZeroResult
     template <typename T> operator T() const { return T(); } // NOLINT(google-explicit-constructor)
 };
 
-/// The whole report of one handler, made when the program is compiled, so that it needs no memory when there is none: a line
-/// feed, a backslash, the name of the source file without its ending, "@" and the line.
+/// The report of one handler, made at compile time so that it needs no memory at run time: a line feed, a backslash, the name of the
+/// source file up to its first point, "@" and the line. So all sources of one class report its name.
 template <std::size_t N> struct OKTReportText
 {
     char16_t text[N + 12] = {u'\n', u'\\'};
 
+    /// `line` is not negative.
     constexpr OKTReportText(char16_t const (&fileName)[N], int line)
     {
         std::size_t at = 2;

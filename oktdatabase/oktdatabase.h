@@ -16,6 +16,7 @@
 #include <oktdatabase/oktdbpicture.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktdbrelation.h>
+#include <oktdatabase/oktdurablesave.h>
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktfilerstatus.h>
 #include <oktdatabase/oktgexyz.h>

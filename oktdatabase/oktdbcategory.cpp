@@ -3,7 +3,14 @@
 
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktwholeframe.h>
+
+namespace
+{
+// All but the units of the name and the parameters.
+constexpr std::int64_t kFixedSize = emptyFrameSize("OKTDbCategory", kObjectFrame.size()) + kIdSize + kLongSize + kTextHead;
+} // namespace
 
 OKTDbCategory::OKTDbCategory() = default;
 
@@ -70,6 +77,8 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    OktAnnounceFrame(*filer,
+                     kFixedSize + std::int64_t{2} * m_strCategoryName.GetLength() + kIdSize * m_tabParameters.getSize());
     if (!filer->beginWriteClass(u"Object", u"OKTDbCategory", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)
@@ -110,14 +119,5 @@ try
     return frame.status();
 }
 OKT_ANSWER_ZERO
-
-std::int64_t OKTDbCategory::frameSize() const
-{
-    constexpr auto kEmptyList = beginClass("OKTDbCategory", 1) + kObjectFrame + beginMembers(1) + kIdFrame + longRecord(0);
-    constexpr auto kEnd = kEndMembers + kEndClass;
-    return static_cast<std::int64_t>(kEmptyList.size() + kIdFrame.size() * static_cast<std::size_t>(m_tabParameters.getSize()) +
-                                     2 * m_strCategoryName.View().size() + kEnd.size()) +
-           OKTFrameWriter::kTextHead;
-}
 
 OKT_STORED_CLASS_SOURCE(OKTDbCategory)

@@ -9,6 +9,7 @@ class OKT_API OKTDbCategory : public OKTDbObject
 {
     OKT_STORED_CLASS(OKTDbCategory)
 
+    /// Without a name, a group and parameters.
     OKTDbCategory();
     OKTDbCategory(OKTDbCategory const &other);
     OKTDbCategory &operator=(OKTDbCategory const &other);
@@ -16,20 +17,22 @@ class OKT_API OKTDbCategory : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
-    /// How many bytes the frame takes in a pool file, by which room is made for it ahead.
-    std::int64_t frameSize() const;
 
+    /// The number of entries in the list.
     int parameterCount() const;
     /// A default id outside the list.
     OKTDbObjectId parameterAt(int index) const;
     /// The first index of the id, or -1.
     int findParameterIndex(OKTDbObjectId const &id) const;
+    /// Adds the id at the end, unless the list holds an equal one.
     void appendParameter(OKTDbObjectId const &id);
     /// Removes every entry of the id.
     void removeParameter(OKTDbObjectId const &id);
     void removeAllParameters();
+    /// A copy of the list.
     void getAllParameters(IdArray &ids) const;
 
+    /// The name, which is copied, and the id of the group.
     void setCategoryName(CString const &name);
     CString CategoryName() const;
     void setGroupCategory(OKTDbObjectId const &id);

@@ -3,6 +3,13 @@
 
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktimageroom.h>
+#include <oktdatabase/oktwholeframe.h>
+
+namespace
+{
+constexpr std::int64_t kFixedSize = emptyFrameSize("OKTDbGroupCategory", kObjectFrame.size()) + kLongSize;
+} // namespace
 
 OKTDbGroupCategory::OKTDbGroupCategory() = default;
 
@@ -54,6 +61,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    OktAnnounceFrame(*filer, kFixedSize + kIdSize * m_tabCategory.getSize());
     if (!filer->beginWriteClass(u"Object", u"OKTDbGroupCategory", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)

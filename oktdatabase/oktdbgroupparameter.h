@@ -13,6 +13,7 @@ class OKT_API OKTDbGroupParameter : public OKTDbParameter
 {
     OKT_STORED_CLASS(OKTDbGroupParameter)
 
+    /// Without elements.
     OKTDbGroupParameter();
     OKTDbGroupParameter(OKTDbGroupParameter const &other);
     OKTDbGroupParameter &operator=(OKTDbGroupParameter const &other);

@@ -82,6 +82,7 @@ class OKT_API OKTDbObject
     virtual FilerStatusDb xmlIn(OKTFiler *filer);
     virtual FilerStatusDb xmlOut(OKTFiler *filer) const;
 
+    /// The id under which a pool holds the object; null outside a pool.
     OKTDbObjectId objectId() const { return m_objectId; }
     /// As a rule called by the pool only.
     void setObjectId(OKTDbObjectId const &id) { m_objectId = id; }
@@ -90,5 +91,7 @@ protected:
     OKTDbObject() = default;
 
 private:
+    friend class OKTFrameRoad; // writes the id without a copy of it
+
     OKTDbObjectId m_objectId;
 };

@@ -32,6 +32,7 @@ public:
     /// A new id of that pool, which may be null. When the system can make no GUID, the id is null and nothing is reported.
     static OKTDbObjectId createObjectId(OKTDbPool *pool);
 
+    /// Comparisons of the 16 bytes alone.
     bool operator==(OKTDbObjectId const &other) const { return order(other) == 0; }
     bool operator!=(OKTDbObjectId const &other) const { return order(other) != 0; }
     bool operator<(OKTDbObjectId const &other) const { return order(other) < 0; }
@@ -46,14 +47,17 @@ public:
     /// Clears the GUID and both pointers.
     void setNull() { *this = OKTDbObjectId(); }
 
+    /// The cached object, which is not owned; null clears the cache.
     void setObject(OKTDbObject *object) { m_object = object; }
-    /// Always true.
+    /// Sets the pool in which the id resolves; null is allowed. Always true.
     bool fixPoolPointer(OKTDbPool *pool)
     {
         m_pool = pool;
         return true;
     }
+    /// That pool, or null.
     OKTDbPool *getPool() const { return m_pool; }
+    /// The GUID alone; the pointers stay.
     void setGuid(_GUID const &guid) { m_Guid = guid; }
     _GUID getGuid() const { return m_Guid; }
 

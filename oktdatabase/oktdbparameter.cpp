@@ -5,7 +5,8 @@
 #include <oktdatabase/oktexpression.h>
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
-#include <oktdatabase/oktwholeframe.h>
+#include <oktdatabase/oktparametertypes.h>
+#include <oktdatabase/oktwholeparameter.h>
 #include <oktplatform/oktdatabytes.h>
 #include <oktplatform/oktwarning.h>
 
@@ -17,19 +18,7 @@
 
 namespace
 {
-constexpr ParamType kQuantityExpression = 39;
 constexpr double kFactorOne = 1e-20; // a factor whose distance from 1, squared, is at most this counts as 1
-
-// The types that are lengths.
-constexpr unsigned int kLengthTypes[] = {0,  6,  10, 14, 16, 17, 20, 23, 25, 26, 30, 31, 33, 34, 35, 37, 42, 43, 44,
-                                         49, 50, 54, 55, 58, 59, 60, 64, 65, 66, 67, 68, 70, 72, 75, 79, 80, 81};
-static_assert(std::size(kLengthTypes) == 37);
-constexpr auto kIsLength = [] {
-    std::array<bool, 82> isLength = {};
-    for (unsigned int const type : kLengthTypes)
-        isLength[type] = true;
-    return isLength;
-}();
 
 // The prompts of the types 3 to 75. 0 stands for a type without a prompt of its own.
 constexpr unsigned int kFirstPromptType = 3;
@@ -329,11 +318,7 @@ OKT_ANSWER_NOTHING
 
 // --- Names ---
 
-bool OKTDbParameter::isInDrawingUnits() const
-{
-    auto const type = static_cast<unsigned int>(m_nParamType); // one below 0 lies beyond the end
-    return type < kIsLength.size() && kIsLength[type];
-}
+bool OKTDbParameter::isInDrawingUnits() const { return OktIsLengthType(m_nParamType); }
 
 CString OKTDbParameter::getTypeName() const { return getNameFromType(m_nParamType); }
 
@@ -433,190 +418,12 @@ bool OKTDbParameter::convertAfterReading()
     });
 }
 
-// The pieces of a frame, whose values stand between them.
-namespace
-{
-constexpr auto kBeforeId = beginClass("OKTDbParameter", 2) + beginClass("OKTDbObject", 1) + beginMembers(1);
-constexpr auto kBeforeName = kBeforeId + kAnyId + kEndMembers + kEndClass + beginMembers(1);
-constexpr std::size_t kId = kBeforeId.size(); // where in the stretch that follows
-
-constexpr auto kBeforeKind = beginClass("OKTVariant", 1) + beginMembers(1);
-constexpr auto kBeforeValue = kAnyLong + kBeforeKind + kAnyLong;
-constexpr std::size_t kType = 0;
-constexpr std::size_t kKind = kAnyLong.size() + kBeforeKind.size();
-
-constexpr auto kBeforeList = kEndMembers + kEndClass + kAnyLong + kAnyId + kAnyId + kAnyLong;
-constexpr std::size_t kListIndex = kEndMembers.size() + kEndClass.size();
-constexpr std::size_t kCategory = kListIndex + kAnyLong.size();
-constexpr std::size_t kOwner = kCategory + kAnyId.size();
-constexpr std::size_t kCount = kOwner + kAnyId.size();
-
-constexpr auto kBeforeDescription = kEndMembers + beginMembers(2);
-constexpr auto kBehindDescription = kEndMembers + kEndClass;
-
-constexpr std::int64_t kLongSize = static_cast<std::int64_t>(longRecord(0).size());
-constexpr std::int64_t kIdSize = static_cast<std::int64_t>(kIdFrame.size());
-// All but the units of the texts, the value behind its kind and the ids in the list.
-constexpr std::int64_t kFixedSize = static_cast<std::int64_t>(kBeforeName.size() + kBeforeValue.size() + kBeforeList.size() +
-                                                              kBeforeDescription.size() + kBehindDescription.size()) +
-                                    3 * OKTFrameWriter::kTextHead;
-
-std::int64_t storedSize(tagVARIANT const &value)
-{
-    switch (value.vt)
-    {
-    case VT_I2: return 3;
-    case VT_I4:
-    case VT_BOOL: return kLongSize;
-    case VT_R4:
-    case VT_R8: return 9;
-    default: return 0;
-    }
-}
-} // namespace
-
-std::int64_t OKTDbParameter::frameSize() const
-{
-    bool const isText = m_varValue.vt == VT_BSTR;
-    std::int64_t const valueSize =
-        isText ? OKTFrameWriter::kTextHead + 2 * SysStringLen(m_varValue.bstrVal) : storedSize(m_varValue);
-    std::size_t const units = m_strUserName.View().size() + m_strExpression.View().size() + m_strDescription.View().size();
-    return kFixedSize + valueSize + 2 * static_cast<std::int64_t>(units) + kIdSize * m_tabIdsParams.getSize();
-}
-
-// True: the frame is written. Texts as values and kinds that have no stored form go member by member.
-bool OKTDbParameter::writeWhole(OKTFiler &filer) const
-{
-    std::int64_t const valueSize = storedSize(m_varValue);
-    if (valueSize == 0)
-        return false;
-    OktTextView const name = m_strUserName.View();
-    OktTextView const expression = m_strExpression.View();
-    OktTextView const description = m_strDescription.View();
-    std::size_t const units = name.size() + expression.size() + description.size();
-    if (units > OKTFrameWriter::kLongestText)
-        return false;
-    bool const isLength = isInDrawingUnits();
-    double const factor = isLength || m_nParamType == kQuantityExpression ? conversionFactor() : 1.0;
-    if (factor != 1.0 && !isLength)
-        return false;
-    tagVARIANT value = m_varValue;
-    if (factor != 1.0)
-        value.dblVal /= factor; // eight bytes of a double, whatever the kind says (quirk 46)
-
-    OKTFrameWriter frame(filer,
-                         kFixedSize + valueSize + 2 * static_cast<std::int64_t>(units) + kIdSize * m_tabIdsParams.getSize());
-    if (!frame)
-        return false;
-    BYTE *place = frame.put(kBeforeName);
-    frame.setId(place + kId, objectId());
-    frame.putText(name);
-    place = frame.put(kBeforeValue);
-    frame.setLong(place + kType, m_nParamType);
-    frame.setLong(place + kKind, value.vt);
-    switch (value.vt)
-    {
-    case VT_I2: frame.putShort(static_cast<std::uint16_t>(value.iVal)); break;
-    case VT_I4: frame.putLong(value.lVal); break;
-    case VT_BOOL: frame.putLong(value.boolVal); break;
-    case VT_R4: frame.putDouble(static_cast<double>(value.fltVal)); break;
-    default: frame.putDouble(value.dblVal); break;
-    }
-    place = frame.put(kBeforeList);
-    frame.setLong(place + kListIndex, m_nListIndex);
-    frame.setId(place + kCategory, m_idCategory);
-    frame.setId(place + kOwner, m_idOwner);
-    frame.setLong(place + kCount, m_tabIdsParams.getSize());
-    for (OKTDbObjectId const &id : m_tabIdsParams)
-        frame.putId(id);
-    frame.putText(expression);
-    frame.put(kBeforeDescription);
-    frame.putText(description);
-    frame.put(kBehindDescription);
-    return true;
-}
-
-// True: the frame is read, but nothing is converted yet. False, and nothing changed, unless it is one as writeWhole makes it.
-bool OKTDbParameter::readWhole(OKTFiler &filer)
-try
-{
-    if (ownsMemory(m_varValue.vt))
-        return false;
-    OKTFrameReader frame(filer);
-    OKTStoredText name;
-    OKTStoredText expression;
-    OKTStoredText description;
-    BYTE const *const beforeName = frame.take(kBeforeName);
-    if (beforeName == nullptr || !frame.takeText(name))
-        return false;
-    BYTE const *const beforeValue = frame.take(kBeforeValue);
-    if (beforeValue == nullptr)
-        return false;
-    std::int32_t const kind = longIn(beforeValue + kKind);
-    tagVARIANT value = frame.clearsVariants() ? emptyVariant() : m_varValue; // a stored number sets some of its bytes
-    bool hasValue = false;
-    switch (kind)
-    {
-    case VT_I2: hasValue = frame.takeShort(value.iVal); break;
-    case VT_I4:
-    case VT_BOOL:
-    {
-        std::int32_t number = value.lVal; // LONG need not be the same type
-        hasValue = frame.takeLong(number);
-        value.lVal = number;
-        break;
-    }
-    case VT_R4: // eight bytes, although the kind says float (quirk 39)
-    case VT_R8: hasValue = frame.takeDouble(value.dblVal); break;
-    default: break;
-    }
-    BYTE const *const beforeList = hasValue ? frame.take(kBeforeList) : nullptr;
-    std::int32_t const count = beforeList == nullptr ? 0 : longIn(beforeList + kCount);
-    if (beforeList == nullptr || count > frame.left() / kIdSize)
-        return false;
-    IdArray ids;
-    for (int i = 0; i < count; ++i)
-    {
-        BYTE const *const used = frame.take(kAnyId);
-        if (used == nullptr)
-            return false;
-        ids.append(frame.makeId(used));
-    }
-    if (!frame.takeText(expression) || !frame.take(kBeforeDescription) || !frame.takeText(description) ||
-        !frame.take(kBehindDescription))
-        return false;
-
-    CString nameText;
-    CString expressionText;
-    CString descriptionText;
-    if (!frame.makeText(name, nameText) || !frame.makeText(expression, expressionText) ||
-        !frame.makeText(description, descriptionText))
-        return false;
-    frame.finish();
-    setObjectId(frame.makeId(beforeName + kId));
-    m_strUserName = std::move(nameText);
-    m_nParamType = longIn(beforeValue + kType);
-    m_varValue = value;
-    m_varValue.vt = static_cast<VARTYPE>(kind);
-    m_nListIndex = longIn(beforeList + kListIndex);
-    m_idCategory = frame.makeId(beforeList + kCategory);
-    m_idOwner = frame.makeId(beforeList + kOwner);
-    m_tabIdsParams = std::move(ids);
-    m_strExpression = std::move(expressionText);
-    m_strDescription = std::move(descriptionText);
-    return true;
-}
-catch (std::bad_alloc const &)
-{
-    return false; // before anything changed: the other road answers
-}
-
 FilerStatusDb OKTDbParameter::xmlOut(OKTFiler *filer) const
 try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
-    if (writeWhole(*filer))
+    if (OKTWholeParameter::write(*this, *filer))
         return eFilerOk;
     if (!filer->beginWriteClass(u"Object", u"OKTDbParameter", 2))
         return eFilerClassFailed;
@@ -652,7 +459,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
-    if (readWhole(*filer))
+    if (OKTWholeParameter::read(*this, *filer))
         return convertAfterReading() ? eFilerOk : eFilerMemberFailed;
     if (!filer->beginReadClass(u"Object", u"OKTDbParameter"))
         return eFilerClassFailed;

@@ -30,8 +30,6 @@ class OKT_API OKTDbParameter : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
-    /// How many bytes the frame takes in a pool file, by which room is made for it ahead.
-    std::int64_t frameSize() const;
 
     /// A deep copy; the list index stays.
     virtual void setValue(tagVARIANT const &value);
@@ -49,15 +47,18 @@ class OKT_API OKTDbParameter : public OKTDbObject
     void setValue(char const *value, int const &listIndex);
     void setValue(std::nullptr_t, int const &listIndex);
 
+    /// The members. Setters copy their argument.
     virtual CString UserName() const;
     /// With `append` and a list index other than 0, a blank and the list code of this moment follow the name.
     virtual void setUserName(CString const &name, bool append);
+    /// The type number.
     virtual ParamType Type() const;
     /// The display name does not change; neither does it in setListIndex.
     virtual void setType(ParamType const &type);
     /// A bitwise image of the value: a string in it belongs to the parameter and is good until the value changes. Not to be
     /// cleared.
     virtual tagVARIANT Value() const;
+    /// The place in a list of alike parameters, 0 for none; the ids of the category and of the owner.
     virtual int ListIndex() const;
     virtual void setListIndex(int const &listIndex);
     virtual OKTDbObjectId Category() const;
@@ -69,6 +70,7 @@ class OKT_API OKTDbParameter : public OKTDbObject
     virtual void setExpression(CString const &expression);
     /// Always true.
     virtual bool isValidExpression();
+    /// A free text.
     virtual CString Description() const;
     virtual void setDescription(CString const &description);
     /// Ids of other parameters; order and duplicates are kept.
@@ -77,6 +79,7 @@ class OKT_API OKTDbParameter : public OKTDbObject
 
     /// The type is one of the 37 lengths; the value and the pool are not looked at.
     bool isInDrawingUnits() const;
+    /// The display text of the type, and the list code of the list index.
     CString getTypeName() const;
     CString getListIndex() const;
 
@@ -86,14 +89,14 @@ class OKT_API OKTDbParameter : public OKTDbObject
     static CString encodeListIndex(int const &index);
 
 private:
+    friend class OKTWholeParameter;
+
     void takeValue(tagVARIANT &value, int listIndex);
     void takeNumber(std::int32_t value, int listIndex);
     double conversionFactor() const;
     bool writeValue(OKTFiler &filer) const;
     bool readValue(OKTFiler &filer);
     bool convertAfterReading();
-    bool writeWhole(OKTFiler &filer) const;
-    bool readWhole(OKTFiler &filer);
 
     CString m_strUserName;
     ParamType m_nParamType = -1;

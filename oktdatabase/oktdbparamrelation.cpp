@@ -3,6 +3,14 @@
 
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktimageroom.h>
+#include <oktdatabase/oktwholeframe.h>
+
+namespace
+{
+constexpr std::int64_t kFixedSize =
+    emptyFrameSize("OKTDbParamRelation", emptyFrameSize("OKTDbRelation", kObjectFrame.size())) + kLongSize;
+} // namespace
 
 OKTDbParamRelation::OKTDbParamRelation() = default;
 
@@ -52,6 +60,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    OktAnnounceFrame(*filer, kFixedSize + kIdSize * m_tabParameters.getSize());
     if (!filer->beginWriteClass(u"Object", u"OKTDbParamRelation", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbRelation::xmlOut(filer); status != eFilerOk)

@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktsmartansistring.h>
 #include <oktdatabase/okttools.h>
 #include <oktdatabase/oktwholeframe.h>
@@ -20,6 +21,14 @@
 namespace
 {
 constexpr int kChunk = 65535; // characters of base64 text in one string record
+
+// Bytes of a frame beside its text.
+constexpr std::size_t kPoint = static_cast<std::size_t>(emptyFrameSize("OKTGeXYZ", 0)) + 3 * 9;
+constexpr auto kSections =
+    beginMembers(1) + kEndMembers + beginMembers(2) + longRecord(0) + kEndMembers + beginMembers(3) + kEndMembers;
+constexpr std::size_t kFraming =
+    beginClass("OKTDbPicture", 3).size() + kObjectFrame.size() + kSections.size() + 3 * kPoint + kEndClass.size();
+
 constexpr unsigned int kTextForm = kBase64NoPadding | kBase64NoLineBreaks;
 
 // The base64 text of a picture, cut into chunks. Each is made when it is wanted, so that the whole text never stands in memory.
@@ -35,6 +44,11 @@ public:
     // Characters of the text of that many bytes, and chunks of that many characters.
     static std::int64_t lengthOf(std::int64_t size) { return size / 3 * 4 + (size % 3 == 0 ? 0 : size % 3 + 1); }
     static std::int64_t chunksOf(std::int64_t length) { return (length + kChunk - 1) / kChunk; }
+    // Bytes of the string records in which that text is stored: one at least.
+    static std::int64_t storedLengthOf(std::int64_t size)
+    {
+        return lengthOf(size) + kTextHead * std::max<std::int64_t>(chunksOf(lengthOf(size)), 1);
+    }
 
     int chunkCount() const { return static_cast<int>(chunksOf(m_length)); }
 
@@ -251,6 +265,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    OktAnnounceFrame(*filer, PictureText::storedLengthOf(m_pictureData.GetSize()) + static_cast<std::int64_t>(kFraming));
     if (!filer->beginWriteClass(u"Object", u"OKTDbPicture", 3))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)
@@ -357,18 +372,5 @@ try
     return frame.status();
 }
 OKT_ANSWER_ZERO
-
-std::int64_t OKTDbPicture::frameSize() const
-{
-    constexpr std::size_t kTextHead = OKTFrameWriter::kTextHead;
-    constexpr std::size_t kPoint = (beginClass("OKTGeXYZ", 1) + beginMembers(1) + kEndMembers + kEndClass).size() + 3 * 9;
-    constexpr auto kSections =
-        beginMembers(1) + kEndMembers + beginMembers(2) + longRecord(0) + kEndMembers + beginMembers(3) + kEndMembers;
-    constexpr std::size_t kFixed =
-        beginClass("OKTDbPicture", 3).size() + kObjectFrame.size() + kSections.size() + 3 * kPoint + kEndClass.size();
-    std::int64_t const text = PictureText::lengthOf(m_pictureData.GetSize());
-    std::int64_t const chunks = std::max<std::int64_t>(PictureText::chunksOf(text), 1);
-    return static_cast<std::int64_t>(kFixed) + chunks * static_cast<std::int64_t>(kTextHead) + text;
-}
 
 OKT_STORED_CLASS_SOURCE(OKTDbPicture)

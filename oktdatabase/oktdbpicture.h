@@ -11,6 +11,7 @@ class OKT_API OKTDbPicture : public OKTDbObject
 {
     OKT_STORED_CLASS(OKTDbPicture)
 
+    /// Without data, all three points at the origin.
     OKTDbPicture();
     OKTDbPicture(OKTDbPicture const &other);
     OKTDbPicture &operator=(OKTDbPicture const &other);
@@ -18,14 +19,13 @@ class OKT_API OKTDbPicture : public OKTDbObject
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;
-    /// How many bytes the frame takes in a pool file, by which room is made for it ahead.
-    std::int64_t frameSize() const;
 
     /// Camera position, target point, up vector.
     void getCameraData(OKTGeXYZ &camera, OKTGeXYZ &target, OKTGeXYZ &up) const;
     void setCameraData(OKTGeXYZ const &camera, OKTGeXYZ const &target, OKTGeXYZ const &up);
     /// Copies the bytes; the target is emptied first.
     void getPictureData(CByteArray &data);
+    /// Keeps a copy of the bytes.
     void setPictureData(CByteArray const &data);
 
 private:

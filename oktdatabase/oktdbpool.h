@@ -14,6 +14,8 @@
 class OKTDbObject;
 class OKTFiler;
 class OKTIdReplacements;
+class OKTImageFiler;
+class OKTImageRoom;
 class OKTMemoryFiler;
 class OKTRuntimeClass;
 
@@ -28,15 +30,15 @@ class OKTRuntimeClass;
 ///     bool const saved = pool.writeFile(L"template.okt");
 ///
 /// The pool owns its objects from appendObject, or a load, on. eraseAllObjects and the destructor delete them; removeObject and
-/// removeAllObjects hand them back undeleted. One thread at a time. Every operation answers false, and says nothing, when it
+/// removeAllObjects hand them back undeleted. One thread at a time. Every operation answers false, without a report, when it
 /// fails; an exception inside is reported and gives false.
 ///
 /// A copy of a pool shares the objects, and the first pool destroyed deletes them: clone and copyFrom are the ways to copy.
 class OKT_API OKTDbPool
 {
 public:
-    /// Where an object lies in a pool file, in bytes: the position from the start of the objects block, or from the start of
-    /// the file after readFileHeader. -1, -1 stands for an id without object.
+    /// Where an object stands in a pool file, in bytes. The position counts from the start of the objects block, after
+    /// readFileHeader from the start of the file. Both are -1 for an id without an object.
     struct _ObjectInfo
     {
         std::int32_t nObjectPosition;
@@ -45,11 +47,13 @@ public:
     using InfoMap = OKTMap<OKTDbObjectId, _ObjectInfo, OKTDbObjectId const &, _ObjectInfo const &>;
     using ReadFilter = OKTArray<OKTRuntimeClass *, OKTRuntimeClass *const &>;
 
+    /// An empty pool with a fresh id and the metrics factor 1.
     OKTDbPool();
     OKTDbPool(OKTDbPool const &) = default;
     OKTDbPool &operator=(OKTDbPool const &) = default;
     virtual ~OKTDbPool();
 
+    /// The id and the name of the pool, which its file holds. The name is copied.
     void setObjectId(OKTDbObjectId const &id) { m_objectId = id; }
     OKTDbObjectId objectId() const { return m_objectId; }
     void setPoolName(CString const &name);
@@ -85,6 +89,7 @@ public:
     /// Gives every key of the map a fresh id of this pool.
     void RearangeMapTranslatedIds();
 
+    /// The number of objects.
     int objectCount() const { return m_mapObjects.getSize(); }
     /// Takes the object over under a fresh id, whatever id it carried. False, and the object stays the caller's: null, or its
     /// id is in this pool.
@@ -104,9 +109,11 @@ public:
     bool findObject(OKTDbObjectId const &id, OKTDbObject *&object);
     /// The id at that position in id order; a null id outside 0 to objectCount() - 1.
     OKTDbObjectId objectAt(int position) const;
+    /// The ids of all objects, in id order.
     void getAllObjects(IdArray &ids) const;
     /// The ids of all objects of the class or of a class derived from it; of all objects for a null descriptor.
     bool collectEntities(OKTRuntimeClass *descriptor, IdArray &ids) const;
+    /// A new object by exact class name, owned by the caller and in no pool. False, and `object` untouched, for an unknown name.
     bool CreateObjectFromClassName(CString className, OKTDbObject *&object);
     /// Sets the object back to what a new object of its class holds. It keeps its address and its id.
     bool resetObject(OKTDbObjectId const &id);
@@ -150,12 +157,14 @@ public:
     /// and so for every document with an object of a known class (quirk 72). The read filter is not asked.
     bool readXMLFile(CString const &path);
 
-    /// The header block alone.
+    /// The header block alone. `info` holds the places that are written, and receives those that are read.
     FilerStatusDb xmlOut(OKTFiler *filer, InfoMap const &info) const;
     FilerStatusDb xmlIn(OKTFiler *filer, InfoMap &info);
 
 private:
     friend class OKTMemoryFiler; // takes the map of translated ids, and must know when it could not
+    friend class OKTImageRoom;
+    friend class OktFileImage; // for oktdurablesave: makes the image that writeFile writes
 
     /// The pictures in their order, with a set beside the list, so that asking for one of many is cheap.
     class PictureList
@@ -173,24 +182,25 @@ private:
         std::set<OKTDbObjectId> m_known;
     };
 
+    /// How long the frames of the objects are, in bytes, as long as no object has come or gone; below 0: unknown. The next image is
+    /// about as long.
+    struct KnownFrames
+    {
+        std::int64_t first = -1;
+        std::int64_t rest = -1;
+        std::uint64_t changes = 0;
+    };
+
     bool adoptObject(OKTDbObject *object, OKTDbObjectId const &id);
     bool appendReadObject(OKTDbObject *object);
-    std::int64_t picturesSize() const;
-    std::int64_t expectedSize() const;
-    std::int64_t sampleSize() const;
-    void noteSize(std::int64_t framesSize) const;
-    void forgetSize()
-    {
-        m_knownSize = -1;
-        ++m_changes;
-    }
     std::set<OKTDbObjectId> specialIds() const;
-    bool makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements) const;
+    void noteFrames(KnownFrames const &frames) const;
+    bool makeImage(CByteArray &image, IdMap &translated, OKTIdReplacements *replacements, bool isTranslating) const;
     bool makeImageWithNewIds(OKTDbPool &owner, CByteArray &image, IdMap &newIds, OKTIdReplacements &replacements,
                              bool &isRefused) const;
     OKTDbPool *cloneWithNewIds(bool &isRefused) const;
     bool hasTranslation(OKTMemoryFiler const &filer) const;
-    bool loadThrough(OKTMemoryFiler &filer, CByteArray const &image, OKTIdReplacements *replacements);
+    bool loadThrough(OKTImageFiler &stream, CByteArray const &image, OKTIdReplacements *replacements);
     static bool readObject(OKTMemoryFiler &filer, OKTDbObject *object);
     bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
     bool skipObjectByReadFilter(OKTDbObject *object) const;
@@ -213,11 +223,8 @@ private:
     bool m_bTranslatedIds = false;
     ReadFilter m_readFilter;
     bool m_hasClientObjects = false; // there are, or were, objects whose class is not one of this library's
-    std::uint64_t m_changes = 0;     // objects that came, went or were replaced
-    // What the objects but the pictures took in the last image of this pool, below 0 when that says nothing of the next; and what
-    // some of them would have taken then, which tells whether they have changed.
-    mutable std::int64_t m_knownSize = -1;
-    mutable std::int64_t m_knownSample = 0;
+    mutable KnownFrames m_knownFrames;
+    std::uint64_t m_changes = 0; // raised when an object comes, goes or is replaced, and when the list of pictures is set
 };
 
 using InfoMap = OKTDbPool::InfoMap;

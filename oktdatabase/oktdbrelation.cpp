@@ -3,6 +3,8 @@
 
 #include <oktdatabase/oktfiler.h>
 #include <oktdatabase/oktframe.h>
+#include <oktdatabase/oktimageroom.h>
+#include <oktdatabase/oktwholeframe.h>
 
 OKTDbRelation::OKTDbRelation() = default;
 
@@ -13,6 +15,7 @@ try
 {
     if (filer == nullptr)
         return eFilerNoFiler;
+    OktAnnounceFrame(*filer, emptyFrameSize("OKTDbRelation", kObjectFrame.size()));
     if (!filer->beginWriteClass(u"Object", u"OKTDbRelation", 1))
         return eFilerClassFailed;
     if (FilerStatusDb const status = OKTDbObject::xmlOut(filer); status != eFilerOk)

@@ -8,6 +8,7 @@ class OKT_API OKTDbRelation : public OKTDbObject
 {
     OKT_STORED_CLASS(OKTDbRelation)
 
+    /// With a null id.
     OKTDbRelation();
     OKTDbRelation(OKTDbRelation const &) = default;
     OKTDbRelation &operator=(OKTDbRelation const &) = default;

@@ -75,7 +75,7 @@ bool OKTFiler::saveMapTranslatedIds(IdMap &map)
 try
 {
     m_bMapAsked = true;
-    for (auto const &[id, translated] : translatedIds())
+    for (auto const &[id, translated] : m_mapTranslatedIds)
         if (!id.isNull() && !translated.isNull() && id.isValid())
             map[id] = translated;
     return true;

@@ -19,7 +19,7 @@ class OKTGeXYZ;
 ///
 /// Sections are numbered from 1 and are the versioning of all storage. A class that gains members adds a section: an older
 /// reader passes over it in endReadClass, a newer reader takes a false from beginReadMembers as "not in this stream" and keeps
-/// its defaults. Members are written and read in one order and under one name each: a filer may go by either.
+/// its defaults. Members are written and read in the same order and under the same names: a filer may find them by order or by name.
 ///
 /// Every operation gives true when it was done. A false from a member does not stop the walk over a class. The two end results
 /// are ignored by the stored classes. One thread uses a filer from its making to its end. The pool is not owned and may be
@@ -27,6 +27,7 @@ class OKTGeXYZ;
 class OKT_API OKTFiler
 {
 public:
+    /// For objects of that pool, which must outlive the filer; null is allowed.
     OKTFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     OKTFiler(OKTFiler const &) = default;
     OKTFiler &operator=(OKTFiler const &) = default;
@@ -35,8 +36,10 @@ public:
     /// `name` is the name of the value in its parent, "Object" for the root of a record; `version` the highest section written.
     virtual bool beginWriteClass(CString name, CString className, int version) = 0;
     virtual bool endWriteClass() = 0;
+    /// Sections go from 1 up. False: the section is left out.
     virtual bool beginWriteMembers(int section) = 0;
     virtual bool endWriteMembers() = 0;
+    /// Each write stores one member under its name.
     virtual bool writeDouble(CString const &name, double const &value) = 0;
     /// The stream holds 32 bits: a value of a wider long that does not fit is refused.
     virtual bool writeLong(CString const &name, unsigned long const &value) = 0;
@@ -53,12 +56,14 @@ public:
     virtual bool writeVariant(CString const &name, tagVARIANT const &value) = 0;
     virtual bool writeByteArray(CString const &name, CByteArray const &value) = 0;
 
+    /// Enters the frame that stands next. False: it is none of that class.
     virtual bool beginReadClass(CString name, CString className) = 0;
     /// Leaves the frame, passing over whatever of it was not read.
     virtual bool endReadClass() = 0;
-    /// False when the stream has no such section here; the stream then stays where it was.
+    /// False when no such section stands here; the position then stays.
     virtual bool beginReadMembers(int section) = 0;
     virtual bool endReadMembers() = 0;
+    /// Each read stores the value of the member. What is stored after a false is the filer's own affair.
     virtual bool readString(CString const &name, CString &value) = 0;
     virtual bool readLong(CString const &name, unsigned long &value) = 0;
     virtual bool readLong(CString const &name, long &value) = 0;
@@ -109,13 +114,12 @@ protected:
     static FilerStatusDb xmlOutVariant(CString const &name, tagVARIANT const &value, OKTFiler *filer);
     static FilerStatusDb xmlInVariant(CString const &name, tagVARIANT &value, OKTFiler *filer);
     bool clearsVariants() const { return m_bClearsVariants; }
-    IdMap const &translatedIds() const { return m_sharedIds == nullptr ? m_mapTranslatedIds : *m_sharedIds; }
 
     OKTDbPool *m_pool;
 
 private:
     friend class OKTDbObjectId; // an id takes the pool of the filer that reads it
-    friend class OKTDbPool;     // sets an object back
+    friend class OKTImageFiler; // by which the pool sets the flags below
 
     bool m_bReadingObjectFromRoot = false;
     bool m_bWriteEnabled = false;
@@ -128,9 +132,7 @@ private:
     bool m_bTranslatedIds = false;
     bool m_bReadingStalled = false;
     bool m_bClearsVariants = false; // a variant's data bytes are zero before they are read, for an object that is set back
-    // For a clone with new ids: the map of the clone in the place of one of its own, and whether a class has asked for the map or
-    // changed it.
-    IdMap const *m_sharedIds = nullptr;
+    // For a clone with new ids: whether a class has asked for the map or changed it.
     bool m_bMapAsked = false;
     bool m_bMapChanged = false;
 };

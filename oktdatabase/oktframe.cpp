@@ -70,39 +70,31 @@ OKTDbObjectId idForList(OKTDbObjectId id)
 
 namespace
 {
-// All at once where nobody asks for the names. False: nothing was written.
+// The quick road: all ids at once. False: nothing was written.
 bool writeIds(OKTFiler &filer, IdArray const &ids)
 {
     OKTFrameWriter frames(filer, static_cast<std::int64_t>(kIdFrame.size()) * ids.getSize());
-    if (!frames)
-        return false;
-    for (OKTDbObjectId const &id : ids)
-        frames.putId(id);
-    return true;
+    return frames && frames.ids(ids.getSize(), ids);
 }
 
-// Those at the front that can be read as whole frames.
-void readIds(OKTFiler &filer, IdArray &ids, int count)
+// The same on the way in. False: nothing was read, and the list is empty.
+bool readIds(OKTFiler &filer, IdArray &ids, int count)
 {
-    OKTFrameReader frames(filer);
-    auto const room = std::min<std::ptrdiff_t>(count, frames.left() / static_cast<std::ptrdiff_t>(kIdFrame.size()));
     try
     {
-        ids.reserve(static_cast<int>(room));
+        OKTFrameReader frames(filer);
+        if (frames.ids(count, ids))
+        {
+            frames.finish();
+            return true;
+        }
     }
     catch (std::bad_alloc const &)
     {
-        return; // one by one, as far as there is memory
+        // They are read one by one, as far as there is memory.
     }
-    while (ids.getSize() < count)
-    {
-        BYTE const *const id = frames.take(kAnyId);
-        if (id == nullptr)
-            break;
-        ids.append(frames.makeId(id));
-    }
-    if (ids.getSize() > 0)
-        frames.finish();
+    ids.removeAll();
+    return false;
 }
 } // namespace
 
@@ -127,12 +119,10 @@ void readIdList(OKTFiler &filer, CString const &list, CString const &length, IdA
     frame.fold(filer.readInt(length, count));
     if (count <= 0)
         return;
-    if (frame.isOk())
-        readIds(filer, ids, count);
-    if (ids.getSize() == count)
+    if (frame.isOk() && readIds(filer, ids, count))
         return;
     OKTListNames names(list);
-    for (int i = ids.getSize(); i < count && frame.isOk(); ++i)
+    for (int i = 0; i < count && frame.isOk(); ++i)
     {
         OKTDbObjectId id;
         CString const *const name = names.at(i);

@@ -15,8 +15,10 @@ class OKT_API OKTGeXYZ
 {
 public:
     OKTGeXYZ() = default;
+    /// From three coordinates; the default point is the origin.
     OKTGeXYZ(double const &x, double const &y, double const &z);
 
+    /// The coordinates, one by one and all at once.
     double X() const { return m_dfX; }
     double Y() const { return m_dfY; }
     double Z() const { return m_dfZ; }
@@ -26,6 +28,7 @@ public:
     void setCoordinates(double const &x, double const &y, double const &z);
     void getCoordinates(double &x, double &y, double &z) const;
 
+    /// Comparisons with tolerance, as told above.
     bool operator==(OKTGeXYZ const &other) const;
     bool operator!=(OKTGeXYZ const &other) const;
     bool operator>(OKTGeXYZ const &other) const;

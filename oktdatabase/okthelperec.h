@@ -19,12 +19,16 @@ public:
 
     /// Empties the set, then counts each UTF-16 unit of the text.
     void makeFromEC(CString const &text);
+    /// Raises the count of the character by 1.
     void addType(wchar_t const &type);
+    /// Whether its count is at least 1.
     bool canRemove(wchar_t const &type);
     /// Lowers the count if it is at least 1.
     void remove(wchar_t const &type);
+    /// The counts by character, good until the set changes.
     CountMap const &getECasMap() const { return m_counts; }
 
+    /// The same keys with the same counts.
     bool operator==(OKTHelperEC const &other) const;
     /// Every key of the left is a key of the right, with a count no lower there.
     bool operator<=(OKTHelperEC const &other) const;

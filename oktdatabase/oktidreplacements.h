@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-/// The new ids under which the objects of a pool are written for a clone, and what is written of them. A look-up takes the same
-/// time however many ids there are, while a walk down an ordered map misses the processor's caches at each step. Not installed.
+/// The fresh ids of the objects of a pool while it is cloned, and a record of which of them were written (oktdbpool.clone.cpp). A
+/// hash table: a look-up takes the same time however many ids there are. Not installed.
 class OKTIdReplacements
 {
 public:
@@ -21,20 +21,19 @@ public:
     OKTDbObjectId const &forWriting(OKTDbObjectId const &id);
     /// The id was written as it is, for translation while it is read. False: it is none of the pool's objects.
     bool noteWritten(OKTDbObjectId const &id);
-    /// Every id that was replaced was also written as one of the pool, and no id that names an object of another pool was
-    /// written. Only then is the outcome that of ids which are translated when they are read.
+    /// Every id that was replaced was also written with the pool as its own, and no id was written that names an object of another
+    /// pool. Only then is the outcome the same as that of translating ids while they are read.
     bool areSound() const { return m_unproven == 0 && !m_isRefused; }
-    /// The outcome could be another one for other reasons.
+    /// From now on areSound is false: the outcome could be another one for a reason that is not seen here.
     void refuse() { m_isRefused = true; }
     /// Takes the ids that were never written out of the map: they have no new ones.
     void dropUnwritten(IdMap &ids);
 
-    /// A stretch of the objects block, in bytes from its start, in which ids are the old ones: what objects of client modules wrote,
-    /// whose classes may look at the translation or take part in it. Stretches are noted in their order.
+    /// A stretch of the objects block, in bytes from its start, in which ids are not replaced: an object of a client module wrote it,
+    /// whose class may use the translation. Stretches are noted in ascending order.
     void noteOldIds(int begin, int end) { m_oldIds.push_back({begin, end}); }
-    /// Whether the byte lies in such a stretch. Asked in ascending order.
+    /// Whether the byte lies in such a stretch. To be asked in ascending order.
     bool areOldIdsAt(int place);
-    bool areThereOldIds() const { return !m_oldIds.empty(); }
 
 private:
     struct Place

@@ -5,20 +5,16 @@
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktidreplacements.h>
+#include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
 
-#include <bit>
 #include <limits>
-#include <new>
 #include <typeinfo>
 
 namespace
 {
 constexpr int kGrowBy = 1024;
-
-// Frames as a whole copy numbers and texts from memory: only one byte order has them there as they are stored.
-constexpr bool kFramesInMemory = std::endian::native == std::endian::little;
 
 // The stream holds 32 bits, a long may have more.
 bool fitsSigned(long value)
@@ -43,37 +39,12 @@ OKTMemoryFiler::OKTMemoryFiler(OKTDbPool *pool) : OKTFiler(pool), m_bytes(kGrowB
 
 OKTMemoryFiler::~OKTMemoryFiler() = default;
 
-// True where nobody can tell the frame of an id from the calls that make it: a derived filer may override these calls, and a
-// code page may write letters in another way.
+// The frame of an id can be written and read in one piece, with the outcome of the calls that it stands for. Not in a derived
+// filer, which may override these calls, nor where the code page changes the letters of the class name.
 bool OKTMemoryFiler::writesFramesWhole() const
 {
     return kFramesInMemory && typeid(*this) == typeid(OKTMemoryFiler) && OktThreadCodePageKeepsAscii();
 }
-
-OKTMemoryFiler *OKTMemoryFiler::forWholeFrames(OKTFiler &filer)
-{
-    if (!kFramesInMemory || typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
-        return nullptr;
-    auto *const memory = static_cast<OKTMemoryFiler *>(&filer);
-    // 8-bit texts and ids that are noted or translated one by one go the other road.
-    bool const isPlain = !memory->getIsAnsiString() && (!memory->getTranslatedIds() || memory->m_replacements != nullptr);
-    return isPlain ? memory : nullptr;
-}
-
-// Null, and nothing appended, also where there is no memory: the calls of the protocol then find out themselves, one by one.
-BYTE *OKTMemoryFiler::extendForFrame(std::int64_t size)
-try
-{
-    return size > std::numeric_limits<int>::max() ? nullptr : m_bytes.extend(static_cast<int>(size));
-}
-catch (std::bad_alloc const &)
-{
-    return nullptr;
-}
-
-BYTE const *OKTMemoryFiler::unreadBytes(BYTE const *&end) const { return m_bytes.unreadBytes(end); }
-
-void OKTMemoryFiler::moveBehindFrame(int size) { m_bytes.setPosition(m_bytes.getPosition() + size); }
 
 OKTDbObjectId const &OKTMemoryFiler::replaced(OKTDbObjectId const &id) const { return m_replacements->forWriting(id); }
 
@@ -290,7 +261,7 @@ try
     else if (value.xmlIn(name, this) != eFilerOk)
         return false;
     if (getTranslatedIds())
-        if (OKTDbObjectId const *const translated = translatedIds().find(value))
+        if (OKTDbObjectId const *const translated = m_mapTranslatedIds.find(value))
             value = OKTDbObjectId(*translated);
     return true;
 }
@@ -395,20 +366,13 @@ OKT_ANSWER_ZERO
 bool OKTMemoryFiler::readNextObjectClass(CString &className)
 try
 {
-    int where;
-    return moveToNextObject(where) && findClassName(className);
+    int offset;
+    if (!m_bytes.findNextObject(offset))
+        return false;
+    m_bytes.setPosition(offset);
+    return m_bytes.findClassName(className);
 }
 OKT_ANSWER_ZERO
-
-bool OKTMemoryFiler::findClassName(CString &className) { return m_bytes.findClassName(className); }
-
-bool OKTMemoryFiler::moveToNextObject(int &place)
-{
-    if (!m_bytes.findNextObject(place))
-        return false;
-    m_bytes.setPosition(place);
-    return true;
-}
 
 bool OKTMemoryFiler::skipToNextObject() { return false; }
 

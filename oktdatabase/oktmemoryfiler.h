@@ -15,6 +15,7 @@ class OKTTextTable;
 class OKT_API OKTMemoryFiler : public OKTFiler
 {
 public:
+    /// In write mode, with an empty buffer.
     OKTMemoryFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     ~OKTMemoryFiler() override;
 
@@ -69,12 +70,6 @@ public:
     /// The class name of the next object frame at or behind the position, which comes to stand on it. False: none, position
     /// unmoved.
     virtual bool readNextObjectClass(CString &className);
-    /// The class name of the frame that stands here; the position stays. False: there is none. Throws std::bad_alloc.
-    bool findClassName(CString &className);
-    /// Goes to that frame and tells its place. False: none, position unmoved.
-    bool moveToNextObject(int &place);
-    /// Two frames begin at these places with the same class name.
-    bool isSameClassAt(int first, int second) const { return m_bytes.isSameClassAt(first, second); }
     /// Always false.
     virtual bool skipToNextObject();
     /// The size of the buffer in bytes, in either mode.
@@ -95,27 +90,18 @@ public:
 
     /// loadFiler without the copy: reads `bytes` where they lie. They must outlive the filer and stay unchanged.
     void readInPlace(CByteArray const &bytes);
-    /// The buffer is about to grow to that many bytes.
-    void expectLength(std::int64_t size) noexcept { m_bytes.expectLength(size); }
     /// The written buffer, handed over without a copy; the filer is empty then.
     CByteArray takeBytes();
-    /// From now on ids are written as these say, which must outlive the filer; null: as they are.
-    void replaceIds(OKTIdReplacements *replacements) { m_replacements = replacements; }
-    /// Texts in frames that are read as a whole are taken from this table, which must outlive the filer; null: each is made.
-    void shareTexts(OKTTextTable *texts) { m_texts = texts; }
 
 private:
+    friend class OKTFrameRoad;
     friend class OKTFrameWriter;
     friend class OKTFrameReader;
+    friend class OKTImageFiler;
 
     bool writesFramesWhole() const;
-    /// The filer as one whose frames may go in and out as a whole, or null.
-    static OKTMemoryFiler *forWholeFrames(OKTFiler &filer);
-    BYTE *extendForFrame(std::int64_t size);
     OKTDbObjectId const &idToWrite(OKTDbObjectId const &id) const { return m_replacements == nullptr ? id : replaced(id); }
     OKTDbObjectId const &replaced(OKTDbObjectId const &id) const;
-    BYTE const *unreadBytes(BYTE const *&end) const;
-    void moveBehindFrame(int size);
 
     OKTByteFiler m_bytes;
     OKTIdReplacements *m_replacements = nullptr;

@@ -12,19 +12,20 @@ class OKTDbObject;
 class OKT_API OKTRuntimeClass
 {
 public:
-    /// Refused, silently, when the name is empty or taken or the prototype is null: the descriptor then stays empty with the
-    /// number
-    /// -1. A descriptor that was not refused owns its prototype. The base descriptor need not be made yet.
+    /// Refused, silently, when the name is empty or taken or the prototype is null: the descriptor then stays empty, its number is
+    /// -1, and the prototype is the caller's. Otherwise the descriptor owns its prototype. The base descriptor may be made later.
     OKTRuntimeClass(CString className, CString baseClassName, OKTDbObject *prototype, OKTRuntimeClass *baseClassDesc);
     OKTRuntimeClass(OKTRuntimeClass const &) = default;
     OKTRuntimeClass &operator=(OKTRuntimeClass const &) = default;
     /// Deletes the prototype; the entry in the registry stays.
     virtual ~OKTRuntimeClass();
 
+    /// The name of the class, that of its base class, and the descriptor of the base class, null where there is none.
     CString ClassName() const { return m_className; }
     bool isNamed(CString const &className) const { return m_className == className; }
     CString BaseClass() const { return m_baseClassName; }
     OKTRuntimeClass *BaseClassDesc() const { return m_baseClassDesc; }
+    /// The number of the class in this run of the process, in the order of registration; -1 for a refused descriptor.
     int ClassCounter() const { return m_classCounter; }
 
     /// A new object of the class, owned by the caller; null from a refused descriptor.

@@ -10,6 +10,7 @@ class OKTFiler;
 class OKT_API OKTSmartAnsiString
 {
 public:
+    /// The filer is not owned and must outlive the guard.
     OKTSmartAnsiString(OKTFiler *filer, bool ansi);
     OKTSmartAnsiString(OKTSmartAnsiString const &) = default;
     OKTSmartAnsiString &operator=(OKTSmartAnsiString const &) = default;

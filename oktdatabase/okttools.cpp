@@ -168,8 +168,8 @@ std::uint32_t decodedGroup(char const *text)
     return digit(0) | digit(1) | digit(2) | digit(3);
 }
 
-// Stores whole groups for as long as there are some, and tells how many: those that go in wide registers, then two at a time for
-// as long as both are.
+// Decodes whole groups up to the first character that is none of the alphabet, and returns their number: sixteen characters at a
+// time where the processor can, then two groups at a time.
 int decodeGroups(char const *text, int groups, unsigned char *out)
 {
     int done = decodeGroupsWide(text, groups, out);

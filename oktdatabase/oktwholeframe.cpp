@@ -1,100 +1,56 @@
 // SPDX-License-Identifier: MIT
 #include <oktdatabase/oktwholeframe.h>
 
-namespace
+#include <oktplatform/oktcodepage.h>
+
+#include <limits>
+#include <new>
+#include <typeinfo>
+
+OKTMemoryFiler *OKTFrameRoad::filerOf(OKTFiler &filer)
 {
-bool hasZeroUnit(OKTStoredText const &text)
-{
-    std::size_t const size = 2 * static_cast<std::size_t>(text.count);
-    std::size_t at = 0;
-    std::uint64_t zeros = 0;
-    for (; at + 8 <= size; at += 8) // four at a time
-    {
-        std::uint64_t const units = eightBytes(text.units + at);
-        zeros |= (units - 0x0001000100010001u) & ~units & 0x8000800080008000u;
-    }
-    bool any = zeros != 0;
-    for (; at < size; at += 2)
-        any = any || (text.units[at] == 0 && text.units[at + 1] == 0);
-    return any;
+    if (!kFramesInMemory || typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
+        return nullptr;
+    auto *const memory = static_cast<OKTMemoryFiler *>(&filer);
+    // 8-bit texts and ids that are noted or translated one by one take the calls.
+    bool const isPlain = !memory->getIsAnsiString() && (!memory->getTranslatedIds() || memory->m_replacements != nullptr);
+    return isPlain ? memory : nullptr;
 }
 
-// Texts that differ in length, at either end or in the middle have different numbers as a rule.
-std::uint64_t scattered(OKTStoredText const &text)
+OKTFrameRoad::Room OKTFrameRoad::append(OKTFiler &filer, std::int64_t size)
+try
 {
-    constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15u;
-    std::size_t const size = 2 * static_cast<std::size_t>(text.count);
-    std::uint64_t first = 0;
-    if (size < sizeof first)
-    {
-        std::memcpy(&first, text.units, size);
-        return (first ^ size) * kOdd;
-    }
-    first = eightBytes(text.units);
-    std::uint64_t const last = eightBytes(text.units + size - sizeof last);
-    std::uint64_t const middle = eightBytes(text.units + (size - sizeof middle) / 2);
-    return ((first ^ size) * kOdd ^ last) * kOdd ^ middle * (kOdd << 1 | 1);
+    OKTMemoryFiler *const memory = filerOf(filer);
+    if (memory == nullptr || size > std::numeric_limits<int>::max())
+        return {};
+    return {memory, memory->m_bytes.extend(static_cast<int>(size))};
 }
-} // namespace
-
-OKTFrameWriter::OKTFrameWriter(OKTFiler &filer, std::int64_t size)
+catch (std::bad_alloc const &)
 {
-    m_filer = OKTMemoryFiler::forWholeFrames(filer);
-    m_place = m_filer == nullptr ? nullptr : m_filer->extendForFrame(size);
-    m_end = m_place == nullptr ? nullptr : m_place + size;
+    return {};
 }
 
-OKTFrameReader::OKTFrameReader(OKTFiler &filer)
+OKTFrameRoad::Unread OKTFrameRoad::unreadOf(OKTFiler &filer)
 {
-    m_filer = OKTMemoryFiler::forWholeFrames(filer);
-    if (m_filer == nullptr)
-        return;
-    m_start = m_place = m_filer->unreadBytes(m_end);
+    Unread unread;
+    unread.filer = filerOf(filer);
+    if (unread.filer != nullptr)
+        unread.begin = unread.filer->m_bytes.unreadBytes(unread.end);
+    return unread;
 }
 
-bool OKTFrameReader::makeText(OKTStoredText const &stored, CString &text) const
+bool OKTFrameRoad::makeText(OKTMemoryFiler const &filer, OKTStoredText const &stored, CString &text)
 {
-    if (m_filer->m_texts != nullptr)
-        return m_filer->m_texts->find(stored, text);
-    if (hasZeroUnit(stored))
+    if (filer.m_texts != nullptr)
+        return filer.m_texts->find(stored, text);
+    if (OktHasZeroUnit(stored))
         return false;
     text.SetUnits(stored.count,
                   [&](WCHAR *units, int count) { std::memcpy(units, stored.units, 2 * static_cast<std::size_t>(count)); });
     return true;
 }
 
-void OKTFrameReader::finish()
+void OKTFrameRoad::moveBy(OKTMemoryFiler &filer, std::ptrdiff_t bytes)
 {
-    m_filer->moveBehindFrame(static_cast<int>(m_place - m_start));
-    m_start = m_place;
-}
-
-// A place for each object or two, within bounds: the places take some time to make and belong into the near memory.
-OKTTextTable::OKTTextTable(int imageSize)
-    : m_mask(std::bit_ceil(static_cast<std::size_t>(std::clamp(imageSize / 512, 64, 8192))) - 1),
-      m_texts(std::make_unique<CString[]>(m_mask + 1))
-{
-}
-
-bool OKTTextTable::find(OKTStoredText const &stored, CString &text)
-{
-    if (stored.count == 0)
-    {
-        text.Truncate(0);
-        return true;
-    }
-    std::size_t const size = 2 * static_cast<std::size_t>(stored.count);
-    CString &place = m_texts[(scattered(stored) >> 40) & m_mask];
-    OktTextView const known = place.View();
-    if (known.size() == static_cast<std::size_t>(stored.count) && std::memcmp(known.data(), stored.units, size) == 0)
-    {
-        text = place; // and without a zero unit, as it was taken in
-        return true;
-    }
-    if (hasZeroUnit(stored))
-        return false;
-    text = m_blocks.make(stored.units, stored.count);
-    if (stored.count <= kLongest)
-        place = text;
-    return true;
+    filer.m_bytes.setPosition(filer.m_bytes.getPosition() + static_cast<int>(bytes));
 }

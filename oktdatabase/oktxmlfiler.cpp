@@ -69,19 +69,21 @@ try
         return false;
     m_path = path.Owned();
     m_nextObject = IXMLDOMNodePtr();
-    m_document = OktXml::IXMLDOMDocument::create();
-    if (!m_document)
+    m_document = IXMLDOMDocumentPtr();
+    IXMLDOMDocumentPtr const document = OktXml::IXMLDOMDocument::create();
+    if (!document)
         return false;
     setIsWriteEnabled(write);
     if (write)
     {
-        m_document->node()->appendChild(
-            m_document->createProcessingInstruction(u"xml", u"version='1.0' encoding='ISO-8859-1'"));
-        IXMLDOMElementPtr const root = m_document->createElement(kDocumentTag);
-        m_document->node()->appendChild(root->node());
+        document->node()->appendChild(document->createProcessingInstruction(u"xml", u"version='1.0' encoding='ISO-8859-1'"));
+        IXMLDOMElementPtr const root = document->createElement(kDocumentTag);
+        document->node()->appendChild(root->node());
         push(root);
+        m_document = document; // only a whole one: CloseFiler saves what stands here over the file
         return true;
     }
+    m_document = document;
     if (FAILED(m_document->load(path)))
         return false;
     IXMLDOMNodePtr const root = GetDocumentRealNode();

@@ -24,6 +24,7 @@
 class OKT_API OKTXmlFiler : public OKTFiler
 {
 public:
+    /// With no document open.
     OKTXmlFiler(OKTDbPool *pool = nullptr); // NOLINT(google-explicit-constructor): the published signature
     /// Both share document and nodes.
     OKTXmlFiler(OKTXmlFiler const &) = default;
@@ -114,7 +115,6 @@ private:
     bool endReading();
     bool isReading();
     bool findText(CString const &name, CString const &attribute, CString &text);
-    bool enterChild(CString const &tag, CString const &attribute, CString const &text);
     OktXml::IXMLDOMNodePtr nextAtCursor();
 
     OktXml::IXMLDOMDocumentPtr m_document;

@@ -14,12 +14,12 @@ constexpr std::int64_t kDigitsOfGroup = 4;
 
 } // namespace
 
-constexpr std::array<signed char, 128> Base64Reader::kSigns = [] {
-    std::array<signed char, 128> signs{};
+constexpr std::array<short, 128> Base64Reader::kSigns = [] {
+    std::array<short, 128> signs{};
     signs.fill(kForeign);
-    signed char digit = 0;
+    short digit = 0;
     for (char const c : kAlphabet)
-        signs[static_cast<std::size_t>(c)] = digit++;
+        signs[static_cast<unsigned char>(c)] = digit++;
     signs['\r'] = signs['\n'] = kBreak;
     signs['='] = kPad;
     return signs;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Base64 that tells what is wrong with it. The library's own coder (okttools.h) passes over whatever is no base64. Not installed.
+// A base64 decoder that reports errors. The library's own decoder (okttools.h) skips characters that are not base64. Not installed.
 
 #include <array>
 #include <cstddef>
@@ -21,19 +21,19 @@ enum class Base64Padding
 
 enum class Base64Mode
 {
-    Strict, ///< the one text that base64() makes of the bytes
+    Strict, ///< only the text that base64() writes for the same bytes
     Lenient ///< with line breaks anywhere, with padding or without
 };
 
-/// Why a text is no base64.
+/// Why a text is not valid base64.
 struct Base64Fault
 {
     enum class Kind
     {
-        Foreign,       ///< a character that is none of base64
-        BehindPadding, ///< a digit behind the padding
-        BrokenOff,     ///< the last digit holds no whole byte
-        PartOfByte,    ///< bits behind the last byte that are not 0
+        Foreign,       ///< a character outside the base64 alphabet
+        BehindPadding, ///< a digit after the padding
+        BrokenOff,     ///< the last group has one digit only, which is less than a byte
+        PartOfByte,    ///< the unused bits of the last digit are not 0
         Padding        ///< longer or shorter than it should be
     };
 
@@ -49,7 +49,7 @@ std::string base64(std::string_view bytes, Base64Padding padding = Base64Padding
 class Base64Reader
 {
 public:
-    /// `bytes` takes what the text holds; null: it is only checked. In lenient mode `padding` does not count.
+    /// `bytes` gets the decoded bytes; null: the text is only checked. Lenient mode ignores `padding`.
     Base64Reader(Base64Mode mode, Base64Padding padding, std::string *bytes) : m_mode(mode), m_padding(padding), m_bytes(bytes)
     {
     }
@@ -66,20 +66,20 @@ public:
         ++m_length;
     }
 
-    /// The first fault up to here.
+    /// The first fault in the text read so far.
     std::optional<Base64Fault> const &fault() const { return m_fault; }
-    /// The first fault, given that the text has ended.
+    /// The first fault in the whole text; call it at the end.
     std::optional<Base64Fault> finish() const;
 
     std::int64_t length() const { return m_length; } ///< characters so far
     std::int64_t digits() const { return m_digits; }
 
 private:
-    static constexpr signed char kForeign = -1;
-    static constexpr signed char kBreak = -2;
-    static constexpr signed char kPad = -3;
-    /// Of a digit its six bits.
-    static std::array<signed char, 128> const kSigns;
+    static constexpr short kForeign = -1;
+    static constexpr short kBreak = -2;
+    static constexpr short kPad = -3;
+    /// The six bits of a digit.
+    static std::array<short, 128> const kSigns;
 
     void takeDigit(int digit)
     {
@@ -103,7 +103,7 @@ private:
     std::optional<Base64Fault> m_fault;
 };
 
-/// The bytes of a strict text. Nothing: it is none; `fault` tells why.
+/// Decodes a strict text. Empty: it is not valid; `fault` says why.
 std::optional<std::string> parseBase64(std::string_view text, Base64Padding padding = Base64Padding::With,
                                        Base64Fault *fault = nullptr);
 

@@ -12,7 +12,7 @@ namespace okt
 namespace
 {
 
-// Some times the widest look, so that a walk over small records seldom reads the same bytes twice.
+// Several times the longest look(), so that a walk over small records seldom reads the same bytes twice.
 constexpr std::size_t kFileWindow = 4 * ByteSource::kWidestLook;
 
 std::string_view viewOf(CByteArray const &bytes)
@@ -34,11 +34,11 @@ public:
 protected:
     void moveWindow(std::int64_t offset, std::size_t count) override
     {
-        // A little of what lies in front stays in sight: walks look back.
+        // Keep some bytes before the offset in the window: walks look back.
         std::int64_t const begin = std::max<std::int64_t>(0, offset - 64);
         std::size_t const wanted =
             std::min(std::max(count + 64, m_buffered), static_cast<std::size_t>(std::max<std::int64_t>(0, m_size - begin)));
-        m_buffered = std::min(2 * m_buffered, kFileWindow); // a header alone needs little
+        m_buffered = std::min(2 * m_buffered, kFileWindow); // start small: a header is short
         m_buffer.resize(wanted);
         m_window = {};
         try
@@ -63,7 +63,7 @@ private:
     std::size_t m_buffered = 1 << 14;
 };
 
-/// A stream, kept.
+/// The bytes of a stream, owned.
 class OwnedSource : public ByteSource
 {
 public:

@@ -15,11 +15,11 @@
 namespace okt
 {
 
-/// Bytes that are looked at through a window: of a file only the stretch in use is in memory.
+/// Bytes that are read through a window: only the part of a file that is in use is in memory.
 class ByteSource
 {
 public:
-    /// A longer stretch is not to be seen at once. The longest text of a record, 131,073 bytes with its head, is shorter.
+    /// The largest number of bytes that look() returns. The longest text record has 131,073 bytes with its head.
     static constexpr std::size_t kWidestLook = std::size_t(1) << 18;
 
     /// Bytes in memory, which must outlive the source.
@@ -29,6 +29,7 @@ public:
     ByteSource &operator=(ByteSource const &) = delete;
     virtual ~ByteSource() = default;
 
+    /// The length in bytes, as it was when the source was made.
     std::int64_t size() const { return m_size; }
 
     /// The bytes from `offset` on, at most `count` of them: fewer at the end. Good until the next look. Throws Failure when the
@@ -41,22 +42,22 @@ public:
         return lookElsewhere(offset, count);
     }
 
-    /// The byte at a place; -1 outside.
+    /// The byte at an offset; -1 outside of the file.
     int at(std::int64_t offset)
     {
         std::string_view const byte = look(offset, 1);
         return byte.empty() ? -1 : static_cast<unsigned char>(byte.front());
     }
 
-    /// A stretch as a copy of its own, however long it is; shorter at the end.
+    /// A copy of `count` bytes, of any number; fewer at the end.
     std::string copy(std::int64_t offset, std::int64_t count);
 
-    /// The first place of the two bytes 6, 5 in [from, to), both of them inside; -1: none.
+    /// The offset of the first pair of bytes 6, 5 inside [from, to); -1: none.
     std::int64_t findFrameBegin(std::int64_t from, std::int64_t to);
 
 protected:
     ByteSource() = default;
-    /// Moves the window to `offset`, with at least `count` bytes or what there is of them.
+    /// Moves the window so that it holds `count` bytes from `offset` on, or all up to the end of the file.
     virtual void moveWindow(std::int64_t offset, std::size_t count);
 
     std::int64_t m_size = 0;
@@ -67,7 +68,7 @@ private:
     std::string_view lookElsewhere(std::int64_t offset, std::size_t count);
 };
 
-/// A pool file, or a stream (isStream), which is read whole. Throws Failure as readBytes does.
+/// Opens a pool file. A stream (isStream) is read whole. Throws Failure as readBytes does.
 std::unique_ptr<ByteSource> openSource(std::filesystem::path const &path, OnProgress const &onProgress = {});
 
 } // namespace okt

@@ -9,7 +9,7 @@
 namespace okt
 {
 
-/// Upper-case digits, with zeros in front.
+/// Hexadecimal digits in upper case, padded with zeros.
 void appendHex(std::string &target, std::uint64_t value, int digits);
 
 /// A character in UTF-8. What would move the cursor of a terminal, end the line or turn the direction of what follows becomes \n,

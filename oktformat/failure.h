@@ -12,9 +12,10 @@ namespace okt
 class Failure : public std::runtime_error
 {
 public:
+    /// The texts are UTF-8. The line is "FILE:PLACE: REASON", or "FILE: REASON" without a place.
     Failure(std::string const &file, std::string const &place, std::string const &reason);
 
-    /// The line without the file, for where that stands beside it anyway.
+    /// The line without the file name, for output that already names the file.
     std::string const &withoutFile() const { return m_withoutFile; }
 
 private:

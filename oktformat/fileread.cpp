@@ -56,7 +56,7 @@ std::uintmax_t openedLength(fs::path const &path, CFile &file)
     }
 }
 
-/// Fills the bytes, and gives the number of those that were there.
+/// Fills `bytes` and returns how many bytes the file had.
 std::uintmax_t readAll(CFile &file, CByteArray &bytes, std::string const &name, OnProgress const &onProgress)
 {
     constexpr UINT kPiece = 1 << 24;
@@ -76,7 +76,7 @@ std::uintmax_t readAll(CFile &file, CByteArray &bytes, std::string const &name, 
 
 constexpr int kLargestInput = 0x7FFFFFFF;
 
-/// Fills a piece with what comes next; a count below that of the piece is the end. Throws Failure.
+/// Fills a piece with the next bytes. A smaller count than the piece has means the end. Throws Failure.
 using ReadPiece = std::function<std::size_t(char *piece, std::size_t count)>;
 
 CByteArray readToEnd(std::string const &name, ReadPiece const &read, OnProgress const &onProgress)

@@ -19,15 +19,15 @@ std::filesystem::path utf8Path(std::string const &name);
 /// The path as the user sees it in messages.
 std::string pathName(std::filesystem::path const &path);
 
-/// Throws Failure for a name that is no UTF-8: it would become another name on its way through the database.
+/// Throws Failure for a name that is not valid UTF-8: the database would open another name.
 void checkFileName(std::filesystem::path const &path);
 
 /// Why a file was not opened, in words, from the error number of the system.
 std::string openFailure(int error);
-/// The words for a system's error number, without its number.
+/// The text of the system for an error number.
 std::string systemReason(int error);
 
-/// The length of a file that can be read; none of it is. Throws Failure as readBytes does.
+/// The length of a file that can be opened for reading; reads nothing. Throws Failure as readBytes does.
 std::uintmax_t readableLength(std::filesystem::path const &path);
 /// All bytes of a file. Throws Failure that names the reason: missing, a folder, not a plain file, not allowed, in use by
 /// another program, too large, unreadable. An empty file gives no bytes.
@@ -35,12 +35,12 @@ CByteArray readBytes(std::filesystem::path const &path, OnProgress const &onProg
 /// The same as text.
 std::string readText(std::filesystem::path const &path);
 
-/// What the user gives for standard input or output in place of a file.
+/// The name that stands for standard input or output in place of a file.
 inline constexpr char kStandardStream[] = "-";
 
 /// How messages call an input that may be standard input.
 std::string inputName(std::filesystem::path const &path);
-/// Standard input, or a pipe with a name, which is what a shell gives for <(command): read once, from its start to its end.
+/// True for standard input or a named pipe, as a shell makes for <(command). Such an input can be read only once.
 bool isStream(std::filesystem::path const &path);
 /// All bytes of a file or a stream. Throws Failure.
 CByteArray readInput(std::filesystem::path const &path, OnProgress const &onProgress = {});

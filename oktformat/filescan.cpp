@@ -32,7 +32,7 @@ bool FileScan::run(std::function<void(Stretch const &)> const &onObject,
         progress.at(static_cast<std::uintmax_t>(stretch->end), objects);
         if (stretch->kind == Stretch::Kind::Object)
             onObject(*stretch);
-        // What follows a damaged header up to the first object is its rest.
+        // The first stretch after a damaged header is the rest of that header.
         else if (stretch->kind != Stretch::Kind::Gap && !isHeader)
         {
             isWhole = false;

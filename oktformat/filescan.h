@@ -9,7 +9,7 @@
 namespace okt
 {
 
-/// Goes through a pool file from its header to its end, in bounded memory.
+/// Reads a pool file object by object, in bounded memory.
 class FileScan
 {
 public:
@@ -22,8 +22,8 @@ public:
     ByteSource &source() { return *m_source; }
     HeaderPlace const &header() const { return m_header; }
 
-    /// Gives every object. What is damaged is told by `onFault`, each with the line for the user, in the order of the file; bytes
-    /// that belong to no object are passed over. False: there was a fault.
+    /// Calls `onObject` for every object, and `onFault` with a line for the user for every fault, in the order of the file. Bytes
+    /// that belong to no object are skipped. False: there was a fault.
     bool run(std::function<void(Stretch const &)> const &onObject, std::function<void(std::string const &)> const &onFault);
 
 private:

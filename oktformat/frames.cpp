@@ -9,7 +9,7 @@ namespace okt
 namespace
 {
 
-/// Where the first record that is not whole begins.
+/// The offset of the first record that is not whole.
 std::int64_t endOfRecords(ByteSource &source, std::int64_t begin)
 {
     RecordWalk walk(source, begin);

@@ -15,7 +15,7 @@ namespace
 
 using namespace std::string_view_literals;
 
-// Within so many bytes an SVG document names its element.
+// The <svg> element is searched within this many bytes.
 constexpr std::size_t kSvgProbe = 4096;
 
 /// The bytes of an image; beyond its end there are zeros.
@@ -52,7 +52,7 @@ ImageFormat sized(char const *name, std::int64_t width, std::int64_t height)
     return {name, static_cast<int>(width), static_cast<int>(height)};
 }
 
-/// Two letters alone may begin any text.
+/// The signature "BM" alone could begin any text, so the header is checked too.
 bool isBitmapHead(std::uint32_t size)
 {
     return size == 12 || size == 40 || size == 52 || size == 56 || size == 64 || size == 108 || size == 124;
@@ -62,12 +62,12 @@ ImageFormat bitmap(Bytes const &bytes)
 {
     if (bytes.low32(14) == 12) // the first form of its header
         return sized("BMP", bytes.low16(18), bytes.low16(20));
-    // A negative height stands for rows from top to bottom.
+    // A negative height means that rows are stored from top to bottom.
     return sized("BMP", static_cast<std::int32_t>(bytes.low32(18)),
                  std::abs(static_cast<std::int64_t>(static_cast<std::int32_t>(bytes.low32(22)))));
 }
 
-/// The size stands in the segment that begins a frame.
+/// The size is in the start-of-frame segment.
 ImageFormat jpeg(Bytes const &bytes)
 {
     for (std::size_t at = 2; at < bytes.size() && bytes.byte(at) == 0xFF;)
@@ -123,7 +123,7 @@ ImageFormat formatOf(CByteArray const &image)
         return {"ICO", 0, 0};
     if (bytes.has("\1\0\0\0"sv) && bytes.has(" EMF"sv, 40))
         return {"EMF", 0, 0};
-    // With the head for placing it, in memory, in a file: the size of the head is 9 words.
+    // The three forms of a WMF: placeable, in memory, in a file. The header of the last two has 9 words.
     if (bytes.has("\xD7\xCD\xC6\x9A"sv) || bytes.has("\1\0\x09\0"sv) || bytes.has("\2\0\x09\0"sv))
         return {"WMF", 0, 0};
     if (bytes.has("%PDF-"sv))

@@ -11,8 +11,8 @@ namespace okt
 /// What the first bytes of an image say about it.
 struct ImageFormat
 {
-    std::string name; ///< "PNG", "JPEG", ...; empty: none that is known here
-    int width = 0;    ///< in pixels; 0 where the image does not say, or not soon
+    std::string name; ///< "PNG", "JPEG", ...; empty: not recognised
+    int width = 0;    ///< in pixels; 0: not found in the first bytes
     int height = 0;
 
     /// "PNG, 800 x 600 pixels", "WMF", "no known format".

@@ -15,13 +15,13 @@ namespace
 
 using State = RecordWalk::State;
 
-// More levels of classes than anybody derives.
+// An upper limit for the number of base classes.
 constexpr int kMostBases = 32;
 // The begin of the frame of an id, which every object has.
 constexpr std::string_view kIdHead("\x06\x05\x0B\x00OKTObjectId", 15);
 // Of bytes that are no object.
 constexpr std::int64_t kLookedThrough = 1 << 20;
-// A longer class name is none.
+// The longest class name that is accepted.
 constexpr std::size_t kLongestName = 512;
 
 std::string_view nameIn(ByteSource &source, RecordPlace const &record)
@@ -66,11 +66,11 @@ std::optional<Stretch> ObjectScan::next()
         stretch.begin = m_position;
         stretch.faultAt = m_position;
         stretch.end = findNext(m_position);
-        // Where the file ends behind the begin of an object, that object is cut off, and no such bytes.
+        // Where the file ends after the beginning of an object, that object is Cut, not Gap.
         std::int64_t const first = stretch.end == m_source.size() ? m_source.findFrameBegin(m_position, stretch.end) : -1;
         if (first >= 0 && examine(first).kind == Stretch::Kind::Cut)
             stretch.end = first;
-        // The begin of an object is what is damaged then.
+        // Then the beginning of an object is damaged.
         if (m_source.copy(m_position, std::min(stretch.size(), kLookedThrough)).find(kIdHead) != std::string::npos)
             stretch.kind = Stretch::Kind::Damaged;
     }
@@ -98,12 +98,12 @@ Stretch ObjectScan::examine(std::int64_t at)
             swallowed = swallowing(walk.records().record());
     }
     stretch.classNames = walk.classNames();
-    // A fault behind the name leaves the name.
+    // The name is valid even if there is a fault after it.
     if (RecordPlace const &head = walk.records().record(); stretch.classNames.empty() && head.payloadSize > 0)
         stretch.classNames.emplace_back(nameIn(m_source, head));
     stretch.oddAt = walk.oddAt();
     stretch.oddity = walk.oddity();
-    // A count in front of a name can swallow objects as well.
+    // The length of the name can be damaged as well and include following objects.
     if (!swallowed && walk.records().badNameAt() >= 0)
         swallowed = walk.records().badNameAt();
     State const state = walk.records().state();
@@ -124,8 +124,8 @@ Stretch ObjectScan::examine(std::int64_t at)
     return stretch;
 }
 
-/// A damaged count makes a value swallow the objects behind it: one of them then begins inside the value and ends outside of
-/// it, or right where it ends and another one begins. The place of the value; nothing when all is well with it.
+/// With a damaged length, a value includes following objects: one of them then begins inside the value and ends outside of
+/// it, or exactly where it ends and another one begins. Returns the offset of such a value; empty: the value is sound.
 std::optional<std::int64_t> ObjectScan::swallowing(RecordPlace const &record)
 {
     for (std::int64_t at = m_source.findFrameBegin(record.begin + 1, record.end + 1); at >= 0;)
@@ -138,12 +138,12 @@ std::optional<std::int64_t> ObjectScan::swallowing(RecordPlace const &record)
     return std::nullopt;
 }
 
-/// Where the search for objects begins when the one at `at` is none: at the fault, or further in front where it shows that the
-/// records were followed astray. What was passed until then stands inside the damaged object.
+/// Where to search for the next object when the one at `at` is damaged: at the fault, or earlier where the
+/// records were misread before it. Everything before that offset is part of the damaged object.
 std::int64_t ObjectScan::searchStart(std::int64_t at)
 {
     RecordWalk walk(m_source, at);
-    // Objects that follow each other inside a section up to the very fault: what seems to hold them has lost its own end.
+    // Objects that follow each other inside a section up to the fault: the frame around them has lost its own end.
     struct Inner
     {
         std::size_t depth;
@@ -155,7 +155,7 @@ std::int64_t ObjectScan::searchStart(std::int64_t at)
     while (walk.next())
     {
         RecordPlace const &record = walk.record();
-        // Any number may be made of the begin of an object.
+        // A number may consist of the first bytes of an object.
         if (swallowing(record))
             return record.begin + 1;
         if (walk.oddity() != nullptr)
@@ -180,11 +180,11 @@ std::int64_t ObjectScan::searchStart(std::int64_t at)
     for (RecordWalk::Level const &level : walk.open())
         if (level.type == RecordType::FrameBegin)
             m_unclosed.insert(level.begin);
-    // The record at fault may itself be what is left of an object in front of the next one.
+    // The record at the fault may be the rest of an object directly before the next one.
     return runEnd == walk.record().begin ? runBegin : std::max(walk.record().begin, at + 1);
 }
 
-/// The begin of the next whole object at or behind a place; the end of the file: there is none.
+/// The offset of the next whole object at or after `from`; the size of the file: there is none.
 std::int64_t ObjectScan::findNext(std::int64_t from)
 {
     std::int64_t at = m_source.findFrameBegin(from, m_source.size());
@@ -199,7 +199,7 @@ std::int64_t ObjectScan::findNext(std::int64_t from)
     return m_source.size();
 }
 
-/// The frames of a class and its bases begin here, down to that of OKTDbObject, in which a section begins.
+/// The frames of a class and its bases begin here, up to that of OKTDbObject, in which a section begins.
 bool ObjectScan::beginsAsObject(std::int64_t at)
 {
     for (int level = 0; level < kMostBases; ++level)
@@ -223,7 +223,7 @@ bool ObjectScan::beginsAsObject(std::int64_t at)
     return false;
 }
 
-/// The head of another frame ends right here: what begins is the frame of its base.
+/// The head of another frame ends exactly here, so the frame that begins here is that of its base.
 bool ObjectScan::isBase(std::int64_t at)
 {
     if (m_source.at(at - 5) != static_cast<int>(RecordType::Long))
@@ -239,7 +239,7 @@ bool ObjectScan::isBase(std::int64_t at)
     return false;
 }
 
-/// The end of the whole frame with an id that begins here; -1: it is not whole.
+/// The end of the frame that begins here, if it is whole and has an id; else -1.
 std::int64_t ObjectScan::endOfObject(std::int64_t at)
 {
     RecordWalk walk(m_source, at);
@@ -247,7 +247,7 @@ std::int64_t ObjectScan::endOfObject(std::int64_t at)
     while (walk.next())
     {
         RecordPlace const &record = walk.record();
-        // Only a frame that is found in its place, behind another, may be odd.
+        // A record may be odd only in a frame that follows another one directly.
         if (walk.oddity() != nullptr)
             return -1;
         hasId = hasId || (record.type == RecordType::FrameBegin && knownClass(nameIn(m_source, record)) == KnownClass::Id);
@@ -260,8 +260,8 @@ std::int64_t ObjectScan::endOfObject(std::int64_t at)
     return -1;
 }
 
-/// An object that ends here, behind a fault, and those right behind it may stand inside of another one: what follows them then
-/// ends a section and a frame that began in front of the fault. The end of the last of them; -1: they are objects of their own.
+/// An object that ends here, after a fault, and those directly after it may be nested in another one: the bytes after them then
+/// close a section and a frame that began before the fault. Returns the end of the last one; -1: they are not nested.
 std::int64_t ObjectScan::endOfNested(std::int64_t at)
 {
     while (at < m_source.size() && beginsAsObject(at))
@@ -274,10 +274,10 @@ std::int64_t ObjectScan::endOfNested(std::int64_t at)
     return endsEnclosing(at) ? at : -1;
 }
 
-/// What stands here ends a section and a frame that were begun further in front.
+/// The records here close a section and a frame that began earlier.
 bool ObjectScan::endsEnclosing(std::int64_t at)
 {
-    // Behind the frame of a base class a section begins.
+    // After the frame of a base class a section begins.
     auto const sectionBeginsAt = [this](std::int64_t place) {
         std::string_view const bytes = m_source.look(place, 6);
         return bytes.size() == 6 && bytes[0] == 8 && bytes[1] == 2 && bytes[4] == 0 && bytes[5] == 0;
@@ -285,7 +285,7 @@ bool ObjectScan::endsEnclosing(std::int64_t at)
     if (sectionBeginsAt(at))
         return true;
 
-    // Values up to the end of a section, then further sections, then the end of the frame, then an object or the end of all.
+    // Values up to the end of a section, further sections, the end of the frame, then an object or the end of the file.
     bool inSection = true;
     for (;;)
     {
@@ -342,24 +342,28 @@ bool ObjectScan::endsEnclosing(std::int64_t at)
     }
 }
 
+bool isPoolFrame(ByteSource &source, std::int64_t at)
+{
+    std::string_view const bytes = source.look(at, 13);
+    return bytes.size() == 13 && bytes[0] == 6 && bytes[1] == 5 && knownClass(bytes.substr(4)) == KnownClass::Pool;
+}
+
+bool beginsAsPool(ByteSource &source) { return source.at(0) == static_cast<int>(RecordType::Long) && isPoolFrame(source, 5); }
+
 HeaderPlace findHeader(ByteSource &source)
 {
     HeaderPlace header;
     if (source.at(0) == static_cast<int>(RecordType::Long) && source.size() >= 5)
         header.statedSize = static_cast<std::int32_t>(littleEndian(source.look(1, 4)));
-    auto const isPool = [&source](std::int64_t at) {
-        std::string_view const bytes = source.look(at, 13);
-        return bytes.size() == 13 && bytes[0] == 6 && bytes[1] == 5 && knownClass(bytes.substr(4)) == KnownClass::Pool;
-    };
     header.begin = 5;
     for (std::int64_t at = 5; at >= 0; --at)
-        if (isPool(at))
+        if (isPoolFrame(source, at))
         {
             header.begin = at;
             break;
         }
     header.end = header.begin + 1;
-    if (!isPool(header.begin))
+    if (!isPoolFrame(source, header.begin))
     {
         bool const hasSize = header.statedSize >= 0;
         header.fault = hasSize ? "this is no pool file: the header of a pool is missing"

@@ -10,23 +10,24 @@
 namespace okt
 {
 
-/// What a member of a pool header tells. Where an id has a place, two numbers follow it: position in the objects block and size.
+/// The meaning of a member of a pool header. An id "with a place" is followed by two numbers: position in the objects block and size.
 enum class HeaderRole
 {
-    Other, ///< nothing that is known here
+    Other, ///< not a member that this release knows
     PoolId,
     Construct,  ///< an id with a place
-    OldPicture, ///< the same; of a file from before the list of pictures
+    OldPicture, ///< the same; only in files older than the list of pictures
     Index,      ///< the same
     Name,
     Factor,
     PPActions, ///< an id alone
     Sketch,    ///< the same
     PictureCount,
-    Picture, ///< an id with a place, each of the list
+    Picture, ///< an id with a place, one for each picture of the list
     RadialReinf
 };
 
+/// What the value is, by its section and its number in it.
 HeaderRole headerRole(StoredValue const &value);
 /// For messages: "construct", "picture", ...
 std::string roleName(HeaderRole role);
@@ -34,20 +35,21 @@ std::string roleName(HeaderRole role);
 std::string roleText(HeaderRole role);
 bool hasPlace(HeaderRole role);
 
-/// Goes over the members of a header and knows what they are.
+/// Reads the members of a header one by one, with their roles.
 class HeaderWalk
 {
 public:
+    /// `begin` is the byte at which the header's frame begins. The source must outlive the walk.
     HeaderWalk(ByteSource &source, std::int64_t begin) : m_walk(source, begin) {}
 
-    /// False: the header has ended, or cannot be followed further.
+    /// False: the header has ended, or the bytes are damaged.
     bool next();
     StoredValue const &value() const { return m_walk.value(); }
     HeaderRole role() const { return m_role; }
-    /// The first record that is not where the grammar has it; -1: none was met.
+    /// Offset of the first record that the grammar does not allow; -1: none so far.
     std::int64_t oddAt() const { return m_walk.oddAt(); }
 
-    /// The value is the position or the size of the object whose id is the last met.
+    /// The value is the position or the size of the object whose id was read last.
     bool isPosition() const { return m_numbers == 1; }
     bool isSize() const { return m_numbers == 2; }
     StoredValue const &id() const { return m_id; }
@@ -57,7 +59,7 @@ private:
     ValueWalk m_walk;
     HeaderRole m_role = HeaderRole::Other;
     StoredValue m_id;
-    int m_numbers = 3; ///< since an id with a place: 0 behind it, 1 at its position, 2 at its size, 3 elsewhere
+    int m_numbers = 3; ///< after an id with a place: 0 at the id, 1 at its position, 2 at its size; 3 elsewhere
     std::int32_t m_position = -1;
 };
 
@@ -66,12 +68,12 @@ struct HeaderReference
 {
     _GUID id = {};
     std::int64_t offset = -1;   ///< of the id; -1: it was not read
-    std::int32_t position = -1; ///< from the begin of the objects block
+    std::int32_t position = -1; ///< from the start of the objects block
     std::int32_t size = -1;     ///< in bytes
     bool hasPlace = false;      ///< the two numbers were read
 };
 
-/// The members of a pool header, as far as they are there; ids only where they are whole.
+/// The members of a pool header. Missing ones are empty; incomplete ids count as missing.
 struct PoolHeader
 {
     std::optional<_GUID> id;
@@ -80,22 +82,22 @@ struct PoolHeader
     std::int64_t nameOffset = -1;
     std::optional<double> factor; ///< drawing units per metre
     std::optional<HeaderReference> construct;
-    std::optional<HeaderReference> oldPicture; ///< of a file from before the list
+    std::optional<HeaderReference> oldPicture; ///< only in files older than the list of pictures
     std::optional<HeaderReference> index;
     std::optional<HeaderReference> ppActions;
     std::optional<HeaderReference> sketch;
-    std::int32_t pictureCount = -1; ///< as it is stated; -1: it is not
+    std::int32_t pictureCount = -1; ///< as stored; -1: there is none
     std::vector<HeaderReference> pictures;
     std::optional<HeaderReference> radialReinf;
 
-    /// Takes the value at which the walk stands.
+    /// Stores the current value of the walk.
     void take(ByteSource &source, HeaderWalk const &walk);
 
 private:
     HeaderReference *reference(HeaderRole role);
 };
 
-/// The header whose frame begins at an offset. Of a damaged one, what stands in front of the fault.
+/// Reads the header whose frame begins at `begin`. Of a damaged header, the members before the fault.
 PoolHeader readPoolHeader(ByteSource &source, std::int64_t begin);
 
 } // namespace okt

@@ -10,7 +10,7 @@
 namespace okt
 {
 
-/// A step of a long operation and how far it is.
+/// The state of one step of a long operation.
 struct Progress
 {
     enum class Event
@@ -21,35 +21,37 @@ struct Progress
     };
 
     Event event = Event::At;
-    std::string const *what = nullptr; ///< the file, or what is done, printable
+    std::string const *what = nullptr; ///< the name of the file or of the step, printable
     std::uint64_t total = 0;           ///< bytes of the file; 0: not known
     std::uint64_t done = 0;            ///< of the total, in this pass
-    std::uint64_t objects = 0;         ///< so far; 0: they are not counted
-    int pass = 1;                      ///< which time the bytes are gone through
+    std::uint64_t objects = 0;         ///< objects done so far; 0: they are not counted
+    int pass = 1;                      ///< number of this pass over the bytes
     int passes = 1;
-    bool isCounted = true; ///< false: one call that does not tell how far it is; no At comes
+    bool isCounted = true; ///< false: a single call whose progress is not known; there are no At events
 };
 
-/// Hears of progress. False ends the operation: it throws Cancelled and changes nothing. The answer to Begin and End does not count.
-/// An empty function hears nothing. It is called often and should return at once.
+/// Called with the progress. If it returns false for At, the operation throws Cancelled and changes nothing. The result for Begin and
+/// End is ignored. It may be empty. It is called often and should return at once.
 using OnProgress = std::function<bool(Progress const &)>;
 
-/// The operation was ended by its OnProgress.
+/// The OnProgress of an operation returned false.
 class Cancelled : public std::runtime_error
 {
 public:
+    /// Its text says no more than that.
     Cancelled() : std::runtime_error("cancelled") {}
 };
 
-/// Reports one step for as long as it lives.
+/// Reports one step: Begin in the constructor, End in the destructor.
 class ProgressStep
 {
 public:
+    /// A step over `total` things, which goes over them that many times. `onProgress` must outlive it.
     ProgressStep(OnProgress const &onProgress, std::string what, std::uint64_t total, int passes = 1)
         : ProgressStep(onProgress, std::move(what), total, passes, true)
     {
     }
-    /// A step that does not tell how far it is.
+    /// A step whose progress is not known.
     static ProgressStep uncounted(OnProgress const &onProgress, std::string what, std::uint64_t total)
     {
         return ProgressStep(onProgress, std::move(what), total, 1, false);
@@ -62,7 +64,7 @@ public:
         {
             tell(Progress::Event::End);
         }
-        catch (...) // the step ends whatever the listener throws
+        catch (...) // a destructor must not throw
         {
         }
     }
@@ -75,7 +77,7 @@ public:
         if (!tell(Progress::Event::At))
             throw Cancelled();
     }
-    /// The bytes are gone through once more from their start.
+    /// Starts the next pass over the same bytes.
     void nextPass() { ++m_progress.pass; }
 
 private:

@@ -20,7 +20,7 @@ template <std::integral T> std::from_chars_result readNumber(char const *first, 
     return std::from_chars(first, last, value);
 }
 
-/// std::from_chars for real numbers by streams, for a standard library without it. Of the forms it knows the fixed and the general one.
+/// std::from_chars for real numbers, made with streams, for a standard library without it. It supports the formats fixed and general.
 inline std::from_chars_result readRealByStream(char const *first, char const *last, double &value, std::chars_format format)
 {
     auto const skipDigits = [last](char const *at) {

@@ -6,7 +6,7 @@
 namespace okt
 {
 
-/// The types of records: the numbers of the library's byte filer, which stand in files, under names that do not mix with numbers.
+/// The types of records. The values are those of the byte filer of the library, as stored in files.
 enum class RecordType : unsigned char
 {
     Bool = VarBool,

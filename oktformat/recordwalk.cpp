@@ -9,7 +9,7 @@ namespace okt
 namespace
 {
 
-// Deeper than any file that was ever written, and not deep enough to fill the memory.
+// A limit of the nesting depth: more than any real file has, and small enough for memory.
 constexpr std::size_t kDeepest = 1 << 20;
 
 bool isPrintable(char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7F; }

@@ -10,24 +10,24 @@
 namespace okt
 {
 
-/// One record of a stream. The begin of a frame has its class name and version with it, that of a section its number.
+/// One record of a stream. The record FrameBegin includes class name and version, SectionBegin its number.
 struct RecordPlace
 {
     RecordType type = RecordType::Bool;
     std::int64_t begin = 0; ///< of its type byte
     std::int64_t end = 0;
-    std::int64_t payload = 0; ///< where its value or text begins, of a frame the class name
+    std::int64_t payload = 0; ///< offset of its value or text; of a frame, of the class name
     std::int64_t payloadSize = 0;
     std::int32_t number = 0; ///< of a bool, short and long the value, of a frame the version, of a section its number
 };
 
-/// Walks over the records of one frame, whatever its class is, and on request over any one record with what it holds.
+/// Reads the records of one frame of any class; with Start::AnyRecord of any single record and what is nested in it.
 ///
 ///     frame   = 6 text long [ frame ] { section } 7          class name, version, base, sections
 ///     section = 8 long { value | frame } 9                    section number
 ///     value   = 0 bool | 1 short | 2 long | 3 double | 4 wide text | 5 8-bit text | 10 bytes
 ///
-/// Only the nesting is insisted on. A record that is not where the grammar has it is walked over, but known to be odd.
+/// Only wrong nesting is damage. Any other record that the grammar does not allow at its place is reported as an oddity.
 class RecordWalk
 {
 public:
@@ -43,8 +43,8 @@ public:
     struct Level
     {
         RecordType type;
-        bool hasBase;     ///< of a frame: one was met in front of its sections
-        bool hasSections; ///< of a frame: one was met
+        bool hasBase;     ///< of a frame: a base frame was read before its sections
+        bool hasSections; ///< of a frame: a section was read
         std::int64_t begin;
     };
 
@@ -55,24 +55,26 @@ public:
         AnyRecord ///< a value or a section too, as in a stream that is no pool file
     };
 
+    /// From that byte of the source on. The source must outlive the walk.
     RecordWalk(ByteSource &source, std::int64_t begin, Start start = Start::Frame)
         : m_source(source), m_position(begin), m_start(start)
     {
     }
 
-    /// The next record. False: the first one has ended with all it holds, or cannot be followed further.
+    /// Reads the next record. False: the frame has ended, or the bytes are damaged (see state()).
     bool next();
     RecordPlace const &record() const { return m_record; }
-    /// What the record, or the one that could not be read, lacks to the grammar; null: nothing.
+    /// Why the grammar does not allow the last record; null: it is allowed.
     char const *oddity() const { return m_oddity; }
 
-    /// The first frame whose class name is empty or has control characters in it; -1: none.
+    /// Offset of the first frame whose class name is empty or contains control characters; -1: none.
     std::int64_t badNameAt() const { return m_badNameAt; }
 
+    /// How far the walk is.
     State state() const { return m_state; }
-    /// Behind the last record; where the walk stopped, the place of the fault.
+    /// The offset after the last record; of a damaged frame the offset of the fault.
     std::int64_t position() const { return m_position; }
-    /// What is open behind the last record, the frame itself first.
+    /// The frames and sections that are open after the last record, the outermost first.
     std::vector<Level> const &open() const { return m_open; }
 
 private:

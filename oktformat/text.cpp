@@ -15,7 +15,7 @@ namespace okt
 namespace
 {
 
-// Outside of these a number is written with an exponent.
+// Numbers outside of these limits are written with an exponent.
 constexpr double kSmallestPlain = 1e-5;
 constexpr double kLargestPlain = 1e15;
 

@@ -20,7 +20,7 @@ std::string quoted(CString const &text);
 /// For messages: printable in quotation marks, at most some 40 characters of it.
 std::string excerpt(std::string_view utf8);
 
-/// The place of the first byte that belongs to no character; npos: there is none.
+/// Offset of the first byte that is not valid UTF-8; npos: there is none.
 std::size_t notUtf8At(std::string_view text);
 
 /// "1 object", "2 objects", "1 category", "2 categories".

@@ -10,7 +10,7 @@
 namespace okt
 {
 
-/// What stands for bytes that are no character.
+/// The result for bytes that are not valid UTF-8.
 inline constexpr char32_t kNoCharacter = 0xFFFFFFFF;
 inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 
@@ -30,8 +30,8 @@ struct Utf8Character
     std::size_t size = 1; ///< in bytes
 };
 
-/// The character at the start of bytes, of which there is one at least. kNoCharacter of size 1: they begin with none. Forms longer
-/// than need be, surrogates and numbers beyond U+10FFFF are none.
+/// Decodes the first character of `bytes`, which must not be empty. Invalid UTF-8 gives kNoCharacter of size 1. Overlong
+/// forms, surrogates and numbers above U+10FFFF are invalid.
 Utf8Character firstCharacter(std::string_view utf8);
 
 /// Of a character up to U+10FFFF.

@@ -193,7 +193,7 @@ void ValueWalk::collect(RecordPlace const &record)
     {
     case Kind::Id:
         if (word > 3)
-            return; // what a newer release adds
+            return; // a member of a newer release
         if (record.type != RecordType::Long)
         {
             m_value.isComplete = false;
@@ -255,7 +255,7 @@ CString text16At(ByteSource &source, std::int64_t payload, std::int64_t size)
     std::u16string units(bytes.size() / 2, u'\0');
     for (std::size_t i = 0; i < units.size(); ++i)
         units[i] = static_cast<char16_t>(littleEndian(std::string_view(bytes).substr(2 * i, 2)));
-    // As a reader takes it: a text ends at its first zero unit.
+    // Like the library's reader: a text ends at its first zero.
     units.resize(std::min(units.find(u'\0'), units.size()));
     return CString(units.data(), static_cast<int>(units.size()));
 }

@@ -11,7 +11,7 @@
 namespace okt
 {
 
-/// The classes whose frames are looked into by their names.
+/// The classes whose members are known.
 enum class KnownClass
 {
     Other,
@@ -28,12 +28,12 @@ enum class KnownClass
     Point
 };
 
-/// The case of a name does not count.
+/// The comparison ignores case.
 KnownClass knownClass(std::string_view name);
 /// The frames of ids, variants and points, which are values inside objects and never objects.
 bool isValueClass(KnownClass known);
 
-/// A member of an object as it stands in its frame. Frames that all filers share are one value each.
+/// A member of an object as stored in its frame. The frame of an id, variant or point is one value.
 struct StoredValue
 {
     enum class Kind
@@ -52,10 +52,10 @@ struct StoredValue
     };
 
     Kind kind = Kind::Bool;
-    KnownClass owner = KnownClass::Other; ///< whose section it stands in: the class of the object or one of its bases
+    KnownClass owner = KnownClass::Other; ///< the class in whose section it is: that of the object or a base
     int section = 0;
     int ordinal = 0; ///< in the section, from 0
-    int nested = 0;  ///< in how many nested frames it stands; 0: a member of the object itself
+    int nested = 0;  ///< number of nested frames around it; 0: a member of the object itself
     std::int64_t begin = 0;
     std::int64_t end = 0;
     std::int64_t payload = 0; ///< of a text or bytes; of a nested frame its class name; of a variant with a text the text
@@ -64,26 +64,27 @@ struct StoredValue
     std::vector<double> reals;       ///< of a double, a point, and of a variant with one
     _GUID id = {};                   ///< of an id
     std::int32_t variantKind = 0;    ///< of a variant
-    bool isComplete = true;          ///< an id, variant or point has what it should
+    bool isComplete = true;          ///< false: an id, variant or point lacks a part
     Kind variantValue = Kind::Frame; ///< of a variant the kind of its value; Frame: none
 };
 
-/// Walks over the members of one object. The frames of its class and its bases are levels, not values.
+/// Reads the members of one object. The frames of its class and its bases are levels, not values.
 class ValueWalk
 {
 public:
+    /// `begin` is the byte at which the object's frame begins. The source must outlive the walk.
     ValueWalk(ByteSource &source, std::int64_t begin) : m_source(source), m_walk(source, begin) {}
 
-    /// False: the frame has ended, or cannot be followed further.
+    /// False: the frame has ended, or the bytes are damaged.
     bool next();
     StoredValue const &value() const { return m_value; }
     RecordWalk const &records() const { return m_walk; }
 
-    /// The first record that is not where the grammar has it, and what it is; -1 and null: none was met.
+    /// Offset of the first record that the grammar does not allow, and why; -1 and null: none so far.
     std::int64_t oddAt() const { return m_oddAt; }
     char const *oddity() const { return m_oddity; }
 
-    /// The class names of the object and its bases as far as they were met.
+    /// The class names of the object and its bases that were read so far.
     std::vector<std::string> const &classNames() const { return m_classNames; }
 
 private:

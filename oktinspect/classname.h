@@ -6,7 +6,7 @@
 namespace okt
 {
 
-/// A name that a class can have, as C++ has them.
+/// A valid class name of C++.
 bool isClassName(std::string_view name);
 
 /// The two names differ in one character at most, the case of letters aside.

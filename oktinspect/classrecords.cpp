@@ -17,17 +17,17 @@ namespace
 
 using What = Finding::What;
 
-// More than any class ever had.
+// An upper limit for the version of a class.
 constexpr std::int32_t kMostVersions = 1000;
 
-/// The stored form of a class. Of each section the members, one letter each: l long, d double, t text, 8 an 8-bit text, i id,
-/// v variant, p point, ? the value of a variant; # is a count, behind it up to the semicolon what stands there so many times.
+/// The stored form of a class: for each section one letter a member: l long, d double, t text, 8 an 8-bit text, i id,
+/// v variant, p point, ? the value of a variant. # is a count; what follows up to the semicolon is repeated that many times.
 struct Form
 {
     KnownClass known;
     std::string_view name;
     KnownClass base;
-    std::vector<std::string> sections; ///< that many versions had the class
+    std::vector<std::string> sections; ///< as many as the class has versions
 };
 
 std::vector<Form> const &forms()
@@ -57,7 +57,7 @@ Form const &formOf(KnownClass known)
     return kNone;
 }
 
-/// The value of a variant by its kind.
+/// The letter of the value of a variant of that kind.
 std::string valueOfKind(std::int32_t kind)
 {
     switch (kind)
@@ -95,7 +95,7 @@ char const *nameOf(char member)
 class Check
 {
 public:
-    /// `outer`: taken for the class of the frame itself, whatever its name is.
+    /// `outer`: the class to compare the outermost frame with, whatever name it has.
     Check(ByteSource &source, std::int64_t begin, KnownClass outer = KnownClass::Other)
         : m_source(source), m_begin(begin), m_walk(source, begin), m_outer(outer)
     {
@@ -123,8 +123,8 @@ private:
         std::size_t next = 0;
         std::size_t groupBegin = 0; ///< of a list: what is repeated
         std::size_t groupEnd = 0;
-        std::int64_t left = 0; ///< of a list: how many times more
-        std::int64_t more = 0; ///< how many stand there above the count
+        std::int64_t left = 0; ///< of a list: repetitions that are still due
+        std::int64_t more = 0; ///< how many there are beyond the count
         std::int64_t listAt = -1;
     };
 
@@ -183,7 +183,7 @@ private:
         m_levels.push_back(std::move(level));
     }
 
-    /// The outermost name is looked at with all classes in view.
+    /// The outermost name is checked elsewhere, against all classes.
     void checkName(KnownClass known, std::string const &name, RecordPlace const &record)
     {
         if (known == KnownClass::Other && m_levels.empty())
@@ -279,7 +279,7 @@ private:
         m_levels.pop_back();
     }
 
-    /// What is counted ends: by a member of another kind, or with the section.
+    /// Ends a counted list: at a member of another kind, or at the end of the section.
     void endList(Level &level)
     {
         if (level.listAt < 0)
@@ -307,13 +307,13 @@ private:
         bool const isAtGroup = level.listAt >= 0 && level.left > 0 && level.next == level.groupBegin;
         if (level.listAt >= 0 && (isAtGroup ? kind != level.members[level.groupBegin] : level.left == 0))
         {
-            // Above the count, one may stand there in front of whatever is due.
+            // Further elements beyond the count may come before the next member.
             if (level.left == 0 && kind == level.members[level.groupBegin] && !isDue())
             {
                 level.more += 1;
                 return;
             }
-            // The numbers behind an id of a picture, in a list that is longer than its count.
+            // Position and size after the id of a picture, in a list that is longer than its count.
             if (level.more > 0 && level.groupEnd - level.groupBegin > 1 && kind == 'l' && !isDue())
                 return;
             endList(level);

@@ -70,7 +70,7 @@ DiffPool poolOf(std::string const &name, CByteArray image, CompareOptions const 
 
 Comparison compare(std::string_view first, std::string_view second, CompareOptions const &options)
 {
-    ReportCollector const collector; // an object that does not read leaves its members without names, no more
+    ReportCollector const collector; // if an object cannot be read, only the names of its members are missing
     DiffPool const before = poolOf(options.firstName, okttext::arrayOf(first), options);
     DiffPool const after = poolOf(options.secondName, okttext::arrayOf(second), options);
     return comparePools(before, after, options);

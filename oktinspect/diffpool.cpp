@@ -19,7 +19,7 @@ namespace
 using okttext::Bytes;
 using okttext::Record;
 
-/// The first text that is not empty and stands in the object itself or a base.
+/// The first text of the object or a base that is not empty.
 std::string firstText(Record const &record)
 {
     for (Record const &child : record.children)
@@ -46,7 +46,7 @@ std::string classNameOf(Record const &frame)
     return Json::parse('"' + json + '"').get<std::string>();
 }
 
-/// The frame of the base class stands first in that of a class.
+/// The frame of the base class, which is the first record in the frame of a class.
 Record const *baseOf(Record const &frame)
 {
     return frame.children.empty() || !frame.children.front().isFrame() ? nullptr : &frame.children.front();
@@ -192,7 +192,7 @@ std::vector<std::string> DiffPool::listOf(DiffObject const &object) const
     Record const *const section = sectionOf(frameOf(record, object.kind), 1);
     if (section == nullptr)
         return ids;
-    // The count of the list is the last number in the section, and ids of other members stand ahead of it.
+    // The count of the list is the last number in the section. Ids before it are other members.
     for (Record const &child : section->children)
     {
         if (child.type == RecordType::Long)

@@ -21,35 +21,35 @@ namespace okt
 
 using Json = nlohmann::ordered_json;
 
-/// Ids of one pool, as the 16 bytes that a file has, and those of another pool that stand for the same objects.
+/// Ids of one pool and the ids of the same objects in another pool, as 16 bytes.
 using IdPairs = std::map<std::string, std::string>;
 
-/// One object of a pool that is compared, or a stretch of the file that is none.
+/// One object of a compared pool, or a range of bytes that is not an object.
 struct DiffObject
 {
     okttext::PoolPiece stretch;
     std::string className;               ///< in UTF-8
     std::string name;                    ///< the first text in it, in UTF-8; empty: it has none
-    KnownClass kind = KnownClass::Other; ///< its class or the nearest base of it that users know
-    bool isNamed = false;                ///< a parameter or a category, and that text is the name that the user gave it
+    KnownClass kind = KnownClass::Other; ///< its class or the nearest known base
+    bool isNamed = false;                ///< a parameter or a category; `name` is its name
 };
 
-/// What is to become of a file that is damaged.
+/// What to do with a damaged file.
 enum class Damage
 {
     Refused,
     Told ///< what is whole is compared
 };
 
-/// A pool file taken apart for a comparison.
+/// A pool file split into parts for a comparison.
 class DiffPool
 {
 public:
-    /// No pool at all: what a file that does not exist yet is compared as.
+    /// An empty pool: stands for a file that does not exist.
     DiffPool() = default;
-    /// Throws Failure: it is damaged, and that is to be refused. `name` is how messages call it.
+    /// Throws Failure if it is damaged and that is to be refused. `name` is used in messages.
     DiffPool(std::string name, CByteArray image, Damage damage = Damage::Refused, OnProgress const &onProgress = {});
-    /// A file that cannot even be read. `fault` is the line for the user.
+    /// A file that cannot be read at all. `fault` is the line for the user.
     static DiffPool unreadable(std::string name, std::string fault);
 
     std::string const &name() const { return m_name; }
@@ -57,19 +57,19 @@ public:
     /// Lines for the user; none: the file is whole.
     std::vector<std::string> const &faults() const { return m_faults; }
     bool hasHeader() const { return m_hasHeader; }
-    /// There is nothing in it that could be compared.
+    /// It has nothing that could be compared.
     bool isNothing() const { return m_isNothing; }
     okttext::Bytes bytes() const;
     okttext::Bytes bytesOf(DiffObject const &object) const;
-    /// The records of an object, without names of members; of a raw stretch nothing. They are made anew each time, since those
-    /// of all objects would take many times the bytes of the file.
+    /// The records of an object, without names of members; empty for raw bytes. They are parsed at each call, since those
+    /// of all objects would need many times the size of the file.
     okttext::Record recordOf(DiffObject const &object) const;
     okttext::PoolParts const &parts() const { return m_parts; }
     std::vector<DiffObject> const &objects() const { return m_objects; }
 
     /// The ids, of 16 bytes, that a group, a category, a relation or a parameter lists.
     std::vector<std::string> listOf(DiffObject const &object) const;
-    /// Class, id and name of an object, for people; how many bytes are none.
+    /// Class, id and name of an object, for people; of raw bytes their number.
     std::string titleOf(DiffObject const &object) const;
 
     /// The text form of an object and of the header, with the names of members where the class is known.

@@ -120,7 +120,7 @@ private:
     {
         bool const isText = value.kind == Kind::Text16 || value.kind == Kind::Text8;
         if (isText && value.owner == KnownClass::Picture)
-            return; // its bytes
+            return; // base64 of its image
         if (isText)
             return searchText(value, matches);
         if (value.kind == Kind::Id)
@@ -132,7 +132,7 @@ private:
         }
         if (m_query.where == Where::Names || value.kind == Kind::Frame || value.kind == Kind::Bytes)
             return;
-        // Numbers of anything but a value are no content: a type, a place in a list, a count.
+        // Other numbers are not content: a type, a list index, a count.
         if (value.kind != Kind::Variant && value.owner != KnownClass::Other)
             return;
         CString const text = CString::FromUtf8(valueText(m_source, value));

@@ -26,14 +26,14 @@ struct FindQuery
         Values ///< values, expressions and descriptions
     };
 
-    /// In UTF-8: a part of what is looked for, or with * and ? the whole of it. The case of letters does not count.
+    /// In UTF-8. Without * and ? it matches a part of a text, with them the whole text. Case is ignored.
     std::string pattern;
     Where where = Where::Anywhere;
-    /// Only in objects of a class of such a name or derived from one; empty: in all, and in the header.
+    /// Only objects whose class or a base matches this pattern; empty: all objects and the header.
     std::string className;
 };
 
-/// Where something of an object is what is looked for.
+/// One match in an object.
 struct FindMatch
 {
     enum class Kind
@@ -53,7 +53,7 @@ struct FindMatch
     CString text; ///< whole
 };
 
-/// An object, or the header, with something in it that is looked for.
+/// An object, or the header, with its matches.
 struct FoundObject
 {
     CString className; ///< of the header "OKTDbPool"
@@ -64,13 +64,13 @@ struct FoundObject
 
 struct FindOptions
 {
-    std::function<void(FoundObject const &)> onFound;
-    std::function<void(Finding const &)> onFault; ///< a damaged header or object, which is not searched; the rest is
-    OnProgress onProgress;                        ///< False ends it
-    std::string name;                             ///< how progress calls the bytes
+    std::function<void(FoundObject const &)> onFound; ///< each object with a match, in the order of the file
+    std::function<void(Finding const &)> onFault;     ///< a damaged header or object, which is not searched; the rest is
+    OnProgress onProgress;                            ///< False ends it
+    std::string name;                                 ///< how progress calls the bytes
 };
 
-/// Searches a file in one pass, in bounded memory. A text of more than 65535 characters is passed over. True: there was a match.
+/// Searches a file in one pass, in bounded memory. Texts of more than 65535 characters are skipped. True: there was a match.
 /// Throws Cancelled, Failure where the file can no longer be read, and whatever the functions throw. It keeps nothing: several
 /// sources may be searched at once.
 bool find(ByteSource &source, FindQuery const &query, FindOptions const &options);

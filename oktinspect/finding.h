@@ -15,7 +15,7 @@
 namespace okt
 {
 
-/// One of the things that the sentence of a finding is made of: a number of bytes or objects, a place, a measured number, a name in
+/// A named value of a finding, used in its sentence: a number of bytes or objects, an offset, a measured number, a name in
 /// UTF-8 (a class name as its bytes are in the file), an id.
 struct Fact
 {
@@ -25,7 +25,7 @@ struct Fact
     Value value;
 };
 
-/// Something about a pool file that somebody should know. It is data alone: sentenceOf (findingtext.h) says it in words.
+/// A result of the inspection of a pool file, as data. sentenceOf (findingtext.h) makes the text of it.
 struct Finding
 {
     enum class Severity
@@ -38,48 +38,48 @@ struct Finding
     enum class Code
     {
         // the structure
-        Header,       ///< it is damaged
-        HeaderSize,   ///< the file begins with another size than it has
+        Header,       ///< the header is damaged
+        HeaderSize,   ///< the size of the header at the start of the file is wrong or missing
         Object,       ///< damaged, or cut
-        ForeignBytes, ///< that belong to no object
+        ForeignBytes, ///< bytes that belong to no object
         NotLoaded,    ///< an object that a load does not find
-        ClassName,    ///< that is none, or all but that of another class
+        ClassName,    ///< not a class name, or nearly that of another class
         UnknownClass, ///< one that needs a client module
         Id,           ///< an object without one
         DuplicateId,
         Order, ///< of the ids
         // what is in an object, or in the header
-        Records,   ///< others than those of its class
-        ListCount, ///< another than that of the ids, or pieces, behind it
+        Records,   ///< not those of the class
+        ListCount, ///< not the number of the ids, or texts, after it
         Later,     ///< sections of a later release
-        Library,   ///< does not read it, or writes it differently
-        TooLarge,  ///< to be read by the library
+        Library,   ///< the library cannot read the object, or writes it differently
+        TooLarge,  ///< the object is not given to the library because of its size
         Number,
         Text,
         Type,
-        Value,       ///< of a parameter: its kind, or one that is out of all reason
-        PictureText, ///< of base64
-        Image,       ///< in a picture
+        Value,       ///< of a parameter: a wrong kind, or an implausible value
+        PictureText, ///< the base64 text of a picture
+        Image,       ///< the image of a picture
         ImageNotJudged,
-        // what names something
+        // references
         Missing,    ///< an id that is not in the file
-        WrongClass, ///< an object of another class than is meant
+        WrongClass, ///< the object has another class than expected
         Link,       ///< a list and its member that do not name each other
         ListedTwice,
-        NotListed, ///< a picture, by the header
-        Place,     ///< of an object, as the header has it
+        NotListed, ///< a picture that the header does not list
+        Place,     ///< position or size of an object in the header
         // only of a recovered file
         Remnant ///< a whole object that may be the base of a damaged one
     };
 
-    /// What a code means here; one for each sentence. Behind each stand its facts. "noun" is what an object is, such as
-    /// "parameter"; "fault" is what the walk over records, base64 or an image met, in words.
+    /// What exactly was found; one for each sentence. The comments list the facts. "noun" is the kind of the object, such as
+    /// "parameter"; "fault" is a text from the check of records, base64 or an image.
     enum class What
     {
         // Header
         HeaderDamaged, ///< fault
-        HeaderMembers, ///< they are not those of a pool
-        HeaderInner,   ///< class: that stands inside of it
+        HeaderMembers, ///< (none): they are not those of a pool
+        HeaderInner,   ///< class: of an object inside the header
         // HeaderSize
         NoHeaderSize,      ///< size
         HeaderSizeDiffers, ///< stated, size
@@ -88,10 +88,10 @@ struct Finding
         ForeignBytes,  ///< fault
         NotLoaded,     ///< class
         // ClassName, UnknownClass
-        ClassNameNearly, ///< class, known: the class that it is all but named as
+        ClassNameNearly, ///< class, known: the class with nearly the same name
         ClassNameNone,   ///< class
         ClassByRecords,  ///< class, known: the class whose records it has
-        UnknownClass,    ///< class, count; module: the one that names it, where one is known
+        UnknownClass,    ///< class, count; module: the client module that names it, if known
         // Id, DuplicateId, Order
         NoId,        ///< class
         NullId,      ///< noun
@@ -117,15 +117,15 @@ struct Finding
         // Later, Library, TooLarge
         LaterSections,      ///< count: of objects
         LibraryMembers,     ///< class
-        LibraryInner,       ///< class, inner: the class that stands behind its members
+        LibraryInner,       ///< class, inner: the class of an object after its members
         WrittenDifferently, ///< class
         TooLarge,           ///< class, size
-        // Number, Text: noun, but for the name of the pool
+        // Number, Text: noun, except for the name of the pool
         MetricsFactorNone,  ///< number
         MetricsFactorOther, ///< number
         ValueOdd,           ///< noun, number
         CoordinateOdd,      ///< noun, number
-        TextZero,           ///< at: the unit of 16 bits in the text
+        TextZero,           ///< at: index of the UTF-16 unit in the text
         TextControl,        ///< at
         TextHalf,           ///< at
         // Type, Value
@@ -157,10 +157,10 @@ struct Finding
         PlaceDiffers, ///< role, stated, statedSize, begin, size
         // Remnant
         Remnant,
-        // why an object is lost in a recovery
+        // reasons why an object is lost in a recovery
         BaseAlone,
         IdTaken, ///< id
-        // what a new header is made of: Header
+        // where the fields of a new header come from: Header
         PoolIdFromOwner, ///< id
         PoolIdNew,
         PoolNameLost,
@@ -176,39 +176,40 @@ struct Finding
     Severity severity = Severity::Error;
     Code code = Code::Object;
     What what = What::ObjectDamaged;
-    std::int64_t offset = 0;    ///< in bytes from the start of the file, as all places
-    std::int64_t object = -1;   ///< where the object begins that it is about; -1: the header, or the file
+    std::int64_t offset = 0;    ///< in bytes from the start of the file
+    std::int64_t object = -1;   ///< offset of the object concerned; -1: the header, or the file
     std::optional<_GUID> id;    ///< of that object
-    std::optional<_GUID> named; ///< what is missing
+    std::optional<_GUID> named; ///< the id that is missing
     std::vector<Fact> facts;
 
     /// Null: it has no such fact.
     Fact::Value const *fact(std::string_view name) const;
-    /// The same as what it is; 0 and empty where there is none.
+    /// The value of the fact; 0 or empty: there is no such fact.
     std::int64_t integer(std::string_view name) const;
     double real(std::string_view name) const;
     std::string text(std::string_view name) const;
     std::optional<_GUID> guid(std::string_view name) const;
 };
 
-/// A finding about the file, with the code and the severity that go with it.
+/// Makes a finding with the code and the severity of `what`.
 Finding makeFinding(Finding::What what, std::int64_t offset, std::vector<Fact> facts = {});
 
-/// An object by what people know it by.
+/// Id and name of an object, for messages.
 struct ObjectLabel
 {
     std::optional<_GUID> id;
     CString name; ///< of a parameter or a category
 
+    /// There is neither.
     bool isEmpty() const { return !id && name.IsEmpty(); }
 };
 
 /// "error", "warning", "info".
 char const *severityName(Finding::Severity severity);
-/// The code for programs: "missing", "picture-text". It does not change with releases.
+/// The code as a word for programs: "missing", "picture-text". It stays the same in all releases.
 char const *codeName(Finding::Code code);
 
-/// What came of looking through a file.
+/// The sums of an inspection.
 struct Verdict
 {
     std::int64_t objects = 0;
@@ -217,14 +218,18 @@ struct Verdict
     std::int64_t infos = 0;
 };
 
-/// Counts findings and hands them on.
+/// Counts findings and passes them on.
 class Findings
 {
 public:
+    /// `onFinding` gets each finding when it is made; an empty function gets none.
     explicit Findings(std::function<void(Finding const &)> onFinding) : m_onFinding(std::move(onFinding)) {}
 
+    /// Counts it by its severity and hands it on.
     void add(Finding const &finding);
+    /// The numbers so far.
     Verdict const &verdict() const { return m_verdict; }
+    /// One more object was looked at.
     void countObject() { ++m_verdict.objects; }
 
 private:
@@ -232,7 +237,7 @@ private:
     Verdict m_verdict;
 };
 
-/// The client module that brings a class, as messages name it; nothing: none is known.
+/// Returns the name of the client module that contains a class; empty: none is known.
 using ModuleLookup = std::function<std::optional<std::string>(std::string const &className)>;
 
 } // namespace okt

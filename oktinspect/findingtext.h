@@ -17,7 +17,7 @@ std::string sentenceOf(Finding const &finding);
 /// "1 error, 0 warnings"; infos only where there are some.
 std::string findingsText(Verdict const &verdict);
 
-/// An object by its id and name, as far as there are any: "{...} "Depth"".
+/// Id and name of an object, if it has them: "{...} "Depth"".
 std::string labelText(ObjectLabel const &label);
 
 } // namespace okt

@@ -82,7 +82,7 @@ private:
         std::int32_t const named = m_objects.find(value.id);
         if (named == kNone)
         {
-            // The ids of sketch, ppActions and radial reinforcement stay when a client removes the object.
+            // The header keeps the ids of sketch, ppActions and radial reinforcement after a client removed the object.
             bool const isLeft = !hasPlace(role);
             Finding missing = makeFinding(What::HeaderNamesMissing, value.begin, {{"role", roleName(role)}});
             missing.severity = isLeft ? Finding::Severity::Warning : Finding::Severity::Error;

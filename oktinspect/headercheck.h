@@ -14,13 +14,13 @@
 namespace okt
 {
 
-/// Checks what a whole header says against the objects of the file, and gives the id of the pool.
+/// Checks a whole header against the objects of the file. Returns the id of the pool.
 _GUID checkHeader(ByteSource &source, HeaderPlace const &header, ObjectTable const &objects, Findings &findings);
 
-/// Whether the header has the size that the file begins with; nothing: it has.
+/// Compares the size of the header with that at the start of the file. Empty: they are equal.
 std::optional<Finding> headerSizeFault(HeaderPlace const &header);
 
-/// What the header says about the place of an object whose place is known; nothing: the truth.
+/// Compares position and size of an object in the header with the true ones. Empty: they are equal.
 std::optional<Finding> placeFault(HeaderPlace const &header, StoredValue const &id, std::int32_t position, std::int32_t size,
                                   std::int64_t realBegin, std::int64_t realSize);
 

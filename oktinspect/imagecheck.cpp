@@ -22,7 +22,7 @@ using namespace std::string_view_literals;
 constexpr std::string_view kPngSignature = "\x89PNG\r\n\x1A\n"sv;
 constexpr std::string_view kPngEnd = "\0\0\0\0IEND\xAE\x42\x60\x82"sv;
 
-// The check sum of PNG, which no library that is linked on every system offers.
+// The checksum of PNG. No library that is linked on every system has it.
 constexpr auto kCrcTable = [] {
     std::array<std::uint32_t, 256> table{};
     for (std::uint32_t byte = 0; byte < table.size(); ++byte)
@@ -43,7 +43,7 @@ std::uint32_t crcOf(std::string_view bytes)
     return ~value;
 }
 
-/// One pass over the bytes of an image. What is wrong is noted once, the first of it.
+/// One pass over the bytes of an image. Only the first fault is stored.
 class Pass
 {
 public:
@@ -66,7 +66,7 @@ protected:
     std::uint32_t low16(std::size_t at) const { return byte(at) | byte(at + 1) << 8; }
     std::uint32_t low32(std::size_t at) const { return low16(at) | low16(at + 2) << 16; }
 
-    /// False, for callers to stop at.
+    /// Returns false, so that callers can return it.
     bool damaged(std::size_t at, std::string const &fault) { return note(ImageCheck::State::Damaged, at, fault); }
     bool ends(char const *where) { return damaged(m_bytes.size(), std::string("it ends ") + where); }
 
@@ -219,7 +219,7 @@ private:
             m_at += 2;
             return m_hasScan || damaged(begin, "it has no pixels");
         }
-        // Without a length, or none at all.
+        // A marker without a length, or no marker at all.
         if (marker < 0xC0 || (marker >= 0xD0 && marker <= 0xD8))
             return damaged(begin, "a segment has a mark that is none");
         if (!has(4) || high16(begin + 2) < 2 || m_bytes.size() - begin - 2 < high16(begin + 2))
@@ -232,14 +232,14 @@ private:
             if (m_hasFrame)
                 return damaged(begin, "a second head");
             m_hasFrame = true;
-            if (high16(begin + 7) == 0) // a height of zero is told behind the pixels, by a segment that hardly anybody writes
+            if (high16(begin + 7) == 0) // a height of 0 would be given after the pixels, by a segment that is rarely used
                 return damaged(begin, "its width is none");
         }
         m_at = end;
         return marker != 0xDA || scan(begin);
     }
 
-    /// The lengths that the parts of a segment tell.
+    /// Checks the lengths inside a segment.
     bool isWhole(std::uint32_t marker, std::size_t at, std::size_t end)
     {
         std::size_t const size = end - at;
@@ -269,7 +269,7 @@ private:
         }
     }
 
-    /// Pixels up to the next segment: behind each FF stands a zero, or a restart mark in its turn.
+    /// Pixel data up to the next segment: each FF is followed by a zero, or by the next restart mark.
     bool scan(std::size_t begin)
     {
         if (!m_hasFrame)
@@ -448,7 +448,7 @@ template <typename P> ImageCheck checkAs(char const *format, std::string_view by
     return pass.result(format);
 }
 
-/// Where the first bytes are damaged, what stands behind them may tell the format.
+/// If the first bytes are damaged, the bytes after them may show the format.
 std::optional<ImageCheck> byTheRest(std::string_view bytes)
 {
     auto const stands = [bytes](std::string_view text, std::size_t at) {

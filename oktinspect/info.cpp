@@ -47,7 +47,7 @@ HeaderInfo readHeader(ByteSource &source, HeaderPlace const &place)
     return fields;
 }
 
-/// Which sections a class and its bases have in an object.
+/// Collects the sections that a class and its bases have in an object.
 void noteSections(ByteSource &source, Stretch const &object, ClassCount &count)
 {
     RecordWalk walk(source, object.begin);

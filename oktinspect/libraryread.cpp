@@ -22,6 +22,46 @@ CByteArray bytesAt(ByteSource &source, std::int64_t begin, std::int64_t size)
     return stretch;
 }
 
+/// The library answers the same whether the bytes are at fault or it had no memory for a moment. So a fault is one that it finds twice.
+template <typename Ask> auto askTwice(Ask ask)
+{
+    auto answer = ask();
+    return answer ? ask() : answer;
+}
+
+std::optional<Finding> headerFault(CByteArray const &stretch, std::int64_t begin)
+{
+    OKTDbPool pool;
+    OKTMemoryFiler filer(&pool);
+    filer.readInPlace(stretch);
+    InfoMap places;
+    if (pool.xmlIn(&filer, places) != eFilerOk)
+        return makeFinding(Finding::What::HeaderMembers, begin);
+    CString inner;
+    if (filer.readNextObjectClass(inner))
+        return makeFinding(Finding::What::HeaderInner, begin, {{"class", inner.ToUtf8()}});
+    return std::nullopt;
+}
+
+LibraryRead readOnce(CByteArray const &bytes, Stretch const &object, CString const &className)
+{
+    LibraryRead result;
+    ReadObject const read = readAlone(bytes, className);
+    result.fault = libraryFinding(read.fault, object.begin, className);
+    if (result.fault)
+        return result;
+    if (OKTDbPicture *const picture = OKTDbPicture::cast(read.object.get()); picture != nullptr)
+        picture->getPictureData(result.image.emplace());
+    if (object.classNames.empty() || knownClass(object.classNames.front()) != KnownClass::Other)
+        return result;
+    OKTMemoryFiler filer(read.pool.get());
+    result.isSameAgain = read.object->xmlOut(&filer) == eFilerOk;
+    CByteArray const again = filer.takeBytes();
+    result.isSameAgain = result.isSameAgain && again.GetSize() == bytes.GetSize() &&
+                         std::equal(bytes.GetData(), bytes.GetData() + bytes.GetSize(), again.GetData());
+    return result;
+}
+
 } // namespace
 
 std::optional<Finding> libraryFinding(ReadFault const &fault, std::int64_t at, CString const &className)
@@ -42,30 +82,20 @@ std::optional<Finding> libraryReadFault(ByteSource &source, Stretch const &objec
     if (object.size() > largest || !isRegistered(className))
         return std::nullopt;
     ReportCollector const collector;
-    return libraryFinding(readAlone(bytesAt(source, object.begin, object.size()), className).fault, object.begin, className);
+    CByteArray const bytes = bytesAt(source, object.begin, object.size());
+    return askTwice([&] { return libraryFinding(readAlone(bytes, className).fault, object.begin, className); });
 }
 
 LibraryRead readByLibrary(ByteSource &source, Stretch const &object)
 {
-    LibraryRead result;
     CString const className = object.className();
     if (!isRegistered(className))
-        return result;
+        return {};
     ReportCollector const collector;
     CByteArray const bytes = bytesAt(source, object.begin, object.size());
-    ReadObject const read = readAlone(bytes, className);
-    result.fault = libraryFinding(read.fault, object.begin, className);
-    if (result.fault)
-        return result;
-    if (OKTDbPicture *const picture = OKTDbPicture::cast(read.object.get()); picture != nullptr)
-        picture->getPictureData(result.image.emplace());
-    if (object.classNames.empty() || knownClass(object.classNames.front()) != KnownClass::Other)
-        return result;
-    OKTMemoryFiler filer(read.pool.get());
-    result.isSameAgain = read.object->xmlOut(&filer) == eFilerOk;
-    CByteArray const again = filer.takeBytes();
-    result.isSameAgain = result.isSameAgain && again.GetSize() == bytes.GetSize() &&
-                         std::equal(bytes.GetData(), bytes.GetData() + bytes.GetSize(), again.GetData());
+    LibraryRead result = readOnce(bytes, object, className);
+    if (result.fault || !result.isSameAgain || !collector.reports().empty()) // or it had no memory for a moment
+        result = readOnce(bytes, object, className);
     return result;
 }
 
@@ -73,16 +103,7 @@ std::optional<Finding> libraryHeaderFault(ByteSource &source, HeaderPlace const 
 {
     ReportCollector const collector;
     CByteArray const stretch = bytesAt(source, header.begin, header.end - header.begin);
-    OKTDbPool pool;
-    OKTMemoryFiler filer(&pool);
-    filer.readInPlace(stretch);
-    InfoMap places;
-    if (pool.xmlIn(&filer, places) != eFilerOk)
-        return makeFinding(Finding::What::HeaderMembers, header.begin);
-    CString inner;
-    if (filer.readNextObjectClass(inner))
-        return makeFinding(Finding::What::HeaderInner, header.begin, {{"class", inner.ToUtf8()}});
-    return std::nullopt;
+    return askTwice([&] { return headerFault(stretch, header.begin); });
 }
 
 } // namespace okt

@@ -11,18 +11,18 @@
 namespace okt
 {
 
-/// LibraryMembers or LibraryInner about an object of that class at a place; nothing: there is no such fault.
+/// Makes the finding LibraryMembers or LibraryInner for an object; empty: there is no such fault.
 std::optional<Finding> libraryFinding(ReadFault const &fault, std::int64_t at, CString const &className);
 
-/// Lets the library read an object alone. What keeps it from being read, or keeps a load from going on behind it; nothing: it is
+/// Reads an object alone, with the library. Returns why it cannot be read, or why a load would stop after it. Empty: it can be
 /// read, or the class is not known here, or the object is larger than `largest`.
 std::optional<Finding> libraryReadFault(ByteSource &source, Stretch const &object, std::int64_t largest = 0x7FFFFFFF);
 
-/// The same, and what the library makes of the object.
+/// The same, with further results.
 struct LibraryRead
 {
     std::optional<Finding> fault;
-    bool isSameAgain = true;         ///< it writes the object as it was; asked only of a class that is not the library's own
+    bool isSameAgain = true;         ///< the object writes the same bytes again; checked only for classes of client modules
     std::optional<CByteArray> image; ///< of a picture
 };
 LibraryRead readByLibrary(ByteSource &source, Stretch const &object);

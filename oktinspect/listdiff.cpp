@@ -13,10 +13,10 @@ namespace
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-/// Which of these numbers, all different, are not in the longest run that ascends.
+/// The list indexes of the numbers that are not in the longest increasing subsequence. All numbers are different.
 std::vector<bool> outOfOrder(std::vector<std::size_t> const &numbers)
 {
-    std::vector<std::size_t> ends; // of the best run of each length, by the place of its last number
+    std::vector<std::size_t> ends; // for each length the index of the last number of the best subsequence
     std::vector<std::size_t> ahead(numbers.size(), kNone);
     for (std::size_t i = 0; i < numbers.size(); ++i)
     {

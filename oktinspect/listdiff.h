@@ -8,17 +8,17 @@
 namespace okt
 {
 
-/// In what two lists differ, by places in them.
+/// The differences between two lists, as list indexes.
 struct ListDiff
 {
     std::vector<std::size_t> removed; ///< in the first list
     std::vector<std::size_t> added;   ///< in the second
-    std::vector<std::size_t> moved;   ///< in the second: the fewest that would have to move
+    std::vector<std::size_t> moved;   ///< in the second list: the smallest set of elements whose order changed
 
     bool isSame() const { return removed.empty() && added.empty() && moved.empty(); }
 };
 
-/// What a list has twice counts twice.
+/// An element that occurs twice counts twice.
 ListDiff compareLists(std::vector<std::string> const &before, std::vector<std::string> const &after);
 
 } // namespace okt

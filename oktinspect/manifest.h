@@ -27,7 +27,9 @@ using Manifest = std::map<std::string, FileDigests>;
 class ManifestError : public std::runtime_error
 {
 public:
+    /// `line` counts from 1.
     ManifestError(std::size_t line, std::string const &reason) : std::runtime_error(reason), m_line(line) {}
+    /// The line that cannot be read, from 1.
     std::size_t line() const { return m_line; }
 
 private:

@@ -31,7 +31,7 @@ Colour mixed(Colour seed, Bytes bytes) { return mixed(seed, std::hash<std::strin
 
 bool isNull(std::string const &id) { return id == std::string(16, '\0'); }
 
-/// What an object holds, with the ids of the pool's own objects taken out.
+/// The contents of an object without the ids of objects of the pool.
 struct Node
 {
     Colour colour = 0;
@@ -66,7 +66,7 @@ public:
     std::vector<Node> const &nodes() const { return m_nodes; }
     std::size_t header() const { return m_nodes.size() - 1; }
 
-    /// Every node takes on something of those that it refers to, and of those that refer to it.
+    /// One round: the colour of each node is mixed with the colours of its neighbours in both directions.
     void refine()
     {
         std::vector<std::vector<Colour>> incoming(m_nodes.size());
@@ -92,8 +92,8 @@ public:
     }
 
     std::size_t rounds() const { return m_rounds.size(); }
-    /// Back to what the nodes had after so many rounds. What is not the same colours its neighbours, one step a round: the
-    /// fewer rounds, the more is alike.
+    /// Restores the colours after that many rounds. A difference spreads to the neighbours, one step a round: with
+    /// fewer rounds more nodes are equal.
     void goBackTo(std::size_t round)
     {
         for (std::size_t n = 0; n < m_nodes.size(); ++n)
@@ -140,7 +140,7 @@ private:
         node.colour = mixed(node.colour, 4);
     }
 
-    /// Its numbers tell places in the file, which are others in every pool.
+    /// The numbers of the header are positions, which differ in every file.
     void addHeader(Node &node, Record const &record)
     {
         node.className = "header";
@@ -180,7 +180,7 @@ Matching unmatched(DiffPool const &first, DiffPool const &second)
     return matching;
 }
 
-/// Finds pairs in two graphs and lets each pair bring those that both refer to.
+/// Finds pairs in two graphs. Each pair can produce further pairs among the nodes that its two members refer to.
 class Matcher
 {
 public:
@@ -219,7 +219,7 @@ private:
         m_queue.push_back(n);
     }
 
-    /// How like two objects must be that the same object refers to.
+    /// How equal two objects must be to become a pair because a pair refers to them.
     enum class Likeness
     {
         Same,
@@ -253,7 +253,7 @@ private:
         return m_likeness == Likeness::OfOneClass || left.name == right.name;
     }
 
-    /// What the members of a pair refer to, at the same place or, where one of them has more, in the same order.
+    /// Pairs the nodes that the two members of a pair refer to: by member, or in order where one has more references.
     void follow()
     {
         while (!m_queue.empty())
@@ -267,7 +267,7 @@ private:
                     pair(left[i], right[i]);
             if (m_likeness != Likeness::Named || left.size() == right.size())
                 continue;
-            std::vector<std::size_t> open; // few, as a rule, of lists that may be long
+            std::vector<std::size_t> open; // usually few, even if the lists are long
             for (std::size_t const reference : right)
                 if (isFree(m_toFirst, reference))
                     open.push_back(reference);
@@ -283,8 +283,8 @@ private:
         }
     }
 
-    /// Objects that cannot be told from each other but by their relations: those that are alone in it first, then any of them,
-    /// one after the other, since each brings its neighbours.
+    /// Pairs objects of the same colour: first those whose colour is unique, then the others
+    /// one by one, since each pair may produce further ones.
     void matchSame(bool isLast)
     {
         std::map<Colour, std::vector<std::size_t>> left;
@@ -359,7 +359,7 @@ private:
 Matching matchById(DiffPool const &first, DiffPool const &second)
 {
     Matching matching = unmatched(first, second);
-    // An id that is there twice, and what has none, count in their order.
+    // Objects with the same id, and objects without one, are matched in their order.
     std::map<std::pair<bool, std::string>, std::vector<std::size_t>> others;
     for (std::size_t i = second.objects().size(); i-- > 0;)
         others[{second.objects()[i].stretch.isObject, second.objects()[i].stretch.id}].push_back(i);
@@ -372,7 +372,7 @@ Matching matchById(DiffPool const &first, DiffPool const &second)
         matching.first[found->second.back()] = i;
         found->second.pop_back();
     }
-    return matching; // every id stands for itself
+    return matching; // every id corresponds to itself
 }
 
 Matching matchByName(DiffPool const &first, DiffPool const &second)

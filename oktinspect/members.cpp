@@ -21,7 +21,7 @@ std::string pointText(OKTGeXYZ const &point)
     return "(" + number(point.X()) + ", " + number(point.Y()) + ", " + number(point.Z()) + ")";
 }
 
-/// A filer that an object writes itself to, and that keeps names and values as text.
+/// A filer that stores the names and values that an object writes, as text.
 class MemberLister : public OKTMemoryFiler
 {
 public:
@@ -29,7 +29,7 @@ public:
 
     bool beginWriteClass(CString name, CString className, int) override
     {
-        // The object's own frame and those of its bases are called alike; another frame is a value.
+        // The frames of the object and of its bases have the same name; any other frame is a value.
         m_frames.push_back(className == kRootClass ? Part::Root : name == u"Object" ? Part::Class : Part::Value);
         if (m_frames.back() == Part::Value)
             note(name, printable(className), 0);
@@ -86,7 +86,7 @@ private:
     std::vector<Part> m_frames;
 };
 
-/// Walks over the records of a frame that is known to be whole.
+/// Reads the records of a frame that is known to be whole.
 class RecordLister
 {
 public:

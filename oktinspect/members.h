@@ -12,22 +12,22 @@ class OKTDbObject;
 namespace okt
 {
 
-// The functions keep nothing and throw nothing of their own; what they give is the caller's. An object must not change meanwhile.
+// The functions keep no state and throw no exceptions of their own. An object must not change meanwhile.
 
 /// What an object stores, one entry for each member, as text in UTF-8.
 struct Member
 {
-    std::string name; ///< with blanks in front of what stands in a nested frame
+    std::string name; ///< indented with blanks inside a nested frame
     std::string value;
 };
 
-/// A stored value as text; empty for a kind that no file holds. A truth value that is neither one is its number.
+/// A stored value as text; empty: no file can hold this kind. A truth value that is neither true nor false is shown as its number.
 std::string variantText(tagVARIANT const &value);
 
-/// The members as the object itself writes them: names and values, those of its base classes first. The id is left out.
+/// The members that the object writes, without its id: names and values, those of base classes first.
 std::vector<Member> membersOf(OKTDbObject const &object);
 
-/// The records of a whole frame whose class is not known. Names are not stored: kinds stand in their place. The frame of
+/// The records of a whole frame of an unknown class. Files store no names, so the kind is given as name. The frame of
 /// OKTDbObject is left out.
 std::vector<Member> recordsOf(CByteArray const &frame);
 

@@ -33,7 +33,7 @@ std::string refusalOfFolder(fs::path const &path)
     return OktIsWritableByAll(pathText(path)) ? kWritable : "";
 }
 
-/// The bytes that characters of this type have in memory, which are those that a literal has in a library, its end included.
+/// The bytes of a literal with characters of this type, with its final zero, as in the file of a library.
 template <typename Character> std::string literalBytes(std::u16string const &text)
 {
     std::basic_string<Character> characters(text.begin(), text.end());
@@ -96,7 +96,7 @@ std::string refusalOfModule(ModuleFolder const &folder, fs::path const &file)
 {
     if (folder.isAsOpenAsOkt)
         return "";
-    // A link leads to the file that is loaded.
+    // Follow links to the file that would be loaded.
     std::error_code error;
     fs::path const real = fs::canonical(file, error);
     if (error)
@@ -118,7 +118,7 @@ bool namesClass(fs::path const &file, std::u16string const &className)
     }
     catch (Failure const &)
     {
-        return false; // what cannot be read cannot be loaded either
+        return false; // a file that cannot be read cannot be loaded either
     }
 }
 

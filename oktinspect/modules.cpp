@@ -19,7 +19,7 @@ namespace
 
 using Registry = decltype(g_RuntimeClass);
 
-/// Sets the registry aside for a scope. What is registered meanwhile is refused nothing, and can be told from what was there.
+/// Empties the registry for a scope, so that all classes registered meanwhile can be registered and are known apart from the others.
 class RegistryAside
 {
 public:
@@ -28,7 +28,7 @@ public:
     RegistryAside(RegistryAside const &) = delete;
     RegistryAside &operator=(RegistryAside const &) = delete;
 
-    /// The first of the classes registered meanwhile whose name a library or a module has taken; null: none.
+    /// The first class registered meanwhile whose name was already registered by a library or a module; null: none.
     CString const *takenName() const
     {
         for (auto const &[name, descriptor] : g_RuntimeClass)
@@ -37,7 +37,7 @@ public:
         return nullptr;
     }
 
-    /// Puts the classes registered meanwhile beside those of before.
+    /// Adds the classes registered meanwhile to the former ones.
     void accept()
     {
         for (auto const &[name, descriptor] : g_RuntimeClass)
@@ -65,7 +65,7 @@ void checkFile(std::filesystem::path const &path)
 
 } // namespace
 
-// A library may also be there since this program itself uses it.
+// The library may be loaded because this program itself uses it.
 Module const *Modules::loadedFrom(std::filesystem::path const &path) const
 {
     std::error_code ignored;
@@ -75,7 +75,7 @@ Module const *Modules::loadedFrom(std::filesystem::path const &path) const
     return found == m_loaded.end() ? nullptr : found->get();
 }
 
-/// What the registry has is what the module of this file brought.
+/// The registry now has exactly the classes of the module in this file.
 void Modules::add(std::filesystem::path const &path, ModuleOrigin origin)
 {
     m_loaded.push_back(std::make_unique<Module>(Module{path, origin, {}}));
@@ -158,7 +158,7 @@ ModuleAnswer Modules::search(CString const &className, bool loads)
                 reason = loadOnce(file, folder.origin);
             if (reason.empty() && m_owners.contains(className.ToUtf8()))
                 return {ModuleAnswer::Kind::Loaded, file, folder.origin, {}};
-            // It may name the class of another module, as a base or in a list.
+            // The file may contain the name of a class of another module, as a base or in a list.
             if (!reason.empty() && refused.kind == ModuleAnswer::Kind::None)
                 refused = {ModuleAnswer::Kind::Refused, file, folder.origin, reason};
         }

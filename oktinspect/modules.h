@@ -22,15 +22,15 @@ struct Module
     std::vector<std::string> classes; ///< what it registered, in UTF-8, by name
 };
 
-/// What the search for the class of an object came to.
+/// The result of the search for a class.
 struct ModuleAnswer
 {
     enum class Kind
     {
-        Loaded,  ///< the module of this file brings the class, which is registered now
-        LeftOut, ///< this file names it, and was not loaded: the search is switched off, or was not to load
-        Refused, ///< this file names it, and cannot be used
-        Other,   ///< the module of this file brings a class of that name that reads other members
+        Loaded,  ///< the module in this file has the class, which is now registered
+        LeftOut, ///< this file names it and was not loaded: the search is off, or must not load
+        Refused, ///< this file names it and cannot be used
+        Other,   ///< the module in this file has a class of that name with other members
         None     ///< no file that may be looked at names it
     };
 
@@ -40,28 +40,28 @@ struct ModuleAnswer
     std::string reason; ///< why it is refused
 };
 
-/// Loads client modules for the rest of the process. Their classes are those of this program from then on.
+/// Loads client modules. They stay loaded, with their classes registered, until the process ends.
 ///
-/// The name of a class in a file selects among the modules that stand in the folders, by the texts in them; it never becomes
-/// part of a path. Only what names the class is loaded. Answers stay good for as long as this lives. Of one thread at a time.
+/// A class name from a pool file only selects among the module files in the folders, by the texts in them. It never becomes
+/// part of a path. Only files that contain the name are loaded. Answers stay valid as long as this object. One thread at a time.
 class Modules
 {
 public:
     /// Throws Failure: there is no such file, the system does not load it, it registers no class, or it registers one whose name
-    /// is taken. The registry is then as it was. A file that is loaded already is passed over.
+    /// is taken. Then the registry is unchanged. A file that is already loaded is skipped.
     void load(std::filesystem::path const &path);
 
-    /// Where modules are looked for; nowhere without this call. Switched off, the search tells what it would load.
+    /// Sets the folders of the search; without this call there are none. If switched off, the search only reports what it would load.
     void searchIn(std::vector<ModuleFolder> folders, bool isOn);
     std::vector<ModuleFolder> const &folders() const { return m_folders; }
     /// Looks for a class that is not registered. The answer for a name is kept.
     ModuleAnswer const &find(CString const &className);
-    /// The same without loading anything, for those who only tell what would help.
+    /// The same without loading, to report which module would help.
     ModuleAnswer const &candidateFor(CString const &className);
-    /// The module that brought a class and was found by the search; null: nobody did.
+    /// The module with that class that the search loaded; null: none.
     Module const *foundFor(CString const &className) const;
 
-    /// Loads a file as the search does, whatever it brings. Empty: it is loaded, or was; else why not.
+    /// Loads a file as the search does, with any classes. Returns why it is not loaded; empty: it is.
     std::string loadFound(std::filesystem::path const &path, ModuleOrigin origin);
     /// All that were loaded, in their order.
     std::vector<std::unique_ptr<Module>> const &loaded() const { return m_loaded; }
@@ -77,15 +77,15 @@ private:
     std::string const &loadOnce(std::filesystem::path const &file, ModuleOrigin origin);
 
     std::vector<std::unique_ptr<Module>> m_loaded;
-    std::map<std::string, Module const *> m_owners; ///< the module of each class that one of them brought, in UTF-8
+    std::map<std::string, Module const *> m_owners; ///< the module of each class, by class name in UTF-8
     std::vector<ModuleFolder> m_folders;
     bool m_isOn = false;
     Answers m_answers;
     Answers m_candidates;
-    std::map<std::filesystem::path, std::string> m_tried; ///< why a file that the search tried was not loaded; empty: it was
+    std::map<std::filesystem::path, std::string> m_tried; ///< for each file tried: why it was not loaded; empty: it was
 };
 
-/// Those of this process.
+/// The only instance of the process.
 Modules &modules();
 
 } // namespace okt

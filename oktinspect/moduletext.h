@@ -10,9 +10,9 @@
 namespace okt
 {
 
-// What is told of client modules, in words.
+// Texts about client modules.
 
-/// Where a file of a module is: its path; or, for what is sent on to others, its name and who gave it.
+/// How to name a module file: by its path, or, in output for other people, by its name and origin.
 enum class ModulePlace
 {
     Path,
@@ -24,9 +24,9 @@ std::vector<std::string> moduleLines(PoolFile const &file, ModulePlace place);
 std::string moduleLine(Module const &module, CString const &className);
 /// Why no module was loaded for a class, and what helps.
 std::string helpFor(ModuleAnswer const &answer, ModulePlace place);
-/// For a command that loads only what it is told: the file of a module that names a class, in UTF-8. Empty: none is found.
+/// For a command that loads only given modules: the module file that names a class, in UTF-8. Empty: none is found.
 std::optional<std::string> moduleNaming(std::string const &className);
-/// "BarMark, 2 objects: " and why, for each class.
+/// "BarMark, 2 objects: " and the reason, for each class.
 std::vector<std::string> missingLines(PoolFile const &file, ModulePlace place);
 
 } // namespace okt

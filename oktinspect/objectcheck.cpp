@@ -26,14 +26,14 @@ using What = Finding::What;
 
 constexpr std::int32_t kNone = ObjectTable::kNone;
 
-// A larger object is not given to the library, which keeps several copies of it.
+// A larger object is not given to the library, which makes several copies of it.
 constexpr std::int64_t kLargestRead = std::int64_t(1) << 26;
 
-// Lengths in metres that no drawing has.
+// Implausible lengths, in metres.
 constexpr double kLongest = 1e7;
 constexpr double kShortest = 1e-12;
 
-/// What a member of a known class is that names another object.
+/// What a member of a known class refers to.
 struct Reference
 {
     char const *role = nullptr; ///< null: the class is not known
@@ -160,7 +160,7 @@ void ObjectCheck::reference(StoredValue const &value)
         // An owner may be the pool itself, whose id stands in the header.
         if (!m_pool && expected.role != nullptr && expected.target == KnownClass::Other)
             return;
-        // What a newer release or a nested frame means by an id is not known.
+        // The meaning of an id of a newer release or in a nested frame is not known.
         if (expected.role == nullptr && (value.owner != KnownClass::Other || value.nested > 0))
             return;
         Finding missing = expected.role == nullptr
@@ -203,7 +203,7 @@ void ObjectCheck::parameterValue(StoredValue const &value, std::int32_t type)
             add(What::ValueBool, value.begin, {{"number", std::int64_t{value.number}}});
         break;
     case VT_R4:
-        // It was a float before it was written as a double.
+        // A float value, stored as a double.
         if (double const real = value.reals.empty() ? 0 : value.reals.front();
             std::isfinite(real) && static_cast<double>(static_cast<float>(real)) != real)
             add(What::ValueNoFloat, value.begin, {{"number", real}});

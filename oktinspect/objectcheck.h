@@ -12,7 +12,7 @@
 namespace okt
 {
 
-/// Checks objects one by one: their records, values, texts and images, what they name, and whether the library reads them.
+/// Checks objects one by one: records, values, texts, images, references, and whether the library can read them.
 class ObjectCheck
 {
 public:
@@ -25,13 +25,13 @@ public:
         bool operator<(Listed const &other) const { return list != other.list ? list < other.list : member < other.member; }
     };
 
-    /// `pool`: its id, where the header is whole.
+    /// `pool`: the id of the pool, if the header is whole.
     ObjectCheck(ByteSource &source, ObjectTable &objects, std::optional<_GUID> pool, Findings &findings)
         : m_source(source), m_objects(objects), m_pool(pool), m_findings(findings)
     {
     }
 
-    /// Notes the parent of the object in the table.
+    /// Also stores the parent of the object in the table.
     void check(std::int32_t index);
 
     std::vector<Listed> const &listed() const { return m_listed; }
@@ -60,9 +60,9 @@ private:
     std::int64_t m_laterCount = 0;
     std::int64_t m_firstLater = -1;
 
-    // Of the object that is checked
+    // About the object that is checked now
     std::int32_t m_index = ObjectTable::kNone;
-    std::int64_t m_astrayAt = -1; ///< from here on its members may not be what their places say; -1: nowhere
+    std::int64_t m_astrayAt = -1; ///< from this offset on its members cannot be told by their ordinals; -1: none
     std::int32_t m_type = -1;
 };
 

@@ -23,7 +23,7 @@ void passObjects(ByteSource &source, HeaderPlace const &header, std::string cons
         progress.at(static_cast<std::uint64_t>(stretch->end), objects);
         if (stretch->kind == Stretch::Kind::Object)
             onObject(*stretch);
-        // What follows a damaged header up to the first object is its rest.
+        // The first stretch after a damaged header is the rest of that header.
         else if (stretch->kind != Stretch::Kind::Gap && !isHeader)
             onFault(makeFinding(Finding::What::ObjectDamaged, stretch->faultAt, {{"fault", stretch->fault()}}));
         isHeader = false;

@@ -12,12 +12,12 @@
 namespace okt
 {
 
-/// Gives every whole object of a file in one pass, and what is damaged, in the order of the file: HeaderDamaged and ObjectDamaged.
-/// Bytes that belong to no object are passed over. `name` is how progress calls the file.
+/// Calls `onObject` for every whole object and `onFault` for every fault (HeaderDamaged, ObjectDamaged), in the order of the file.
+/// Bytes that belong to no object are skipped. `name` is the name of the file for progress.
 void passObjects(ByteSource &source, HeaderPlace const &header, std::string const &name, OnProgress const &onProgress,
                  std::function<void(Stretch const &)> const &onObject, std::function<void(Finding const &)> const &onFault);
 
-/// What is wrong with a header that is not whole.
+/// The finding for a header that is not whole.
 Finding headerFinding(HeaderPlace const &header);
 
 } // namespace okt

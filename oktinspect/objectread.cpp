@@ -25,7 +25,7 @@ ReadObject readAlone(CByteArray const &frame, CString const &className, double m
         read.fault.kind = ReadFault::Kind::Members;
         return read;
     }
-    // A load goes on behind the members that the class knows, and must not meet an object before this one ends.
+    // A load continues after the members that the class knows. It must not find an object before the end of this one.
     CString inner;
     if (filer.readNextObjectClass(inner))
         read.fault = {ReadFault::Kind::Inner, inner};

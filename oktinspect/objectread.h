@@ -14,18 +14,18 @@ namespace okt
 /// The class is registered, by the library or a client module; stand-ins do not count.
 bool isRegistered(CString const &className);
 
-/// What keeps an object from being read by the library, or a load from going on behind it.
+/// Why the library cannot read an object, or why a load stops after it.
 struct ReadFault
 {
     enum class Kind
     {
         None,
-        Members, ///< they are not those of its class
+        Members, ///< its members are not those of its class
         Inner    ///< another object stands behind its members, still inside of it
     };
 
     Kind kind = Kind::None;
-    CString inner; ///< the class of that object
+    CString inner; ///< the class of the object inside
 
     bool isNone() const { return kind == Kind::None; }
 };
@@ -33,7 +33,7 @@ struct ReadFault
 /// An object that the library has read alone.
 struct ReadObject
 {
-    std::unique_ptr<OKTDbPool> pool; ///< that of its ids
+    std::unique_ptr<OKTDbPool> pool; ///< the pool to which its ids refer
     std::unique_ptr<OKTDbObject> object;
     ReadFault fault;
 };

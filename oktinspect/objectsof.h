@@ -10,7 +10,7 @@
 namespace okt
 {
 
-/// The objects of a pool as those see them who tell about all of them: by id and by class. The pool stays the caller's and must
+/// Base for classes that list the objects of a pool: all objects, by id and by class. The pool belongs to the caller and must
 /// not change meanwhile.
 class ObjectsOf
 {

@@ -10,7 +10,7 @@
 namespace okt
 {
 
-/// What is kept of each object of a file, some 40 bytes, in the order of the file.
+/// The entry for each object of a file: some 40 bytes, in the order of the file.
 class ObjectTable
 {
 public:
@@ -26,7 +26,7 @@ public:
     };
 
     void add(Stretch const &object);
-    /// Orders the ids, once all objects are there.
+    /// Sorts the ids. Call it when all objects are added.
     void sort();
 
     std::size_t size() const { return m_entries.size(); }
@@ -35,7 +35,7 @@ public:
 
     /// The first object with that id; kNone: there is none.
     std::int32_t find(_GUID const &id) const;
-    /// All of them, by their ids; those of one id in the order of the file.
+    /// All objects sorted by id; those with the same id in the order of the file.
     std::vector<std::int32_t> const &byId() const { return m_byId; }
 
 private:
@@ -43,10 +43,10 @@ private:
     std::vector<std::int32_t> m_byId;
 };
 
-/// How messages call an object of that class: "parameter", "group category", "object".
+/// The word for an object of that class in messages: "parameter", "group category", "object".
 char const *nounOf(KnownClass known);
 
-/// The order of ids in a file, that of their bytes.
+/// The order of ids in a file: by their bytes.
 bool isBelow(_GUID const &left, _GUID const &right);
 
 } // namespace okt

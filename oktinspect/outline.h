@@ -13,7 +13,7 @@
 namespace okt
 {
 
-/// A pool in the order in which people see it: groups with their categories and these with their parameters, categories in no
+/// The objects of a pool in the order in which okt shows them: groups with their categories and these with their parameters, categories in no
 /// group, parameters in no category, then all others as they follow each other in the file.
 class PoolOutline
 {
@@ -22,9 +22,9 @@ public:
     explicit PoolOutline(DiffPool const &pool);
 
     DiffPool const &pool() const { return m_pool; }
-    /// Where an object stands in that order.
+    /// The index of an object in that order.
     std::size_t place(std::size_t object) const { return m_places[object]; }
-    /// Brings objects into that order.
+    /// Sorts objects in that order.
     void sort(std::vector<std::size_t> &objects) const;
 
     /// The category that lists a parameter, the group that lists a category; kUnmatched: there is none.

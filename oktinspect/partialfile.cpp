@@ -15,7 +15,7 @@ namespace okt
 namespace
 {
 
-// What the library asks for first. It refuses a shorter file.
+// The library reads this many bytes first, and refuses a shorter file.
 constexpr std::uintmax_t kProbeSize = 1024;
 
 } // namespace

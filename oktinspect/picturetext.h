@@ -8,9 +8,9 @@
 namespace okt
 {
 
-/// What is wrong with the base64 text of a stored picture, given the bytes of its object. The library passes over every character
-/// that is no base64 and decodes the rest, so a damaged text gives an image that is damaged without a word. Empty: the text is
-/// whole. An object that cannot be read is the reader's to tell, and gives an empty text here.
+/// Checks the base64 text of a stored picture, given the bytes of its object. The library skips every character
+/// that is not base64 and decodes the rest, so a damaged text gives a damaged image without any report. Empty: the text is
+/// whole. Also empty for an object that cannot be read: that is reported elsewhere.
 std::string pictureTextFault(CByteArray const &object);
 
 } // namespace okt

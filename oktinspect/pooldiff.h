@@ -15,7 +15,7 @@
 namespace okt
 {
 
-/// A member that two objects do not have alike. The values are entries of the text form without their names; null: not there.
+/// A member that differs between two objects. The values are entries of the text form without their names; null: no such member.
 struct MemberChange
 {
     std::string member; ///< its name, or its section and number where the class is not known
@@ -25,12 +25,12 @@ struct MemberChange
 
 struct ObjectChange
 {
-    std::size_t first = 0; ///< places in the two pools
+    std::size_t first = 0; ///< list indexes in the two pools
     std::size_t second = 0;
     std::vector<MemberChange> members;
 };
 
-/// In what two pools differ. Objects stand in the order of their outline.
+/// The differences between two pools. Objects are sorted as in PoolOutline.
 struct PoolDiff
 {
     std::vector<MemberChange> header;
@@ -38,18 +38,18 @@ struct PoolDiff
     std::vector<std::size_t> added;   ///< in the second
     std::vector<ObjectChange> changed;
     std::size_t same = 0;
-    IdPairs guids; ///< ids of the first pool, in registry form, and others that stand for them in the second
-    std::shared_ptr<PoolOutline const> before; ///< of the first pool, by which its objects are sorted
+    IdPairs guids; ///< ids of the first pool and the corresponding ids of the second, in registry form
+    std::shared_ptr<PoolOutline const> before; ///< the outline of the first pool
     std::shared_ptr<PoolOutline const> after;
-    bool isOtherOrder = false; ///< the files differ, although no object and no field of the header does
+    bool isOtherOrder = false; ///< the files differ, but no object and no field of the header does
 
     bool isSame() const { return header.empty() && removed.empty() && added.empty() && changed.empty() && !isOtherOrder; }
 };
 
-/// The pools must outlive what is found. Throws Cancelled.
+/// The pools must outlive the result. Throws Cancelled.
 PoolDiff compare(DiffPool const &first, DiffPool const &second, MatchBy by, OnProgress const &onProgress = {});
 
-/// In what two entries of the text form differ, with the ids of the first one taken as those that stand for them.
+/// The differences between two entries of the text form. Ids of the first are replaced by the corresponding ids.
 std::vector<MemberChange> compareEntries(Json const &before, Json const &after, IdPairs const &guids);
 
 } // namespace okt

@@ -14,16 +14,16 @@
 namespace okt
 {
 
-// A pool file made of what is whole in a damaged one, and what can be said of it: nothing is claimed beyond what was checked.
+// Makes a new pool file of the whole objects of a damaged one, and reports what was checked about it.
 
-/// An object that is whole, as far as its frames and the library tell.
+/// An object whose frames are whole and that the library can read.
 struct RecoveredObject
 {
     std::int64_t begin; ///< in the damaged file
     std::int64_t size;
     bool isKnown;            ///< its class is registered
     std::optional<_GUID> id; ///< nothing: it has none
-    bool isRemnant;          ///< it may be the base of another object that is damaged
+    bool isRemnant;          ///< it may be only the base part of a damaged object
 };
 
 /// Bytes of the damaged file that are not in the new one.
@@ -31,15 +31,15 @@ struct RecoveryLoss
 {
     std::int64_t begin;
     std::int64_t end;
-    Finding why;        ///< its offset is where the fault is met
-    ObjectLabel object; ///< what can be told of a lost object
-    bool isObject;      ///< false: the header, or bytes of which nobody can tell what they were
+    Finding why;        ///< its offset is that of the fault
+    ObjectLabel object; ///< id and name of a lost object, if known
+    bool isObject;      ///< false: the header, or bytes of unknown origin
 };
 
-/// What verify says of the new file, sorted by what it means for who recovers one.
+/// The findings of verify in the new file, grouped by their meaning for a recovery.
 struct RecoveryCheck
 {
-    /// What is said about an object, the header, or the file.
+    /// A finding about an object, the header, or the file.
     struct Remark
     {
         Finding finding; ///< its places are those in the new file
@@ -48,60 +48,60 @@ struct RecoveryCheck
         std::int64_t begin = -1; ///< of the object in the damaged file; -1: it is about the header or the file
     };
 
-    /// An id that something names and that is neither in the new file nor that of an object which is known to be lost.
+    /// An id that is referred to, but is neither in the new file nor the id of an object known to be lost.
     struct MissingId
     {
         _GUID id;
-        Finding first;      ///< who names it first
-        ObjectLabel namer;  ///< that object; empty: the header, or nothing is known of it
-        std::int64_t times; ///< how often it is named in all
+        Finding first;      ///< the first reference to it
+        ObjectLabel namer;  ///< the object with that reference; empty: the header, or not known
+        std::int64_t times; ///< number of references to it
     };
 
     Verdict verdict;
-    std::vector<MissingId> missing; ///< as they are met
+    std::vector<MissingId> missing; ///< in the order of the file
     std::vector<Remark> doubts;     ///< errors and warnings about what is in an object, the header or the file
     std::vector<Remark> infos;
     std::int64_t doubtfulObjects = 0;
     std::int64_t doubtfulBytes = 0;
     bool isHeaderDoubtful = false;
-    std::vector<std::int64_t> lossesNamed; ///< for each loss, how often the file names its id
+    std::vector<std::int64_t> lossesNamed; ///< for each loss, the number of references to its id in the new file
 
     std::int64_t lost = 0;    ///< objects
-    std::int64_t leftOut = 0; ///< bytes of which nobody can tell what they were
+    std::int64_t leftOut = 0; ///< bytes of unknown origin that are not in the new file
 
-    /// Nothing is known to be lost, missing or doubtful, and the header is as it was.
+    /// Nothing is known to be lost, missing or doubtful, and the header is unchanged.
     bool isClean = false;
 };
 
-/// All that became of a damaged file. It keeps nothing of the source.
+/// The result of a recovery. It does not refer to the source.
 struct Recovered
 {
-    HeaderPlace header; ///< of the damaged file; not whole: that of the new file is made of what could be found
-    /// In the order of the new file: those of classes that are not known here stand last, because a load stops at the first.
+    HeaderPlace header; ///< of the damaged file; if it is not whole, the new header is made from the objects
+    /// In the order of the new file. Objects of unknown classes are last, because a load stops at the first of them.
     std::vector<RecoveredObject> objects;
-    int unknownObjects = 0; ///< how many of them are of such classes
+    int unknownObjects = 0; ///< number of objects of unknown classes
     /// The first is the header, where that is not whole.
     std::vector<RecoveryLoss> losses;
-    std::vector<Finding> mends;       ///< what the header of the damaged file says wrongly, and that of the new one rightly
-    std::vector<Finding> headerNotes; ///< what became of each field of a header that was not whole
+    std::vector<Finding> mends;       ///< wrong positions and sizes in the old header that are right in the new one
+    std::vector<Finding> headerNotes; ///< of a damaged header: the origin of each field of the new one
     RecoveryCheck check;              ///< empty where nothing was rescued
 
-    /// Nothing at all was found that would make a pool file, and the sink was not called.
+    /// Neither a header nor an object was found, and the sink was not called.
     bool isNothing() const { return !header.isWhole && objects.empty(); }
 };
 
 struct RecoverOptions
 {
-    OnProgress onProgress; ///< the source is gone through once, the new file twice. False ends it
+    OnProgress onProgress; ///< for one pass over the source and two over the new file. False ends it
     ModuleLookup moduleOf; ///< as in VerifyOptions
-    std::string name;      ///< how progress calls the new file
+    std::string name;      ///< the name of the new file for progress
 };
 
-/// Looks through the whole source, gives the new file to `sink` piece by piece, from its start, and checks it. A piece is good only
-/// during the call. The source is read again while the check runs; the new file itself never is.
+/// Reads the whole source, passes the new file to `sink` piece by piece, and checks it. A piece is valid only
+/// during the call. The check reads the source again, not what the sink stored.
 ///
-/// Throws Cancelled, Failure where the source can no longer be read, and whatever the functions throw. Then the sink may have got
-/// the file or a part of it: keep that only when recover has returned. Threads: as verify.
+/// Throws Cancelled, Failure if the source can no longer be read, and the exceptions of the functions. Then the sink may have got
+/// a part of the file or all of it: use it only after recover has returned. Threads: as for verify.
 Recovered recover(ByteSource &source, std::function<void(std::string_view)> const &sink, RecoverOptions const &options = {});
 
 } // namespace okt

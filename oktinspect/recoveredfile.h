@@ -10,17 +10,17 @@
 namespace okt
 {
 
-/// A file that is made of a head and of stretches of another one, which must outlive it. The stretches stay where they are.
+/// A file that consists of a head and of ranges of another file, which are not copied. That file must outlive it.
 class RecoveredFile : public ByteSource
 {
 public:
     explicit RecoveredFile(ByteSource &damaged) : m_damaged(damaged) {}
 
-    /// What stands in front of the stretches; before any of them is added.
+    /// Sets the head. Call it before a range is added.
     void setHead(std::string head);
     void add(std::int64_t begin, std::int64_t size);
 
-    /// Where a byte of this file stands in the other one; -1: in the head, or behind the end.
+    /// The offset of a byte in the other file; -1: it is in the head, or after the end.
     std::int64_t inDamaged(std::int64_t offset) const;
 
 protected:

@@ -17,32 +17,32 @@
 namespace okt
 {
 
-/// What of a damaged pool file is whole as far as its frames and the library tell, and the pool file made of that.
+/// The objects of a damaged pool file whose frames are whole and that the library can read, and the pool file made of them.
 class Recovery
 {
 public:
     using Object = RecoveredObject;
     using Loss = RecoveryLoss;
 
-    /// Looks through the whole source, which must outlive this. Throws Failure only when it cannot be read.
+    /// Reads the whole source, which must outlive this. Throws Failure only if it cannot be read.
     explicit Recovery(ByteSource &source, OnProgress const &onProgress = {});
 
-    /// In the order of the new file: those of classes that are not known here stand last, because a load stops at the first.
+    /// In the order of the new file. Objects of unknown classes are last, because a load stops at the first of them.
     std::vector<Object> const &objects() const { return m_objects; }
-    /// How many of them are of such classes.
+    /// Number of objects of unknown classes.
     int unknownObjects() const { return m_unknown; }
     std::vector<Loss> const &losses() const { return m_losses; }
-    /// What the header of the damaged file says wrongly, and that of the new one rightly.
+    /// Wrong positions and sizes in the old header that are right in the new one.
     std::vector<Finding> const &mends() const { return m_mends; }
-    /// The header of the file is used, with its places counted anew. Else it is made of what could be found.
+    /// The header of the file is used, with new positions. False: it is made from the objects.
     bool isHeaderKept() const { return m_header.isWhole; }
     HeaderPlace const &headerPlace() const { return m_header; }
-    /// What became of a header that was not whole: one for each field.
+    /// Of a damaged header: the origin of each field of the new one.
     std::vector<Finding> const &headerNotes() const { return m_headerNotes; }
-    /// Nothing at all was found that would make a pool file.
+    /// Neither a header nor an object was found.
     bool isNothing() const { return !m_header.isWhole && m_objects.empty(); }
 
-    /// The new file. Its bytes are taken from the source when they are looked at.
+    /// The new file. Its bytes are read from the source on demand.
     RecoveredFile &file() { return m_file; }
     /// The same, piece by piece.
     void write(std::function<void(std::string_view)> const &sink);
@@ -77,11 +77,11 @@ private:
     std::optional<_GUID> m_construct;
     std::optional<_GUID> m_index;
     std::vector<_GUID> m_pictures;
-    std::map<std::string, int> m_owners; ///< of parameters, and how often
+    std::map<std::string, int> m_owners; ///< owners of parameters, with the number of parameters
     RecoveredFile m_file;
 };
 
-/// What can be told of a frame.
+/// Id and name of the object in a frame, if known.
 ObjectLabel labelOf(Stretch const &stretch);
 
 } // namespace okt

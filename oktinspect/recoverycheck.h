@@ -10,7 +10,7 @@
 namespace okt
 {
 
-/// Runs okt verify over the new file; `name` is how a progress line calls it.
+/// Runs verify over the new file. `name` is its name for progress.
 RecoveryCheck checkRecovery(Recovery &recovery, std::string const &name, ModuleLookup const &moduleOf = {},
                             OnProgress const &onProgress = {});
 

@@ -7,7 +7,7 @@
 namespace okt
 {
 
-/// Collects the library's warnings for a scope, so that the user gets one line instead.
+/// Collects the warnings of the library during a scope, so that they can be shown as one line.
 class ReportCollector
 {
 public:
@@ -18,7 +18,7 @@ public:
 
     /// What the library reported so far, printable, on one line.
     std::string const &reports() const;
-    /// Forgets what was reported behind the first `length` bytes. True: there was something.
+    /// Removes all reports after the first `length` bytes. True: there were any.
     bool forgetBehind(std::size_t length) const;
 };
 

@@ -8,20 +8,20 @@
 namespace okt
 {
 
-/// An object of a class that no loaded module knows: its id, and nothing of its members. It lets a reader pass over such
-/// objects to the ones behind them. It refuses to be written.
+/// An object of a class that no loaded module has. It has an id but no members. With it a reader can skip such
+/// objects and read those after them. It cannot be written.
 class StandIn : public OKTDbObject
 {
 public:
-    /// Registers the class under its name, unless a library or a module has the name. `bases` are the class names of the frames
-    /// nested in its frame, the nearest first; the last must be that of OKTDbObject. False: it is not, or there is no name.
+    /// Registers a stand-in for a class name that no library or module has registered. `bases` are the class names of the frames
+    /// nested in its frame, the nearest first; the last must be OKTDbObject. False: it is another one, or the name is empty.
     static bool registerClass(CString const &className, std::vector<CString> const &bases);
-    /// The same in place of the class of a module, until stepAside.
+    /// The same, but replaces the class of a module until stepAside is called.
     static bool replaceClass(CString const &className, std::vector<CString> const &bases);
-    /// The classes of modules are those of the modules again.
+    /// Registers the replaced classes of modules again.
     static void stepAside();
 
-    /// The class is one that was registered here, now.
+    /// The registered class of that name is a stand-in.
     static bool isRegistered(CString const &className);
     static bool isStandIn(OKTRuntimeClass const *descriptor);
 

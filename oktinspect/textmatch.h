@@ -8,15 +8,15 @@
 namespace okt
 {
 
-/// A pattern that the user gives: `*` stands for any characters, `?` for one. The case of letters does not count.
+/// A pattern: `*` stands for any characters, `?` for one. Case is ignored.
 class TextPattern
 {
 public:
     explicit TextPattern(std::string const &utf8);
 
-    /// The pattern is that of the whole text.
+    /// The pattern matches the whole text.
     bool matches(CString const &text) const;
-    /// The pattern is that of a part of the text. One with * or ? is nevertheless that of all of it.
+    /// The pattern matches a part of the text; if it has * or ?, the whole text.
     bool isIn(CString const &text) const;
 
 private:

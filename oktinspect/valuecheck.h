@@ -12,16 +12,16 @@
 namespace okt
 {
 
-/// What in a text hardly anybody writes: TextZero, TextControl or TextHalf.
+/// An unusual character in a text: TextZero, TextControl or TextHalf.
 struct TextFault
 {
     Finding::What what = Finding::What::TextZero;
-    std::int64_t at = 0; ///< the unit of 16 bits
+    std::int64_t at = 0; ///< index of the UTF-16 unit
 };
-/// The first of them; nothing: there is none, or the value is no text of 16-bit units.
+/// The first unusual character; empty: there is none, or the value is not a UTF-16 text.
 std::optional<TextFault> textFault(ByteSource &source, StoredValue const &value);
 
-/// A number that is none, or out of all reason.
+/// A number that is not finite, or implausible.
 struct NumberFault
 {
     bool isNone; ///< not a number, or infinite

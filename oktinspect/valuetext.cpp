@@ -12,7 +12,7 @@ namespace okt
 namespace
 {
 
-// Enough for every figure of a drawing, and few enough to hide what multiplying and dividing by a factor leaves behind.
+// Enough for every number of a drawing, and few enough to hide rounding errors of the conversion between units.
 constexpr int kLengthDigits = 12;
 
 } // namespace

@@ -10,7 +10,7 @@
 namespace okt
 {
 
-// Values in words. Nothing here keeps or throws anything; all texts are UTF-8.
+// Values as text in UTF-8. The functions keep no state and throw nothing.
 
 /// A unit that lengths are shown in.
 struct DisplayUnit
@@ -19,15 +19,15 @@ struct DisplayUnit
     double factor; ///< units per metre
 };
 
-/// The units that a reader can choose among, in this order.
+/// The units that a user can choose from, in this order.
 inline constexpr std::array<char const *, 5> kUnitNames = {"mm", "cm", "m", "in", "ft"};
 
-/// One of these names; null for every other one.
+/// The unit of that name; null: there is none.
 DisplayUnit const *findUnit(std::string const &name);
 /// The names for the check of an option.
 inline std::vector<std::string> unitNames() { return {kUnitNames.begin(), kUnitNames.end()}; }
 
-/// A value as text, a length in that unit; empty for a kind that no file holds.
+/// A value as text, a length in that unit; empty: no file can hold this kind.
 std::string valueText(tagVARIANT const &value, bool isLength, DisplayUnit const &unit);
 
 /// The name of a variant kind, such as "VT_R8".

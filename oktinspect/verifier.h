@@ -12,33 +12,33 @@
 namespace okt
 {
 
-/// Looks through a whole file: its structure, ids and what names them, lists and places, values and images, and whether the library
-/// reads each object. In memory stay some 40 bytes for each object.
+/// Checks a whole file: structure, ids and references, lists and positions, values and images, and whether the library
+/// can read each object. It needs some 40 bytes of memory for each object.
 struct VerifyOptions
 {
-    /// Gets each finding as it is met: first those of the structure, then those of the header, then those of each object, then those
-    /// of lists and of what is not known here. Without it the findings are kept, in that order.
+    /// Gets each finding as soon as it is known: those of the structure first, then of the header, then of each object, then those
+    /// of lists and of unknown classes. If it is empty, the findings are in the result, in that order.
     std::function<void(Finding const &)> onFinding;
-    /// The bytes are gone through twice. False ends it.
+    /// For two passes over the bytes. False ends it.
     OnProgress onProgress;
-    /// For objects of classes that are not registered; may be empty. Nothing is loaded.
+    /// Names the client module of an unregistered class; may be empty. Nothing is loaded.
     ModuleLookup moduleOf;
-    /// How progress calls the bytes; empty: the path, where there is one.
+    /// The name of the bytes for progress; empty: the path, if there is one.
     std::string name;
 };
 
 struct Verification
 {
     Verdict verdict;
-    std::vector<Finding> findings; ///< empty where `onFinding` has got them
+    std::vector<Finding> findings; ///< empty if `onFinding` got them
     HeaderPlace header;
 
     bool isSound() const { return verdict.errors == 0; } ///< there may be warnings
 };
 
-/// Throws Cancelled, Failure where a file can no longer be read, and whatever the functions of the options throw. What is wrong with
-/// the bytes is a finding and never an exception. While it runs, what the library warns of goes nowhere: the presenter of warnings
-/// (OktSetWarningPresenter) is one for the process, and so is the registry of classes; one call at a time.
+/// Throws Cancelled, Failure if a file can no longer be read, and the exceptions of the functions in the options. What is wrong with
+/// the bytes is a finding and never an exception. While it runs, warnings of the library are not shown: the presenter of warnings
+/// (OktSetWarningPresenter) and the registry of classes are process-wide. One call at a time.
 Verification verify(ByteSource &source, VerifyOptions const &options = {});
 
 /// The same for a file; "-" is standard input. Also throws Failure where it cannot be opened or is empty.

@@ -158,7 +158,12 @@ void OktSetThreadCodePage(unsigned int codePage)
 
 unsigned int OktThreadCodePage() { return threadPage().number; }
 
-bool OktThreadCodePageKeepsAscii() { return threadPage().keepsAscii; }
+// Asked for each frame.
+bool OktThreadCodePageKeepsAscii()
+{
+    ThreadPage const &known = t_page;
+    return known.number != 0 ? known.keepsAscii : threadPage().keepsAscii;
+}
 
 int OktToMultiByte(UINT codePage, WCHAR const *text, int length, char *target, int size, char const *defaultChar,
                    BOOL *usedDefault)

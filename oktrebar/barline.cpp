@@ -33,7 +33,7 @@ Point moved(Point from, double heading, double distance)
     return {from.x + distance * step.x, from.y + distance * step.y};
 }
 
-/// The place where a bend begins that ends at `end` with this heading.
+/// The start of a bend that ends at `end` with this heading.
 Point bendStart(Point end, double endHeading, double turn, double radius)
 {
     double const side = turn > 0 ? kRightAngle : -kRightAngle;
@@ -98,7 +98,7 @@ Box BarLine::box(double diameter) const
     Box box{m_end, m_end};
     bool first = true;
     double const half = diameter / 2;
-    // Both sides of the bar at that place.
+    // Both edges of the bar at that point.
     auto const cover = [&](Point centre, double heading) {
         for (double const side : {half, -half})
         {

@@ -22,19 +22,19 @@ struct BarPiece
     Point centre;       ///< of a bend
 
     bool isBend() const { return turn != 0; }
-    /// The place at that length from `from`.
+    /// The point at that length from `from`.
     Point at(double distance) const;
     /// The direction there.
     double headingAt(double distance) const;
 };
 
-/// The centre line of a bar, told as the bar is bent: straight parts, and bends as arcs that touch them.
+/// The centre line of a bar, built in the order in which the bar is bent: straight parts, and bends as tangent arcs.
 class BarLine
 {
 public:
     BarLine(Point start, double heading) : m_end(start), m_heading(heading) {}
 
-    /// Nothing is added for a length that is not above 0, or for no turn.
+    /// A length of 0 or less, or a turn of 0, adds nothing.
     BarLine &straight(double length);
     BarLine &bend(double turn, double radius);
 
@@ -42,9 +42,9 @@ public:
     Point end() const { return m_end; }
     double heading() const { return m_heading; }
     double length() const;
-    /// What the bar covers when it is as thick as that.
+    /// The bounding box of a bar of that thickness.
     Box box(double diameter) const;
-    /// The part between two lengths from the start; they are brought into the line.
+    /// The part between two lengths from the start; lengths outside of the line are clamped.
     BarLine between(double from, double to) const;
 
 private:
@@ -53,7 +53,7 @@ private:
     double m_heading;
 };
 
-/// The end of a bar: a bend and what is straight behind it.
+/// The end of a bar: a bend and the straight part after it.
 struct BarHook
 {
     double angle = 0; ///< degrees
@@ -74,7 +74,7 @@ struct BarFigures
 };
 
 /// A closed link, its outer dimensions from (0, 0) to (length, width), closed in the upper left corner. A hook of up to 90 degrees
-/// would lie on a side of the link: it is moved inwards by one diameter, to lie beside it.
+/// would lie on a side of the link, so it is moved inwards by one diameter.
 BarLine linkLine(BarFigures const &figures);
 /// A bar along the x axis, its outside from 0 to length, with hooks at both ends that stand up.
 BarLine hookedLine(BarFigures const &figures);

@@ -16,7 +16,7 @@ constexpr std::string_view kStart = "BF2D@";
 constexpr int kLargestCount = 1'000'000;
 constexpr std::size_t kMostLegs = 99;
 constexpr double kLengthTolerance = 1e-6;
-// What a template keeps in metres comes back as it was with so many digits.
+// With this many digits a length survives the conversion to metres and back.
 constexpr std::size_t kWholeDigits = 6;
 constexpr std::size_t kDecimals = 6;
 constexpr int kDigits = 12;
@@ -25,7 +25,7 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::string name(char c) { return std::string("\"") + c + "\""; }
 
-/// Reads a line from its beginning to its end.
+/// Parses a line from left to right.
 class Bf2dReader
 {
 public:
@@ -81,7 +81,7 @@ private:
 
     std::string found() const { return m_at < m_line.size() ? name(m_line[m_at]) : "the end of the line"; }
 
-    /// What stands between the letter of a field and its "@".
+    /// The text between the letter of a field and its "@".
     std::string_view field(char letter)
     {
         if (next() != letter)

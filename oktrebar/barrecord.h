@@ -10,14 +10,14 @@
 namespace okt
 {
 
-// A bar record of the exchange format BF2D (BVBS guideline, 2D bars): a line of ASCII that orders a bent bar. Its texts are kept as
+// A bar record of the exchange format BF2D (BVBS guideline, 2D bars): a line of ASCII that orders a bent bar. Its texts are stored as
 // they come. Lengths are outer dimensions in mm, angles in degrees, masses in kg.
 
-/// A leg of a bent bar, and the bend behind it.
+/// A leg of a bent bar, and the bend after it.
 struct Bf2dLeg
 {
     double length = 0; ///< outer dimension in mm
-    double angle = 0;  ///< degrees from -180 to 180, positive to the left; 0 behind the last leg and nowhere else
+    double angle = 0;  ///< degrees from -180 to 180, positive to the left; 0 only after the last leg
 
     bool operator==(Bf2dLeg const &) const = default;
 };
@@ -48,18 +48,18 @@ struct Bf2dFault
     std::string reason;
 };
 
-/// The check sum of a line up to and including the "C" ahead of it: 65 to 96.
+/// The checksum of a line up to and including the "C" before it: 65 to 96.
 int bf2dCheckSum(std::string_view upToC);
 
-/// A record can hold that number of bars: whole, from 1 to 1,000,000.
+/// A valid number of bars: whole, from 1 to 1,000,000.
 bool isBf2dCount(double value);
 
-/// Reads a line without its end. Strict: every field in its place, nothing behind the check sum, which is proved, and so is
-/// that the legs sum to the length. Throws Bf2dFault.
+/// Reads a line without its line end. Strict: fields in their order, nothing after the checksum. The checksum is verified, and
+/// that the sum of the legs is the length. Throws Bf2dFault.
 Bf2dRecord parseBf2d(std::string_view line);
 
-/// The line of a record, without its end, with the shortest notation of every number. What is put in is not proved: whoever has
-/// figures from elsewhere reads the line with parseBf2d again.
+/// The line of a record, without its line end, with the shortest notation of every number. The fields are not checked: if they come
+/// from elsewhere, read the line with parseBf2d again.
 std::string bf2dLine(Bf2dRecord const &record);
 
 } // namespace okt

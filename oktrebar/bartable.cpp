@@ -12,7 +12,7 @@ namespace okt
 namespace
 {
 
-// Far beyond every bar that is rolled; a figure above these is in a wrong unit or misprinted.
+// Far above every real bar: a larger figure has the wrong unit or is a misprint.
 constexpr double kLargestDiameterMm = 1000;
 constexpr double kLargestDiameterInch = 40;
 constexpr double kLargestFigure = 1e6;

@@ -26,7 +26,7 @@ struct BarSize
     int number = 0; ///< the designation of an inch size ("No. 4"); 0 for a metric size
     double area = 0;
     double mass = 0;
-    std::size_t line = 0; ///< where it stands in the table, from 1
+    std::size_t line = 0; ///< line in the table, from 1
 
     /// "12 mm" or "No. 4".
     std::string label() const;
@@ -35,15 +35,15 @@ struct BarSize
 };
 
 /// A table of bar sizes, such as examples/data/bars-en10080.csv. Metric tables are known by the column "diameter_mm", inch tables by
-/// "diameter_in"; docs/okt.md tells which forms of text are read.
+/// "diameter_in"; docs/okt.md describes the accepted forms of text.
 struct BarTable
 {
     std::string file;
     Units units = Units::Millimetre;
     std::vector<BarSize> sizes;
 
-    /// Throws Failure with file, line and column: no such file, a wrong column, a value that is no positive number, a size that stands
-    /// there twice.
+    /// Throws Failure with file, line and column: no such file, a wrong column, a value that is not a positive number, a size that occurs
+    /// twice.
     static BarTable load(std::filesystem::path const &path);
 };
 

@@ -18,7 +18,7 @@ namespace
 constexpr double kLargestLengthMm = 100000;
 constexpr double kLargestMultiple = 1000;
 
-/// Reads the "applies_to" of a rule from left to right.
+/// Parses the column "applies_to" of a rule.
 class Scope
 {
 public:

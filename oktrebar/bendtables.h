@@ -12,7 +12,7 @@
 namespace okt
 {
 
-/// What BS 8666:2005 table 2 says for one bar size, in millimetres.
+/// The values of BS 8666:2005 table 2 for one bar size, in millimetres.
 struct SchedulingBend
 {
     double diameter = 0;
@@ -28,6 +28,7 @@ public:
     /// Throws Failure with file, line and column.
     static SchedulingBends load(std::filesystem::path const &path);
 
+    /// The path of the table, as messages have it.
     std::string const &file() const { return m_file; }
     /// Null: the table has no such size.
     SchedulingBend const *find(double diameter) const;
@@ -48,10 +49,11 @@ struct BendRule
     bool byNumber = false;
     std::vector<int> numbers;      ///< instead of a range: "No. 14 and 18"
     double mandrel = 0;            ///< its diameter, in bar diameters
-    std::optional<double> hook90;  ///< straight length behind a bend of 90 degrees, in bar diameters
+    std::optional<double> hook90;  ///< straight length after a bend of 90 degrees, in bar diameters
     std::optional<double> hook135; ///< likewise
     std::string hook180;           ///< likewise, a formula of d and "in" (an inch); empty when the row has none
 
+    /// The row is for bars of that size.
     bool appliesTo(BarSize const &size) const;
     /// Inside radius of the bend, in the units of the diameter: half the mandrel.
     double radius(double diameter) const { return mandrel * diameter / 2; }
@@ -69,6 +71,7 @@ public:
     /// Throws Failure with file, line and column.
     static BendRules load(std::filesystem::path const &path);
 
+    /// The path of the table, as messages have it.
     std::string const &file() const { return m_file; }
     /// The first row of that rule for that size; null when there is none.
     BendRule const *find(std::string_view rule, BarSize const &size) const;
@@ -78,8 +81,8 @@ private:
     std::vector<BendRule> m_rules;
 };
 
-/// Straight length behind a bend of 180 degrees, in inches, for a diameter in inches. Throws FormulaError
-/// (formula.h) where the row has no formula.
+/// Straight length after a bend of 180 degrees, in inches, for a diameter in inches. Throws FormulaError
+/// (formula.h) if the row has no formula.
 double hook180Length(BendRule const &rule, double diameterInch);
 
 } // namespace okt

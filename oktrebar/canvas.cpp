@@ -31,12 +31,12 @@ constexpr Colour kText = {0.13, 0.16, 0.20};
 constexpr double kFigureSize = 15;
 constexpr double kArrow = 9;
 constexpr double kArrowHalf = 2.8;
-constexpr double kGap = 3;        // between what is measured and the line that leads away from it
-constexpr double kOvershoot = 4;  // of that line beyond the dimension line
+constexpr double kGap = 3;        // between the measured object and the extension line
+constexpr double kOvershoot = 4;  // of the extension line beyond the dimension line
 constexpr double kFigureRoom = 4; // around a figure
-constexpr double kOutside = 24;   // length of an arrow that stands outside
+constexpr double kOutside = 24;   // length of an arrow outside
 
-// What a bar must have in pixels for its edges, and for its centre line, to be told apart.
+// The minimum width of a bar in pixels for separate edges, and for a centre line.
 constexpr double kWithEdges = 2.6;
 constexpr double kWithCentreLine = 7;
 
@@ -88,7 +88,7 @@ void Canvas::trace(View const &view, BarLine const &barLine)
             painter.lineTo(to.x, to.y);
             continue;
         }
-        // Angles of a picture grow clockwise.
+        // In pixels, angles increase clockwise.
         Point const centre = view(piece.centre);
         double const begin = std::atan2(from.y - centre.y, from.x - centre.x);
         double const sweep = piece.turn * std::numbers::pi / 180;
@@ -206,7 +206,7 @@ double Canvas::textWidth(std::string const &words, double size, bool bold)
     return painter.advanceOf(words);
 }
 
-/// A figure around its middle, turned so that it is read from below or from the right, on paper of its own.
+/// A figure with a blank background, centred, rotated so that it is read from below or from the right.
 void Canvas::figure(Point centre, double angle, std::string const &words)
 {
     Painter &painter = m_handles->painter;
@@ -234,7 +234,7 @@ void Canvas::dimension(Point from, Point to, double offset, std::string const &w
     double const length = distance(from, to);
     double const dx = (to.x - from.x) / length;
     double const dy = (to.y - from.y) / length;
-    // The left of a direction, where y points downwards.
+    // The left of a direction, in a system with y downwards.
     Point const left = {dy, -dx};
     auto const beside = [&](Point place, double by) { return Point{place.x + left.x * by, place.y + left.y * by}; };
     auto const along = [&](Point place, double by) { return Point{place.x + dx * by, place.y + dy * by}; };
@@ -265,7 +265,7 @@ void Canvas::dimension(Point from, Point to, double offset, std::string const &w
     Point const middle = along(begin, length / 2);
     if (figureInside)
         figure(middle, angle, words);
-    else if (std::abs(dx) < 1e-6) // upright: beside it, where it can be read without turning the head
+    else if (std::abs(dx) < 1e-6) // vertical: beside the line, written horizontally
         figure(beside(middle, sign * (width / 2 + kFigureRoom)), 0, words);
     else
         figure(along(end, width / 2 + (arrowsInside ? kArrow : kOutside)), angle, words);

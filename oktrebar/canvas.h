@@ -14,17 +14,17 @@ namespace okt
 
 // Drawings of bars. Not installed.
 
-/// Where the places of a bar come to lie in a picture.
+/// The conversion from drawing units to pixels.
 struct View
 {
-    Point origin;     ///< of the place (0, 0), in pixels
+    Point origin;     ///< of the point (0, 0), in pixels
     double scale = 1; ///< pixels per unit
 
     /// Pixels: x to the right, y downwards.
     Point operator()(Point place) const { return {origin.x + scale * place.x, origin.y - scale * place.y}; }
 };
 
-/// A view that puts the middle of `what` into the middle of `room`, which is in pixels.
+/// A view that centres `what` in `room`, which is in pixels.
 View fitted(Box const &what, Box const &room, double largestScale);
 
 enum class Align
@@ -38,24 +38,24 @@ enum class Align
 class Canvas
 {
 public:
-    /// Throws Failure when there is no memory for it.
+    /// Throws Failure if there is not enough memory.
     Canvas(int width, int height);
     ~Canvas();
 
-    /// A bar with both edges, its centre line where there is room for one, and a line across the ends that are really ends.
+    /// A bar with both edges, its centre line if it is wide enough, and a line across each real end.
     void bar(View const &view, BarLine const &line, double diameter, bool beginsHere, bool endsHere);
     /// The cross-section of a bar.
     void section(Point centre, double diameter);
-    /// A panel: the drawing is confined to it until `leavePanel`.
+    /// Begins a panel: drawing is clipped to it until `leavePanel`.
     void enterPanel(Box const &panel);
     void leavePanel();
-    /// A frame around something that is shown larger elsewhere.
+    /// A frame around a detail that is enlarged elsewhere.
     void marker(Box const &box);
 
-    /// A dimension line with its figure between two places, moved to the left of their direction by `offset`; lines lead to it.
-    /// A figure that has no room between the arrows stands behind the second place, or beside a line that is upright.
+    /// A dimension line with its figure between two points, moved to the left of their direction by `offset`, with extension lines.
+    /// A figure that does not fit between the arrows is written after the second point, or beside a vertical line.
     void dimension(Point from, Point to, double offset, std::string const &figure);
-    /// Two arrows from outside at both sides of a thing, and the figure at the tail of the second.
+    /// Two arrows that point at both sides from outside, with the figure at the tail of the second.
     void thickness(Point from, Point to, std::string const &figure);
     /// An arrow from the tail to the tip, and the figure at its tail.
     void leader(Point tip, Point tail, std::string const &figure);

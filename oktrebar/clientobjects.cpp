@@ -41,7 +41,7 @@ void addFromFrame(OKTDbPool &pool, CString const &className, CByteArray const &f
     OKTMemoryFiler reader(&pool);
     reader.readInPlace(frame);
     bool taken = object != nullptr && object->xmlIn(&reader) == eFilerOk;
-    // A class that knows fewer members than were given passes over the others and writes less.
+    // A class with fewer members skips the others and writes less.
     OKTMemoryFiler writer;
     taken = taken && object->xmlOut(&writer) == eFilerOk && writer.GetFilerLength() >= frame.GetSize();
     if (!taken || !pool.appendObject(object.get()))
@@ -72,7 +72,7 @@ void addConstruct(OKTDbPool &pool, BarGeometry const &geometry)
     addFromFrame(pool, kConstructClass, filer.takeBytes());
 }
 
-/// The parts of a template's title, which its commas part, and its grade of steel.
+/// The parts of the title of a template, split at commas, and its steel grade.
 std::vector<std::string> keywordsOf(TemplatePlan const &plan)
 {
     std::vector<std::string> keywords;

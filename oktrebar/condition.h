@@ -16,7 +16,9 @@ namespace okt
 class ConditionError : public std::runtime_error
 {
 public:
+    /// `position` counts characters from 0.
     ConditionError(std::size_t position, std::string const &reason) : std::runtime_error(reason), m_position(position) {}
+    /// The character at which the condition cannot be read, from 0.
     std::size_t position() const { return m_position; }
 
 private:

@@ -26,7 +26,7 @@ std::string nameOf(char separator) { return separator == ',' ? "a comma" : separ
 
 bool isEmpty(CsvField const &field) { return field.text.empty(); }
 
-/// Cuts a text into rows.
+/// Splits a text into rows.
 class TableReader
 {
 public:
@@ -36,7 +36,7 @@ public:
     std::size_t column() const { return m_at - m_lineStart + 1; }
     char separator() const { return m_separator; }
 
-    /// Passes over comments and empty lines. False: that was the end.
+    /// Skips comments and empty lines. False: the end of the text.
     bool findRow()
     {
         while (m_at < m_text.size())
@@ -44,7 +44,7 @@ public:
             std::size_t const first = m_text.find_first_not_of(" \t", m_at);
             if (m_text[m_at] == '#')
                 m_at = endOfLine(m_at);
-            else if (m_text.substr(m_at, 2) == "\"#") // what a spreadsheet makes of a comment with separators in it
+            else if (m_text.substr(m_at, 2) == "\"#") // a comment with separators, as saved by a spreadsheet
                 passQuotedComment();
             else if (isLineEnd(first))
                 m_at = endOfLine(m_at);
@@ -55,7 +55,7 @@ public:
         return false;
     }
 
-    /// The next row. The first one that has a value in it tells what separates the values. The end of its line is not passed.
+    /// The next row, without its line end. The first row with a value determines the separator.
     CsvRow row()
     {
         if (m_separator == '\0')
@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    /// "sep=;" is what some spreadsheets begin a table with.
+    /// Some spreadsheets begin a table with "sep=;".
     void readSeparatorLine()
     {
         static constexpr std::string_view kWord = "sep=";
@@ -329,7 +329,7 @@ double CsvTable::positive(CsvRow const &row, std::string_view column, double lar
     return result;
 }
 
-/// A thousands point looks like a decimal one, but hardly ever does a table have only such numbers.
+/// A point may be a thousands separator. A table in which every number could be read so is rare.
 void CsvTable::checkNotation(CsvField const &value, std::string const &where, bool hasComma) const
 {
     if (!m_notation)

@@ -11,9 +11,9 @@
 namespace okt
 {
 
-// By hand, since a fault is told with line and column of its value, and the header tells the separator. Not installed.
+// Own code, because faults are reported with line and column, and the separator is found from the header. Not installed.
 
-/// One value of a table and where it stands (line and column from 1, the column in bytes of UTF-8).
+/// One value of a table and its place (line and column from 1, the column in bytes of UTF-8).
 struct CsvField
 {
     std::string text;
@@ -25,15 +25,15 @@ struct CsvField
 using CsvRow = std::vector<CsvField>;
 
 /// A table of separated values (RFC 4180), as spreadsheets write it. Lines that begin with "#" are comments, the first other line
-/// names the columns, and tells by what stands between the names whether commas, semicolons or tabs separate the values; so does
-/// a first line "sep=;". Blanks around a value do not count; a value in quotation marks may hold separators, line breaks, and
-/// doubled quotation marks for one. Columns without name and values at the right end, and rows without a value, do not count.
-/// Every operation that throws throws Failure with file, line and column.
+/// contains the names of the columns. The separator between the names (comma, semicolon or tab) is that of the table;
+/// a first line "sep=;" states it explicitly. Blanks around a value are ignored. A value in quotation marks may contain separators, line breaks, and
+/// doubled quotation marks for one. Empty columns at the right end and empty rows are ignored.
+/// All operations throw Failure with file, line and column.
 class CsvTable
 {
 public:
     /// A table without a header or without rows, a row that is longer or shorter than the header, a column named twice, and a
-    /// header that does not tell what separates the values are refused.
+    /// header without a known separator are refused.
     static CsvTable load(std::filesystem::path const &path);
     static CsvTable parse(std::string file, std::string_view bytes);
 
@@ -46,10 +46,10 @@ public:
     CsvField const &field(CsvRow const &row, std::string_view column) const;
     /// A text that must not be empty.
     std::string const &text(CsvRow const &row, std::string_view column) const;
-    /// A finite decimal number above 0 and up to `largest`. Where no commas separate the values, it may have a decimal comma; a
-    /// number with a point in a table of which an earlier one had a comma is refused, and the other way round.
+    /// A finite decimal number above 0, at most `largest`. If the separator is not the comma, it may have a decimal comma; a
+    /// table that mixes decimal commas and decimal points is refused.
     double positive(CsvRow const &row, std::string_view column, double largest) const;
-    /// The same, or nothing for an empty field.
+    /// The same; an empty field gives no value.
     std::optional<double> optionalPositive(CsvRow const &row, std::string_view column, double largest) const;
     /// A whole number from 1 to `largest`.
     int ordinal(CsvRow const &row, std::string_view column, int largest) const;
@@ -58,7 +58,7 @@ public:
     [[noreturn]] void refuse(CsvField const &field, std::string const &reason, std::optional<std::size_t> at = {}) const;
 
 private:
-    /// How the first number with a fraction wrote it, and where.
+    /// The decimal separator of the first number with a fraction, and the place of that number.
     struct Notation
     {
         bool hasComma;

@@ -33,7 +33,7 @@ ShapeLengths ShapeLengths::load(std::filesystem::path const &path)
     {
         std::string code = table.text(row, "code");
         if (code.size() == 1)
-            code.insert(0, 1, '0'); // which a spreadsheet takes away from a number
+            code.insert(0, 1, '0'); // spreadsheets remove leading zeros
         std::string const &formula = table.text(row, "length");
         try
         {

@@ -37,8 +37,10 @@ using ChangedValues = std::map<std::size_t, ParameterValue>; ///< by index, as t
 class TemplateExpressions
 {
 public:
+    /// Reads all expressions, and decides on the unit.
     explicit TemplateExpressions(StoredTemplate const &pool);
 
+    /// The template that was given.
     StoredTemplate const &pool() const { return m_pool; }
     /// Null: the parameter has none.
     ParameterExpression const *of(std::size_t parameter) const;

@@ -14,7 +14,7 @@ namespace okt
 namespace
 {
 
-// A formula of a table nests three deep; a text that nests deeper than this is no formula, and must not exhaust the stack.
+// Real formulas nest three levels. Deeper texts are refused, so that they cannot exhaust the stack.
 constexpr int kDeepest = 50;
 
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
@@ -69,7 +69,7 @@ private:
 
     bool isInName(char c) const { return beginsName(c) || (m_names == Names::Words && isDigit(c)); }
 
-    /// Passes over blanks first.
+    /// Skips blanks first.
     bool atEnd()
     {
         while (m_position < m_text.size() && m_text[m_position] == ' ')

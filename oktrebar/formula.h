@@ -13,12 +13,13 @@
 namespace okt
 {
 
-// What tables of rules have in their fields: "16d", "2(A+B+(C))-2.5r-5d". A formula has no unit; its variables bring one.
+// Formulas in tables of rules: "16d", "2(A+B+(C))-2.5r-5d". A formula has no unit; the result has the unit of its variables.
 
-/// Why a formula has no value, and the place of the character in its text (from 0).
+/// Why a formula has no value, and the index of the character in its text (from 0).
 class FormulaError : public std::runtime_error
 {
 public:
+    /// `position` counts characters from 0.
     FormulaError(std::size_t position, std::string const &reason) : std::runtime_error(reason), m_position(position) {}
     std::size_t position() const { return m_position; }
 

@@ -29,6 +29,7 @@ struct Quantity
     LengthUnit const *unit = nullptr; ///< null: none
     std::string rest;                 ///< what stands behind the number and is no unit
 
+    /// A number and nothing behind it.
     bool isPlain() const { return unit == nullptr && rest.empty(); }
 };
 

@@ -11,8 +11,8 @@ namespace okt
 
 // Not installed.
 
-/// What a drawing is made with: paths, strokes, fills and texts on a sheet of pixels, x to the right and y downwards, angles in
-/// radians and clockwise. Behind it stands what the system has for that. A call that fails makes every later one do nothing.
+/// Draws paths, strokes, fills and texts on a sheet of pixels, with x to the right and y downwards, angles in
+/// radians and clockwise. It is implemented with the graphics library of the system. After a failed call, later calls do nothing.
 class Painter
 {
 public:
@@ -21,35 +21,35 @@ public:
     Painter &operator=(Painter const &) = delete;
     ~Painter();
 
-    /// Why a call failed; empty when none did.
+    /// Why a call failed; empty: none failed.
     std::string failure() const;
 
     void setColour(double red, double green, double blue);
-    /// Covers the whole sheet.
+    /// Fills the whole sheet.
     void paint();
 
     void setLineWidth(double width);
-    /// Lengths of lines and gaps in turn; none for a line without gaps.
+    /// Alternating lengths of dashes and gaps; empty for a solid line.
     void setDashes(double const *lengths, int count);
 
     void newPath();
     void moveTo(double x, double y);
     void lineTo(double x, double y);
-    /// A part of a circle from one angle to another that is larger, behind a line from where the path ends.
+    /// An arc from one angle to a larger one, connected to the end of the path by a line.
     void arc(double x, double y, double radius, double from, double to);
-    /// The same to one that is smaller.
+    /// The same to a smaller angle.
     void arcBack(double x, double y, double radius, double from, double to);
     void rectangle(double x, double y, double width, double height);
     void closePath();
 
-    // Strokes end flat and are joined round. What is done with a path ends it, where no other thing is said.
+    // Strokes have flat ends and round joins. Each of these calls clears the path, unless its comment says otherwise.
     void stroke();
     void strokeAndKeep();
     void fill();
-    /// What is drawn later shows inside the path alone.
+    /// Clips later drawing to the path.
     void clip();
 
-    /// Clip, axes and line are as at `save` again after `restore`.
+    /// `restore` sets clip, axes and line back to their state at `save`.
     void save();
     void restore();
     void translate(double x, double y);
@@ -58,10 +58,10 @@ public:
     /// Texts are ASCII. The size is that of a line, in pixels.
     void setFont(double size, bool bold);
     double advanceOf(std::string const &text);
-    /// From the end of the path on, along the base line.
+    /// Writes from the end of the path on, along the base line.
     void showText(std::string const &text);
 
-    /// The sheet as PNG; nothing when a call failed.
+    /// The sheet as PNG; empty if a call failed.
     CByteArray png();
 
 private:

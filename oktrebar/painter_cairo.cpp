@@ -12,7 +12,7 @@ namespace okt
 namespace
 {
 
-// The strokes that cairo brings itself, ASCII alone: no font of the machine has a part in the picture.
+// The built-in font of cairo (ASCII only), so that pictures do not depend on installed fonts.
 constexpr char kFont[] = "@cairo:";
 
 cairo_status_t append(void *target, unsigned char const *data, unsigned int length)
@@ -47,7 +47,7 @@ struct Painter::State
 
 Painter::Painter(int width, int height) : m_state(std::make_unique<State>(width, height))
 {
-    // What a user has set for the screen must not show in a file.
+    // Font settings of the user's screen must not change a file.
     std::unique_ptr<cairo_font_options_t, decltype(&cairo_font_options_destroy)> const options(cairo_font_options_create(),
                                                                                                cairo_font_options_destroy);
     cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);

@@ -34,12 +34,13 @@ std::string shownText(ShownValue const &shown, bool withUnit = true);
 ParameterValue parsedValue(StoredParameter const &parameter, std::string_view text, LengthUnit const *plain,
                            LengthUnit const &drawn);
 
-/// The terms of a quantity expression, "4x150 2x100", in the unit in which they stand; ? is an open count. Throws ValueError.
+/// A term of a quantity expression: "4x150".
 struct QuantityTerm
 {
-    std::optional<int> count; ///< nothing: ?
+    std::optional<int> count; ///< nothing: ?, an open count
     double spacing = 0;
 };
+/// The terms of a quantity expression, "4x150 2x100", in the unit in which they stand. Throws ValueError.
 std::vector<QuantityTerm> quantityTerms(std::string_view text);
 
 /// "mm, cm, m, in, ft".

@@ -20,7 +20,7 @@ constexpr double kRightAngle = 90;
 
 double radians(double degrees) { return degrees * std::numbers::pi / 180; }
 
-/// How much of a leg a bend takes, from the outside; a bend beyond a right angle no more than that.
+/// The part of a leg used by a bend, measured from the outside. A bend of more than 90 degrees uses as much as one of 90.
 double tangent(double angle, double radius, double diameter)
 {
     return angle == 0 ? 0 : (radius + diameter) * std::tan(radians(std::min(std::abs(angle), kRightAngle)) / 2);

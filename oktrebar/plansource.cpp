@@ -41,7 +41,7 @@ template <typename T> void append(std::vector<T> &all, std::vector<T> more)
     std::move(more.begin(), more.end(), std::back_inserter(all));
 }
 
-/// Two tables of one folder may hold the same size, and names of records differ in the case of their endings.
+/// Two tables of a folder may have the same size, and names of records may differ only in case.
 void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string const &data)
 {
     std::map<std::string, TemplatePlan const *> seen;

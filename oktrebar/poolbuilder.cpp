@@ -17,7 +17,7 @@ namespace
 
 CString text(std::string const &utf8) { return CString::FromUtf8(utf8); }
 
-/// Puts a new object into the pool, which owns it from then on.
+/// Adds a new object to the pool, which takes ownership.
 template <typename T, typename... A> T &added(OKTDbPool &pool, A const &...arguments)
 {
     auto object = std::make_unique<T>(arguments...);
@@ -49,7 +49,7 @@ OKTDbParameter &addParameter(OKTDbPool &pool, ParameterPlan const &plan, OKTDbOb
 {
     OKTDbParameter &parameter = added<OKTDbParameter>(pool, plan.key.type, owner);
     setValue(parameter, plan);
-    // Behind the value, which brings the list index that the name may end with.
+    // After the value: it sets the list index, with which the name may end.
     parameter.setUserName(plan.name.empty() ? parameter.getTypeName() : text(plan.name), !plan.isNameWhole);
     parameter.setExpression(text(plan.expression));
     parameter.setDescription(text(plan.description));

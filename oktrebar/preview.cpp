@@ -42,7 +42,7 @@ struct Run
     double spacing;
 };
 
-/// A template with the figures that a picture shows.
+/// A template with the numbers that a picture shows.
 class Figures
 {
 public:
@@ -74,7 +74,7 @@ public:
 
     bool metric() const { return m_plan.units == Units::Millimetre; }
     std::string unit() const { return metric() ? "mm" : "in"; }
-    /// "12 mm", with as many decimals as a drawing has.
+    /// "12 mm", with the usual number of decimals in drawings.
     std::string length(double value) const { return number(std::round(value * 1000) / 1000) + " " + unit(); }
 
     /// The runs of the quantity expression, such as "4x150 2x100".
@@ -127,7 +127,7 @@ void heading(Canvas &canvas, Figures const &figures, std::string const &line)
                 Align::Right);
 }
 
-/// The cross-sections of the bars where they stand, and the runs of equal spacing.
+/// The cross-sections of the bars at their positions, and the runs of equal spacing.
 void distribution(Canvas &canvas, Figures const &figures)
 {
     std::vector<Run> const runs = figures.runs();
@@ -211,7 +211,7 @@ void linkHooks(Canvas &canvas, Figures const &figures, View const &view, BarLine
         HookSpan const span = hookSpan(figures, line, second);
         double const side = second ? 1 : -1;
         if ((second ? bar.second : bar.first).angle <= 90)
-            // It lies on a side, and is measured outside of the link.
+            // This hook lies on a side, so it is measured outside of the link.
             hookDimension(canvas, view, span, side * 1.5 * bar.diameter, side * 30);
         else if (second || bar.first.straight != bar.second.straight)
             // Between the two hooks.
@@ -259,7 +259,7 @@ void hookedFigures(Canvas &canvas, Figures const &figures, View const &view, Bar
     HookSpan const span = hookSpan(figures, line, second);
     BarHook const &hook = second ? bar.second : bar.first;
     hookDimension(canvas, view, span, side * bar.diameter / 2, side * 30);
-    // Into a half turn the arrow comes level.
+    // For a bend of 180 degrees the arrow is horizontal.
     bool const level = hook.angle > 135;
     Point const tip = view(plus(centre, turned(level ? (second ? 0 : 180) : (second ? -45 : 225), bar.radius)));
     Point const tail = {tip.x + side * (level ? 30 + 0.6 * bar.radius * view.scale : 44), tip.y - (level ? 0 : 44)};
@@ -367,7 +367,7 @@ Box drawMesh(Canvas &canvas, Figures const &figures)
 
 // Bars from records
 
-/// Each leg is measured on the outside of the bend behind it, or of the one before.
+/// Each leg is measured on the outer side of the bend after it; the last leg, of the bend before it.
 Box drawBent(Canvas &canvas, Figures const &figures)
 {
     double const diameter = figures.real(kDiameter);

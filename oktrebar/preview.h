@@ -22,9 +22,9 @@ struct Preview
     Box shape;      ///< around the bar or sheet in the template's drawing units (mm or in), its lower left corner at (0, 0)
 };
 
-/// Draws a template from its own figures, to scale, by docs/templates.md. Nothing for a template of another kind. The same plan
-/// gives the same bytes on one system; fonts and edges differ from one to another. Throws Failure where a figure is missing, the
-/// quantity expression is none ("4x150 2x100"), or there is no memory for the sheet.
+/// Draws a template from its own figures, to scale, by docs/templates.md. Empty for a template of another kind. The same plan
+/// gives the same bytes on one system; fonts and edges differ between systems. Throws Failure if a number is missing, the
+/// quantity expression ("4x150 2x100") is not valid, or there is not enough memory.
 std::optional<Preview> drawPreview(TemplatePlan const &plan);
 
 } // namespace okt

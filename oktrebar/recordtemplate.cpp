@@ -25,7 +25,7 @@ namespace
 using namespace types;
 
 constexpr char kStandardName[] = "BF2D";
-// A file keeps metres, so a length comes back with the last bits changed.
+// Files store metres, so the last bits of a length may change.
 constexpr int kDigits = 12;
 
 // The texts of a record are parameters of one type, told apart by their list index.
@@ -41,9 +41,9 @@ constexpr int kMass = 1; ///< list index of a number
 constexpr double kThinBar = 8;
 constexpr double kThinBarTolerance = 0.06;
 constexpr double kTolerance = 0.045;
-constexpr double kRounding = 0.0005; ///< a mass is told with three decimals
+constexpr double kRounding = 0.0005; ///< a mass is written with three decimals
 
-/// A figure that went through a file.
+/// Compares a number with one that was stored in a file.
 double snapped(double value)
 {
     std::string const text = rounded(value, kDigits);
@@ -290,7 +290,7 @@ std::string bf2dLineOf(OKTDbPool &pool, std::string const &file)
         record.legs.push_back({*figures.real(kLength, i), figures.need(kHookAngle1, i, "an angle behind each leg")});
     try
     {
-        // Several notations say the same: the one that was read stays for as long as nothing is changed.
+        // A record can be written in several ways. The original line is used as long as nothing is changed.
         if (std::optional<std::string> const read = figures.text(kStandard, kLine); read && parseBf2d(*read) == record)
             return *read;
     }

@@ -23,7 +23,7 @@ constexpr double kThickBarRadius = 3.5;
 constexpr double kSteepest = 45;
 constexpr double kRight = 90;
 constexpr double kBack = 180;
-/// Any bend up to the steepest; all of a bar are alike.
+/// Any bend up to the largest angle; all bends of the bar are equal.
 constexpr double kSlant = 1;
 
 enum class Radius
@@ -38,8 +38,8 @@ struct Shape
 {
     char const *code;
     char const *what;
-    std::string_view legs;       ///< a letter for each, the same one for the same length; C is the end of a link
-    std::array<double, 6> bends; ///< behind each leg but the last, negative against the first
+    std::string_view legs;       ///< one letter a leg; equal letters mean equal lengths; C is the end of a link
+    std::array<double, 6> bends; ///< after each leg but the last; negative: opposite to the first bend
     Radius radius;
 };
 

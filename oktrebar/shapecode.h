@@ -9,7 +9,7 @@
 namespace okt
 {
 
-/// A shape of BS 8666:2005 ("51"), and what it is in words; an empty code: none that the geometry tells for sure.
+/// A shape of BS 8666:2005 ("51") and its description; empty code: the geometry does not determine one.
 struct ShapeCode
 {
     std::string code;
@@ -17,8 +17,8 @@ struct ShapeCode
 };
 
 /// The shape of a bar of legs (outer dimensions) and bends with one inside radius, all in millimetres and degrees. Of the shapes of the table of cutting lengths
-/// those are found whose legs, bends and directions are plain; what the mirror shows is the same shape. Codes without a radius
-/// of their own stand for the least one, 2 d up to 16 mm and 3.5 d above.
+/// only those are found that legs, bends and directions determine. A mirrored bar has the same shape. Codes without a radius
+/// have the minimum radius, 2 d up to 16 mm and 3.5 d above.
 ShapeCode shapeCodeOf(std::vector<Bf2dLeg> const &legs, double radius, double diameter);
 
 } // namespace okt

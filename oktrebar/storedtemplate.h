@@ -111,7 +111,9 @@ struct StoredTemplate
     std::set<std::string> classes;     ///< of all objects and their bases
     std::vector<TemplateFault> faults; ///< none: the file is whole
 
+    /// The parameter of that id; null: there is none.
     StoredParameter const *find(_GUID const &id) const;
+    /// The first parameter of that type and list index; null: there is none.
     StoredParameter const *find(int type, int listIndex) const;
     /// Indexes of the parameters in the order in which people see them: by category, then those in none.
     std::vector<std::size_t> inOrder() const;
@@ -128,8 +130,10 @@ StoredTemplate readTemplate(ByteSource &source, std::string const &name = {}, On
 class ParameterSelector
 {
 public:
+    /// `text` is that name, id or type; any text is a name at least.
     explicit ParameterSelector(std::string text);
 
+    /// As it was given.
     std::string const &text() const { return m_text; }
     /// Indexes, in the order of StoredTemplate::inOrder. The case of letters does not count.
     std::vector<std::size_t> in(StoredTemplate const &pool) const;

@@ -23,12 +23,12 @@ constexpr std::string_view kWideBigMark("\0\0\xFE\xFF", 4);
 constexpr char kWanted[] = "tables are UTF-8, or UTF-16 with a byte order mark";
 constexpr char kWantedOfRecords[] = "bar records are ASCII, or UTF-16 with a byte order mark";
 
-// How much of a text is looked at to tell what it is.
+// The number of bytes used to guess the encoding.
 constexpr std::size_t kLookedAt = 1024;
 
 unsigned byteAtPlace(std::string_view bytes, std::size_t at) { return static_cast<unsigned char>(bytes[at]); }
 
-/// "line:column" of a place; both from 1, the column in bytes.
+/// "line:column" of an offset; both from 1, the column in bytes.
 std::string placeIn(std::string_view text, std::size_t at)
 {
     std::string_view const before = text.substr(0, at);
@@ -42,7 +42,7 @@ std::string hexByte(unsigned byte)
     return std::string("0x") + kDigits[byte >> 4] + kDigits[byte & 15];
 }
 
-/// Two bytes a character, as the letters of the western languages have them: every second byte is 0.
+/// Looks like UTF-16 of western languages: every second byte is 0.
 bool looksLikeUtf16(std::string_view bytes, std::size_t zeroAt)
 {
     bytes = bytes.substr(0, kLookedAt);
@@ -86,7 +86,7 @@ std::string fromUtf16(std::string const &file, std::string_view bytes, bool isLi
     return CString(units.data(), static_cast<int>(units.size())).ToUtf8();
 }
 
-/// Without a mark, and UTF-16 as UTF-8; other bytes are not looked at.
+/// Removes the byte order mark and converts UTF-16 to UTF-8. Other bytes stay unchanged.
 std::string withoutMark(std::string const &file, std::string_view bytes, char const *wanted)
 {
     if (bytes.starts_with(kWideLittleMark) || bytes.starts_with(kWideBigMark))

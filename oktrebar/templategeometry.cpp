@@ -12,7 +12,7 @@ namespace okt
 namespace
 {
 
-constexpr double kSharpest = 90; // degrees that one corner stands for
+constexpr double kSharpest = 90; // largest bend in degrees that one corner represents
 
 double radians(double degrees) { return degrees * std::numbers::pi / 180; }
 

@@ -47,6 +47,7 @@ struct LintFinding
     std::string detail;      ///< what the code is about: the name, the circle, the value
     std::string other;       ///< and what that is held against
 
+    /// That of its code.
     Severity severity() const;
 };
 

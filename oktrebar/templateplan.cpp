@@ -14,7 +14,7 @@ namespace
 
 using namespace types;
 
-// Welded fabric is not made of thicker bars.
+// The largest bar diameter of welded fabric.
 constexpr double kThickestMeshMm = 16;
 constexpr int kThickestMeshNumber = 5;
 
@@ -36,7 +36,7 @@ struct Layout
     double fine;
 };
 
-/// The choices that no table makes, by unit.
+/// Values that are not in a table, by unit.
 struct Defaults
 {
     char const *steelGrade;
@@ -53,7 +53,7 @@ struct Defaults
     double meshOverlap;
 };
 
-// A file keeps three decimals of a metre in a quantity expression. The spacings survive that: 150 mm is 0.15 m, and of whole
+// Files store quantity expressions with three decimals of a metre. The spacings survive that: 150 mm is 0.15 m, and of whole
 // inches only the multiples of 5 are whole millimetres.
 constexpr Defaults kMetric = {"B500B", 30, 5, {4, 150, 2, 100}, 2000, 250, 50, 150, 4800, 2400, 200, 400};
 constexpr Defaults kInch = {"Grade 60", 1.5, 0.5, {4, 10, 2, 5}, 120, 10, 2, 6, 240, 90, 10, 20};
@@ -112,7 +112,7 @@ double coverOf(BarSize const &size, Defaults const &defaults)
     return std::max(defaults.cover, roundedUp(size.diameter, defaults.coverStep));
 }
 
-/// What the categories "Bar" of all kinds begin with.
+/// The first parameters of the category "Bar", which all kinds have.
 std::vector<ParameterPlan> barParameters(BarSize const &size, Units units, Defaults const &defaults)
 {
     bool const metric = units == Units::Millimetre;
@@ -152,7 +152,7 @@ struct Hook
     double length;
     std::string expression;
     std::string description;
-    double straight;   ///< what is straight behind the bend
+    double straight;   ///< the straight part after the bend
     bool isProjection; ///< the length counts from the outside of the bend; otherwise it is the straight part itself
 };
 

@@ -12,7 +12,7 @@
 namespace okt
 {
 
-// What a template is before it is a pool: plain values that a host may make, look through and change. buildPool makes a pool of them.
+// A template as plain values, which a host can create, read and change. buildPool makes a pool of them.
 
 /// The numbers of the parameter types that the templates use.
 namespace types
@@ -46,7 +46,7 @@ inline constexpr int kLongitudinalOverlap = 64;
 inline constexpr int kTransversalOverlap = 65;
 } // namespace types
 
-/// A parameter is known within its template by its type and its place in the list of that type (0: it stands alone).
+/// The key of a parameter in its template: its type and its list index for that type (0: it is the only one).
 struct ParameterKey
 {
     int type = -1;
@@ -55,16 +55,16 @@ struct ParameterKey
     bool operator==(ParameterKey const &) const = default;
 };
 
-/// One parameter of a template to be. Lengths are in drawing units.
+/// One parameter of a planned template. Lengths are in drawing units.
 struct ParameterPlan
 {
     ParameterKey key;
     std::variant<double, int, bool, std::string> value;
     std::string name;         ///< empty: the name of the type
-    bool isNameWhole = false; ///< the list index does not show in the name
-    std::string expression;   ///< of names of parameters without blanks, such as "2*Diameter"; kept as text
+    bool isNameWhole = false; ///< the list index is not appended to the name
+    std::string expression;   ///< with names of parameters without blanks, such as "2*Diameter"; stored as text
     std::string description;
-    std::vector<ParameterKey> uses; ///< parameters that the value is made of
+    std::vector<ParameterKey> uses; ///< parameters in its expression
     bool inBend = false;            ///< a member of the relation over the bend
 };
 
@@ -75,7 +75,7 @@ struct CategoryPlan
     std::vector<ParameterPlan> parameters;
 };
 
-/// What a template is a template of.
+/// The kind of a template.
 enum class TemplateKind
 {
     Other,
@@ -85,7 +85,7 @@ enum class TemplateKind
     Bent ///< a bar of legs and bends, from a bar record
 };
 
-/// A template as plain data: what a pool is then made from.
+/// A template as plain data, from which a pool is made.
 struct TemplatePlan
 {
     TemplateKind kind = TemplateKind::Other;
@@ -98,7 +98,7 @@ struct TemplatePlan
     ParameterPlan const *find(ParameterKey key) const;
 };
 
-/// A template that is not made, and why.
+/// A template that was not made, and why.
 struct SkippedTemplate
 {
     std::string stem;
@@ -112,7 +112,7 @@ struct Plans
     std::vector<SkippedTemplate> skipped;
 };
 
-/// One template per size and kind: closed link, bar with hooks at both ends, mesh sheet. docs/templates.md tells the rules and
+/// One template per size and kind: closed link, bar with hooks at both ends, mesh sheet. docs/templates.md describes the rules and
 /// their standards. A size for which the tables have no rule is among the skipped.
 Plans metricPlans(BarTable const &bars, SchedulingBends const &bends, BendRules const &rules, ShapeLengths const &shapes);
 Plans inchPlans(BarTable const &bars, BendRules const &rules);

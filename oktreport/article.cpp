@@ -13,7 +13,7 @@ namespace okt
 namespace
 {
 
-/// A longer text stands at the left of its column, in several lines.
+/// A longer text is aligned to the left and wrapped.
 constexpr std::size_t kLongestShort = 28;
 
 constexpr char kDot[] = " \xC2\xB7 ";
@@ -38,7 +38,7 @@ std::string withUnit(std::string const &text, std::string const &unit)
     return unit.empty() ? text : text + kFirmBlank + unit;
 }
 
-/// A part that is folded away. Its contents are made when it is opened; where there are no scripts they are there.
+/// A folded part. With scripts its contents are created when it is opened; without scripts they are always there.
 std::string foldedPart(std::string const &anchor, char const *name, char const *title, std::string const &contents)
 {
     return "<details class=\"part\" id=\"" + anchor + "-" + name + "\"><summary>" + title + "</summary>\n<noscript>\n" +
@@ -152,9 +152,9 @@ std::string parametersSection(TemplateFacts const &facts, ArticleStyle const &st
     return text + "</table>\n</section>\n";
 }
 
-// What only those want who look into files
+// Details about the file
 
-/// What a stretch of the file is called.
+/// The text for a range of the file.
 std::string labelOf(PageStretch const &stretch)
 {
     switch (stretch.kind)
@@ -167,7 +167,7 @@ std::string labelOf(PageStretch const &stretch)
     return stretch.className;
 }
 
-/// By this the script knows what is no object.
+/// The class by which the script recognises ranges that are not objects.
 char const *styleOf(PageStretch const &stretch)
 {
     switch (stretch.kind)
@@ -180,7 +180,7 @@ char const *styleOf(PageStretch const &stretch)
     return "";
 }
 
-/// Every stretch of the file; the script draws the map of it by this table.
+/// A table of every range of the file. The script draws the map from it.
 std::string stretchTable(TemplateFacts const &facts)
 {
     std::string table = "<table class=\"stretches\">\n<thead><tr><th scope=\"col\">Class</th><th scope=\"col\">Name</th>"

@@ -10,10 +10,10 @@ namespace okt
 
 // Not installed.
 
-/// How the parts of the page about one template are written.
+/// How to write the parts of the page about one template.
 struct ArticleStyle
 {
-    std::size_t unit = 0; ///< place in kUnitNames of the unit at first
+    std::size_t unit = 0; ///< index in kUnitNames of the initial unit
     int level = 2;        ///< of the heading of a template
 };
 
@@ -23,13 +23,13 @@ std::string inlineValue(PageValue const &value, std::size_t unit);
 /// The figures of a fact in one line.
 std::string figuresText(KeyFact const &fact, std::size_t unit);
 
-/// What stands first: the facts beside the picture, what could not be read, and all parameters.
+/// The first part: the facts beside the picture, what could not be read, and all parameters.
 std::string sheetPart(TemplateFacts const &facts, ArticleStyle const &style);
 
-/// What is tied to what, folded away; empty where nothing is.
+/// The graph of the relations, folded; empty: there are none.
 std::string relationsPart(TemplateFacts const &facts);
 
-/// Ids, bytes and whatever else only those want who look into files, folded away.
+/// Details about the file, such as ids and bytes, folded.
 std::string insidePart(TemplateFacts const &facts, ArticleStyle const &style);
 
 } // namespace okt

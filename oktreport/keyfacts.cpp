@@ -28,7 +28,7 @@ constexpr double kMostBars = 1e6;
 constexpr std::size_t kLongestLabel = 40;
 constexpr std::size_t kLongestNote = 160;
 
-/// How many millimetres a unit has; 0 for a text that is none.
+/// The number of millimetres of a unit; 0: the text is not a unit.
 double millimetres(std::string const &unit)
 {
     DisplayUnit const *const known = findUnit(unit);
@@ -83,7 +83,7 @@ std::optional<Kind> kindOf(OKTDbParameter const &parameter)
     case types::kLength:
         if (beginsWith(parameter, "cutting length"))
             return Kind::CuttingLength;
-        // What stands in a list of lengths is a leg, in whatever language it is named.
+        // A length in a list is a leg, in whatever language it is named.
         return parameter.ListIndex() != 0 || beginsWith(parameter, "leg") ? Kind::Legs : Kind::Length;
     default: return std::nullopt;
     }
@@ -108,7 +108,7 @@ char const *titleOf(Kind kind)
     return "";
 }
 
-/// What all names of a fact's parameters begin with is left out of their labels.
+/// Removes the common beginning of the parameter names of a fact from their labels.
 char const *stemOf(Kind kind)
 {
     switch (kind)
@@ -172,7 +172,7 @@ public:
     }
 
 private:
-    /// Of these the first one counts; others stand below, among all parameters.
+    /// Only the first parameter of these kinds becomes a fact; all are in the list of parameters.
     static bool isSingle(Kind kind) { return kind == Kind::Grade || kind == Kind::Shape || kind == Kind::Width; }
 
     KeyFact factOf(Kind kind, std::vector<OKTDbParameter const *> const &parameters) const
@@ -213,7 +213,7 @@ private:
 
     // Mass
 
-    /// The kilograms of a metre of bar; nothing where the unit of the diameter is not known, or there are several.
+    /// The mass of one metre of bar; empty: the unit of the diameter is not known, or there are several diameters.
     std::optional<double> kilogramsPerMetre() const
     {
         auto const diameters = m_byKind.find(Kind::Diameter);
@@ -228,7 +228,7 @@ private:
         return metres > 0 ? std::optional(kPi / 4 * metres * metres * kSteel) : std::nullopt;
     }
 
-    /// How many bars there are of a length: the number that has the same place in its list.
+    /// The number of bars of a length: the "Number" parameter with the same list index.
     std::optional<double> countOf(int listIndex) const
     {
         auto const numbers = m_byKind.find(Kind::Number);
@@ -272,7 +272,7 @@ private:
         addWhole(bars, whole, facts);
     }
 
-    /// A template that tells the mass of its bar itself: what all of them weigh.
+    /// For a template with a parameter for the mass of one bar: the mass of all bars.
     void toldMass(OKTDbParameter const &mass, std::vector<KeyFact> &facts) const
     {
         std::optional<double> const count = countOf(0);

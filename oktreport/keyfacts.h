@@ -9,14 +9,14 @@
 namespace okt
 {
 
-/// One of the figures of a fact: "A", 400 mm.
+/// One value of a fact: "A", 400 mm.
 struct KeyFigure
 {
-    std::string label; ///< what tells it from the others; empty: it is alone
+    std::string label; ///< distinguishes it from the others; empty: it is the only one
     PageValue value;
 };
 
-/// What an engineer asks of a template first: its grade, its diameter, its legs. All texts are HTML.
+/// The facts of a template that an engineer needs first: grade, diameter, legs. All texts are HTML.
 struct KeyFact
 {
     enum class Kind
@@ -37,10 +37,10 @@ struct KeyFact
     std::string name;
     std::vector<KeyFigure> figures;
     std::string note;
-    bool isComputed = false; ///< no parameter holds it
+    bool isComputed = false; ///< it is not a parameter
 };
 
-/// The facts that parameters tell, in the order of the kinds, and the mass in kg that follows from them: 7850 kg/m3 of steel. The parameters come in the
+/// Collects the facts from the parameters, in the order of the kinds, and computes the mass in kg: 7850 kg/m3 of steel. The parameters come in the
 /// order in which the template lists them, from a pool in millimetres; of each its values are known.
 std::vector<KeyFact> keyFactsOf(std::vector<OKTDbParameter const *> const &parameters, UnitValues const &values);
 

@@ -14,7 +14,7 @@ namespace
 constexpr int kOrderSweeps = 12;
 constexpr int kPlaceSweeps = 16;
 
-/// A box, or a place where an arrow passes a layer.
+/// A box, or the point where an arrow crosses a layer.
 struct Slot
 {
     double width = 0;
@@ -48,7 +48,7 @@ private:
     std::size_t tail(std::size_t edge) const { return m_turned[edge] ? m_edges[edge].to : m_edges[edge].from; }
     std::size_t head(std::size_t edge) const { return m_turned[edge] ? m_edges[edge].from : m_edges[edge].to; }
 
-    /// Turns every arrow that leads back to a box on the way to it.
+    /// Reverses the arrows that close a cycle.
     void breakCircles()
     {
         m_turned.assign(m_edges.size(), false);
@@ -96,7 +96,7 @@ private:
         }
     }
 
-    /// Each box in the first layer behind all that lead to it.
+    /// Puts each box in the first layer after all boxes that lead to it.
     void setLayers()
     {
         std::vector<std::vector<std::size_t>> out(m_nodes.size());
@@ -216,7 +216,7 @@ private:
     void order()
     {
         numberRows();
-        // First as the left pulls, whatever that costs: it brings the boxes of one origin together.
+        // First sort by the left neighbours even if more arrows cross: boxes with the same origin get together.
         for (std::size_t layer = 1; layer < m_rows.size(); ++layer)
             sortRow(m_rows[layer], &Slot::left);
         std::vector<std::vector<std::size_t>> best = m_rows;
@@ -249,8 +249,8 @@ private:
         return above.passes || below.passes ? (m_measures.row + m_measures.lane) / 2 : m_measures.row;
     }
 
-    /// Gives a row the places nearest to the wanted ones that keep its order and its distances: rows of neighbours that push
-    /// each other move together, to the middle of what they want.
+    /// Finds the positions in a row nearest to the wanted ones that keep order and distances: neighbours that would
+    /// overlap form a block, which moves to the mean of the wanted positions.
     void settle(std::vector<std::size_t> const &row, std::vector<double> const &wanted)
     {
         struct Block
@@ -341,7 +341,7 @@ private:
             double widest = 0;
             for (std::size_t const slot : row)
                 widest = std::max(widest, m_slots[slot].width);
-            // A layer that nothing stands in takes no room.
+            // An empty layer has no width.
             bool const isUsed = !row.empty();
             starts.push_back(x);
             widths.push_back(widest);

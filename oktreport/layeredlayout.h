@@ -7,17 +7,17 @@
 namespace okt
 {
 
-// By hand, since a graph library would set other fonts and sizes than the page has, and change the drawing with its releases.
+// Own code, because a graph library has other fonts and sizes than the page, and its drawings change between releases.
 // Not installed.
 
 /// A box of a layered drawing.
 struct LayoutNode
 {
     double width = 0;
-    int firstLayer = 0; ///< it stands in this layer or in one behind it
+    int firstLayer = 0; ///< it is put in this layer or in a later one
 };
 
-/// An arrow between boxes, by their places in the list.
+/// An arrow between boxes, given by their list indexes.
 struct LayoutEdge
 {
     std::size_t from = 0;
@@ -42,13 +42,13 @@ struct Layout
 struct LayoutMeasures
 {
     double row = 24; ///< between the middles of two boxes
-    double lane = 8; ///< between an arrow that passes a layer and its neighbour
+    double lane = 8; ///< between an arrow that crosses a layer and its neighbour
     double gap = 64; ///< between two layers
     double margin = 4;
 };
 
-/// Boxes in layers from left to right, so that arrows lead to layers further right; those of a circle that cannot lead back.
-/// Arrows over several layers pass between the boxes. The order within a layer follows that of the list where nothing pulls,
+/// Puts boxes in layers from left to right. Arrows lead to a layer further right; in a cycle some lead back.
+/// Arrows over several layers pass between the boxes. Boxes without neighbours keep the order of the list,
 /// and few arrows cross. The same list gives the same drawing.
 Layout layered(std::vector<LayoutNode> const &nodes, std::vector<LayoutEdge> const &edges, LayoutMeasures const &measures = {});
 

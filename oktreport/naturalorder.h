@@ -6,11 +6,11 @@
 namespace okt
 {
 
-// By hand, since strverscmp is of one system alone and ICU would come with some 30 MB of tables. Not installed.
+// Own code, because strverscmp exists on one system only and ICU has some 30 MB of tables. Not installed.
 
-/// Whether a title stands before another one as a reader expects it: digits count as the number that they write, so that 8 stands
-/// before 10, and behind "0." as decimals; capitals and small letters are alike. Texts that differ in nothing else are told apart
-/// by their bytes.
+/// Natural sort order of titles: digits are compared as numbers, so that 8 comes
+/// before 10, but digits after "0." as decimals. Case is ignored. Texts that are otherwise equal are compared
+/// by bytes.
 bool naturalLess(std::string_view a, std::string_view b);
 
 } // namespace okt

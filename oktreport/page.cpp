@@ -141,7 +141,7 @@ private:
         m_text += "</ul>\n</section>\n";
     }
 
-    /// What a card tells of a template: by what one tells it from its neighbours.
+    /// The text of a card: what distinguishes the template from its neighbours.
     std::string brief(TemplateFacts const &facts) const
     {
         if (!facts.isRead)
@@ -191,7 +191,7 @@ private:
         return facts.anchor + "-picture" + std::to_string(&picture - facts.pictures.data());
     }
 
-    /// The page holds each picture once: here those of the same bytes find the first one.
+    /// The page contains each picture once. Finds the first picture with the same bytes.
     void findPictures()
     {
         for (TemplateFacts const &facts : m_templates)
@@ -200,7 +200,7 @@ private:
                     m_firstPictures.emplace(picture.uri, Place{&facts, anchorOf(facts, picture)});
     }
 
-    /// The place of the picture that stands for a template; empty: it has none that browsers show.
+    /// The anchor of the picture that represents a template; empty: browsers can show none of its pictures.
     std::string pictureOf(TemplateFacts const &facts) const
     {
         for (PagePicture const &picture : facts.pictures)

@@ -21,12 +21,12 @@ namespace okt
 struct PageOptions
 {
     std::string title;    ///< UTF-8; empty: a title made of the templates
-    std::size_t unit = 0; ///< place in kUnitNames (oktinspect/valuetext.h) of the unit at first
+    std::size_t unit = 0; ///< index in kUnitNames (oktinspect/valuetext.h) of the initial unit
 };
 
 /// Writes a page about templates: one HTML document that needs nothing else. It is also well-formed XML, so that programs can
-/// read it. `sink` gets it piece by piece, as UTF-8, before the next piece is made; what it throws ends the page. The templates
-/// were arranged before. The same facts give the same bytes.
+/// read it. `sink` gets it piece by piece, as UTF-8; its exceptions reach the caller. The templates
+/// must have been passed to arrange() before. The same facts give the same bytes.
 void writePage(std::vector<TemplateFacts> const &templates, PageOptions const &options,
                std::function<void(std::string_view)> const &sink);
 

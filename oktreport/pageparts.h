@@ -8,7 +8,7 @@ namespace okt
 
 // Not installed.
 
-// What is built into the program from report.css and report.js, and the digest of each by which a browser takes that text alone:
+// report.css and report.js as built into the program, and the digest of each for the content security policy:
 // SHA-256 in base64.
 extern std::string_view const kPageStyle;
 extern std::string_view const kPageStyleDigest;

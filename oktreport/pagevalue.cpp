@@ -27,7 +27,7 @@ constexpr int kAllDigits = 12;
 constexpr std::array<int, kUnitNames.size()> kDecimals = {1, 2, 4, 3, 3};
 constexpr int kFigureDecimals = 4;
 
-/// A figure below so many of its last decimals is shown with digits enough to tell it from others.
+/// A number smaller than this many units of its last decimal is shown with more digits.
 constexpr double kFewSteps = 100;
 constexpr int kFewDigits = 3;
 
@@ -43,7 +43,7 @@ std::string withDecimals(double value, int decimals)
         return rounded(value, kAllDigits);
     if (isSmall)
         return rounded(value, kFewDigits);
-    // A half goes up, as those expect it who read the figure: 95.25 is 95.3.
+    // Halves are rounded up, as readers expect: 95.25 is 95.3.
     double const scale = std::pow(10.0, decimals);
     double const shown = std::round(value * scale) / scale;
     std::array<char, 64> buffer{};
@@ -128,13 +128,13 @@ void putValue(PageValue &shown, std::size_t unit, OKTDbParameter const &paramete
     }
     if (exact.empty())
         exact = text;
-    // A text with lengths in it is another one in another unit.
+    // A text with lengths in it depends on the unit.
     if (unit > 0 && exact != shown.exact[0])
         shown.isConverted = true;
 
     if (shown.isNumber || value.vt == VT_BSTR)
         shown.units[unit] = kUnitNames[unit];
-    // The library converts no diameter: what the figure means is what its description says.
+    // The library does not convert diameters. The description names the unit.
     if (shown.isNumber && !parameter.isInDrawingUnits())
     {
         std::string const description = parameter.Description().ToUtf8();

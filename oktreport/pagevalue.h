@@ -12,7 +12,7 @@
 namespace okt
 {
 
-// Values of parameters as the page shows them: in five units, between which a reader switches.
+// Values of parameters as the page shows them, in five units.
 
 /// One text for each unit of the page, in the order of kUnitNames.
 using UnitTexts = std::array<std::string, kUnitNames.size()>;
@@ -23,25 +23,25 @@ struct PageValue
     UnitTexts texts;     ///< with as many digits as a drawing needs
     UnitTexts exact;     ///< with all digits
     UnitTexts units;     ///< of a value that is converted
-    std::string ownUnit; ///< of one that is not; empty: it has none, or none that is known
+    std::string ownUnit; ///< of a value that is not converted; empty: it has no unit, or it is not known
     std::string folded;  ///< a long text, with its rest folded away
     bool isNumber = false;
     bool isAbsent = false;
-    bool isConverted = false;   ///< it is another one in another unit
-    bool isUnitMissing = false; ///< a diameter of which nothing tells the unit
+    bool isConverted = false;   ///< it differs between the units
+    bool isUnitMissing = false; ///< a diameter whose unit is not known
 };
 
 /// The values of the parameters of a pool.
 using UnitValues = std::map<OKTDbObjectId, PageValue>;
 
-/// Adds what the pool holds under the factor of that unit.
+/// Adds the values of the pool in that unit.
 void putValues(UnitValues &values, std::size_t unit, OKTDbPool &pool);
 
-/// A diameter stands in the drawing unit of its template. Where its own description does not name that, the index may, which the
-/// pool has.
+/// A diameter is in the drawing unit of its template. If its description does not name the unit, the index of the pool
+/// may name it.
 void completeDiameters(UnitValues &values, OKTDbPool &pool);
 
-/// What stands behind the value in that unit of the page; empty: it has no unit, or none that is known.
+/// The unit to write after the value; empty: it has no unit, or it is not known.
 std::string const &unitOf(PageValue const &value, std::size_t unit);
 
 /// A kind of value in words: "whole number".
@@ -49,12 +49,12 @@ std::string kindWord(VARTYPE kind);
 
 /// A length with as many digits as a drawing needs.
 std::string lengthText(double value, std::size_t unit);
-/// A figure of no length with at most four decimals.
+/// A number that is not a length, with at most four decimals.
 std::string figureText(double value);
 
 /// The unit that the description of a diameter names: the first word that is a unit of length; empty: it names none.
 std::string lengthUnitIn(std::string const &description);
-/// The unit that the description of another figure names, at its beginning or behind "in": "Degrees", "Of one bar, in kilograms".
+/// The unit that the description of another number names, at its beginning or after "in": "Degrees", "Of one bar, in kilograms".
 std::string unitIn(std::string const &description);
 
 } // namespace okt

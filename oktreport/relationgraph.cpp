@@ -21,7 +21,7 @@ constexpr double kBold = 1.1; ///< how much wider the letters of groups and cate
 
 bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
 
-/// The width of a text in the letters of the drawing, rather too much than too little: the font is that of the reader's system.
+/// The estimated width of a text, rather too large: the font depends on the reader's system.
 double textWidth(std::string const &utf8)
 {
     double sum = 0;
@@ -74,7 +74,7 @@ std::string graphData(RelationGraph const &graph)
         double const letters = textWidth(shortened(node.label, kLongestLabel)) * (isBold ? kBold : 1);
         boxes.push_back({2 * kBoxMargin + letters, static_cast<int>(node.kind)});
     }
-    // One width a column, as far as the kinds make it one.
+    // All boxes of a kind have the same width.
     std::array<double, 4> widest = {};
     for (std::size_t i = 0; i < boxes.size(); ++i)
     {

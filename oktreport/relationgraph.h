@@ -8,10 +8,10 @@
 namespace okt
 {
 
-/// What of a template is tied to what.
+/// The graph of references between the objects of a template.
 struct RelationGraph
 {
-    // The script of the page knows these numbers.
+    // The script of the page uses these numbers.
     enum class NodeKind
     {
         Group,
@@ -21,15 +21,15 @@ struct RelationGraph
     };
     enum class EdgeKind
     {
-        Lists, ///< a group its categories, a category its parameters
-        Ties,  ///< a parameter to a relation that names it
-        Uses,  ///< a parameter to one that it names by id
+        Lists, ///< from a group to its categories, from a category to its parameters
+        Ties,  ///< from a parameter to a relation that lists it
+        Uses,  ///< from a parameter to one that it uses
         Named  ///< a parameter to one that its expression names
     };
     struct Node
     {
         NodeKind kind = NodeKind::Parameter;
-        std::string label; ///< printable UTF-8, as long as it is
+        std::string label; ///< printable UTF-8, not shortened
     };
     struct Edge
     {
@@ -42,14 +42,14 @@ struct RelationGraph
     std::vector<Edge> edges;
 };
 
-/// More boxes than these nobody can follow; the page then tells so in place of a drawing of all.
+/// The largest number of boxes in a drawing. For more, the page says so instead.
 inline constexpr std::size_t kMostDrawnNodes = 400;
 inline constexpr std::size_t kMostDrawnEdges = 1500;
 
-/// The first boxes and arrows of a graph, as many as are drawn.
+/// The boxes and arrows of a graph that are drawn.
 RelationGraph drawnPart(RelationGraph const &graph);
 
-/// What the script of the page draws of a graph, as JSON that may stand in a page:
+/// The data from which the script of the page draws a graph, as JSON for a page:
 /// {"size": [width, height], "boxes": [[kind, x, middle y, width, label], ...], "ties": [[kind, from, to, x, y, x, y, ...], ...]}.
 /// A tie without points leads from the right side of one box straight to the left side of the other.
 std::string graphData(RelationGraph const &graph);

@@ -17,30 +17,30 @@
 namespace okt
 {
 
-// What the page tells, as plain values: found once, apart from how it is laid out. All texts are HTML: what comes from a file is
+// The contents of the page as plain values, without its layout. All texts are HTML: what comes from a file is
 // escaped. Offsets and sizes are bytes of the file.
 
 struct PageParameter
 {
-    std::optional<std::size_t> box; ///< its place in the graph; nothing where the page has shown it before
+    std::optional<std::size_t> box; ///< its index in the graph; empty: the page has shown it before
     std::string id;
     std::string name;
-    std::string type; ///< "Spacing A", "type 99"; empty where the name says the same
+    std::string type; ///< "Spacing A", "type 99"; empty: the same as the name
     std::string kind; ///< "whole number"
     std::string expression;
     std::string description;
     std::vector<std::string> uses;
     PageValue value;
-    bool isLink = true; ///< false: an entry of a list that leads to no parameter; `name` tells to what
+    bool isLink = true; ///< false: a list entry that is not a parameter; `name` says what it is
 };
 
-/// A category, or what stands in none.
+/// A category, or the parameters in no category.
 struct PageCategory
 {
     std::string title;
     std::string id;
     std::vector<PageParameter> parameters;
-    bool isAbove = false; ///< listed once more: its parameters stand where it was listed first
+    bool isAbove = false; ///< listed again: its parameters are shown where it was listed first
 };
 
 struct PageGroup
@@ -63,7 +63,7 @@ struct PagePicture
     std::string id;
     std::uint64_t size = 0;
     ImageFormat format;
-    std::string uri; ///< empty where browsers do not show the format
+    std::string uri; ///< empty: browsers cannot show the format
     std::string camera;
 };
 
@@ -82,7 +82,7 @@ struct PageObject
     std::vector<PageFact> members;
 };
 
-/// A piece of the file.
+/// A range of the file.
 struct PageStretch
 {
     enum class Kind
@@ -101,10 +101,10 @@ struct PageStretch
     std::string type; ///< of a parameter: "37 VT_R8"
 };
 
-/// Everything that the page tells of a file.
+/// Everything that the page shows about a file.
 struct TemplateFacts
 {
-    std::string anchor; ///< begins the names of the places in the page
+    std::string anchor; ///< prefix of the anchors in the page
     std::string title;
     std::string file;  ///< its name without the folder
     std::string fault; ///< the line about the first fault, without the folder; empty when all is well
@@ -115,7 +115,7 @@ struct TemplateFacts
     std::uint64_t parameters = 0;
     std::uint64_t categories = 0;
     std::vector<KeyFact> keyFacts;
-    std::string longName; ///< the whole name of the pool where the title is the beginning of it
+    std::string longName; ///< the whole name of the pool, if the title is shortened
     std::vector<PageFact> header;
     std::vector<PageGroup> groups;
     std::vector<PageRelation> relations;
@@ -126,16 +126,16 @@ struct TemplateFacts
     RelationGraph graph;
 };
 
-/// What the page says of a file that cannot be read: its name and the line for the user.
+/// The facts of a file that cannot be read: its name and the line for the user.
 TemplateFacts factsOfUnread(std::filesystem::path const &shownAs, std::string const &faultLine);
 
-/// Reads a pool file once for each unit. A file with a fault has the facts that could be read, and one of which not even a header
-/// can be read has its line; neither throws. `shownAs` is how the page calls the file. `faultLine` receives the line for the user,
-/// empty when all is well. `onProgress` hears the bytes that are done; where it answers false, Cancelled is thrown.
+/// Reads a pool file once for each unit. A file with a fault has the facts that could be read; a file without a readable header
+/// has only its line. Neither throws. `shownAs` is the path to show in the page. `faultLine` receives the line for the user,
+/// empty: no fault. Throws Cancelled if `onProgress` returns false.
 TemplateFacts factsOf(std::filesystem::path const &path, std::filesystem::path const &shownAs, std::string &faultLine,
                       OnProgress const &onProgress = {});
 
-/// The templates in the order of the page, by their titles, and the anchor of each.
+/// Sorts the templates by title, in the order of the page, and sets their anchors.
 void arrange(std::vector<TemplateFacts> &templates);
 
 } // namespace okt

@@ -32,7 +32,7 @@ std::optional<Record> recordOf(Bytes bytes, std::size_t begin, std::size_t end)
     return std::nullopt;
 }
 
-/// Follows a file from its begin to its end.
+/// Reads a file from start to end.
 class Apart
 {
 public:
@@ -59,7 +59,7 @@ private:
     std::int64_t takeHeader()
     {
         HeaderPlace header = findHeader(m_source);
-        header.end = std::min(header.end, m_source.size()); // of a few bytes there is less than where the search begins
+        header.end = std::min(header.end, m_source.size()); // a file of a few bytes may end before that offset
         auto const begin = static_cast<std::size_t>(header.begin);
         std::optional<Record> frame;
         if (header.isWhole)
@@ -67,7 +67,7 @@ private:
         if (frame)
         {
             if (header.statedSize < 0 || begin != okttext::kLengthRecord)
-                takeRaw(0, header.begin); // the size is lost
+                takeRaw(0, header.begin); // the record with the size of the header is missing
             m_pool.hasHeader = true;
             m_pool.parts.header = std::move(*frame);
             m_pool.parts.headerSize = header.statedSize;
@@ -98,7 +98,7 @@ private:
         return true;
     }
 
-    /// Stretches without an object between them are one.
+    /// Adjacent raw stretches become one.
     void takeRaw(std::int64_t begin, std::int64_t end)
     {
         if (begin == end)
@@ -115,7 +115,7 @@ private:
     DamagedPool m_pool;
 };
 
-/// UTF-8 without a zero, which no text has.
+/// Valid UTF-8 without a zero byte.
 bool isText(Bytes bytes) { return bytes.find('\0') == Bytes::npos && CString::FromUtf8(bytes).ToUtf8() == bytes; }
 
 } // namespace

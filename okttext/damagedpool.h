@@ -24,8 +24,8 @@ struct PoolFault
     std::string text() const;
 };
 
-/// A pool file taken apart as far as it is whole. What is no whole object is a raw stretch at its place, so that every byte of the
-/// file is in one of the parts.
+/// The parts of a damaged pool file. Bytes that are not a whole object are a raw part, so that every byte of the
+/// file is in exactly one part.
 struct DamagedPool
 {
     okttext::PoolParts parts; ///< the header is only that of a file that has one
@@ -36,13 +36,13 @@ struct DamagedPool
     bool isNothing() const;
 };
 
-/// `fault` is why okttext::takeApart refuses the file: what is wrong with it where nothing else can be told. The bytes must outlive
-/// what is returned.
+/// `fault` is what okttext::takeApart reported; it is used where no other fault is found. The bytes must outlive
+/// the result.
 DamagedPool takeApartDamaged(okttext::Bytes bytes, OKTTextFault const &fault);
 
-/// The text form of a damaged pool file as far as that is whole, for people who read what differs between two texts: the faults, a
-/// line each, then the objects in the order of the file, and the bytes between them in lines of base64. A file that is no pool file
-/// but a text stands there as it is. Nothing can be made of it again.
+/// Writes what is whole of a damaged pool file as text, for people who compare two such texts: the faults, one
+/// a line, then the objects in the order of the file, and the bytes between them in lines of base64. A file that is not a pool file
+/// but a text is written unchanged. The output cannot be imported.
 void writeDamagedText(okttext::Bytes bytes, OKTTextFault const &fault, OKTTextSink const &sink);
 
 } // namespace okt

@@ -48,7 +48,7 @@ template <typename Take> void forCharacters(Bytes units, Take const &take)
     }
 }
 
-/// Takes one character from the front of UTF-8, which the JSON parser has made sure of.
+/// Removes one character from the front of a text, which is valid UTF-8, as the JSON parser has checked.
 char32_t takeCharacter(std::string_view &utf8)
 {
     auto const [character, size] = okt::firstCharacter(utf8);
@@ -196,7 +196,7 @@ std::string doubleText(double value)
     if (std::isinf(value))
         return value < 0 ? "\"-infinity\"" : "\"infinity\"";
     if (value == 0 && std::signbit(value))
-        return "\"-0\""; // as a number it is a whole number to many a reader, without its sign
+        return "\"-0\""; // many JSON readers would read -0 as the integer 0
     std::array<char, 32> buffer{};
     std::to_chars_result const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     return std::string(buffer.data(), end.ptr);

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// How values are written in the text form. Bytes of a stream on one side, on the other what stands between the quotation marks
-/// of a JSON string (when writing: `append...`, `...Text`) or what came of it (when reading: `parse...`). Not installed.
+/// The notation of values in the text form: bytes of a stream on one side, on the other the content of a JSON string between the
+/// quotation marks (writing: `append...`, `...Text`) or the parsed JSON string (reading: `parse...`). Not installed.
 namespace okttext
 {
 
@@ -16,7 +16,7 @@ using Bytes = std::string_view;
 
 /// UTF-16 units, little-endian, as the inside of a JSON string. A lone surrogate becomes U+FFFD.
 void appendUnits(std::string &json, Bytes units);
-/// The same with a notation of its own for lone surrogates, \uD800, and for the backslash, \\.
+/// The same, but a lone surrogate becomes \uD800 and a backslash becomes \\.
 void appendEscapedUnits(std::string &json, Bytes units);
 bool hasLoneSurrogate(Bytes units);
 /// Bytes as the inside of a JSON string: the characters of Windows-1252, where the five bytes that it leaves open are the
@@ -25,22 +25,22 @@ void appendNarrow(std::string &json, Bytes text);
 
 /// UTF-8 to units.
 std::string parseUnits(std::string_view utf8);
-/// Nothing: a backslash without a notation behind it.
+/// Empty: a backslash begins no known escape.
 std::optional<std::string> parseEscapedUnits(std::string_view utf8);
-/// Nothing: a character that Windows-1252 lacks.
+/// Empty: a character is not in Windows-1252.
 std::optional<std::string> parseNarrow(std::string_view utf8);
 
-/// A JSON number, the shortest that reads back as the same double, or a JSON string for what JSON has no number for.
+/// A JSON number, the shortest that reads back as the same double; a JSON string for infinity, NaN and -0.
 std::string doubleText(double value);
-/// What such a string says.
+/// The value of such a string.
 std::optional<double> parseDouble(std::string_view text);
 
 /// "{56069AD3-841A-4FC4-B6D9-6A2ABEC4A0D8}", of the 16 bytes as they lie in memory.
 std::string guidText(Bytes guid);
-/// Nothing unless it is that form; case does not count.
+/// Empty: it does not have that form. Case is ignored.
 std::optional<std::string> parseGuid(std::string_view text);
 
-/// "VT_R8"; empty for a kind that has no name.
+/// "VT_R8"; empty: the kind has no name.
 std::string_view kindName(std::int32_t kind);
 std::optional<std::int32_t> parseKind(std::string_view name);
 

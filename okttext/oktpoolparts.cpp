@@ -18,7 +18,7 @@ namespace
 
 constexpr char kHeaderClass[] = "OKTDbPool";
 
-/// Case of a class name does not count, as for a reader of frames.
+/// Compares class names without case, as the readers of frames do.
 bool isSameClass(Bytes left, Bytes right)
 {
     auto const folded = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
@@ -31,8 +31,8 @@ bool isSameKind(Record const &left, Record const &right)
     return left.type == right.type && (!left.isFrame() || isSameClass(left.payload, right.payload));
 }
 
-/// Gives the records the names of their counterparts. Sections are found by their numbers, everything else by its place.
-/// Members behind those that the class knows stay without a name, and so do all of a section in which one is of another kind.
+/// Copies the names of the corresponding records. Sections correspond by number, everything else by position.
+/// Members after those that the class knows get no name. Nor do all members of a section in which one has another kind.
 void takeNames(Record &record, Record const &known)
 {
     record.name = known.name;
@@ -74,7 +74,7 @@ void takeNames(Record &record, OKTTextFiler &known)
     }
     catch (OKTTextFault const &)
     {
-        // An object that stopped in the middle of its frame has no names to give.
+        // An object that failed in the middle of its frame gives no names.
     }
 }
 
@@ -94,7 +94,7 @@ CByteArray arrayOf(Bytes bytes)
 
 void nameObject(Record &frame, Bytes image)
 {
-    OKTDbPool pool; // of metres, as the file is
+    OKTDbPool pool; // its unit is the metre, as in the file
     CByteArray const bytes = arrayOf(image.substr(frame.begin, frame.end - frame.begin));
     OKTMemoryFiler reader(&pool);
     reader.readInPlace(bytes);
@@ -104,7 +104,7 @@ void nameObject(Record &frame, Bytes image)
         return;
     std::unique_ptr<OKTDbObject> const object(made);
     OKTTextFiler names(&pool);
-    // Whether all of it was read does not matter: names are taken where the kinds of the records are the same.
+    // It may have been read only in part: names are copied only where the kinds of the records agree.
     object->xmlIn(&reader);
     object->xmlOut(&names);
     takeNames(frame, names);

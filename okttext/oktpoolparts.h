@@ -11,7 +11,7 @@
 namespace okttext
 {
 
-/// Bytes of the record ahead of the header.
+/// Bytes of the record before the header.
 inline constexpr std::size_t kLengthRecord = 5;
 
 Bytes bytesOf(CByteArray const &array);
@@ -25,11 +25,11 @@ struct PoolParts
     TextWriter::Places places;
 };
 
-/// Throws OKTTextFault with the byte at fault.
+/// Throws OKTTextFault with the offset of the fault.
 PoolParts takeApart(Bytes bytes);
 
-/// Give the records the names under which the object, or the pool, itself writes what it has read. Where the class is not
-/// registered they stay as they are.
+/// Set the names of the records to those that the object, or the pool, uses when it writes itself. If the class is not
+/// registered, the names stay unchanged.
 void nameObject(Record &frame, Bytes image);
 void nameHeader(Record &frame, Bytes image);
 

@@ -50,7 +50,7 @@ private:
         bool const isCut = m_walk.state() == okt::RecordWalk::State::Cut;
         auto const position = static_cast<std::size_t>(m_walk.position());
         std::size_t at = isCut ? m_bytes.size() : position;
-        // Of bytes only the count can be wrong.
+        // In a byte array only the length can be wrong.
         if (!isCut && m_walk.position() == m_walk.record().begin && m_bytes[position] == static_cast<char>(RecordType::Bytes))
             ++at;
         std::string const what = isCut ? "the file ends inside " : "damaged inside ";
@@ -59,7 +59,7 @@ private:
 
     std::string place() const
     {
-        // A fault behind the class name leaves the name.
+        // The name is valid even if there is a fault after it.
         Bytes const name = m_walk.open().empty() ? payloadOf(m_walk.record()) : m_class;
         if (name.empty())
             return "an object";
@@ -121,7 +121,7 @@ private:
         }
         if (depth > kDeepest + 1)
             return;
-        // A record is open while its address is kept: nothing is added beside it then.
+        // The addresses of open records stay valid: siblings are added only after a record is closed.
         Record &made = add(record);
         if (depth > kDeepest)
         {
@@ -162,8 +162,8 @@ private:
     std::vector<std::string> const *m_names;
     std::size_t &m_nextName;
     Bytes m_class;                 ///< of the outermost frame
-    Record m_top;                  ///< what holds the record
-    std::vector<Record *> m_built; ///< those of the open ones that are looked into
+    Record m_top;                  ///< the parent of the record
+    std::vector<Record *> m_built; ///< the open records that are not raw
     Record *m_raw = nullptr;
 };
 
@@ -215,7 +215,7 @@ std::vector<PoolPiece> findObjects(Bytes image, std::size_t offset)
     std::vector<PoolPiece> pieces;
     while (offset < image.size())
     {
-        // The byte ahead of the block is the end of the header.
+        // The byte before the block is the end of the header.
         std::size_t found = image.find(Bytes(kHead, sizeof kHead), offset - 1);
         found = found == Bytes::npos ? image.size() : found + 1;
         if (found > offset)
@@ -229,7 +229,7 @@ std::vector<PoolPiece> findObjects(Bytes image, std::size_t offset)
     return pieces;
 }
 
-// --- The way back ---
+// --- From records to bytes ---
 
 void appendLittle(std::string &out, std::uint64_t value, int bytes)
 {

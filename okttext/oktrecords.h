@@ -11,46 +11,46 @@
 #include <string_view>
 #include <vector>
 
-/// The records of a stream as a tree, found by the bytes alone, and the way back. Not installed.
-/// The grammar is that of RecordWalk, which finds them; nothing but the nesting is insisted on.
+/// The records of a stream as a tree, and the stream of such a tree. No class is needed. Not installed.
+/// The records are found by RecordWalk; only wrong nesting is an error.
 namespace okttext
 {
 
 using Bytes = std::string_view;
 
-/// Frames and sections that stand deeper than this in each other are kept as they are, not looked into.
+/// Frames and sections nested deeper than this are kept as raw bytes.
 inline constexpr std::size_t kDeepest = 64;
 
-/// What a string record can hold, in units or bytes.
+/// The maximum length of a string record, in units or bytes.
 inline constexpr std::size_t kLongestText = 65535;
 
 struct Record
 {
-    /// FrameBegin of a frame, SectionBegin of a section, with what they hold. Nothing: a stretch that is not looked into.
+    /// FrameBegin stands for a whole frame, SectionBegin for a whole section. Empty: raw bytes.
     std::optional<okt::RecordType> type;
     std::size_t begin = 0; ///< of its type byte
     std::size_t end = 0;
     Bytes payload;           ///< of a value: its number or text; of a frame: the class name; of a raw stretch: all of it
     std::int32_t number = 0; ///< of a bool, short and long: the value; of a frame: the version; of a section: its number
-    std::string name;        ///< as it stands between quotation marks of the text form; empty: not known
+    std::string name;        ///< as written between the quotation marks in the text form; empty: not known
     std::vector<Record> children;
 
     bool isFrame() const { return type == okt::RecordType::FrameBegin; }
     bool isSection() const { return type == okt::RecordType::SectionBegin; }
 };
 
-/// The record that begins at `offset`. With names, the records but sections take them from `nextName` on, in the order in which
-/// they begin. Throws OKTTextFault with the byte at fault.
+/// The record at `offset`. With `names`, all records except sections get names, from `nextName` on, in the order in which
+/// they begin. Throws OKTTextFault with the offset of the fault.
 Record parseRecord(Bytes bytes, std::size_t offset, std::vector<std::string> const *names, std::size_t &nextName);
 Record parseRecord(Bytes bytes, std::size_t offset);
 
-/// The 16 bytes of a frame that is that of an id, to the last byte; empty for any other record. They lie in pieces, hence a
+/// The 16 bytes of an id if the record is exactly the frame of an id; else empty. The bytes are not contiguous, hence a
 /// copy.
 std::string idOf(Record const &record);
-/// The first such id in a record, in the order of the bytes.
+/// The first id inside a record.
 std::string firstIdIn(Record const &record);
 
-/// A piece of the objects block: the frame of an object, or what stands between and behind them.
+/// A part of the objects block: the frame of an object, or the bytes between and after objects.
 struct PoolPiece
 {
     std::size_t begin = 0;

@@ -22,7 +22,7 @@ std::string notationOf(CString const &name)
     return json;
 }
 
-/// Whole records from the first byte to the last; nothing where one is open or broken.
+/// Splits the bytes into records; empty: one of them is open or damaged.
 std::vector<okttext::Record> recordsOf(okttext::Bytes bytes, std::vector<std::string> const &names)
 {
     std::vector<okttext::Record> records;
@@ -92,7 +92,7 @@ try
 }
 OKT_ANSWER_ZERO
 
-// What the other calls write goes through these.
+// The other write operations call these.
 
 bool OKTTextFiler::beginWriteClass(CString name, CString className, int version)
 {

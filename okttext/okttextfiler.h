@@ -19,20 +19,20 @@
 ///     OKTTextFault fault;
 ///     bool const read = reader.loadText(text, fault) && other.xmlIn(&reader) == eFilerOk;
 ///
-/// A memory filer whose records are shown as text, so the two media hold the same to the last bit, with the same limits. Like
-/// all reading of records, reading is by position: the names in a text are for people.
+/// It is a memory filer whose records are converted to text, so both store exactly the same, with the same limits. As in
+/// every filer of records, members are read by position: the names in a text are only for people.
 class OKTTextFiler : public OKTMemoryFiler
 {
 public:
     OKTTextFiler(OKTDbPool *pool = nullptr) : OKTMemoryFiler(pool) {} // NOLINT: the published signature
 
-    /// What was written so far, as a document; empty when a frame is still open, and while reading.
+    /// The document written so far; empty while a frame is open, and while reading.
     std::string text();
-    /// Turns to reading, from the first record of the text. False, and the filer as it was: the text is no JSON, or not of this
+    /// Switches to reading, at the first record of the text. False, and the filer is unchanged: the text is not JSON, or not of this
     /// form.
     bool loadText(std::string_view text, OKTTextFault &fault);
 
-    /// The names of what was written, one for each frame and value in their order, as they stand between quotation marks.
+    /// The names of the frames and values that were written, in their order, as they appear between quotation marks.
     std::vector<std::string> const &names() const { return m_names; }
 
     bool beginWriteClass(CString name, CString className, int version) override;

@@ -40,7 +40,7 @@ void writeText(Bytes bytes, PoolParts &image, OKTTextSink const &sink, OKTTextPu
     writer.endDocument();
 }
 
-/// What stands in the header for the place or size of an object.
+/// The value to store in the header for the position or size of an object.
 void fillPlaces(std::string &bytes, std::vector<PlaceWord> const &words, TextWriter::Places const &places)
 {
     for (PlaceWord const &word : words)
@@ -66,7 +66,7 @@ std::string assemble(PoolText const &text)
     {
         PoolParts const image = takeApart(bytes);
         fillPlaces(bytes, text.words, image.places);
-        // A raw stretch can make something else of the records behind it than the text shows.
+        // After raw bytes the following records may be read differently than the text shows.
         if (!text.words.empty())
             takeApart(bytes);
     }

@@ -10,20 +10,20 @@
 #include <string>
 #include <string_view>
 
-// The lossless text form of a pool file: JSON, one value a line, told in docs/text-form.md. A text made of a file gives that
-// file again, byte for byte, whatever classes it holds. Names of members are there for the reader and do not count on the way
-// back; they are those of the classes that are registered.
+// The lossless text form of a pool file: JSON, one value a line, described in docs/text-form.md. The text of a file gives that
+// file again, byte for byte, with objects of any class. Names of members are for people; reading a text ignores them.
+// Only members of registered classes have names.
 
-/// Takes the text piece by piece. Whatever it throws goes to the caller.
+/// Gets the text piece by piece. Its exceptions reach the caller.
 using OKTTextSink = std::function<void(std::string_view)>;
 
-/// Keeps a picture or a byte array in a file and gives the file's name, in UTF-8. `stem` is what it may be named after: the id
-/// of its object; more than one may come under the same. Whatever it throws goes to the caller.
+/// Stores a picture or a byte array in a file and returns the name of the file in UTF-8. `stem` is a suggested name: the id
+/// of the object; it may be given several times. Its exceptions reach the caller.
 using OKTTextPutFile = std::function<std::string(std::string const &stem, CByteArray const &bytes)>;
-/// The bytes kept under a name. Whatever it throws goes to the caller.
+/// Returns the bytes stored under a name. Its exceptions reach the caller.
 using OKTTextGetFile = std::function<CByteArray(std::string const &name)>;
 
-/// Hears how many bytes of the image and how many objects are done. Whatever it throws goes to the caller.
+/// Called with the number of bytes of the image and of objects that are done. Its exceptions reach the caller.
 using OKTTextProgress = std::function<void(std::size_t bytes, std::size_t objects)>;
 
 /// A pool image, from a file or from OKTDbPool::saveFiler, as text. With `put`, pictures and longer byte arrays go into files.

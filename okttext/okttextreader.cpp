@@ -31,7 +31,7 @@ struct Place
     long column = 0;
 };
 
-/// The text, and how far it was read.
+/// The text and the current position in it.
 class Source
 {
 public:
@@ -52,9 +52,9 @@ public:
         if (++m_next == m_end)
             fill();
     }
-    /// Of the last character that was read.
+    /// The place of the last character that was read.
     Place place() const { return m_place; }
-    /// Of the one ahead of it: a number ends where the parser has read one character more.
+    /// The place of the character before it: at the end of a number the parser has read one character too many.
     Place before() const { return m_before; }
 
 private:
@@ -75,7 +75,7 @@ private:
     Place m_before;
 };
 
-/// What the JSON parser reads from.
+/// The iterator from which the JSON parser reads.
 class SourceIterator
 {
 public:
@@ -255,7 +255,7 @@ public:
         m_key.clear();
         if (m_isInHeader && m_open.size() == 1)
         {
-            Open header; // apart from the objects, which may stand ahead of it
+            Open header; // kept apart: objects may come before the header
             append(done, header);
             m_pool.header = std::move(header.content);
             m_pool.words = std::move(header.words);
@@ -296,7 +296,7 @@ public:
 
     bool parse_error(std::size_t, std::string const &, nlohmann::json::exception const &error)
     {
-        // The parser's own words begin with a number, and with the place where it has one.
+        // Messages of the parser begin with a number, and some with the place.
         std::string_view reason = error.what();
         Place place = m_source.before();
         if (std::size_t const line = reason.find("at line "); line != std::string_view::npos)
@@ -328,7 +328,7 @@ private:
 
     [[noreturn]] void failHere(std::string reason) const { failAt(m_source.place(), std::move(reason)); }
 
-    /// Of the value that stands next: where the object that it belongs to begins is the better place when there is one.
+    /// The place to report for the next value: the beginning of its object, if there is one.
     [[noreturn]] void fail(std::string reason) const
     {
         if (m_open.size() > 1)
@@ -336,7 +336,7 @@ private:
         failHere(std::move(reason));
     }
 
-    // --- What belongs where ---
+    // --- Checks of the structure ---
 
     static bool isKnown(std::string_view key, bool isDocument)
     {
@@ -395,7 +395,7 @@ private:
     {
         constexpr std::int64_t kLeast = std::numeric_limits<T>::min();
         constexpr std::int64_t kMost = std::numeric_limits<T>::max();
-        // 5.0 is a whole number to JSON, and to some programs the way to write one.
+        // Some programs write the whole number 5 as 5.0.
         bool const isWhole = value.kind == Value::Kind::Whole
                                  ? value.whole >= kLeast && value.whole <= kMost
                                  : value.kind == Value::Kind::Number && value.number >= static_cast<double>(kLeast) &&
@@ -470,7 +470,7 @@ private:
             failAt(open.place, quotedKey(key) + " is longer than 65535 units");
     }
 
-    /// One entry of a list, at its end, to the bytes of the list.
+    /// Appends a complete entry to the bytes of its list.
     void append(Open &done, Open &parent)
     {
         if (Value const *const name = done.find("name"))
@@ -571,7 +571,7 @@ private:
             failAt(open.place, quotedKey(key) + " does not belong here");
     }
 
-    /// A value record, or false.
+    /// Appends a value record; false: the entry is not one.
     bool appendValue(Field const &field, Open const &open, Open &parent)
     {
         std::string &out = parent.content;
@@ -611,7 +611,7 @@ private:
         return true;
     }
 
-    /// A number, or in the header a word for one that is known at the end.
+    /// A number, or in the header a word for a number that is known only at the end.
     std::int32_t longOf(Value const &value, Open const &open, Open &parent)
     {
         bool const isPosition = value.text == "position";

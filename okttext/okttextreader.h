@@ -9,19 +9,19 @@
 #include <string>
 #include <vector>
 
-/// JSON to records. Texts are read piece by piece and never kept whole. All throw OKTTextFault with the line. Not installed.
+/// Converts JSON to records. Texts are read piece by piece. All functions throw OKTTextFault with the line. Not installed.
 namespace okttext
 {
 
-/// A long of the header for which the text has a word: the place or the size of the object of that id.
+/// A number of the header for which the text has the word "position" or "size" of an object.
 struct PlaceWord
 {
     std::size_t offset = 0; ///< of the record in the header
     bool isPosition = false;
-    std::string id; ///< 16 bytes, or none: no id stands ahead of it
+    std::string id; ///< 16 bytes of the id of that object; empty: there is no id before it
 };
 
-/// A pool in pieces.
+/// The parts of a pool.
 struct PoolText
 {
     std::optional<std::int32_t> headerSize;
@@ -31,7 +31,7 @@ struct PoolText
 };
 
 PoolText readPool(std::istream &text, OKTTextGetFile const &get);
-/// The records of a document that is no pool.
+/// The records of a document that is not a pool.
 std::string readRecords(std::istream &text);
 
 } // namespace okttext

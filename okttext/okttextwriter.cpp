@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr std::size_t kFlushBeyond = 1 << 16;
-// A shorter byte array reads well enough in its line.
+// Shorter byte arrays stay in the text.
 constexpr std::size_t kSmallestFile = 256;
 
 double doubleOf(Bytes payload)
@@ -272,8 +272,8 @@ void TextWriter::stored(std::string_view key, Bytes bytes, bool isWorthAFile)
     m_text += '"';
 }
 
-/// A count and that many ids under one name, "list.Length" or "Lengthlist", "list.0", "list.1", become one list. Gives how many
-/// records that are, or 0. A count of 0 stays a number: what the list would hold is not known.
+/// A count and that many ids under one name, "list.Length" or "Lengthlist", "list.0", "list.1", become one list. Returns how many
+/// records these are, or 0. A count of 0 stays a number, since the kind of the elements is not known.
 std::size_t TextWriter::idList(List const &records, std::size_t first, bool &isFirst)
 {
     constexpr std::string_view kLength = "Length";
@@ -312,7 +312,7 @@ std::size_t TextWriter::idList(List const &records, std::size_t first, bool &isF
     return ids + 1;
 }
 
-/// The two sections of a picture's text become the image, where they are made of it and of nothing else.
+/// Writes the two sections with the text of a picture as one image, if they contain exactly that.
 bool TextWriter::picture(Record const &head, Record const &rest, bool &isFirst)
 {
     if (!head.isSection() || head.children.size() != 1 || !rest.isSection() || rest.children.empty() ||
@@ -339,8 +339,8 @@ bool TextWriter::picture(Record const &head, Record const &rest, bool &isFirst)
     return true;
 }
 
-/// In the header: "position" and "size" for a number that tells just that of the object whose id stands last before it, -1
-/// where there is none.
+/// In the header: "position" or "size" for a number that is just that of the object whose id was written last, or -1
+/// if there is no such object.
 std::optional<std::string_view> TextWriter::placeWord(Record const &record) const
 {
     if (m_places == nullptr || m_lastId.empty())

@@ -9,14 +9,14 @@
 #include <string>
 #include <utility>
 
-/// Records to JSON, one value a line. Not installed.
+/// Converts records to JSON, one value a line. Not installed.
 namespace okttext
 {
 
 class TextWriter
 {
 public:
-    /// Where objects lie, by id: position from the start of the objects block, and size. The first object of an id counts.
+    /// Position (from the start of the objects block) and size of the objects, by id. If an id occurs twice, of the first object.
     using Places = std::map<std::string, std::pair<std::int32_t, std::int32_t>>;
 
     /// `bytes` is the stream whose records are written.
@@ -27,9 +27,9 @@ public:
 
     /// The first lines: notation and its version.
     void beginDocument();
-    /// What the file says where that is not the size of the header.
+    /// The stated size of the header, where it is wrong.
     void headerSize(std::int32_t size);
-    /// The header of a pool; numbers in it that tell the place of an object are written as words.
+    /// The header of a pool; positions and sizes of objects are written as words.
     void header(Record const &frame, Places const &places);
     void beginList(std::string_view key);
     /// An entry of the list.

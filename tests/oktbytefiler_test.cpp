@@ -167,6 +167,18 @@ TEST(OKTByteFiler, AppendBytes_BufferWouldPassTheLargestSize_FalseAndNothingAppe
     EXPECT_EQ(contents(filer), hex("01"));
 }
 
+TEST(OKTByteFiler, BeginFrame_FramingWouldPassTheLargestSize_FalseWithoutAReport)
+{
+    ReportCatcher const reports;
+    OKTByteFiler filer(1024);
+    ASSERT_NE(filer.extend(INT_MAX - 100), nullptr); // addresses alone: nobody looks at the bytes
+    EXPECT_FALSE(filer.beginFrame(u"C", 64));        // 449 bytes are owed for its sections and their ends
+    EXPECT_EQ(filer.getLength(), INT_MAX - 100);
+    EXPECT_EQ(filer.extend(101), nullptr);
+    EXPECT_EQ(filer.extend(-1), nullptr);
+    EXPECT_EQ(reports.count(), 0u);
+}
+
 TEST(OKTByteFiler, SaveBytes_WhileWriting_ReplacesTheTarget)
 {
     OKTByteFiler filer(1024);

@@ -370,6 +370,32 @@ TEST_P(StoredClassFrame, XmlOutAndIn_EachCallThrows_OneReportAndSuccess_Quirk6)
     }
 }
 
+TEST_P(StoredClassFrame, XmlOutAndIn_OwnCallThrows_ReportNamesTheClass_Quirk6)
+{
+    std::string stem = object->isA(CString(u"OKTDbGroupParameter")) ? "OKTDbParameter" : GetParam();
+    for (char &letter : stem)
+        letter = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
+    auto const expectReport = [&](CallRecord const &filer, ReportCatcher const &reports, std::string const &operation) {
+        ASSERT_EQ(reports.count(), 1u) << operation << ' ' << filer.calls().size();
+        EXPECT_THAT(reports.texts()[0], IsReportOf(stem)) << operation;
+    };
+    // The first frame that is begun, and the last section and frame that are begun or ended, are those of the class itself.
+    ScriptedFiler dry;
+    ASSERT_EQ(object->xmlOut(&dry), eFilerOk);
+    ASSERT_EQ(object->xmlIn(&dry), eFilerOk);
+    for (std::string const direction : {"Write", "Read"})
+        for (std::string const step : {"begin?Class", "begin?Members", "end?Members", "end?Class"})
+        {
+            std::string operation = step;
+            operation.replace(operation.find('?'), 1, direction);
+            ScriptedFiler filer;
+            filer.throwAt(operation, step == "begin?Class" ? 1 : opened(dry.calls(), operation));
+            ReportCatcher reports;
+            EXPECT_EQ(direction == "Write" ? object->xmlOut(&filer) : object->xmlIn(&filer), eFilerOk) << operation;
+            expectReport(filer, reports, operation);
+        }
+}
+
 TEST_P(StoredClassFrame, XmlIn_FrameOfAnotherClass_Status4)
 {
     TestObject other;

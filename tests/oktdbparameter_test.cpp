@@ -740,6 +740,40 @@ TEST_F(ParameterTest, XmlIn_NameOfTheValue_IsTheSameForAllTypes_Quirk45)
     }
 }
 
+TEST_F(ParameterTest, XmlIn_ValueOfALengthRefused_1AndTheRestIsReadAndWhatIsThereConverted)
+{
+    OKTDbPool pool;
+    pool.setMetricsFactor(1000.0);
+    ScriptedFiler whole;
+    whole.giveInt(6);
+    OKTDbParameter const given = owned(pool, 6, 2.5);
+    OKTDbParameter parameter = given;
+    ASSERT_EQ(parameter.xmlIn(&whole), eFilerOk);
+    EXPECT_EQ(parameter.Value().dblVal, 2500.0);
+
+    ScriptedFiler filer;
+    filer.giveInt(6);
+    filer.failAt("readVariant", 1);
+    parameter = given;
+    EXPECT_EQ(parameter.xmlIn(&filer), eFilerMemberFailed);
+    EXPECT_EQ(filer.calls(), whole.calls());
+    EXPECT_EQ(parameter.Value().vt, VT_R8);
+    EXPECT_EQ(parameter.Value().dblVal, 2500.0);
+}
+
+TEST_F(ParameterTest, XmlIn_FrameOfTheValueOfALengthRefused_1AndTheKindIsNull)
+{
+    OKTDbPool pool;
+    pool.setMetricsFactor(1000.0);
+    RecordingFiler filer(&pool);
+    filer.loadFiler(written(owned(pool, 6, 2500.0)));
+    filer.failInsideAt("beginReadClass", 2); // the first is that of the id
+    OKTDbParameter parameter;
+    EXPECT_EQ(parameter.xmlIn(&filer), eFilerMemberFailed);
+    EXPECT_EQ(parameter.Value().vt, VT_NULL);
+    EXPECT_EQ(parameter.Type(), 6);
+}
+
 TEST_F(ParameterTest, XmlOut_LengthUnderAFactor_IsDividedAndTheObjectUnchanged)
 {
     OKTDbPool pool;

@@ -2,6 +2,7 @@
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
+#include "support/reporttext.h"
 #include "support/scratchfolder.h"
 #include "support/streambuilder.h"
 
@@ -499,6 +500,21 @@ TEST_F(PictureTest, BaseRefused_ItsStatusAtOnceTheFrameLeftOpenAndTheDataKept)
     EXPECT_EQ(picture.xmlIn(&in), eFilerMemberFailed);
     EXPECT_EQ(in.calls().size(), 6u);
     EXPECT_EQ(data(picture), bytesOf({1, 2, 3}));
+}
+
+TEST_F(PictureTest, XmlOut_FilerThrows_ReportOfTheClassAndSuccess_Quirk6)
+{
+    for (char const *const operation : {"writeString", "writeInt", "writePoint3d"})
+    {
+        OKTDbPicture picture;
+        picture.setPictureData(bytesOf({1, 2, 3}));
+        ScriptedFiler filer;
+        filer.throwAt(operation, 1);
+        EXPECT_EQ(picture.xmlOut(&filer), eFilerOk) << operation;
+        ASSERT_EQ(m_reports.count(), 1u) << operation;
+        EXPECT_THAT(m_reports.texts()[0], IsReportOf("oktdbpicture")) << operation;
+        m_reports.clear();
+    }
 }
 
 TEST_F(PictureTest, XmlIn_FilerThrows_ReportAndSuccessAndTheDataKept_Quirk6)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktdatabase/oktdbpool.h>
 
+#include "support/hookedobject.h"
 #include "support/imageof.h"
 #include "support/printers.h"
 #include "support/recordingfiler.h"
@@ -12,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <random>
@@ -565,6 +567,83 @@ TEST(OKTDbPoolClone, Clone_TranslationOnAndReferenceThroughAFilerOfTheObjectsOwn
     auto const *const copy = ClientBlock::cast(*map.find(block->objectId()));
     ASSERT_NE(copy, nullptr);
     EXPECT_EQ(copy->m_idOther, *map.find(parameter->objectId()));
+}
+
+// The filer of a clone has its own map: what an object does to its pool while it is read changes no id that comes after.
+TEST(OKTDbPoolClone, Clone_ObjectChangesTheMapOfItsPoolWhileItIsRead_IdsBehindItAreTranslatedAllTheSame)
+{
+    std::function<void(OKTDbPool &)> const changes[] = {
+        [](OKTDbPool &pool) { pool.setMapTranslatedIds(IdMap()); },
+        [](OKTDbPool &pool) { pool.RearangeMapTranslatedIds(); },
+        [](OKTDbPool &pool) { pool.setBoolTranslatedIds(false); },
+        [](OKTDbPool &pool) { pool.eraseAllObjects(); },
+    };
+    for (auto const &change : changes)
+    {
+        std::size_t const number = static_cast<std::size_t>(&change - changes);
+        OKTDbPool source;
+        OKTDbObjectId const used = appendTo<OKTDbRelation>(source)->objectId();
+        for (int i = 0; i < 5; ++i)
+            appendTo<HookedObject>(source)->m_idOther = used;
+        source.setBoolTranslatedIds(true);
+        Hooks const hooks;
+        IdMap before;
+        HookedObject::s_whileRead = [&](HookedObject &object, OKTFiler &) {
+            OKTDbPool *const pool = object.objectId().getPool();
+            ASSERT_NE(pool, nullptr);
+            EXPECT_NE(pool, &source);
+            if (before.isEmpty())
+                before = pool->MapTranslatedIds();
+            change(*pool);
+        };
+        std::unique_ptr<OKTDbPool> const clone(source.clone());
+        ASSERT_NE(clone, nullptr) << number;
+        ASSERT_EQ(before.getSize(), 6) << number;
+        int found = 0;
+        for (OKTDbObjectId const &id : idsOf(*clone))
+            if (auto const *const object = HookedObject::cast(id))
+            {
+                ++found;
+                EXPECT_EQ(object->m_idOther, *before.find(used)) << number;
+            }
+        EXPECT_EQ(found, number == 3 ? 1 : 5) << number; // the last one is appended when the others are gone
+    }
+}
+
+TEST(OKTDbPoolClone, Clone_ObjectSwitchesTranslationOffWhileItIsWritten_MapIsThereAndIdsAreAsTheyWere)
+{
+    OKTDbPool source;
+    OKTDbObjectId const used = appendTo<OKTDbRelation>(source)->objectId();
+    appendTo<HookedObject>(source)->m_idOther = used;
+    source.setBoolTranslatedIds(true);
+    Hooks const hooks;
+    HookedObject::s_whileWritten = [&](HookedObject const &, OKTFiler &) { source.setBoolTranslatedIds(false); };
+    std::unique_ptr<OKTDbPool> const clone(source.clone());
+    ASSERT_NE(clone, nullptr);
+    EXPECT_EQ(texts(idsOf(*clone)), texts(idsOf(source)));
+    IdMap const map = clone->MapTranslatedIds();
+    ASSERT_EQ(map.getSize(), 2);
+    EXPECT_EQ(texts(map.keys()), texts(idsOf(source)));
+    for (auto const &[old, fresh] : map)
+        EXPECT_EQ(fresh.getPool(), clone.get());
+}
+
+// Ids that are noted while a pool is saved belong to no pool: only a clone binds them.
+TEST(OKTDbPoolClone, SaveFiler_TranslationOn_TranslatedIdsHaveNoPool)
+{
+    OKTDbPool source;
+    appendTo<OKTDbRelation>(source);
+    appendTo<TestObject>(source);
+    source.setBoolTranslatedIds(true);
+    CByteArray image;
+    IdMap translated;
+    ASSERT_TRUE(source.saveFiler(image, translated));
+    ASSERT_EQ(translated.getSize(), 2);
+    for (auto const &[old, fresh] : translated)
+    {
+        EXPECT_FALSE(fresh.isNull());
+        EXPECT_EQ(fresh.getPool(), nullptr);
+    }
 }
 
 TEST(OKTDbPoolClone, Clone_ObjectThatFailsBeforeItsId_IsAskedOnceAndReportsOnce)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/alloccount.h"
 #include "support/clientclasses.h"
 #include "support/expectedleak.h"
 #include "support/printers.h"
@@ -824,6 +825,33 @@ TEST_F(PoolFileTest, XmlIn_PictureFails_ListEndsThere)
                             "readObjectId m_radialReinfId", "endReadMembers", "endReadClass"));
 }
 
+TEST_F(PoolFileTest, XmlIn_IdOfAPictureFails_ItsPlaceIsReadAndTheListEndsThere)
+{
+    OKTDbPool pool;
+    ScriptedFiler filer;
+    for (int i = 0; i < 6; ++i)
+        filer.giveInt(-1);
+    filer.giveInt(3);
+    for (int i = 0; i < 6; ++i)
+        filer.giveObjectId(OKTDbObjectId());
+    filer.giveObjectId(idOf(k1));
+    filer.giveObjectId(idOf(k2));
+    filer.failAt("readObjectId", 8);
+    InfoMap info;
+
+    EXPECT_EQ(pool.xmlIn(&filer, info), eFilerMemberFailed);
+
+    std::vector<std::string> const &calls = filer.calls();
+    EXPECT_THAT(std::vector<std::string>(calls.end() - 13, calls.end()),
+                ElementsAre("beginReadMembers 5", "readInt m_tabPictures.Length", "readObjectId m_tabPictures.0",
+                            "readInt nObjectPosition", "readInt nObjectSize", "readObjectId m_tabPictures.1",
+                            "readInt nObjectPosition", "readInt nObjectSize", "endReadMembers", "beginReadMembers 6",
+                            "readObjectId m_radialReinfId", "endReadMembers", "endReadClass"));
+    ASSERT_EQ(pool.picturesId().getSize(), 2);
+    EXPECT_EQ(textOf(pool.picturesId().at(0)), k1);
+    EXPECT_TRUE(pool.picturesId().at(1).isNull());
+}
+
 // --- The factor --------------------------------------------------------------------------------------------------------------
 
 TEST_F(PoolFileTest, WriteFile_AnyFactor_FileSaysOne_Quirk17)
@@ -1279,6 +1307,36 @@ TEST_F(PoolFileTest, SaveFiler_ObjectThatFails_FalseImageEmptyPoolUnchanged)
     }
 }
 
+TEST_F(PoolFileTest, SaveFiler_HeaderThatFails_FalseImageEmptyPoolUnchanged)
+{
+    OKTDbPool pool;
+    fill(pool);
+    pool.appendObject(new OKTDbRelation);
+    pool.setPoolName(CString(std::u16string(60'000, u'n').c_str()));
+    CByteArray image = bytesOf({1, 2, 3});
+    IdMap translated;
+    bool saved = true;
+    bool struck = false;
+    {
+        // The record of the name finds no memory.
+        AllocationFault const fault(FaultKind::Large, 100'000);
+        saved = pool.saveFiler(image, translated);
+        struck = fault.struck();
+    }
+    if (AllocationFault::reachesCAllocator())
+    {
+        EXPECT_TRUE(struck);
+        EXPECT_FALSE(saved);
+        EXPECT_EQ(image.GetSize(), 0);
+        EXPECT_EQ(translated.getSize(), 0);
+    }
+    EXPECT_EQ(pool.objectCount(), 1);
+    EXPECT_EQ(pool.poolName().GetLength(), 60'000);
+    m_reports.clear(); // of the record
+    EXPECT_TRUE(pool.saveFiler(image, translated));
+    EXPECT_GT(image.GetSize(), 120'000);
+}
+
 TEST_F(PoolFileTest, SaveFiler_ObjectThatThrows_FalseWithAReportAndImageEmpty)
 {
     OKTDbPool pool;
@@ -1535,6 +1593,42 @@ TEST_F(PoolFileTest, ResetObject_WithTranslationOn_KeepsTheIdAndMakesNoNewOnes)
     EXPECT_EQ(relation->objectId(), id);
     EXPECT_EQ(relation->parameterCount(), 0);
     EXPECT_EQ(pool.MapTranslatedIds().getSize(), 0);
+}
+
+TEST_F(PoolFileTest, ResetObject_BareGuid_ObjectIsAsNewAndKeepsItsOwnId)
+{
+    OKTDbPool pool;
+    auto *const parameter = new OKTDbParameter(6, pool.objectId());
+    pool.appendObject(parameter);
+    parameter->setDescription(u"text");
+    OKTDbObjectId bare;
+    bare.setGuid(parameter->objectId().getGuid());
+    ASSERT_TRUE(pool.resetObject(bare));
+    EXPECT_EQ(parameter->Description(), u"");
+    EXPECT_EQ(parameter->objectId(), bare);
+    EXPECT_EQ(parameter->objectId().getPool(), &pool);
+}
+
+TEST_F(PoolFileTest, ResetObject_ReplacedObject_TheNewOneIsAsNewAndTheOldOneAsItWas)
+{
+    OKTDbPool pool;
+    auto *const old = new OKTDbParameter(6, pool.objectId());
+    ASSERT_TRUE(pool.appendObject(old));
+    OKTDbObjectId const id = old->objectId();
+    old->setDescription(u"old");
+    auto *const category = new OKTDbCategory;
+    category->setObjectId(idOf(k1));
+    category->setCategoryName(u"Bars");
+    ASSERT_TRUE(pool.replaceObject(id, category));
+    std::unique_ptr<OKTDbObject> const handedBack(old);
+
+    ASSERT_TRUE(pool.resetObject(id));
+
+    EXPECT_EQ(category->CategoryName(), u"");
+    EXPECT_EQ(textOf(category->objectId()), k1); // its own id, under which the pool does not hold it
+    EXPECT_EQ(object(pool, textOf(id).c_str()), category);
+    EXPECT_EQ(old->Description(), u"old");
+    EXPECT_EQ(old->objectId(), id);
 }
 
 TEST_F(PoolFileTest, ResetObject_UnknownIdOrNullEntry_False)

@@ -42,6 +42,17 @@ TEST_F(RelationTest, ClassPatternAndCopy)
     EXPECT_EQ(textOf(copy.objectId()), k1);
 }
 
+TEST_F(RelationTest, Assignment_TakesTheId)
+{
+    OKTDbRelation relation;
+    relation.setObjectId(idOf(k1));
+    OKTDbRelation other;
+    OKTDbRelation &assigned = other = relation;
+    EXPECT_EQ(&assigned, &other);
+    EXPECT_EQ(textOf(other.objectId()), k1);
+    EXPECT_TRUE(other.isA(u"OKTDbRelation"));
+}
+
 TEST_F(RelationTest, XmlOut_CallsInOrderAndBytes)
 {
     OKTDbRelation relation;

@@ -85,6 +85,60 @@ TEST(OKTMemoryFiler, Construct_WithAPool_CopiesTheMapOfThatMoment)
     EXPECT_TRUE(taken.isEmpty());
 }
 
+TEST(OKTMemoryFiler, SaveMapTranslatedIds_OfTwoFilers_TheEntryOfTheLaterOneWins)
+{
+    OKTDbPool pool;
+    auto *const object = new TestObject;
+    ASSERT_TRUE(pool.appendObject(object));
+    OKTDbObjectId const earlier = OKTDbObjectId::createObjectId(&pool);
+    OKTDbObjectId const later = OKTDbObjectId::createObjectId(&pool);
+    IdMap gathered;
+    for (OKTDbObjectId const &fresh : {earlier, later})
+    {
+        OKTMemoryFiler filer;
+        IdMap map;
+        map[object->objectId()] = fresh;
+        EXPECT_TRUE(filer.loadMapTranslatedIds(map));
+        EXPECT_TRUE(filer.saveMapTranslatedIds(gathered));
+    }
+    ASSERT_EQ(gathered.getSize(), 1);
+    EXPECT_EQ(gathered.valueAt(0), later);
+}
+
+TEST(OKTMemoryFiler, WriteObjectId_TranslationOnWithoutPool_TheFreshIdHasNoPool)
+{
+    OKTDbPool pool;
+    auto *const object = new TestObject;
+    ASSERT_TRUE(pool.appendObject(object));
+    OKTMemoryFiler filer;
+    filer.setTranslatedIds(true);
+    ASSERT_TRUE(filer.writeObjectId(u"id", object->objectId()));
+    IdMap taken;
+    EXPECT_TRUE(filer.saveMapTranslatedIds(taken));
+    ASSERT_EQ(taken.getSize(), 1);
+    EXPECT_FALSE(taken.valueAt(0).isNull());
+    EXPECT_EQ(taken.valueAt(0).getPool(), nullptr);
+}
+
+TEST(OKTMemoryFiler, Buffer_Grows_By1024Bytes)
+{
+    OKTMemoryFiler filer;
+    ASSERT_TRUE(filer.writeInt(u"n", 1));
+    CByteArray const first = filer.takeBytes();
+    EXPECT_EQ(first.GetSize(), 5);
+    EXPECT_EQ(first.GetCapacity(), 1024);
+
+    OKTMemoryFiler longer;
+    CByteArray data;
+    data.SetSize(1000);
+    ASSERT_TRUE(longer.writeByteArray(u"data", data)); // 1005 bytes
+    data.SetSize(100);
+    ASSERT_TRUE(longer.writeByteArray(u"data", data));
+    CByteArray const second = longer.takeBytes();
+    EXPECT_EQ(second.GetSize(), 1110);
+    EXPECT_EQ(second.GetCapacity(), 1005 + 1024);
+}
+
 TEST(OKTMemoryFiler, Lengths_AfterAPointWasWritten_52AndPosition0)
 {
     OKTMemoryFiler filer;

@@ -829,6 +829,22 @@ TEST_F(OKTXmlFilerTest, Destruction_SavesWhatNobodyClosed)
     EXPECT_EQ(textOf(path), documentOf("<n long=\"1\"/>"));
 }
 
+TEST_F(OKTXmlFilerTest, Destruction_WithFramesOpen_SavesWhatIsAttached_Quirk78)
+{
+    ReportCatcher const reports;
+    CString const path = m_folder.path("x.xml");
+    {
+        OKTXmlFiler filer;
+        ASSERT_TRUE(filer.NewFiler(path, true));
+        filer.writeInt(u"before", 1);
+        filer.beginWriteClass(u"f", u"C", 1);
+        filer.beginWriteMembers(1);
+        filer.writeInt(u"within", 2);
+    }
+    EXPECT_EQ(textOf(path), documentOf("<before long=\"1\"/>"));
+    EXPECT_EQ(reports.count(), 0u);
+}
+
 TEST_F(OKTXmlFilerTest, Destruction_OfAReader_LeavesTheFile)
 {
     CString const path = putText(m_folder, "x.xml", "<Document><n long='1'/></Document>");

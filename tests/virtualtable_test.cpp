@@ -86,6 +86,34 @@ TEST(VirtualTable, OKTDbParameter_ItsOwnBehindThoseOfTheObject)
     EXPECT_EQ(places, placesFrom(9, 25));
 }
 
+/// Where a class of a client that derives from this one has its first own operation.
+template <typename Class> int placeBehind()
+{
+    class Client : public Class
+    {
+    public:
+        virtual void own() {}
+    };
+    return slot(&Client::own);
+}
+
+template <typename Class> class VirtualTableOf : public testing::Test
+{
+};
+using ClassesWithoutOwn = testing::Types<OKTDbObject, OKTDbCategory, OKTDbGroupCategory, OKTDbRelation, OKTDbPicture>;
+TYPED_TEST_SUITE(VirtualTableOf, ClassesWithoutOwn);
+
+TYPED_TEST(VirtualTableOf, Object_NoneOfItsOwn)
+{
+    EXPECT_THAT((std::vector{slot(&TypeParam::createObject), slot(&TypeParam::isKindOf),
+                             slot(static_cast<OKTRuntimeClass *(TypeParam::*)() const>(&TypeParam::isA)),
+                             slot(static_cast<bool (TypeParam::*)(CString const &) const>(&TypeParam::isA)),
+                             slot(static_cast<bool (TypeParam::*)(OKTRuntimeClass const *) const>(&TypeParam::isA)),
+                             slot(&TypeParam::xmlIn), slot(&TypeParam::xmlOut)}),
+                ElementsAre(0, 1, 2, 3, 4, 7, 8));
+    EXPECT_EQ(placeBehind<TypeParam>(), 9);
+}
+
 TEST(VirtualTable, OKTDbParamRelation_ItsListBehindThoseOfTheObject)
 {
     using Relation = OKTDbParamRelation;

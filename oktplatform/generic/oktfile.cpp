@@ -98,6 +98,7 @@ struct File
 {
     FileLock lock;
     std::filebuf buffer;
+    OktSystem::FileAccess access = OktSystem::FileAccess::Read; ///< the buffer may be open for more
     LastCall last = LastCall::Seek;
 };
 
@@ -192,6 +193,7 @@ try
     if (!pathOf(path, length, name) || name.empty())
         return name.empty() && length == 0 ? ENOENT : EINVAL;
     auto file = std::make_unique<File>();
+    file->access = request.access;
     int const error = openPath(*file, fs::path(std::u8string(name.begin(), name.end())), request);
     if (error == 0)
         handle = reinterpret_cast<std::intptr_t>(file.release());
@@ -231,6 +233,8 @@ try
     if (count == 0)
         return 0;
     File &file = fileOf(handle);
+    if (file.access == OktSystem::FileAccess::Write)
+        return EBADF;
     turnTo(file, LastCall::Read);
     errno = 0;
     std::streamsize const read = file.buffer.sgetn(static_cast<char *>(target), static_cast<std::streamsize>(count));

@@ -541,11 +541,9 @@ HRESULT IXMLDOMDocument::load(CString const &path) const
     return S_OK;
 }
 
+// The whole text is made before the file is opened: a failure leaves the old file.
 HRESULT IXMLDOMDocument::save(CString const &path) const
 {
-    CFile file;
-    if (!file.Open(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite))
-        return E_FAIL;
     Com<IStream> stream;
     check(CreateStreamOnHGlobal(nullptr, TRUE, stream.out()));
     VARIANT target;
@@ -555,9 +553,16 @@ HRESULT IXMLDOMDocument::save(CString const &path) const
     HRESULT const saved = m_tree->document->save(target);
     if (saved != S_OK)
         return FAILED(saved) ? saved : E_FAIL;
+    LARGE_INTEGER const start{};
+    ULARGE_INTEGER size{};
+    check(stream->Seek(start, STREAM_SEEK_END, &size));
+    CFile file;
+    if (!file.OpenWithRoom(path, CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite, size.QuadPart))
+        return E_FAIL;
     try
     {
         writeStream(*stream.get(), file);
+        file.Close();
     }
     catch (CFileException const &)
     {

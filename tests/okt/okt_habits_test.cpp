@@ -4,6 +4,8 @@
 
 #include "support/scratchfolder.h"
 
+#include <oktformat/fileread.h>
+#include <oktinspect/verifier.h>
 #include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
 
@@ -18,10 +20,8 @@
 #include <filesystem>
 #include <set>
 #include <string>
-#include <thread>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -100,6 +100,16 @@ struct Pipe
             close(ends[end]);
         ends[end] = -1;
     }
+    /// What was written there, up to the end of the last writer.
+    std::string contents()
+    {
+        closeEnd(1);
+        std::string text;
+        char buffer[4096];
+        for (ssize_t count = 0; (count = read(ends[0], buffer, sizeof buffer)) > 0;)
+            text.append(buffer, static_cast<std::size_t>(count));
+        return text;
+    }
     int ends[2] = {-1, -1};
 };
 
@@ -119,7 +129,7 @@ struct Terminal
             close(slave);
         close(master);
     }
-    /// What was written there; to be called when the process has ended.
+    /// What is written there, up to the end of the last process that has it.
     std::string contents()
     {
         close(slave);
@@ -172,17 +182,6 @@ protected:
             names.insert(entry.path().filename().string());
         return names;
     }
-
-    template <typename F> static bool becomesTrue(F condition)
-    {
-        for (int i = 0; i < 9000; ++i) // a sanitizer may take a minute
-        {
-            if (condition())
-                return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return false;
-    }
 };
 
 // ---- Interrupts --------------------------------------------------------------------------------------------------------------
@@ -193,13 +192,15 @@ TEST_F(OktHabits, Interrupt_WhileExporting_NothingHalfWrittenIsLeft)
     for (int const signal : {SIGINT, SIGTERM, SIGHUP})
     {
         Pipe out;
-        // Nobody reads: it stops in the middle of the text, with pictures that wait for their names.
         RunningOkt okt({"export", pool, "--pictures", path("pictures")}, {-1, out.ends[1], -1});
-        auto const hasPending = [&] {
-            std::set<std::string> const names = namesIn(path("pictures"));
-            return std::any_of(names.begin(), names.end(), [](std::string const &name) { return name.ends_with(".part"); });
-        };
-        ASSERT_TRUE(becomesTrue(hasPending));
+        out.closeEnd(1);
+        // Where the text names a picture, that is written under another name. Then nobody reads any more, and it stops there.
+        std::string text;
+        char buffer[512];
+        for (ssize_t count = 0; text.find(".bin\"") == std::string::npos; text.append(buffer, static_cast<std::size_t>(count)))
+            ASSERT_GT(count = read(out.ends[0], buffer, sizeof buffer), 0);
+        std::set<std::string> const names = namesIn(path("pictures"));
+        EXPECT_TRUE(std::any_of(names.begin(), names.end(), [](std::string const &name) { return name.ends_with(".part"); }));
         okt.signal(signal);
         int const status = okt.wait();
         ASSERT_TRUE(WIFSIGNALED(status));
@@ -295,109 +296,120 @@ TEST_F(OktHabits, NamedPipe_EveryCommandThatReadsPools)
 
 // ---- ProgressLine ----------------------------------------------------------------------------------------------------------------
 
-/// Imports a text that comes slowly, and gives what standard error has then.
-std::string errorOfSlowImport(std::string const &text, std::string const &output, int err, auto contents)
+/// Goes on by the same time at each look.
+class SteppedClock : public okt::ProgressClock
 {
-    Pipe in;
-    RunningOkt okt({"import", "-", "-o", output}, {in.ends[0], -1, err});
-    in.closeEnd(0);
-    std::size_t const half = text.size() / 2;
-    EXPECT_EQ(write(in.ends[1], text.data(), half), static_cast<ssize_t>(half));
-    std::this_thread::sleep_for(std::chrono::milliseconds(1300));
-    EXPECT_EQ(write(in.ends[1], text.data() + half, text.size() - half), static_cast<ssize_t>(text.size() - half));
-    in.closeEnd(1);
-    int const status = okt.wait();
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    return contents();
+public:
+    explicit SteppedClock(std::chrono::milliseconds step) : m_step(step) {}
+    TimePoint now() override { return m_now += m_step; }
+
+private:
+    std::chrono::milliseconds m_step;
+    TimePoint m_now;
+};
+
+/// For who waits, all times up to an end come at once; later ones never do.
+class EndingClock : public okt::ProgressClock
+{
+public:
+    explicit EndingClock(std::chrono::milliseconds end) : m_end(TimePoint() + end) {}
+    TimePoint now() override { return m_now; }
+    bool waitUntil(std::unique_lock<std::mutex> &lock, std::condition_variable &change, TimePoint time,
+                   std::function<bool()> const &isOver) override
+    {
+        if (time > m_end)
+        {
+            change.wait(lock, isOver);
+            return true;
+        }
+        m_now = time;
+        return false;
+    }
+
+private:
+    TimePoint m_end;
+    TimePoint m_now;
+};
+
+/// What a second process writes to its standard error, which is a terminal or a pipe.
+std::string errorOf(auto action, bool isTerminal = true)
+{
+    std::fflush(nullptr); // the second process would write it again
+    Terminal terminal;
+    Pipe err;
+    pid_t const child = fork();
+    if (child == 0)
+    {
+        dup2(isTerminal ? terminal.slave : err.ends[1], 2);
+        action();
+        _exit(0);
+    }
+    err.closeEnd(1);
+    std::string const text = isTerminal ? terminal.contents() : err.contents();
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    return text;
 }
 
-TEST_F(OktHabits, Progress_LongImport_OnATerminalOnly)
+TEST_F(OktHabits, Progress_LongInput_OnATerminalOnly)
 {
     setenv("TERM", "xterm", 1);
     std::string const pool = largePool();
-    ASSERT_EQ(runOkt({"export", pool, "-o", path("large.json")}).exitCode, 0);
-    CByteArray const bytes = contentsOf(m_folder.path("large.json"));
-    std::string const text(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
-    Terminal terminal;
-    std::string const shown = errorOfSlowImport(text, path("a.okt"), terminal.slave, [&] { return terminal.contents(); });
-    EXPECT_THAT(shown, HasSubstr("\r\x1b[Kstandard input: "));
+    auto const reading = [&pool] {
+        dup2(open(pool.c_str(), O_RDONLY), 0);
+        SteppedClock clock(std::chrono::seconds(5));
+        okt::readInput(okt::kStandardStream, okt::terminalProgress(clock));
+    };
+    std::string const shown = errorOf(reading);
+    EXPECT_TRUE(shown.starts_with("\r\x1b[Kstandard input: ")) << shown.substr(0, 80);
     EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << "the line is taken away at the end";
-
-    Pipe err;
-    std::string const unseen = errorOfSlowImport(text, path("b.okt"), err.ends[1], [&] {
-        err.closeEnd(1);
-        char buffer[256];
-        ssize_t const count = read(err.ends[0], buffer, sizeof buffer);
-        return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    });
-    EXPECT_EQ(unseen, "");
+    EXPECT_EQ(errorOf(reading, false), "");
+    setenv("TERM", "dumb", 1);
+    EXPECT_EQ(errorOf(reading), "");
 }
 
-/// The process is stopped again and again, so that it takes long enough for lines on however quick a machine.
+TEST_F(OktHabits, Progress_ShortInput_Nothing)
+{
+    setenv("TERM", "xterm", 1);
+    EXPECT_EQ(errorOf([] {
+                  SteppedClock clock(std::chrono::milliseconds(100));
+                  okt::readBytes(OKT_TEST_DATA_DIR "/golden/stirrup.okt", okt::terminalProgress(clock));
+              }),
+              "");
+}
+
 TEST_F(OktHabits, Progress_FileThatIsReadTwice_CountsItsBytes)
 {
-    using Clock = std::chrono::steady_clock;
     setenv("TERM", "xterm", 1);
     std::string const pool = largePool();
     std::string const size = okt::bytesText(fs::file_size(pool));
-    Clock::time_point const begin = Clock::now();
-    ASSERT_EQ(runOkt({"verify", pool}).exitCode, 0);
-    auto const slice = (Clock::now() - begin) / 100; // the first pass is the quicker one
-
-    Terminal terminal;
-    ASSERT_EQ(fcntl(terminal.master, F_SETFL, O_NONBLOCK), 0);
-    RunningOkt okt({"verify", pool}, {-1, -1, terminal.slave});
-    std::string shown;
-    for (int i = 0; i < 200 && shown.find(", pass 2 of 2, ") == std::string::npos; ++i)
-    {
-        std::this_thread::sleep_for(slice);
-        okt.signal(SIGSTOP);
-        std::this_thread::sleep_for(std::chrono::milliseconds(210));
-        okt.signal(SIGCONT);
-        char buffer[4096];
-        for (ssize_t count = 0; (count = read(terminal.master, buffer, sizeof buffer)) > 0;)
-            shown.append(buffer, static_cast<std::size_t>(count));
-    }
-    int const status = okt.wait();
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    std::string const shown = errorOf([&pool] {
+        SteppedClock clock(std::chrono::milliseconds(20)); // a line for every tenth object
+        okt::VerifyOptions options;
+        options.onProgress = okt::terminalProgress(clock);
+        okt::verify(pool, options);
+    });
     EXPECT_THAT(shown, HasSubstr(" % of " + size + ", pass 1 of 2, "));
     EXPECT_THAT(shown, HasSubstr(" % of " + size + ", pass 2 of 2, "));
     for (std::size_t at = shown.find(" % of "); at != std::string::npos; at = shown.find(" % of ", at + 1))
         EXPECT_EQ(shown.substr(at + 6, size.size() + 2), size + ", ");
 }
 
-/// What a second process writes to a terminal as its standard error.
-std::string errorOf(auto action)
-{
-    std::fflush(nullptr); // the second process would write it again
-    Terminal terminal;
-    pid_t const child = fork();
-    if (child == 0)
-    {
-        dup2(terminal.slave, 2);
-        action();
-        _exit(0);
-    }
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-    return terminal.contents();
-}
-
 TEST_F(OktHabits, Waiting_LongCall_LineThatIsTakenAway)
 {
     using namespace std::chrono_literals;
     auto const longCall = [](std::chrono::milliseconds patience) {
-        okt::Waiting const waiting("link.okt", 1'200'000'000, patience);
-        std::this_thread::sleep_for(600ms);
+        EndingClock clock(12s);
+        okt::Waiting const waiting("link.okt", 1'200'000'000, patience, clock);
     };
     setenv("TERM", "xterm", 1);
-    std::string const shown = errorOf([&] { longCall(0ms); });
-    EXPECT_TRUE(shown.starts_with("\r\x1b[Klink.okt: 1.2 GB, 1 s so far\r\x1b[K")) << shown;
-    EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << shown;
-    EXPECT_EQ(errorOf([&] { longCall(24h); }), "");
+    EXPECT_EQ(errorOf([&] { longCall(12s); }), "\r\x1b[Klink.okt: 1.2 GB, 12 s so far\r\x1b[K");
+    EXPECT_TRUE(
+        errorOf([&] { longCall(1s); }).starts_with("\r\x1b[Klink.okt: 1.2 GB, 1 s so far\r\x1b[Klink.okt: 1.2 GB, 2 s"));
+    EXPECT_THAT(errorOf([&] { longCall(24h); }), Not(HasSubstr("link.okt")));
     setenv("TERM", "dumb", 1);
-    EXPECT_EQ(errorOf([&] { longCall(0ms); }), "");
+    EXPECT_EQ(errorOf([&] { longCall(1s); }), "");
 }
 
 TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
@@ -405,9 +417,9 @@ TEST_F(OktHabits, Waiting_BesideProgress_TheFirstSpeaks)
     using namespace std::chrono_literals;
     setenv("TERM", "xterm", 1);
     EXPECT_EQ(errorOf([] {
-                  okt::ProgressLine const first("report", 10, "template");
-                  okt::Waiting const waiting("link.okt", 0, 0ms);
-                  std::this_thread::sleep_for(500ms);
+                  EndingClock clock(12s);
+                  okt::ProgressLine const first("report", 10, "template", 1, clock);
+                  okt::Waiting const waiting("link.okt", 0, 1s, clock);
               }),
               "");
 }

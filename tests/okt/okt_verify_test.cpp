@@ -445,7 +445,9 @@ TEST_F(OktVerifyPool, PlacesOfTheHeader)
         return std::string{'\x02', static_cast<char>(number & 0xFF), static_cast<char>(number >> 8), '\0', '\0'};
     };
     std::size_t const begin = bytes.find("\x06\x05\x0C" + std::string(1, '\0') + "OKTDbPicture") - 5 - header;
-    std::size_t const place = bytes.find(record(begin) + record(static_cast<std::size_t>(picture->frameSize())));
+    OKTMemoryFiler frame;
+    ASSERT_EQ(picture->xmlOut(&frame), eFilerOk);
+    std::size_t const place = bytes.find(record(begin) + record(static_cast<std::size_t>(frame.GetFilerLength())));
     ASSERT_NE(place, std::string::npos);
     bytes[place + 1] = static_cast<char>(bytes[place + 1] ^ 1);
     EXPECT_EQ(findingsOf(bytes).substr(0, 40), "error: the header places a picture at by");

@@ -7,6 +7,7 @@
 #include <oktinspect/recover.h>
 #include <oktinspect/verifier.h>
 
+#include "oktinspect/stopper.h"
 #include "support/files.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
@@ -45,21 +46,6 @@ std::string outline(std::vector<Finding> const &findings)
                 std::to_string(finding.offset) + " " + std::to_string(finding.object) + "\n";
     return text;
 }
-
-/// Ends the operation at its call of that number, from 1; 0: never.
-struct Stopper
-{
-    int at = 0;
-    int calls = 0;
-
-    OnProgress listener()
-    {
-        return [this](Progress const &progress) {
-            calls += progress.event == Progress::Event::At ? 1 : 0;
-            return at == 0 || calls < at;
-        };
-    }
-};
 
 TEST(Verify, GoldenFile_CodesPlacesIds)
 {

@@ -155,6 +155,7 @@ with Browser(chromedriver, 1280, 900) as browser:
     count = browser.run(elements)
     check(count < 240 * 31 + 200, f"{count} elements for 240 templates")
     check_equal(browser.run(made), 0, "templates that are made when the page is opened")
+    browser.wait("return Array.from(document.images).filter(i => i.complete && i.naturalWidth > 0).length >= 10")
     count = browser.run(decoded)
     check(10 <= count <= 40, f"{count} pictures are decoded when the page is opened")
     check_equal(browser.run("return new Set(Array.from(document.images, i => i.src)).size"), 1, "pictures, of which all cards in sight have one")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Data bytes that are taken for a double whatever they hold: with the same outcome in either byte order.
 
 #include <oktplatform/oktdatabytes.h>

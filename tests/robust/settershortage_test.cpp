@@ -42,7 +42,7 @@ IdArray newIds(int count)
 template <typename T> void changeUnderFaults(
     char const *name, std::function<std::unique_ptr<T>()> const &make, std::function<void(T &)> const &change,
     std::function<std::string(T const &)> const &state = [](T const &object) { return stateOf(object); },
-    std::function<bool(T const &)> const &isAllowed = [](T const &) { return false; })
+    std::function<bool(T const &)> const &isAllowed = [](T const &) { return false; }, bool mayTakeNone = false)
 {
     std::unique_ptr<T> object = make();
     std::string const before = state(*object);
@@ -70,7 +70,16 @@ template <typename T> void changeUnderFaults(
             object.reset();
             return wrong;
         },
+        .mayTakeNone = mayTakeNone,
     });
+}
+
+/// The same for what should need no memory.
+template <typename T>
+void changeInPlace(char const *name, std::function<std::unique_ptr<T>()> const &make, std::function<void(T &)> const &change)
+{
+    changeUnderFaults<T>(
+        name, make, change, [](T const &object) { return stateOf(object); }, [](T const &) { return false; }, true);
 }
 
 // Wraps a literal, of which an object has to make a text of its own.
@@ -155,6 +164,67 @@ TEST(ShortageSetters, ParameterLists_EveryFault_OldOrNew)
         [&](OKTDbParameter &p) { p.setTabParams(ids); });
 }
 
+TEST(ShortageSetters, ParameterNumbersAndIds_EveryFault_OldOrNew)
+{
+    IdArray const ids = newIds(1);
+    std::map<char const *, std::function<void(OKTDbParameter &)>> const changes = {
+        {"setType", [](OKTDbParameter &p) { p.setType(static_cast<ParamType>(12)); }},
+        {"setListIndex", [](OKTDbParameter &p) { p.setListIndex(9); }},
+        {"setCategory", [&](OKTDbParameter &p) { p.setCategory(ids.at(0)); }},
+        {"setOwnerId", [&](OKTDbParameter &p) { p.setOwnerId(ids.at(0)); }},
+        {"setObjectId", [&](OKTDbParameter &p) { p.setObjectId(ids.at(0)); }},
+        {"setValue of a double", [](OKTDbParameter &p) { p.setValue(2.5, 4); }},
+        {"setValue of a long", [](OKTDbParameter &p) { p.setValue(70'000L, 4); }},
+        {"setValue of an int", [](OKTDbParameter &p) { p.setValue(7, 4); }},
+        {"setValue of a bool", [](OKTDbParameter &p) { p.setValue(true, 4); }},
+        {"setValue of null", [](OKTDbParameter &p) { p.setValue(nullptr, 4); }},
+    };
+    for (auto const &[name, change] : changes)
+        changeInPlace<OKTDbParameter>(name, filledParameter, change);
+}
+
+TEST(ShortageSetters, Lists_WhatIsTakenOut_EveryFault_OldOrNew)
+{
+    IdArray const ids = newIds(4);
+    auto const makeCategory = [&] {
+        auto category = std::make_unique<OKTDbCategory>();
+        for (OKTDbObjectId const &id : ids)
+            category->appendParameter(id);
+        return category;
+    };
+    auto const makeGroups = [&] {
+        auto group = std::make_unique<OKTDbGroupCategory>();
+        for (OKTDbObjectId const &id : ids)
+            group->appendCategory(id);
+        return group;
+    };
+    auto const makeRelation = [&] {
+        auto relation = std::make_unique<OKTDbParamRelation>();
+        for (OKTDbObjectId const &id : ids)
+            relation->appendParameter(id);
+        return relation;
+    };
+    changeInPlace<OKTDbCategory>("OKTDbCategory::removeParameter", makeCategory,
+                                 [&](OKTDbCategory &c) { c.removeParameter(ids.at(1)); });
+    changeInPlace<OKTDbCategory>("OKTDbCategory::removeAllParameters", makeCategory,
+                                 [](OKTDbCategory &c) { c.removeAllParameters(); });
+    changeInPlace<OKTDbCategory>("setGroupCategory", makeCategory, [&](OKTDbCategory &c) { c.setGroupCategory(ids.at(0)); });
+    changeInPlace<OKTDbGroupCategory>("removeCagegory", makeGroups,
+                                      [&](OKTDbGroupCategory &g) { g.removeCagegory(ids.at(3)); });
+    changeInPlace<OKTDbGroupCategory>("removeAllCategories", makeGroups,
+                                      [](OKTDbGroupCategory &g) { g.removeAllCategories(); });
+    changeInPlace<OKTDbParamRelation>("OKTDbParamRelation::removeParameter", makeRelation,
+                                      [&](OKTDbParamRelation &r) { r.removeParameter(ids.at(0)); });
+    changeInPlace<OKTDbParamRelation>("OKTDbParamRelation::removeAllParameters", makeRelation,
+                                      [](OKTDbParamRelation &r) { r.removeAllParameters(); });
+    changeInPlace<OKTDbPicture>(
+        "setCameraData", [] { return std::make_unique<OKTDbPicture>(); },
+        [](OKTDbPicture &p) { p.setCameraData(OKTGeXYZ(1, 2, 3), OKTGeXYZ(4, 5, 6), OKTGeXYZ(0, 0, 1)); });
+    changeInPlace<OKTDbRelation>(
+        "OKTDbRelation::setObjectId", [] { return std::make_unique<OKTDbRelation>(); },
+        [&](OKTDbRelation &r) { r.setObjectId(ids.at(0)); });
+}
+
 TEST(ShortageSetters, GroupParameter_EveryFault_OldOrNew)
 {
     OKTDbPool pool;
@@ -179,6 +249,11 @@ TEST(ShortageSetters, GroupParameter_EveryFault_OldOrNew)
     };
     changeUnderFaults<OKTDbGroupParameter>(
         "addElement", make, [&](OKTDbGroupParameter &group) { group.addElement(pool.objectAt(9)); }, names);
+    for (bool const isOne : {true, false})
+        changeUnderFaults<OKTDbGroupParameter>(
+            isOne ? "removeElement" : "eraseAll", make,
+            [&](OKTDbGroupParameter &group) { isOne ? group.removeElement(pool.objectAt(3)) : group.eraseAll(); }, names,
+            [](OKTDbGroupParameter const &) { return false; }, true);
     // The lists of elements and of their names stay in step: what is added next finds its place, and what is removed goes from both.
     changeUnderFaults<OKTDbGroupParameter>(
         "addElement, then removeElement", make,

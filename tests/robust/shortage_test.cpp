@@ -196,6 +196,7 @@ TEST(ShortageLoad, LoadFiler_FilteringAndEveryFault_FalseOrEveryWantedObject_Qui
             return wrong.empty() ? "" : (loaded ? "true, and " : "false, and ") + wrong;
         },
         .mayLose = 1,
+        .pool = [&] { return pool.get(); },
     });
 }
 
@@ -236,5 +237,6 @@ TEST(ShortageClone, CopyFrom_EveryFault_FalseOrEveryObject_Quirk18)
             return firstOf(wrong, savedAgain(source.pool(), source.image()));
         },
         .mayLose = 1,
+        .pool = [&] { return pool.get(); },
     });
 }

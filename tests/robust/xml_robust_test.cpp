@@ -98,7 +98,8 @@ std::size_t growthInOwnProcess(std::function<bool()> const &check)
     pid_t const child = fork();
     if (child == 0)
     {
-        alarm(20);
+        rlimit const seconds = {20, 20}; // of processor time, however much else the machine does
+        setrlimit(RLIMIT_CPU, &seconds);
         std::size_t const before = peakMemory();
         bool const holds = check();
         std::size_t const growth = peakMemory() - before;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 #include "support/shortage.h"
@@ -11,6 +12,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -160,6 +162,70 @@ TEST(ShortageXmlFiler, WriteFrames_EveryFault_WhereAllWasTrueTheDocumentIsWhole_
         },
     });
     RecordProperty("saves that were not told to have failed", static_cast<int>(unsaved));
+}
+
+TEST(ShortageXmlFiler, WriteString_PresenterRaises_ItsExceptionTravelsAndTheDocumentGoesOn)
+{
+    ScratchFolder const folder;
+    CString const path = folder.path("presenter.xml");
+    OKTXmlFiler filer;
+    ASSERT_TRUE(filer.NewFiler(path, true));
+    ASSERT_TRUE(filer.writeLong(u"before", 1L));
+    OktSetWarningPresenter([](CString const &) { throw std::domain_error("no screen"); });
+    bool raised = false;
+    {
+        AllocationFault const fault(0);
+        try
+        {
+            filer.writeString(u"text", kText);
+        }
+        catch (std::domain_error const &)
+        {
+            raised = true;
+        }
+    }
+    OktSetWarningPresenter(nullptr);
+    EXPECT_TRUE(raised);
+    EXPECT_TRUE(filer.writeLong(u"behind", 2L));
+    EXPECT_TRUE(filer.CloseFiler());
+    std::string const document = textOf(contentsOf(path));
+    EXPECT_NE(document.find("<before long=\"1\"/><behind long=\"2\"/>"), std::string::npos) << document;
+}
+
+TEST(ShortageXmlFiler, NewFilerToWrite_EveryFault_FalseAndTheFileStaysWhenTheFilerEnds)
+{
+    ScratchFolder const folder;
+    CString const path = folder.path("new.xml");
+    CString const earlier = folder.path("earlier.xml");
+    std::string const old = "a document that is there already";
+    CByteArray bytes;
+    for (char const c : old)
+        bytes.Add(static_cast<BYTE>(c));
+    std::unique_ptr<OKTXmlFiler> filer;
+    bool opened = false;
+    forEveryFault({
+        .name = "NewFiler of OKTXmlFiler over a file",
+        .prepare =
+            [&] {
+                folder.put("new.xml", bytes);
+                filer = std::make_unique<OKTXmlFiler>();
+                // A document whose root was ended is still there when the next one is asked for.
+                filer->NewFiler(earlier, true);
+                filer->writeLong(u"count", 7L);
+                filer->endWriteClass();
+                opened = false;
+            },
+        .perform = [&] { opened = filer->NewFiler(path, true); },
+        .judge = [&](bool struck) -> std::string {
+            if (!opened && !struck)
+                return "false without cause";
+            filer.reset();
+            std::string const found = textOf(contentsOf(path));
+            if (!opened)
+                return found == old ? "" : "false, and the file is another: " + found;
+            return found.ends_with("<Document/>\n") ? "" : "true, and no document: " + found;
+        },
+    });
 }
 
 TEST(ShortageXmlFiler, Read_EveryFault_TheValueOrFalseAndTheValueBefore)

@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: MIT
+// The call that it stands in for is taken by filefaults.cpp.
 #include "support/diskroom.h"
 
 #if defined(__linux__)
-
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace
 {
@@ -14,14 +10,10 @@ int s_error = 0;
 int s_asked = 0;
 } // namespace
 
-// Stands ahead of the C library's.
-extern "C" int fallocate(int file, int mode, off_t offset, off_t length)
+int NoDiskRoom::ask()
 {
     ++s_asked;
-    if (s_error == 0)
-        return static_cast<int>(syscall(SYS_fallocate, file, mode, offset, length));
-    errno = s_error;
-    return -1;
+    return s_error;
 }
 
 NoDiskRoom::NoDiskRoom(int error)

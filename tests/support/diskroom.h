@@ -12,4 +12,6 @@ public:
     ~NoDiskRoom();
 
     static int asked();
+    /// For the call itself: counts it, and gives the error that it has to answer; 0: none.
+    static int ask();
 };

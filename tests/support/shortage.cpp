@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "support/shortage.h"
 
+#include "support/filefaults.h"
 #include "support/spareblock.h"
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktframe.h>
 #include <oktplatform/oktwarning.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -66,9 +69,10 @@ char const *nameOf(FaultKind kind)
 class Trial
 {
 public:
-    Trial(ShortageScenario const &scenario, char const *kind, std::size_t number)
+    Trial(ShortageScenario const &scenario, std::string const &kind, std::size_t number)
     {
-        std::snprintf(g_tried, sizeof g_tried, "\nthe process ended in %s, %s, n = %zu\n", scenario.name.c_str(), kind, number);
+        std::snprintf(g_tried, sizeof g_tried, "\nthe process ended in %s, %s, n = %zu\n", scenario.name.c_str(), kind.c_str(),
+                      number);
         m_before = std::signal(SIGABRT, tellAndEnd);
 #if !defined(OKT_TESTS_UNDER_LEAK_CHECK)
         m_beforeFault = std::signal(SIGSEGV, tellAndEnd);
@@ -160,7 +164,35 @@ struct Outcome
     std::string wrong;
 };
 
-/// Runs the scenario once. `disturb` calls what it is given while its fault lives, and answers whether that struck.
+/// How a fault ended for the operation.
+enum class Blow
+{
+    None,     ///< nothing failed
+    Survived, ///< something did, and is no excuse
+    Struck
+};
+
+bool g_isFileFault = false;
+
+/// What is wrong with a pool that is used on, or nothing.
+std::string usedOn(OKTDbPool const &pool)
+{
+    CByteArray image;
+    CByteArray again;
+    IdMap translated;
+    if (!pool.saveFiler(image, translated))
+        return "behind it, the pool cannot be saved";
+    OKTDbPool other;
+    if (!other.loadFiler(image) || !other.saveFiler(again, translated))
+        return "behind it, what the pool saves cannot be loaded";
+    bool const isSame =
+        image.GetSize() == again.GetSize() && std::equal(image.GetData(), image.GetData() + image.GetSize(), again.GetData());
+    if (!isSame)
+        return "behind it, what the pool saves is loaded as something else";
+    return other.eraseAllObjects() && other.objectCount() == 0 ? "" : "behind it, a pool cannot be emptied";
+}
+
+/// Runs the scenario once. `disturb` calls what it is given while its fault lives, and answers how that ended.
 template <typename Disturb> Outcome run(ShortageScenario const &scenario, Disturb disturb)
 {
     giveUpKept();
@@ -168,9 +200,10 @@ template <typename Disturb> Outcome run(ShortageScenario const &scenario, Distur
     LiveBlocks const blocks;
     scenario.prepare();
     bool escaped = false;
+    Blow blow = Blow::None;
     {
         ReportCounter const reports;
-        outcome.struck = disturb([&] {
+        blow = disturb([&] {
             try
             {
                 scenario.perform();
@@ -181,10 +214,13 @@ template <typename Disturb> Outcome run(ShortageScenario const &scenario, Distur
             }
         });
     }
-    outcome.wrong = scenario.judge(outcome.struck);
+    outcome.struck = blow != Blow::None;
+    if (OKTDbPool const *const pool = scenario.pool ? scenario.pool() : nullptr)
+        outcome.wrong = usedOn(*pool);
+    outcome.wrong = firstOf(scenario.judge(blow == Blow::Struck), outcome.wrong);
     giveUpKept();
     if (outcome.wrong.empty())
-        outcome.wrong = takeLost(blocks, outcome.struck || scenario.losesWithMemory ? scenario.mayLose : 0);
+        outcome.wrong = takeLost(blocks, blow == Blow::Struck || scenario.losesWithMemory ? scenario.mayLose : 0);
     if (escaped)
         outcome.wrong = "an exception leaves it; " + outcome.wrong;
     return outcome;
@@ -232,6 +268,10 @@ public:
         kind(FaultKind::Once, numbers);
         kind(FaultKind::FromThere, numbers);
         kind(FaultKind::Large, m_sizes);
+#if defined(OKT_TEST_FILE_FAULTS)
+        if (m_scenario.usesFiles)
+            files();
+#endif
     }
 
     ShortageCount const &count() const { return m_count; }
@@ -242,7 +282,7 @@ private:
     {
         auto const undisturbed = [](auto const &perform) {
             perform();
-            return false;
+            return Blow::None;
         };
         run(m_scenario, undisturbed);
         Outcome const outcome = run(m_scenario, undisturbed);
@@ -252,7 +292,7 @@ private:
             sizes.start();
             perform();
             sizes.stop();
-            return false;
+            return Blow::None;
         });
         m_allocations = sizes.count();
         m_sizes.assign(sizes.begin(), sizes.end());
@@ -261,6 +301,49 @@ private:
 
     void kind(FaultKind kind, std::vector<std::size_t> const &numbers)
     {
+        tryAll(nameOf(kind), numbers, [&](std::size_t number, auto const &perform) {
+            AllocationFault const fault(kind, number);
+            perform();
+            return fault.struck() ? Blow::Struck : Blow::None;
+        });
+    }
+
+#if defined(OKT_TEST_FILE_FAULTS)
+    void files()
+    {
+        std::size_t calls = 0;
+        run(m_scenario, [&](auto const &perform) {
+            FileCallCount const count;
+            perform();
+            calls = count.calls();
+            return Blow::None;
+        });
+        EXPECT_GT(calls, 0u) << m_scenario.name << " calls no file system";
+        std::vector<std::size_t> numbers(calls);
+        std::iota(numbers.begin(), numbers.end(), std::size_t{0});
+        struct Row
+        {
+            char const *name;
+            FileFaultKind kind;
+            int error;
+        };
+        g_isFileFault = true;
+        for (Row const &row : {Row{"the n-th call of the file system: ENOSPC", FileFaultKind::Error, ENOSPC},
+                               Row{"the n-th call of the file system: EIO", FileFaultKind::Error, EIO},
+                               Row{"the n-th call of the file system: EDQUOT", FileFaultKind::Error, EDQUOT},
+                               Row{"the n-th call of the file system is interrupted", FileFaultKind::Interrupted, EINTR},
+                               Row{"the n-th call of the file system does half", FileFaultKind::Short, 0}})
+            tryAll(row.name, numbers, [&](std::size_t number, auto const &perform) {
+                FileFault const fault(row.kind, row.error, number);
+                perform();
+                return !fault.struck() ? Blow::None : row.kind == FileFaultKind::Error ? Blow::Struck : Blow::Survived;
+            });
+        g_isFileFault = false;
+    }
+#endif
+
+    template <typename Disturb> void tryAll(std::string const &kind, std::vector<std::size_t> const &numbers, Disturb disturb)
+    {
         std::map<std::string, Wrong> wrongs;
         std::size_t faults = 0;
         for (std::size_t i = 0; i < numbers.size(); ++i)
@@ -268,12 +351,8 @@ private:
             if (!isChosen(i, numbers.size(), m_scenario.most))
                 continue;
             ++faults;
-            Trial const trial(m_scenario, nameOf(kind), numbers[i]);
-            Outcome const outcome = run(m_scenario, [&](auto const &perform) {
-                AllocationFault const fault(kind, numbers[i]);
-                perform();
-                return fault.struck();
-            });
+            Trial const trial(m_scenario, kind, numbers[i]);
+            Outcome const outcome = run(m_scenario, [&](auto const &perform) { return disturb(numbers[i], perform); });
             m_count.struck += outcome.struck ? 1 : 0;
             if (!outcome.wrong.empty())
                 note(wrongs[shapeOf(outcome.wrong)], numbers[i], outcome.wrong);
@@ -289,20 +368,29 @@ private:
         if (wrong.count++ == 0)
         {
             wrong.text = text;
-            wrong.place = AllocationFault::place();
+            wrong.place = placeOfFault();
         }
         if (wrong.first.size() < kShown)
             wrong.first.push_back(number);
     }
 
-    void tell(FaultKind kind, std::size_t faults, Wrong const &wrong)
+    static std::string placeOfFault()
+    {
+#if defined(OKT_TEST_FILE_FAULTS)
+        if (g_isFileFault)
+            return FileFault::call() == nullptr ? " none" : std::string(" ") + FileFault::call();
+#endif
+        return AllocationFault::place();
+    }
+
+    void tell(std::string const &kind, std::size_t faults, Wrong const &wrong)
     {
         m_count.wrong += wrong.count;
         std::string numbers;
         for (std::size_t const number : wrong.first)
             numbers += " " + std::to_string(number);
-        ADD_FAILURE() << m_scenario.name << ", " << nameOf(kind) << ": " << wrong.count << " of " << faults
-                      << " faults, n =" << numbers << (wrong.first.size() < wrong.count ? " ..." : "") << "\n  " << wrong.text
+        ADD_FAILURE() << m_scenario.name << ", " << kind << ": " << wrong.count << " of " << faults << " faults, n =" << numbers
+                      << (wrong.first.size() < wrong.count ? " ..." : "") << "\n  " << wrong.text
                       << "\n  what failed first in the first of them:" << wrong.place;
     }
 
@@ -311,7 +399,25 @@ private:
     std::vector<std::size_t> m_sizes;
     ShortageCount m_count;
 };
+
+ShortageCount g_total;
+
+/// Prints how many faults a program has tried.
+class Totals : public testing::Environment
+{
+public:
+    void TearDown() override
+    {
+        if (g_total.faults > 0)
+            std::printf("[  FAULTS  ] %zu tried, %zu of them struck, %zu ended wrongly\n", g_total.faults, g_total.struck,
+                        g_total.wrong);
+    }
+};
+
+testing::Environment *const g_totals = testing::AddGlobalTestEnvironment(new Totals);
 } // namespace
+
+bool isFileFault() { return g_isFileFault; }
 
 void giveUpKept()
 {
@@ -343,6 +449,9 @@ ShortageCount forEveryFault(ShortageScenario const &scenario)
     Tries tries(scenario);
     tries.all();
     ShortageCount const count = tries.count();
+    g_total.faults += count.faults;
+    g_total.struck += count.struck;
+    g_total.wrong += count.wrong;
     EXPECT_TRUE(count.struck > 0 || scenario.mayTakeNone || !AllocationFault::reachesCAllocator())
         << scenario.name << ": nothing failed";
     return count;

@@ -10,9 +10,19 @@
 #include <functional>
 #include <string>
 
-// Operations that run out of memory. What holds for each: no exception leaves it, nothing crashes, its answer is false, null or a
-// status, or its outcome is complete; with memory back all can be used on, and no block stays behind but of an object that the
-// operation loses by rule.
+class OKTDbPool;
+
+// Operations that run out of memory, or whose calls of the file system fail. What holds for each: no exception leaves it, nothing
+// crashes, its answer is false, null or a status, or its outcome is complete; with memory and disk back all can be used on, and no
+// block stays behind but of an object that the operation loses by rule.
+//
+// What is otherwise, all of it:
+// - A `writeFile` that answers false may leave a part of a file where the disk failed: it writes in place, which is what it is for.
+//   Want of memory leaves the old file.
+// - `CloseFiler` of the XML filer has no answer, so a document that could not be saved shows with the next reader alone.
+// - A load, `copyFrom` and the readers of parts of a file lose the object at fault (quirk 18), `resetObject` the new object when it
+//   fails (quirk 22), `readVariant` what its target held (quirk 41).
+// - What okttext, oktformat and oktinspect cannot do they tell by an exception that they declare (okt::Failure) or by std::bad_alloc.
 
 /// Takes the place of the warning dialog for a scope, and needs no memory for it.
 class ReportCounter
@@ -47,6 +57,10 @@ struct ShortageScenario
     bool losesWithMemory = false; ///< it loses them also where nothing fails
     /// The operation needs no memory; otherwise one that takes none is a mistake of the test.
     bool mayTakeNone = false;
+    /// The operation works on files: its calls of the file system are made to fail, too.
+    bool usesFiles = false;
+    /// The pool that the operation worked on, which behind each fault must be fit to be saved, loaded and erased.
+    std::function<OKTDbPool *()> pool = {};
     /// Faults of each kind that are tried, spread over all there are; 0: all.
     std::size_t most = 0;
 };
@@ -59,9 +73,14 @@ struct ShortageCount
 };
 
 /// Tries the operation undisturbed, then with each of its allocations failing once, with each and all behind it failing, and with
-/// every block above each of its sizes refused. Adds a failure for each way in which that went wrong, which tells the scenario,
-/// the kind of the fault, its number and how many faults ended so.
+/// every block above each of its sizes refused; then with each of its calls of the file system failing with ENOSPC, EIO and EDQUOT,
+/// or interrupted by a signal, or doing half of what it should, which the operation has to get over. Adds a failure for each way in
+/// which that went wrong, which tells the scenario, the kind of the fault, its number and how many faults ended so. The sum over all
+/// scenarios is printed at the end of the program.
 ShortageCount forEveryFault(ShortageScenario const &scenario);
+
+/// For a judge: whether what failed is a call of the file system.
+bool isFileFault();
 
 /// Another text than the answers of a judge for what an operation left half done.
 template <typename... Texts> std::string firstOf(Texts const &...texts)

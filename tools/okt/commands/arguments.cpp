@@ -23,7 +23,7 @@ bool isOption(std::string const &word) { return word.size() > 1 && word[0] == '-
 
 bool takesValue(CLI::Option const &option) { return option.get_expected_max() > 0 && option.get_type_size() > 0; }
 
-/// As messages and the arranged line call it.
+/// The name used in messages and in the arranged line.
 std::string nameOf(CLI::Option const &option)
 {
     return option.get_lnames().empty() ? "-" + option.get_snames().front() : "--" + option.get_lnames().front();
@@ -63,7 +63,7 @@ public:
     }
 
 private:
-    /// Takes options up to the next word that is none. True: they ended by --, which was taken too.
+    /// Takes options up to the next operand. True: they ended with --, which was taken too.
     bool options()
     {
         while (m_next < m_words.size() && isOption(m_words[m_next]))
@@ -242,7 +242,7 @@ std::string nearest(std::string const &word, std::vector<std::string> const &nam
     std::size_t least = std::max<std::size_t>(word.size() / 3, 1) + 1;
     for (std::string const &name : names)
     {
-        // Letters that are missing, too many, other ones or in each other's place.
+        // Edit distance: missing, additional, different or swapped letters.
         std::vector<std::vector<std::size_t>> far(word.size() + 1, std::vector<std::size_t>(name.size() + 1));
         for (std::size_t i = 0; i <= word.size(); ++i)
             far[i][0] = i;

@@ -10,7 +10,7 @@
 namespace okt
 {
 
-/// A command line that cannot be carried out. `what()` is the reason, `command` whose help tells more; null: that of the program.
+/// A wrong command line. `what()` is the reason. `command` is the command whose help to mention; null: the program.
 class WrongUsage : public std::runtime_error
 {
 public:
@@ -24,16 +24,16 @@ private:
 
 /// A command line, the name of the program first, as getopt_long reads it: options and operands in any order, `--` ends the
 /// options, `--name value` and `--name=value`, `-nvalue` and `-n value`, flags of one letter together, long names shortened where
-/// that leaves one. It is given back in the form that the parser takes in one way only: options in front, by their long names, then
+/// that is unique. Returns an unambiguous form for the parser: options first, with their long names, then
 /// `--` and the operands. Throws WrongUsage.
 std::vector<std::string> arranged(CLI::App const &app, std::vector<std::string> const &words);
 
-/// What is wrong by the parser's own rules, in our words.
+/// Our message for an error of the parser.
 WrongUsage wrongUsage(CLI::App const &app, CLI::ParseError const &error);
 
 WrongUsage noCommand(CLI::App const &app, std::string const &name);
 
-/// The one of some names that was probably meant; empty: none.
+/// The name that was probably meant; empty: none.
 std::string nearest(std::string const &word, std::vector<std::string> const &names);
 
 } // namespace okt

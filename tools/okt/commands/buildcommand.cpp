@@ -32,8 +32,8 @@ struct Options
 };
 
 /// Makes templates from a bar table or bar records, or from all of a folder, with the rule tables beside them. Nothing is
-/// written before all are read. Says on standard output what was made and what not, and why. False: a record is wrong, and it
-/// was told.
+/// written before all are read. Reports on standard output what was made, what was not, and why. False: a record is wrong, which
+/// was reported.
 bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
 {
     SourcePlans const plans = plansFrom(data);

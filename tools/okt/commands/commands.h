@@ -12,19 +12,19 @@ namespace okt
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
-inline constexpr int kDifferent = 1;      ///< of okt diff, which answers as diff does
+inline constexpr int kDifferent = 1;      ///< of okt diff; the same as diff has
 inline constexpr int kTrouble = 2;        ///< likewise
-inline constexpr int kOutputClosed = 141; ///< what a shell has for a program that a closed pipe ended
-inline constexpr int kInterrupted = 130;  ///< and for an interrupt
+inline constexpr int kOutputClosed = 141; ///< as a shell reports for SIGPIPE
+inline constexpr int kInterrupted = 130;  ///< as a shell reports for SIGINT
 
 /// The command line while it is declared and parsed. Each command adds itself as a subcommand of `app` and, when it was given,
-/// sets `run`, which main calls once the client modules are loaded. What `run` needs it owns.
+/// sets `run`, which main calls after the client modules are loaded. `run` owns everything that it needs.
 struct CommandLine
 {
     CLI::App &app;
-    /// Gives the exit code. Throws Failure for what stops the command: one line for the user, and `trouble` as exit code.
+    /// Returns the exit code. May throw Failure: its text is shown to the user, and `trouble` is the exit code.
     std::function<int()> run;
-    /// The exit code for what stops the command.
+    /// The exit code for a Failure.
     int trouble = kFailed;
 };
 
@@ -53,6 +53,6 @@ void addLint(CommandLine &line);
 void addHash(CommandLine &line);
 void addEdit(CommandLine &line);
 void addModules(CommandLine &line);
-void addHelp(CommandLine &line); ///< behind all that it tells of
+void addHelp(CommandLine &line); ///< after all other commands
 
 } // namespace okt

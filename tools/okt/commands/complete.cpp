@@ -12,10 +12,10 @@ namespace okt
 namespace
 {
 
-// Each script asks the program that stands in the line, and the one of the path where that cannot be run. The shell picks from the
+// Each script asks the program named in the line, or the one in PATH if that cannot be run. The shell selects from the
 // candidates those that fit what is typed, by its own rules.
 
-// Behind "=" bash begins a new word.
+// Bash begins a new word after "=".
 constexpr char kBash[] = R"(# Completion of okt for bash; okt completion bash writes it.
 _okt()
 {
@@ -64,7 +64,7 @@ complete -c okt -f -a '(__okt_complete | string match -v ":*")'
 complete -c okt -n '__okt_complete | string match -q ":*"' -F
 )";
 
-/// What is known of a line when its words are read up to the cursor.
+/// The state of the line after its words up to the cursor.
 class Line
 {
 public:
@@ -108,7 +108,7 @@ private:
     void takeOption(std::string const &word)
     {
         if (word == "--")
-            m_isEnded = m_command != nullptr; // in front of the command it says nothing
+            m_isEnded = m_command != nullptr; // before the command it has no meaning
         else if (word[1] == '-')
         {
             CLI::Option const *const option = longOption(word);
@@ -136,7 +136,7 @@ private:
 
     static bool takesValue(CLI::Option const &option) { return !valueNameOf(option).empty(); }
 
-    /// Those of the command, then those of the program that it has not itself.
+    /// The options of the command, then those of the program that the command does not have.
     std::vector<CLI::Option const *> known() const
     {
         std::vector<CLI::Option const *> all =
@@ -148,7 +148,7 @@ private:
         return all;
     }
 
-    /// By its name or the only beginning of one. Null: there is none.
+    /// Finds an option by its name or by a unique beginning of it. Null: there is none.
     CLI::Option const *longOption(std::string_view word) const
     {
         std::string_view const name = word.substr(2, word.find('=') == std::string_view::npos ? word.npos : word.find('=') - 2);

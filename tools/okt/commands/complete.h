@@ -15,12 +15,12 @@ namespace okt
 /// The script for bash, zsh or fish.
 std::string completionScript(std::string const &shell);
 
-/// The words of a line that asks so, its program first, without what asks; the last one is that at the cursor and may be empty.
-/// Nothing: the line is another one.
+/// The words to complete, if the line is "okt __complete -- WORDS...": the program first; the last one is at the cursor and may be empty.
+/// Empty: another command line.
 std::optional<std::vector<std::string>> wordsToComplete(std::vector<std::string> const &line);
 
-/// What may stand at the last of the words, whatever it begins with: a line each, behind a tab what it does. A line ":file" or
-/// ":folder" alone: a path, which the shell knows better. Behind finishHelp.
+/// The candidates for the last word, not filtered by what is typed: one a line, with a description after a tab. A single line ":file" or
+/// ":folder": the shell completes a path. Call it after finishHelp.
 std::string candidates(CLI::App const &app, std::vector<std::string> const &words);
 
 } // namespace okt

@@ -40,7 +40,7 @@ struct Options
     bool isQuiet = false;
 };
 
-/// What there is to say of two pools; empty: nothing.
+/// The output for two pools; empty: they do not differ.
 std::string textOf(Options const &options, PoolDiff const &found, DiffPool const &first, DiffPool const &second)
 {
     if (options.asJson)
@@ -78,7 +78,7 @@ int compareFiles(Options const &options)
     return found.isSame() ? kDone : kDifferent;
 }
 
-/// What git has of one side. Nothing that may be wrong with the file is a failure: that would end the diff of all other files.
+/// Reads one side of a diff of git. A wrong file is not a failure, because that would end the diff of all other files.
 DiffPool poolFromGit(GitCall::Side const &side, char const *prefix)
 {
     if (!side.exists())
@@ -87,7 +87,7 @@ DiffPool poolFromGit(GitCall::Side const &side, char const *prefix)
     try
     {
         CByteArray image = DiffInput(side.file, name).take();
-        // In a work tree whose conflict is settled, or where the filter is not set up, the text itself lies there.
+        // After a resolved conflict, or without the configured filter, the file contains the text itself.
         if (isFilterText(okttext::bytesOf(image)))
             image = okttext::arrayOf(smudged(std::string(okttext::bytesOf(image))).bytes);
         return DiffPool(name, std::move(image), Damage::Told, terminalProgress());
@@ -177,7 +177,7 @@ void addDiff(CommandLine &line)
         checkFiles(*options);
         line.trouble = kTrouble;
         line.run = [options] {
-            ReportCollector const collector; // an object that does not read leaves its members without names, no more
+            ReportCollector const collector; // if an object cannot be read, only the names of its members are missing
             return options->fromGit ? compareForGit(*options) : compareFiles(*options);
         };
     });

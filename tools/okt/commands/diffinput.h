@@ -11,19 +11,19 @@
 namespace okt
 {
 
-/// One of two files that are compared: looked at first, and kept only where they differ. A stream is kept at once.
+/// One of two compared files. It is loaded into memory only if the files differ; a stream is loaded at once.
 class DiffInput
 {
 public:
-    /// Throws Failure: it cannot be read. `name` is how messages call it.
+    /// Throws Failure if it cannot be read. `name` is its name in messages.
     DiffInput(std::string const &file, std::string name);
 
     std::string const &name() const { return m_name; }
     /// Both have the same bytes. Throws Failure.
     bool isSameAs(DiffInput &other);
-    /// How many objects there are, and stretches between them. Throws Failure.
+    /// The number of objects, and of ranges between them. Throws Failure.
     std::size_t countObjects();
-    /// All bytes; nothing else can be asked for then. Throws Failure.
+    /// Moves all bytes out; call nothing else afterwards. Throws Failure.
     CByteArray take();
 
 private:

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
-#include <oktinspect/dumper.h>
+#include <oktformat/fileread.h>
+#include <oktformat/guids.h>
+#include <oktformat/text.h>
+#include <oktinspect/dump.h>
+#include <tools/okt/printing/dumplines.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktformat/failure.h>
@@ -34,8 +38,8 @@ _GUID idOf(std::string const &text)
     return OKTTools::getGUIDFromString(CString::FromUtf8(text.starts_with('{') ? text : "{" + text + "}"));
 }
 
-/// For the parser: what is wrong with an id; empty: nothing. By its form alone, since not every system gives the null id for a
-/// text that is none.
+/// For the parser: why a text is not an id; empty: it is one. Only the form is checked, since not every system gives the null id for a
+/// wrong text.
 std::string idFault(std::string const &text)
 {
     static constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
@@ -48,7 +52,7 @@ std::string idFault(std::string const &text)
     return isId ? "" : text + " is no id";
 }
 
-// What is printed at once.
+// Bytes that are printed at once.
 constexpr std::size_t kPiece = 1 << 16;
 
 int dumpFile(Options const &options)
@@ -57,29 +61,34 @@ int dumpFile(Options const &options)
     if (options.offset >= 0)
         range.offset = options.offset;
     if (!options.id.empty())
-    {
         range.id = idOf(options.id);
-    }
-    FileScan scan(options.file, terminalProgress());
+    DumpOptions how;
+    how.name = inputName(utf8Path(options.file));
+    how.onProgress = terminalProgress();
+    std::unique_ptr<ByteSource> const source = openSource(utf8Path(options.file), how.onProgress);
+    if (source->size() == 0)
+        throw Failure(how.name, "", "the file is empty");
     std::string text;
     auto const flush = [&text] {
         if (!text.empty())
             print(text);
         text.clear();
     };
-    bool const isWhole = dump(
-        scan, range,
-        [&](std::string_view piece) {
-            text += piece;
-            if (text.size() > kPiece)
-                flush();
-        },
-        [&](std::string const &fault) {
+    auto const show = [&](DumpEntry const &entry) {
+        text += dumpLine(entry, how) + "\n";
+        bool const isFault = entry.kind == DumpEntry::Kind::Fault;
+        if (isFault || text.size() > kPiece)
             flush();
-            printError(fault);
-        });
+        if (isFault)
+            printError(Failure(how.name, byteAt(entry.offset), entry.reason).what());
+    };
+    DumpResult const result = dump(*source, range, show, how);
     flush();
-    return isWhole ? kDone : kFailed;
+    if (result == DumpResult::NoSuchId)
+        printError(Failure(how.name, "", "there is no object " + idText(*range.id)).what());
+    if (result == DumpResult::BehindTheEnd)
+        printError(Failure(how.name, byteAt(*range.offset), "the file ends at byte " + std::to_string(source->size())).what());
+    return result == DumpResult::Whole ? kDone : kFailed;
 }
 
 } // namespace

@@ -44,21 +44,38 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     CByteArray const image = readInput(path, terminalProgress());
     if (image.IsEmpty())
         throw Failure(inputName(path), "", "the file is empty");
-    PictureFolder folder(pictures, replaces); // in front of the text, which may be written into the same folder
+    PictureFolder folder(pictures, replaces); // before the text, which may be written into the same folder
     std::optional<OutputFile> text;
+    auto const refuseOneName = [&] {
+        if (folder.has(output))
+            throw Failure(pathName(output), "", "the file cannot be written: one of the pictures has this name");
+    };
     OKTTextPutFile put;
     if (!pictures.empty())
-        put = [&folder](std::string const &stem, CByteArray const &bytes) { return folder.put(stem, bytes); };
+        put = [&](std::string const &stem, CByteArray const &bytes) {
+            try
+            {
+                return folder.put(stem, bytes);
+            }
+            catch (Failure const &)
+            {
+                refuseOneName(); // otherwise the text would be called locked
+                throw;
+            }
+        };
     auto const sink = [&](std::string_view piece) {
         if (!text)
+        {
+            refuseOneName();
             text.emplace(output, replaces);
+        }
         text->write(piece);
     };
     OKTTextFault fault;
-    ReportCollector const collector; // an object that does not read leaves its members without names, no more
+    ReportCollector const collector; // if an object cannot be read, only the names of its members are missing
     std::string const name = printable(inputName(path));
     auto const size = static_cast<std::uintmax_t>(image.GetSize());
-    std::optional<Waiting> waiting(std::in_place, name, size); // while the file is looked through
+    std::optional<Waiting> waiting(std::in_place, name, size); // while the file is parsed
     std::optional<ProgressLine> progress;
     auto const tell = [&](std::size_t bytes, std::size_t objects) {
         waiting.reset();
@@ -69,12 +86,10 @@ void exportText(fs::path const &path, fs::path const &output, fs::path const &pi
     if (!OktExportText(image, sink, fault, put, tell))
         throw Failure(inputName(path), fault.place(), fault.reason);
     text->close();
-    if (folder.has(output))
-        throw Failure(pathName(output), "", "the file cannot be written: one of the pictures has this name");
     folder.commitWith(*text);
 }
 
-/// As git's text conversion, which must not fail for what is in a file: it would end the whole of a log.
+/// For the text conversion of git. A damaged file is not a failure, because that would end a whole log.
 void exportForGit(fs::path const &path)
 {
     ReportCollector const collector;
@@ -102,7 +117,7 @@ void exportForGit(fs::path const &path)
         writeDamagedText(okttext::bytesOf(image), fault, sink);
 }
 
-/// The bar record that a template came from; nothing where a fault of the file keeps it from being had, which was told. A fault
+/// The bar record of a template. Empty: a fault of the file prevents it, which was reported. A fault
 /// elsewhere does not matter.
 std::optional<std::string> recordOf(fs::path const &path)
 {

@@ -13,28 +13,28 @@ struct GitCall
 {
     struct Side
     {
-        std::string file; ///< where its contents lie
+        std::string file; ///< path of the contents
         std::string mode; ///< such as "100644"
         std::string name; ///< in the repository
 
-        /// Git has no file for a side that does not exist.
+        /// True if this side does not exist: git passes no file then.
         bool exists() const;
     };
 
     Side before;
     Side after;
-    bool isUnmerged = false;        ///< a merge has left several; there are no sides then
-    std::vector<std::string> about; ///< what git says of a rename, a line each
+    bool isUnmerged = false;        ///< the file has a merge conflict; then there are no sides
+    std::vector<std::string> about; ///< the lines of git about a rename
 
-    /// Lines for what git itself tells ahead of a diff: a rename, another mode. Empty: nothing of the kind.
+    /// The lines that git writes before a diff, about a rename or a changed mode. Empty: neither.
     std::string text() const;
 };
 
-/// Path; old file, hash and mode; new file, hash and mode; for a rename the new path and what is to be said of it. The path alone
-/// where it is not merged. Nothing: so many arguments are not git's.
+/// Parses: path; old file, hash and mode; new file, hash and mode; for a rename the new path and the lines about it. The path alone
+/// for a merge conflict. Empty: the number of arguments is not that of git.
 std::optional<GitCall> gitCallOf(std::vector<std::string> const &arguments);
 
-/// Git puts the names of files right behind the command that was given to it, and they may begin with a dash: what follows --git
+/// Git appends the names of files to the configured command, and they may begin with a dash. So all arguments after --git
 /// are operands.
 void markGitOperands(std::vector<std::string> &words);
 

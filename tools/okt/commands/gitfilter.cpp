@@ -20,7 +20,7 @@ namespace
 constexpr std::string_view kExported = "{\n  \"format\": \"OKTDatabase text\",\n  \"version\": 1,\n";
 constexpr std::string_view kFirstLine = "{\"format\": \"OKTDatabase text\", \"version\": 1,";
 
-/// A text that is there already, without a copy.
+/// A stream over an existing text, without a copy.
 class TextBuffer : public std::streambuf
 {
 public:
@@ -48,7 +48,7 @@ std::optional<CByteArray> poolOf(std::string_view text, std::optional<OKTTextFau
 /// The text of a pool file that gives the same bytes again, or the fault.
 std::optional<std::string> textOf(CByteArray const &image, std::optional<OKTTextFault> &fault)
 {
-    ReportCollector const collector; // an object that does not read leaves its members without names, no more
+    ReportCollector const collector; // if an object cannot be read, only the names of its members are missing
     std::string text;
     if (!OktExportText(
             image, [&text](std::string_view piece) { text += piece; }, fault.emplace()))
@@ -68,7 +68,7 @@ bool isFilterText(std::string_view bytes)
 {
     if (!bytes.starts_with(kFirstLine))
         return false;
-    bytes.remove_prefix(kFirstLine.size()); // git may have turned the ends of lines
+    bytes.remove_prefix(kFirstLine.size()); // git may have converted the line ends
     return bytes.starts_with("\n") || bytes.starts_with("\r\n");
 }
 

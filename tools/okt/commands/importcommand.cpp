@@ -52,7 +52,7 @@ std::ifstream openText(fs::path const &path)
     return text;
 }
 
-/// Passes a text on in pieces, and tells how far it is; behind its end, that something is made of it.
+/// Reads a text in pieces and shows the progress; after its end, that the file is being made.
 class ToldText : public std::streambuf
 {
 public:

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
+#include <oktformat/fileread.h>
 #include <oktformat/filescan.h>
-#include <oktinspect/textmatch.h>
+#include <oktinspect/findingtext.h>
+#include <oktinspect/list.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktformat/failure.h>
@@ -13,9 +15,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <memory>
-#include <optional>
 
 namespace okt
 {
@@ -31,34 +31,35 @@ struct Options
     bool asJson = false;
 };
 
-// What is printed at once.
+// Bytes that are printed at once.
 constexpr std::size_t kPiece = 1 << 16;
 
 class Lister
 {
 public:
-    Lister(Options const &options, bool withHeadings) : m_asJson(options.asJson), m_withHeadings(withHeadings)
+    Lister(Options const &options, bool withHeadings)
+        : m_asJson(options.asJson), m_withHeadings(withHeadings), m_query{options.className, options.name}
     {
-        if (!options.className.empty())
-            m_class.emplace(options.className);
-        if (!options.name.empty())
-            m_name.emplace(options.name);
     }
 
     bool list(std::string const &file)
     {
-        FileScan scan(file, terminalProgress());
+        bool isWhole = true;
+        ListOptions options;
+        options.name = inputName(utf8Path(file));
+        options.onProgress = terminalProgress();
+        options.onObject = [&](ListedObject const &object) { add(options.name, object); };
+        options.onFault = [&](Finding const &fault) {
+            isWhole = false;
+            flush();
+            printError(Failure(options.name, byteAt(fault.offset), sentenceOf(fault)).what());
+        };
+        std::unique_ptr<ByteSource> const source = openSource(utf8Path(file), options.onProgress);
+        if (source->size() == 0)
+            throw Failure(options.name, "", "the file is empty");
         if (m_withHeadings && !m_asJson)
-            m_text += printable(scan.name()) + ":\n";
-        bool const isWhole = scan.run(
-            [&](Stretch const &object) {
-                if (isWanted(object))
-                    add(scan.name(), object);
-            },
-            [this](std::string const &fault) {
-                flush();
-                printError(fault);
-            });
+            m_text += printable(std::string_view(options.name)) + ":\n";
+        okt::list(*source, m_query, options);
         flush();
         return isWhole;
     }
@@ -71,15 +72,7 @@ public:
     }
 
 private:
-    bool isWanted(Stretch const &object) const
-    {
-        bool const isOfClass =
-            !m_class || std::any_of(object.classNames.begin(), object.classNames.end(),
-                                    [this](std::string const &name) { return m_class->matches(CString(name.c_str())); });
-        return isOfClass && (!m_name || m_name->matches(object.name));
-    }
-
-    void add(std::string const &file, Stretch const &object)
+    void add(std::string const &file, ListedObject const &object)
     {
         m_text += m_asJson ? jsonLine(file, object) : textLine(object);
         m_text += "\n";
@@ -87,42 +80,41 @@ private:
             flush();
     }
 
-    static std::string textLine(Stretch const &object)
+    static std::string textLine(ListedObject const &object)
     {
-        std::string const offset = std::to_string(object.begin);
-        std::string const size = std::to_string(object.size());
+        std::string const offset = std::to_string(object.offset);
+        std::string const size = std::to_string(object.size);
         std::string line = std::string(offset.size() < 10 ? 10 - offset.size() : 0, ' ') + offset + " " +
                            std::string(size.size() < 8 ? 8 - size.size() : 0, ' ') + size + "  " +
-                           padded(printable(object.className()), 18) + "  " +
+                           padded(printable(object.className), 18) + "  " +
                            (object.id ? idText(*object.id) : std::string(38, '-'));
-        if (!object.name.IsEmpty())
-            line += "  " + printable(object.name);
+        if (object.name && !object.name->IsEmpty())
+            line += "  " + printable(*object.name);
         return line;
     }
 
-    static std::string jsonLine(std::string const &file, Stretch const &object)
+    static std::string jsonLine(std::string const &file, ListedObject const &object)
     {
         nlohmann::ordered_json line;
         line["file"] = file;
-        line["offset"] = object.begin;
-        line["size"] = object.size();
-        line["class"] = plainText(object.className());
+        line["offset"] = object.offset;
+        line["size"] = object.size;
+        line["class"] = plainText(object.className);
         line["bases"] = nlohmann::ordered_json::array();
-        for (std::size_t i = 1; i < object.classNames.size(); ++i)
-            line["bases"].push_back(plainText(CString(object.classNames[i].c_str())));
+        for (CString const &base : object.bases)
+            line["bases"].push_back(plainText(base));
         line["id"] = nullptr;
         if (object.id)
             line["id"] = idText(*object.id);
         line["name"] = nullptr;
-        if (object.isOf(KnownClass::Parameter) || object.isOf(KnownClass::Category))
-            line["name"] = plainText(object.name);
+        if (object.name)
+            line["name"] = plainText(*object.name);
         return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
     }
 
     bool m_asJson;
     bool m_withHeadings;
-    std::optional<TextPattern> m_class;
-    std::optional<TextPattern> m_name;
+    ListQuery m_query;
     std::string m_text;
 };
 

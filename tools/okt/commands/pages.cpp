@@ -12,7 +12,7 @@ namespace okt
 namespace
 {
 
-/// A text in a man page: nothing in it is a request, and a hyphen is one to be typed.
+/// Escapes a text for a man page: no line is a request, and a hyphen stays a hyphen.
 std::string roff(std::string_view text)
 {
     std::string result;

@@ -8,7 +8,7 @@
 namespace okt
 {
 
-// What is made of the help of the commands.
+// Documents made from the help of the commands.
 
 /// The man page of the program, in the language of man pages.
 std::string manPage(CLI::App const &app);

@@ -28,7 +28,7 @@ void writeFile(fs::path const &path, std::string const &text)
     file.commit();
 }
 
-/// Everything that is installed beside the program, below a folder.
+/// Writes everything that is installed with the program into a folder.
 void writePages(CLI::App const &app, fs::path const &folder)
 {
     writeFile(folder / "man" / "man1" / "okt.1", manPage(app));
@@ -62,7 +62,7 @@ void addPages(CommandLine &line)
     CLI::App *const command =
         line.app.add_subcommand("pages", "Writes man pages and completions into a folder, for the installation.\n"
                                          "  okt pages -o share");
-    command->group(""); // for those who build it
+    command->group(""); // hidden: only the build uses it
     auto const folder = std::make_shared<std::string>();
     command->add_option("-o,--output", *folder, "the folder, which stands for share/ of an installation")
         ->required()

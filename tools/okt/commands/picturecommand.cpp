@@ -38,7 +38,7 @@ struct Options
     bool replaces = false;
 };
 
-/// The pictures of a pool file, and where they lie in it.
+/// The pictures of a pool file, and their positions.
 struct PictureFile
 {
     std::string name;
@@ -47,11 +47,11 @@ struct PictureFile
     std::string fault; ///< the first fault of a file that was read whole
 };
 
-/// Reads no more than the header and the pictures; nothing where that cannot be done.
+/// Reads only the header and the pictures. Empty: that is not possible.
 std::optional<PictureFile> readPicturesAlone(InputFile const &input)
 {
     fs::path const &path = input.path();
-    ReportCollector const collector; // the whole read tells what is wrong
+    ReportCollector const collector; // reading the whole file will report the fault
     Waiting const waiting(printable(input.name()), readableLength(path));
     PictureFile file;
     file.name = input.name();
@@ -60,7 +60,7 @@ std::optional<PictureFile> readPicturesAlone(InputFile const &input)
     if (!header.readFileHeader(pathText(path), file.places))
         return std::nullopt;
     IdArray const listed = header.picturesId();
-    // A picture without a place in the header would be looked for in the whole file.
+    // For a picture without a position in the header the library would search the whole file.
     auto const hasPlace = [&file](OKTDbObjectId const &id) {
         OKTDbPool::_ObjectInfo const *const place = file.places.find(id);
         return place != nullptr && place->nObjectPosition >= 0 && place->nObjectSize > 0;
@@ -95,7 +95,7 @@ PictureFile readWhole(InputFile const &input)
     throw Failure(file.name, place, reason);
 }
 
-/// The picture's bytes; nothing where the fault of the file says why. Throws Failure for every other reason.
+/// The bytes of the picture. Empty: the fault of the file is the reason. Throws Failure for every other reason.
 std::optional<CByteArray> imageOf(PictureFile const &file, fs::path const &path, int index)
 {
     IdArray const pictures = file.pool->picturesId();
@@ -135,8 +135,8 @@ std::optional<CByteArray> imageOf(PictureFile const &file, fs::path const &path,
     return image;
 }
 
-/// Writes the bytes of a picture to a file in one step, or to standard output. Only the header and the pictures are read where
-/// that is enough. False: the file has a fault for which the picture cannot be had, and it was told.
+/// Writes the bytes of a picture to a file in one step, or to standard output. Reads only the header and the pictures if
+/// that is enough. False: the picture cannot be read because of a fault of the file, which was reported.
 bool picture(fs::path const &path, int index, fs::path const &output, bool replaces)
 {
     InputFile const input(path);

@@ -32,7 +32,7 @@ struct Options
     bool replaces = false;
 };
 
-/// The lines for the user: what is wrong, one each, then the sums.
+/// The lines for the user: one for each finding, then the sums.
 class Report
 {
 public:
@@ -109,10 +109,10 @@ private:
                      named(static_cast<std::int64_t>(mends.size()) - 1, "; likewise in ", "further place"));
     }
 
-    /// Not of what okt verify says.
+    /// A finding that only a recovery has.
     static bool isOfRecovery(Finding const &finding) { return finding.code == Finding::Code::Remnant; }
 
-    /// As okt verify says it, where that does.
+    /// In the words of okt verify, if it is a finding of that.
     static std::string said(Finding const &finding)
     {
         return (isOfRecovery(finding) ? "" : std::string(severityName(finding.severity)) + ": ") + sentenceOf(finding);
@@ -142,7 +142,7 @@ private:
         if (m_check.doubtfulObjects > 0)
             text +=
                 plural(m_check.doubtfulObjects, "object") + " with " + plural(m_check.doubtfulBytes, "byte") + " doubtful, ";
-        // Where anything is not as it was, nobody can say that nothing is lost.
+        // "0 lost" is claimed only if nothing else is doubtful.
         if (m_check.lost > 0 || m_check.isClean)
             text += std::to_string(m_check.lost) + " lost, ";
         if (!m_check.missing.empty())
@@ -185,7 +185,7 @@ int recoverFile(fs::path const &path, fs::path const &output, bool replaces)
     if (recovered.isNothing())
         throw Failure(inputName(path), byteAt(recovered.header.faultAt),
                       "nothing can be rescued: there is neither a header nor a whole object; " + recovered.header.fault);
-    // Only now is the file that of the name: a recovery that is broken off leaves nothing behind.
+    // Only now the file gets its name: an aborted recovery leaves no file.
     file->close();
     file->commit();
     std::string text = Report(inputName(path), made, recovered).text();

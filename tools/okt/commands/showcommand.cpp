@@ -25,7 +25,7 @@ namespace okt
 namespace
 {
 
-/// What of a pool file is shown.
+/// The part of a pool file that is shown.
 enum class ShowWhat
 {
     All,
@@ -63,7 +63,7 @@ Shown part(InputFile const &input, ShowWhat what)
     return {std::move(text.text), std::move(text.fault)};
 }
 
-/// Nothing where the file cannot be shown at all; that was told.
+/// Empty: the file cannot be shown at all, which was reported.
 std::optional<Shown> shownOrTold(std::filesystem::path const &path, DisplayUnit const &unit, bool withIds, ShowWhat what)
 {
     try
@@ -78,7 +78,7 @@ std::optional<Shown> shownOrTold(std::filesystem::path const &path, DisplayUnit 
     }
 }
 
-/// A fault in one file goes to standard error, behind what could be read of it, and the next is shown all the same.
+/// A fault in one file goes to standard error, after the readable part of it, and the next file is shown anyway.
 int show(Options const &options)
 {
     DisplayUnit const *const displayed = findUnit(options.unit);

@@ -6,23 +6,21 @@
 #include <oktformat/imageformat.h>
 #include <oktformat/text.h>
 #include <oktinspect/moduletext.h>
-#include <oktinspect/objectsof.h>
 #include <oktinspect/poolreader.h>
+#include <oktinspect/pooltree.h>
+#include <oktinspect/valuetext.h>
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/jsonoutput.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/printing/parameterjson.h>
-#include <tools/okt/printing/poolprinter.h>
 #include <tools/okt/terminal/console.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktdatabase/oktdatabase.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string_view>
 #include <vector>
 
@@ -40,7 +38,7 @@ struct Options
     bool asJson = false;
 };
 
-/// The branches in front of a line.
+/// The branches before a line.
 struct Style
 {
     char const *middle;
@@ -58,9 +56,6 @@ struct Node
     std::vector<Node> children;
 };
 
-// Parameters that use each other are not followed deeper.
-constexpr std::size_t kDeepest = 32;
-
 void append(std::string &text, Style const &style, std::string const &indent, std::vector<Node> const &nodes)
 {
     for (std::size_t i = 0; i < nodes.size(); ++i)
@@ -71,165 +66,59 @@ void append(std::string &text, Style const &style, std::string const &indent, st
     }
 }
 
-class TreeMaker : ObjectsOf
+std::string withClass(TreeNode const &node) { return printable(node.object->isA()->ClassName()) + " " + idText(node.id); }
+
+std::string parameterText(OKTDbParameter const &self, DisplayUnit const &unit)
 {
-public:
-    TreeMaker(OKTDbPool &pool, DisplayUnit const &unit) : ObjectsOf(pool), m_unit(unit) {}
+    std::string const name = self.UserName().IsEmpty() ? idText(self.objectId()) : printable(self.UserName());
+    std::string const value = valueText(self.Value(), self.isInDrawingUnits(), unit);
+    return name + (value.empty() ? "" : " = " + value) +
+           (self.Expression().IsEmpty() ? "" : "  [" + printable(self.Expression()) + "]");
+}
 
-    std::vector<Node> nodes()
+std::string pictureText(OKTDbPicture &self)
+{
+    CByteArray data;
+    self.getPictureData(data);
+    return idText(self.objectId()) + ", " + plural(data.GetSize(), "byte") +
+           (data.IsEmpty() ? "" : ", " + formatOf(data).text());
+}
+
+std::string textOf(TreeNode const &node, DisplayUnit const &unit)
+{
+    switch (node.kind)
     {
-        std::vector<Node> made;
-        for (auto const *const each : all<OKTDbGroupCategory>())
-            made.push_back(group(*each));
-        addStray<OKTDbCategory>(made, "Categories in no group", [this](OKTDbCategory const &each) { return category(each); });
-        addStray<OKTDbParameter>(made, "Parameters in no category",
-                                 [this](OKTDbParameter const &each) { return parameter(each, {}); });
-        addAll<OKTDbRelation>(made, "Relations", [this](OKTDbRelation const &each) { return relation(each); });
-        addAll<OKTDbPicture>(made, "Pictures", [](OKTDbPicture &each) { return picture(each); });
-        addOthers(made);
-        return made;
+    case TreeNode::Kind::GroupCategory: return "Group category " + idText(node.id);
+    case TreeNode::Kind::Category: return "Category " + quoted(OKTDbCategory::cast(node.object)->CategoryName());
+    case TreeNode::Kind::Parameter: return parameterText(*OKTDbParameter::cast(node.object), unit);
+    case TreeNode::Kind::Picture: return pictureText(*OKTDbPicture::cast(node.object));
+    case TreeNode::Kind::Relation:
+    case TreeNode::Kind::Other: return withClass(node);
+    case TreeNode::Kind::Misplaced: return withClass(node) + " (does not belong here)";
+    case TreeNode::Kind::Missing: return idText(node.id) + " (not in this file)";
+    case TreeNode::Kind::LooseCategories: return "Categories in no group";
+    case TreeNode::Kind::LooseParameters: return "Parameters in no category";
+    case TreeNode::Kind::Relations: return "Relations";
+    case TreeNode::Kind::Pictures: return "Pictures";
+    case TreeNode::Kind::Others: return "Other objects";
     }
+    return "";
+}
 
-private:
-    /// In place of what a list names, which is not there, or of another class than is meant.
-    Node missing(OKTDbObjectId const &id) const
+std::vector<Node> linesOf(std::vector<TreeNode> const &nodes, DisplayUnit const &unit)
+{
+    std::vector<Node> lines;
+    for (TreeNode const &node : nodes)
     {
-        OKTDbObject const *const found = object(id);
-        return {found == nullptr ? idText(id) + " (not in this file)"
-                                 : printable(found->isA()->ClassName()) + " " + idText(id) + " (does not belong here)",
-                {}};
+        std::string const more = node.below == TreeNode::Below::ShownAbove       ? ", shown above"
+                                 : node.below == TreeNode::Below::ShownElsewhere ? ", with what it uses shown elsewhere"
+                                                                                 : "";
+        lines.push_back({textOf(node, unit) + more, linesOf(node.children, unit)});
     }
+    return lines;
+}
 
-    template <typename T, typename Make> void addAll(std::vector<Node> &made, char const *title, Make make)
-    {
-        Node node{title, {}};
-        for (T *const each : all<T>())
-        {
-            m_shown.insert(each->objectId());
-            node.children.push_back(make(*each));
-        }
-        if (!node.children.empty())
-            made.push_back(std::move(node));
-    }
-
-    template <typename T, typename Make> void addStray(std::vector<Node> &made, char const *title, Make make)
-    {
-        Node node{title, {}};
-        for (T *const each : all<T>())
-            if (m_shown.count(each->objectId()) == 0)
-                node.children.push_back(make(*each));
-        if (!node.children.empty())
-            made.push_back(std::move(node));
-    }
-
-    void addOthers(std::vector<Node> &made)
-    {
-        Node node{"Other objects", {}};
-        for (OKTDbObjectId const &id : m_all)
-            if (OKTDbObject const *const each = object(id); each != nullptr && m_shown.count(id) == 0)
-                node.children.push_back({printable(each->isA()->ClassName()) + " " + idText(id), {}});
-        if (!node.children.empty())
-            made.push_back(std::move(node));
-    }
-
-    Node group(OKTDbGroupCategory const &self)
-    {
-        m_shown.insert(self.objectId());
-        Node node{"Group category " + idText(self.objectId()), {}};
-        IdArray ids;
-        self.getAllCategories(ids);
-        for (OKTDbObjectId const &id : ids)
-        {
-            auto const *const found = OKTDbCategory::cast(object(id));
-            node.children.push_back(found == nullptr ? missing(id) : category(*found));
-        }
-        return node;
-    }
-
-    Node category(OKTDbCategory const &self)
-    {
-        Node node{"Category " + quoted(self.CategoryName()), {}};
-        // A list may name a category any number of times.
-        if (!m_shown.insert(self.objectId()).second)
-        {
-            node.text += ", shown above";
-            return node;
-        }
-        IdArray ids;
-        self.getAllParameters(ids);
-        for (OKTDbObjectId const &id : ids)
-        {
-            auto const *const found = OKTDbParameter::cast(object(id));
-            node.children.push_back(found == nullptr ? missing(id) : parameter(*found, {}));
-        }
-        return node;
-    }
-
-    Node parameter(OKTDbParameter const &self, std::vector<OKTDbParameter const *> above)
-    {
-        m_shown.insert(self.objectId());
-        Node node{title(self), {}};
-        if (std::find(above.begin(), above.end(), &self) != above.end() || above.size() >= kDeepest)
-        {
-            node.text += ", shown above";
-            return node;
-        }
-        bool const isShown = !above.empty() && !m_followed.insert(&self).second && self.TabParams().getSize() > 0;
-        if (isShown)
-        {
-            node.text += ", with what it uses shown elsewhere";
-            return node;
-        }
-        m_followed.insert(&self);
-        above.push_back(&self);
-        IdArray const ids = self.TabParams();
-        for (OKTDbObjectId const &id : ids)
-        {
-            auto const *const found = OKTDbParameter::cast(object(id));
-            node.children.push_back(found == nullptr ? missing(id) : parameter(*found, above));
-        }
-        return node;
-    }
-
-    std::string title(OKTDbParameter const &self) const
-    {
-        std::string const name = self.UserName().IsEmpty() ? idText(self.objectId()) : printable(self.UserName());
-        std::string const value = valueText(self.Value(), self.isInDrawingUnits(), m_unit);
-        return name + (value.empty() ? "" : " = " + value) +
-               (self.Expression().IsEmpty() ? "" : "  [" + printable(self.Expression()) + "]");
-    }
-
-    Node relation(OKTDbRelation const &self) const
-    {
-        Node node{printable(self.isA()->ClassName()) + " " + idText(self.objectId()), {}};
-        auto const *const members = OKTDbParamRelation::cast(&self);
-        if (members == nullptr)
-            return node;
-        IdArray ids;
-        members->getAllParameters(ids);
-        for (OKTDbObjectId const &id : ids)
-        {
-            auto const *const found = OKTDbParameter::cast(object(id));
-            node.children.push_back(found == nullptr ? missing(id) : Node{title(*found), {}});
-        }
-        return node;
-    }
-
-    static Node picture(OKTDbPicture &self)
-    {
-        CByteArray data;
-        self.getPictureData(data);
-        return {idText(self.objectId()) + ", " + plural(data.GetSize(), "byte") +
-                    (data.IsEmpty() ? "" : ", " + formatOf(data).text()),
-                {}};
-    }
-
-    DisplayUnit const &m_unit;
-    std::set<OKTDbObjectId> m_shown;
-    std::set<OKTDbParameter const *> m_followed;
-};
-
-/// The locale writes in UTF-8, as the variables that decide say.
+/// The environment variables select a locale with UTF-8.
 bool isUtf8Locale()
 {
 #if defined(_WIN32)
@@ -257,13 +146,13 @@ void addLines(std::vector<Node> &nodes, char const *title, std::vector<std::stri
         nodes.push_back(std::move(node));
 }
 
-bool printTree(std::string const &name, Options const &options, DisplayUnit const *unit)
+bool printTree(std::string const &name, Options const &options, DisplayUnit const &unit)
 {
     InputFile const input(utf8Path(name));
-    PoolFile const file = readPool(input.path(), unit->factor, input.name(), terminalProgress());
+    PoolFile const file = readPool(input.path(), unit.factor, input.name(), terminalProgress());
     std::string text = quoted(file.pool->poolName()) + " " + idText(file.pool->objectId()) + "\n";
     std::optional<Waiting> waiting(std::in_place, printable(input.name()), static_cast<std::uintmax_t>(file.size));
-    std::vector<Node> nodes = TreeMaker(*file.pool, *unit).nodes();
+    std::vector<Node> nodes = linesOf(treeOf(*file.pool), unit);
     addLines(nodes, "Client modules", moduleLines(file, ModulePlace::Path));
     addLines(nodes, "Classes that need a client module", missingLines(file, ModulePlace::Path));
     append(text, options.inAscii || !isUtf8Locale() ? kAscii : kBoxes, "", nodes);
@@ -295,7 +184,7 @@ int tree(Options const &options)
         {
             if (files.size() > 1)
                 print((&file == files.data() ? "" : "\n") + printable(std::string_view(file)) + ":\n");
-            ok = printTree(file, options, unit) && ok;
+            ok = printTree(file, options, *unit) && ok;
         }
         catch (Failure const &failure)
         {

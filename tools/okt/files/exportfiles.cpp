@@ -93,10 +93,7 @@ OutputFile::OutputFile(fs::path path, bool replaces) : m_path(std::move(path))
     if (m_path == kStandardStream)
         return;
     checkWritable(m_path, replaces);
-    m_pending.emplace(behindLinks(m_path));
-    CFileException refused;
-    if (!m_file.Open(pathText(m_pending->path()), CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive, &refused))
-        throw Failure(pathName(m_path), "", "the file cannot be written: " + systemReason(refused.m_lOsError));
+    m_pending.emplace(m_path);
 }
 
 OutputFile::~OutputFile() = default;
@@ -106,38 +103,23 @@ void OutputFile::write(std::string_view bytes)
     if (!m_pending)
         return print(bytes);
     constexpr std::size_t kPiece = 1 << 24;
-    try
+    std::size_t const size = bytes.size();
+    std::optional<ProgressLine> progress;
+    if (size > kPiece)
+        progress.emplace(printable(pathName(m_path)), size);
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size())))
     {
-        std::size_t const size = bytes.size();
-        std::optional<ProgressLine> progress;
-        if (size > kPiece)
-            progress.emplace(printable(pathName(m_path)), size);
-        for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size())))
-        {
-            endIfInterrupted();
-            if (progress)
-                progress->at(size - bytes.size());
-            m_file.Write(bytes.data(), static_cast<UINT>(std::min(kPiece, bytes.size())));
-        }
-    }
-    catch (CFileException const &exception)
-    {
-        throw Failure(pathName(m_path), "", "the file cannot be written: " + systemReason(exception.m_lOsError));
+        endIfInterrupted();
+        if (progress)
+            progress->at(size - bytes.size());
+        m_pending->write(bytes.substr(0, kPiece));
     }
 }
 
 void OutputFile::close()
 {
-    if (!m_pending)
-        return;
-    try
-    {
-        m_file.Close();
-    }
-    catch (CFileException const &exception)
-    {
-        throw Failure(pathName(m_path), "", "the file cannot be written: " + systemReason(exception.m_lOsError));
-    }
+    if (m_pending)
+        m_pending->flush();
 }
 
 void OutputFile::commit()

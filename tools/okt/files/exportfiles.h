@@ -14,11 +14,11 @@
 namespace okt
 {
 
-/// An input that has to be a file, since it is read at places: a stream is kept in a file for the time being.
+/// An input with random access. A stream is copied to a temporary file.
 class InputFile
 {
 public:
-    /// Throws Failure when a stream cannot be read or kept. What is wrong with a file shows when it is read.
+    /// Throws Failure if a stream cannot be read or copied. A file is not opened here.
     explicit InputFile(std::filesystem::path const &path);
 
     std::filesystem::path const &path() const { return m_kept ? m_kept->path() : m_path; }
@@ -31,26 +31,26 @@ private:
     std::optional<TemporaryFile> m_kept;
 };
 
-/// Throws Failure where the output is the file that is read; `what` is that file in words.
+/// Throws Failure if the output is the input file; `what` is that file in words.
 void refuseSameFile(std::filesystem::path const &input, std::filesystem::path const &output, std::string const &what);
-/// Throws Failure where standard input is asked for twice.
+/// Throws Failure if standard input is given twice.
 void checkReadOnce(std::vector<std::string> const &files);
-/// Throws Failure where a file has that name, unless it may be replaced and can be.
+/// Throws Failure if the file exists and may not or cannot be replaced.
 void checkWritable(std::filesystem::path const &path, bool replaces);
 
-/// What becomes a file in one step: it is written beside its final name, which it gets at the end, or goes to standard output
-/// as it comes.
+/// An output file that appears in one step: it is written under another name and renamed at the end. Or standard output, written
+/// at once.
 class OutputFile
 {
 public:
-    /// Throws Failure where a file has that name and may not be replaced.
+    /// Throws Failure if the file exists and may not be replaced.
     OutputFile(std::filesystem::path path, bool replaces);
     ~OutputFile();
 
     void write(std::string_view bytes);
-    /// Ends the writing; the file is complete then.
+    /// Ends writing; the file is then complete.
     void close();
-    /// Gives it its final name.
+    /// Renames it to its final name.
     void commit();
 
 private:
@@ -58,20 +58,19 @@ private:
 
     std::filesystem::path m_path;
     std::optional<PendingFile> m_pending;
-    CFile m_file;
 };
 
-/// The folder for the pictures of a text. All of them and the text get their names together, or none does; nothing is left of
+/// The folder for the pictures of a text. All of them and the text are renamed together, or none is; then nothing is left of
 /// them then, and a folder that was made for them is gone.
 class PictureFolder
 {
 public:
     PictureFolder(std::filesystem::path folder, bool replaces) : m_folder(std::move(folder)), m_replaces(replaces) {}
 
-    /// Keeps the bytes under a name made of the stem and the ending of their format. A file there that holds these bytes
-    /// already is left alone.
+    /// Stores the bytes under a name made of the stem and the extension of their format. A file that already has these bytes
+    /// is not touched.
     std::string put(std::string const &stem, CByteArray const &bytes);
-    /// True where one of the pictures has that path.
+    /// True if one of the pictures has that path.
     bool has(std::filesystem::path const &path) const;
     void commitWith(OutputFile &text);
 

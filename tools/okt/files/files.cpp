@@ -27,21 +27,28 @@ fs::path pathBeside(fs::path const &target)
     return target.parent_path() / name;
 }
 
-} // namespace
-
-fs::path behindLinks(fs::path path)
+/// Why a file was not saved, in words.
+std::string saveFailure(OktSaveRefusal const &refusal, std::string const &what)
 {
-    constexpr int kMostLinks = 40;
-    std::error_code error;
-    for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, error)); ++i)
+    int const error = refusal.systemError;
+    switch (refusal.status)
     {
-        fs::path const next = fs::read_symlink(path, error);
-        if (error)
-            break;
-        path = path.parent_path() / next; // an absolute one stands alone
+    case OktSaveStatus::NoPath: return what + ": this is no name for a file";
+    case OktSaveStatus::Folder: return what + ": a folder has this name";
+    case OktSaveStatus::NoPlainFile: return what + ": this is no plain file";
+    case OktSaveStatus::WriteProtected: return "the file is write-protected";
+    case OktSaveStatus::InUse: return openFailure(error);
+    case OktSaveStatus::SeveralNames: return what + ": it has further names (hard links), which would keep the old contents";
+    case OktSaveStatus::OwnerLost: return what + ": it belongs to somebody else, and would not any more";
+    case OktSaveStatus::AttributesLost: return what + ": its permissions or attributes would be lost: " + systemReason(error);
+    case OktSaveStatus::NoMemory: return what + ": there is not enough memory";
+    case OktSaveStatus::Changed: return what + ": somebody else has changed it meanwhile";
+    case OktSaveStatus::NotFlushed: return "the file is in place, but may be lost with the power: " + systemReason(error);
+    default: return what + ": " + systemReason(error);
     }
-    return path;
 }
+
+} // namespace
 
 TemporaryFile::TemporaryFile(fs::path const &neighbour)
     : m_path(pathBeside(neighbour)), m_halfWritten(std::in_place, pathName(m_path))
@@ -55,71 +62,56 @@ TemporaryFile::~TemporaryFile()
         fs::remove(m_path, ignored);
 }
 
-std::error_code PendingFile::place()
+PendingFile::PendingFile(fs::path target) : m_target(std::move(target))
 {
-    std::error_code error;
-    if (fs::file_status const status = fs::status(m_target, error); fs::is_regular_file(status))
-        fs::permissions(path(), status.permissions(), error); // those of the file that is replaced
-    fs::rename(path(), m_target, error);
-    return error;
+    if (!m_file.begin(pathText(m_target)))
+        refuse("the file cannot be written");
+    m_part.emplace(m_file.partPath().ToUtf8());
+    m_old.emplace(m_file.oldPath().ToUtf8());
 }
 
-void PendingFile::refuse(std::error_code const &error, std::string const &more) const
+void PendingFile::refuse(char const *what, std::string const &more) const
 {
-    throw Failure(pathName(m_target), "", "the file cannot be put in place: " + error.message() + more);
+    OktSaveRefusal const refusal = m_file.refusal();
+    throw Failure(pathName(m_target), "", saveFailure(refusal, what) + more);
 }
 
-void PendingFile::commit()
+void PendingFile::write(std::string_view bytes)
 {
-    if (std::error_code const error = place())
-        refuse(error);
+    if (!m_file.write(bytes.data(), bytes.size()))
+        refuse("the file cannot be written");
 }
 
-/// The file keeps its own name meanwhile, so that it is never without one.
-std::error_code PendingFile::keepPrevious()
+void PendingFile::flush()
 {
-    std::error_code error;
-    if (!fs::is_regular_file(m_target, error))
-        return {};
-    m_previous.emplace(m_target);
-    fs::create_hard_link(m_target, m_previous->path(), error);
-    if (error) // not every file system has such links
-        fs::copy_file(m_target, m_previous->path(), error);
-    return error;
+    if (!m_file.flush())
+        refuse("the file cannot be written");
 }
 
-/// False: what the target was could not be given its name back, and stays under the other one.
-bool PendingFile::takeBack()
-{
-    std::error_code error;
-    if (!m_previous)
-    {
-        fs::remove(m_target, error);
-        return true;
-    }
-    fs::rename(m_previous->path(), m_target, error);
-    if (error)
-        m_previous->keep();
-    return !error;
-}
+void PendingFile::commit() { commitTogether({this}); }
 
 void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
 {
-    for (std::size_t i = 0; i + 1 < files.size(); ++i) // when the last one fails, it has replaced nothing
-        if (std::error_code const error = files[i]->keepPrevious())
-            files[i]->refuse(error);
-    for (std::size_t done = 0; done < files.size(); ++done)
+    std::vector<OktFileReplacement *> replacements;
+    for (PendingFile *const file : files)
+        replacements.push_back(&file->m_file);
+    OktFileReplacement *const failed = OktFileReplacement::commitTogether(replacements.data(), replacements.size());
+    // From now on these names may be those of somebody else, who saves the same files.
+    for (PendingFile *const file : files)
     {
-        std::error_code const error = files[done]->place();
-        if (!error)
-            continue;
-        std::string lost;
-        for (std::size_t i = done; i-- > 0;)
-            if (!files[i]->takeBack())
-                lost += "; what " + printable(pathName(files[i]->m_target)) + " was is in " +
-                        printable(pathName(files[i]->m_previous->path()));
-        files[done]->refuse(error, lost);
+        file->m_part.reset();
+        file->m_old.reset();
     }
+    if (failed == nullptr)
+        return;
+    std::string lost;
+    for (PendingFile const *const file : files)
+        if (file->m_file.isOldKept())
+            lost +=
+                "; what " + printable(pathName(file->m_target)) + " was is in " + printable(file->m_file.oldPath().ToUtf8());
+    for (PendingFile const *const file : files)
+        if (&file->m_file == failed)
+            file->refuse("the file cannot be put in place", lost);
 }
 
 void checkReplaceable(fs::path const &path)
@@ -127,21 +119,13 @@ void checkReplaceable(fs::path const &path)
     checkFileName(path);
     std::string const name = pathName(path);
     std::error_code error;
-    fs::file_status const status = fs::status(path, error);
-    if (status.type() == fs::file_type::not_found)
+    if (fs::file_status const status = fs::status(path, error); status.type() == fs::file_type::not_found)
         return;
     if (error)
         throw Failure(name, "", "the file cannot be reached: " + error.message());
-    if (fs::is_directory(status))
-        throw Failure(name, "", "the file cannot be written: a folder has this name");
-    if (!fs::is_regular_file(status))
-        throw Failure(name, "", "the file cannot be written: this is no plain file");
-    if ((status.permissions() & fs::perms::owner_write) == fs::perms::none)
-        throw Failure(name, "", "the file is write-protected");
-    CFile file;
-    CFileException refused;
-    if (!file.Open(pathText(path), CFile::modeRead | CFile::shareDenyWrite, &refused) && OktIsFileInUse(refused.m_lOsError))
-        throw Failure(name, "", openFailure(refused.m_lOsError));
+    OktSaveRefusal const refusal = OktCheckReplaceable(pathText(path));
+    if (refusal.status != OktSaveStatus::Saved)
+        throw Failure(name, "", saveFailure(refusal, "the file cannot be written"));
 }
 
 MadeFolder::Made::Made(fs::path const &folder) : path(folder), halfWritten(pathName(folder)) {}

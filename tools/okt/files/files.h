@@ -6,21 +6,18 @@
 #include <oktformat/fileread.h>
 
 #include <oktplatform/oktplatform.h>
+#include <oktplatform/oktreplacefile.h>
 
 #include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <system_error>
-#include <utility>
+#include <string_view>
 #include <vector>
 
 namespace okt
 {
-
-/// The file that a symbolic link leads to in the end, whether it is there or not; any other path as it is.
-std::filesystem::path behindLinks(std::filesystem::path path);
 
 /// A name beside a file that no other file has. The destructor removes what has the name then, and so does an interrupt.
 class TemporaryFile
@@ -40,32 +37,32 @@ private:
     std::optional<HalfWritten> m_halfWritten;
 };
 
-/// A file that is written under a name beside the final one first.
+/// A file that is written under a name beside the final one first, as the library saves durably. All throw Failure, and nothing is
+/// left then; an interrupt leaves nothing either.
 class PendingFile
 {
 public:
-    explicit PendingFile(std::filesystem::path target) : m_target(std::move(target)), m_part(m_target) {}
+    explicit PendingFile(std::filesystem::path target);
 
-    std::filesystem::path const &path() const { return m_part.path(); }
-    /// Gives the file its final name; what had that name before is replaced in one step, and leaves its permissions. Throws
-    /// Failure.
+    void write(std::string_view bytes);
+    /// Ends the writing: the bytes are on the disk.
+    void flush();
+    /// Gives the file its final name; what had that name before is replaced in one step.
     void commit();
-    /// Gives all of them their final names or, where one fails, none: what had the names before has them then. Throws Failure.
+    /// Gives all of them their final names or, where one fails, none: what had the names before has them then.
     static void commitTogether(std::vector<PendingFile *> const &files);
 
 private:
-    std::error_code place();
-    std::error_code keepPrevious();
-    bool takeBack();
-    [[noreturn]] void refuse(std::error_code const &error, std::string const &more = {}) const;
+    [[noreturn]] void refuse(char const *what, std::string const &more = {}) const;
 
     std::filesystem::path m_target;
-    TemporaryFile m_part;
-    std::optional<TemporaryFile> m_previous; ///< a second name for what the target was
+    std::optional<HalfWritten> m_part;
+    std::optional<HalfWritten> m_old;
+    OktFileReplacement m_file; // its end removes what the others name
 };
 
-/// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, or in use, or its name
-/// is no UTF-8.
+/// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, in use, or has several
+/// names, or its name is no UTF-8.
 void checkReplaceable(std::filesystem::path const &path);
 
 /// A folder that is made where it is missing, with those above it. The destructor removes those that were made here and are

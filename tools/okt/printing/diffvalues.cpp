@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr char kNullId[] = "{00000000-0000-0000-0000-000000000000}";
-// Beyond it, what stood before and what stands now have lines of their own.
+// If the line would be longer, the value before and the value now get their own lines.
 constexpr std::size_t kLongest = 100;
 
 std::string quotedUtf8(std::string const &utf8) { return quoted(CString::FromUtf8(utf8)); }

@@ -19,7 +19,7 @@ constexpr std::size_t kIndent = 6;
 
 std::string idsText(Json const &ids) { return plural(static_cast<std::int64_t>(ids.size()), "id"); }
 
-/// A list without entries is a count of 0 in the text form, which has no word for what the list would hold.
+/// An empty list is a count of 0 in the text form, without the kind of its elements.
 MemberChange withEmptyList(MemberChange const &count, MemberChange const &list)
 {
     Json const empty = Json{{"ids", Json::array()}};

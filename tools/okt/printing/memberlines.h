@@ -8,7 +8,7 @@
 namespace okt
 {
 
-/// What differs by the members of the classes.
+/// The differences in terms of the members of the classes.
 class MemberLines
 {
 public:

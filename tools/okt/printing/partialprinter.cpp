@@ -51,7 +51,7 @@ void noteFault(PartialText &result, std::string const &fault)
         result.fault = fault;
 }
 
-/// Where an object lies, or that it does not.
+/// The position of an object, or that it is not in the file.
 std::string roleText(OKTDbObjectId const &id, LoneObject const &lone)
 {
     if (lone.size < 0)
@@ -70,7 +70,7 @@ std::string pictureText(LoneObject const &lone)
     return "    image of " + plural(image.GetSize(), "byte") + (image.IsEmpty() ? "" : ", " + formatOf(image).text()) + "\n";
 }
 
-/// The client module that brings the class of an object, or what helps where none does.
+/// The client module with the class of an object, or advice if there is none.
 std::string moduleText(LoneObject const &lone)
 {
     if (lone.missing)

@@ -8,7 +8,7 @@
 namespace okt
 {
 
-/// Part of a pool file as text, and what is wrong with it.
+/// Part of a pool file as text, and its fault.
 struct PartialText
 {
     std::string text;

@@ -25,10 +25,10 @@ namespace
 // A longer value is printed whole, but does not widen the column of its table.
 constexpr std::size_t kWidestColumn = 36;
 
-// Enough for every figure of a drawing, and few enough to hide what multiplying and dividing by a factor leaves behind.
+// Enough for every number of a drawing, and few enough to hide rounding errors of the conversion between units.
 constexpr int kLengthDigits = 12;
 
-/// Rows of texts in columns; a column that is empty in every row but the first is left out.
+/// Rows of texts in columns. Columns without any value are left out.
 class Columns
 {
 public:
@@ -116,7 +116,7 @@ private:
         return object == nullptr ? "" : printable(object->isA()->ClassName());
     }
 
-    /// How an object is named where another one refers to it.
+    /// The text for an object that another one refers to.
     std::string reference(OKTDbObjectId const &id) const
     {
         OKTDbObject *const target = object(id);
@@ -285,7 +285,7 @@ private:
         return text.empty() ? "?" : text;
     }
 
-    // What else there is
+    // Relations, pictures and other objects
 
     void relations()
     {

@@ -2,8 +2,8 @@
 #include <tools/okt/printing/wordlines.h>
 
 #include <oktinspect/listdiff.h>
+#include <oktinspect/poollabels.h>
 #include <tools/okt/printing/diffvalues.h>
-#include <tools/okt/printing/labels.h>
 #include <tools/okt/printing/memberlines.h>
 
 #include <oktformat/text.h>
@@ -28,7 +28,7 @@ namespace
 
 constexpr std::size_t kIndent = 4;
 
-/// How a member is told.
+/// How to describe a change of a member.
 enum class How
 {
     Plain,
@@ -93,7 +93,7 @@ constexpr std::array<std::pair<std::string_view, char const *>, 8> kHeaderWords 
 constexpr std::array<std::pair<std::string_view, char const *>, 2> kPlaceWords = {
     {{"nObjectPosition", "Stored position"}, {"nObjectSize", "Stored size"}}};
 
-/// A pool and what its objects are called.
+/// A pool with the labels of its objects.
 struct Side
 {
     Side(DiffPool const &source, PoolOutline const &outline) : pool(source), labels(outline) {}
@@ -112,7 +112,7 @@ struct ReadParameter
     }
 
     ReadObject read;
-    OKTDbParameter const *parameter; ///< null: the library does not read it
+    OKTDbParameter const *parameter; ///< null: the library cannot read it
 };
 
 std::string shown(OKTDbParameter const &parameter, DisplayUnit const &unit)
@@ -159,7 +159,7 @@ private:
         m_text += changeText("~ " + label + ":" + (word.empty() ? "" : " " + word), before, after, kIndent, Colour::Yellow);
     }
 
-    /// By the name of the member, and with what the file has.
+    /// A line with the name of the member and the values in the file.
     void plainLine(std::string const &label, std::string const &word, MemberChange const &change)
     {
         bool const withKind = kindOf(change.before) != kindOf(change.after);
@@ -175,7 +175,7 @@ private:
                    : std::string();
     }
 
-    /// The place or the size of an object, which the header repeats.
+    /// A position or size in the header, which follows from the objects.
     void place(std::string const &label, MemberChange const &change)
     {
         auto const shownAs = [](Json const &value) -> std::string {
@@ -275,7 +275,7 @@ private:
         }
     }
 
-    /// False: there is nothing to be said in that way.
+    /// False: it cannot be described in that way.
     bool tell(Topic const &topic, std::string const &label, ObjectChange const &change, MemberChange const &member)
     {
         switch (topic.how)

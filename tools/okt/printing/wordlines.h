@@ -10,8 +10,8 @@
 namespace okt
 {
 
-/// What differs in the words of those who work with templates: objects by the names that they gave them, lengths in their unit.
-/// What there is no word for is told by its member, as it is in the file.
+/// The differences in the words of users of templates: objects by their names, lengths in a given unit.
+/// A member without such a word is shown by its own name, with the value in the file.
 std::string inWords(PoolDiff const &diff, DiffPool const &first, DiffPool const &second, DisplayUnit const &unit);
 
 } // namespace okt

@@ -16,12 +16,12 @@ namespace okt
 namespace
 {
 
-// To the start of the line, and nothing behind it.
+// Moves to the start of the line and erases it.
 constexpr char kEraseLine[] = "\r\x1b[K";
 constexpr std::size_t kEraseLength = sizeof kEraseLine - 1;
 
 std::atomic<bool> g_hasStatus = false;
-/// Of the screen, and of what stands here.
+/// Protects the screen and the variables here.
 std::mutex g_screen;
 /// Standard output is a terminal, and its last line has no end yet.
 bool g_isMidLine = false;

@@ -8,9 +8,9 @@
 namespace okt
 {
 
-/// To be called first in the process: a standard stream that the caller closed is held by a place holder that refuses every
-/// write, so that no file of ours can be opened under its number and receive our messages. Bytes pass through the streams as
-/// they are, and a reader who goes away is told by print.
+/// Call it first in the process. A standard stream that the caller closed is replaced by a file that refuses every
+/// write, so that no file of ours gets its number and receives our messages. The streams pass bytes
+/// unchanged, and print reports a closed pipe.
 void guardStandardStreams();
 
 enum class Stream
@@ -21,14 +21,14 @@ enum class Stream
 
 bool isTerminal(Stream stream);
 
-/// Thrown by print when whoever read standard output has gone: no failure to talk about. Whatever is pending is to be cleaned
+/// Thrown by print when the reader of standard output has closed it. There is no message. Pending files are cleaned
 /// up on the way out, and the process ends with kOutputClosed.
 struct OutputClosed
 {
 };
 
-/// Thrown by print when the system takes less than everything. No Failure: a command that tells one and goes on with the next
-/// file has nowhere left to write to, and the user is told once.
+/// Thrown by print when the system cannot write everything. It is not a Failure: a command that reports one and continues with the next
+/// file could write nowhere, and the user should get one message.
 class OutputFailed : public std::runtime_error
 {
 public:
@@ -48,15 +48,15 @@ enum class Colour
     Bold
 };
 
-/// Colours are for a terminal that knows them, and not where the environment has a NO_COLOR that is not empty.
+/// True if standard output is a terminal with colours and NO_COLOR is empty or not set.
 bool hasColours(Stream stream);
-/// The text, between the signs for the colour where standard output has colours.
+/// The text with the escape sequences for the colour, if standard output has colours.
 std::string coloured(std::string_view text, Colour colour);
 
-/// Standard error is a terminal that can take a line away again.
+/// Standard error is a terminal that can erase a line.
 bool showsStatus();
-/// A line on standard error that the next one takes the place of, where showsStatus; else nothing happens, and neither does it
-/// behind a line of results that is not complete on the same screen. print and printError take it away. Any thread may call it.
+/// Writes a status line on standard error that the next one replaces. Does nothing unless showsStatus, or
+/// after an incomplete line of results on the same screen. print and printError erase it. Any thread may call it.
 void showStatus(std::string_view line);
 void clearStatus();
 /// The same from a signal handler.

@@ -6,7 +6,7 @@
 namespace okt
 {
 
-/// A list that only grows, with atomic links: a handler may walk it whenever it comes.
+/// A list that only grows, with atomic links, so that a signal handler can read it at any time.
 struct HalfWritten::Slot
 {
     std::atomic<char const *> path = nullptr; ///< null: free

@@ -7,11 +7,11 @@
 namespace okt
 {
 
-/// To be called once, early: an interrupt from the terminal, a request to end, or the end of the terminal removes what is half
-/// written, and ends the process as it would have ended without us. Signals that the caller had switched off stay so.
+/// Call it once, early. SIGINT, SIGTERM and SIGHUP (or their like) then remove half-written
+/// files, and end the process as they would without us. Signals that the caller ignores stay ignored.
 void handleInterrupts();
 
-/// Names a file that an interrupt is to remove, or a folder where it is empty, for as long as this lives.
+/// Registers a file, or an empty folder, that an interrupt removes, as long as this object lives.
 class HalfWritten
 {
 public:
@@ -30,7 +30,7 @@ private:
 /// For a signal handler.
 void forEachHalfWritten(void (*act)(char const *path));
 
-/// Where the system cannot remove a file that is open, an interrupt only leaves word, and the process is to end itself soon:
+/// On systems that cannot remove open files, an interrupt only sets a flag, and the process must end itself soon:
 /// this throws Interrupted then. Everywhere else it does nothing.
 struct Interrupted
 {

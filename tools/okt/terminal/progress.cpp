@@ -19,16 +19,7 @@ namespace
 constexpr std::chrono::milliseconds kPatience{1000};
 constexpr std::chrono::milliseconds kPause{200};
 
-using Clock = std::chrono::steady_clock;
-
 bool g_isSpokenFor = false;
-
-/// When the first line may be shown, by the first that might have one.
-Clock::time_point firstLine(std::chrono::milliseconds patience)
-{
-    static Clock::time_point const begin = Clock::now();
-    return begin + patience;
-}
 
 /// "12 s", "3 min 5 s", "2 h 10 min".
 std::string timeText(double seconds)
@@ -42,6 +33,19 @@ std::string timeText(double seconds)
 }
 
 } // namespace
+
+ProgressClock::TimePoint ProgressClock::firstLine(std::chrono::milliseconds patience)
+{
+    if (!m_begin)
+        m_begin = now();
+    return *m_begin + patience;
+}
+
+ProgressClock &machineClock()
+{
+    static ProgressClock clock;
+    return clock;
+}
 
 std::string bytesText(std::uintmax_t bytes)
 {
@@ -78,9 +82,9 @@ std::string progressLine(std::string const &what, std::uintmax_t done, std::uint
     return line;
 }
 
-ProgressLine::ProgressLine(std::string what, std::uintmax_t total, std::string unit, int passes)
-    : m_what(std::move(what)), m_total(total), m_unit(std::move(unit)), m_pass{1, passes}, m_start(Clock::now()),
-      m_next(std::max(firstLine(kPatience), m_start + kPause)), m_speaks(!std::exchange(g_isSpokenFor, true))
+ProgressLine::ProgressLine(std::string what, std::uintmax_t total, std::string unit, int passes, ProgressClock &clock)
+    : m_clock(clock), m_what(std::move(what)), m_total(total), m_unit(std::move(unit)), m_pass{1, passes}, m_start(clock.now()),
+      m_next(std::max(clock.firstLine(kPatience), m_start + kPause)), m_speaks(!std::exchange(g_isSpokenFor, true))
 {
 }
 
@@ -96,7 +100,7 @@ void ProgressLine::at(std::uintmax_t done, std::uintmax_t objects)
 {
     if (!m_speaks)
         return;
-    Clock::time_point const now = Clock::now();
+    ProgressClock::TimePoint const now = m_clock.now();
     if (now < m_next)
         return;
     m_next = now + kPause;
@@ -109,10 +113,10 @@ std::string waitingLine(std::string const &what, std::uintmax_t size, double sec
     return what + ": " + (size == 0 ? "" : bytesText(size) + ", ") + timeText(seconds) + " so far";
 }
 
-Waiting::Waiting(std::string what, std::uintmax_t size, std::chrono::milliseconds patience)
-    : m_speaks(!std::exchange(g_isSpokenFor, true))
+Waiting::Waiting(std::string what, std::uintmax_t size, std::chrono::milliseconds patience, ProgressClock &clock)
+    : m_clock(clock), m_speaks(!std::exchange(g_isSpokenFor, true))
 {
-    firstLine(patience);
+    m_clock.firstLine(patience); // starts the clock before the thread uses it
     if (m_speaks && showsStatus())
         m_thread = std::thread([this, what = std::move(what), size, patience] { tell(what, size, patience); });
 }
@@ -136,23 +140,26 @@ Waiting::~Waiting()
 
 void Waiting::tell(std::string const &what, std::uintmax_t size, std::chrono::milliseconds patience)
 {
-    Clock::time_point const start = Clock::now();
-    Clock::time_point next = std::max(firstLine(patience), start + kPause);
+    ProgressClock::TimePoint const start = m_clock.now();
+    ProgressClock::TimePoint next = std::max(m_clock.firstLine(patience), start + kPause);
     std::unique_lock lock(m_mutex);
-    while (!m_change.wait_until(lock, next, [this] { return m_isOver; }))
+    while (!m_clock.waitUntil(lock, m_change, next, [this] { return m_isOver; }))
     {
-        next = Clock::now() + kPause;
-        showStatus(waitingLine(what, size, std::chrono::duration<double>(Clock::now() - start).count()));
+        ProgressClock::TimePoint const now = m_clock.now();
+        next = now + kPause;
+        showStatus(waitingLine(what, size, std::chrono::duration<double>(now - start).count()));
     }
 }
 
 namespace
 {
 
-/// The line of the step that runs. Steps inside others show nothing, as the outer line speaks.
+/// The line of the current step. Steps inside other steps show nothing.
 class StepLines
 {
 public:
+    explicit StepLines(ProgressClock &clock) : m_clock(clock) {}
+
     void hear(Progress const &progress)
     {
         switch (progress.event)
@@ -170,9 +177,9 @@ private:
             return;
         m_pass = 1;
         if (progress.isCounted)
-            m_counted.emplace(*progress.what, progress.total, "", progress.passes);
+            m_counted.emplace(*progress.what, progress.total, "", progress.passes, m_clock);
         else
-            m_uncounted.emplace(*progress.what, progress.total);
+            m_uncounted.emplace(*progress.what, progress.total, kPatience, m_clock);
     }
 
     void at(Progress const &progress)
@@ -192,6 +199,7 @@ private:
         m_uncounted.reset();
     }
 
+    ProgressClock &m_clock;
     int m_depth = 0;
     int m_pass = 1;
     std::optional<ProgressLine> m_counted;
@@ -200,9 +208,9 @@ private:
 
 } // namespace
 
-OnProgress terminalProgress()
+OnProgress terminalProgress(ProgressClock &clock)
 {
-    return [lines = std::make_shared<StepLines>()](Progress const &progress) {
+    return [lines = std::make_shared<StepLines>(clock)](Progress const &progress) {
         lines->hear(progress);
         return true;
     };

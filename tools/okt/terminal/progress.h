@@ -6,70 +6,102 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
 namespace okt
 {
 
-/// Which of several times through the same bytes.
+/// One of several passes over the same bytes.
 struct Pass
 {
     int number = 1;
     int of = 1;
 };
 
-/// Tells how far something is that takes longer than a second: a line on standard error, where that is a terminal, with bytes,
-/// objects and the time that is left.
+/// The clock of progress lines. Tests replace it.
+class ProgressClock
+{
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    ProgressClock() = default;
+    ProgressClock(ProgressClock const &) = delete;
+    ProgressClock &operator=(ProgressClock const &) = delete;
+    virtual ~ProgressClock() = default;
+
+    virtual TimePoint now() { return std::chrono::steady_clock::now(); }
+    /// Waits until that time, or until `isOver` holds, which `change` tells. True: it holds.
+    virtual bool waitUntil(std::unique_lock<std::mutex> &lock, std::condition_variable &change, TimePoint end,
+                           std::function<bool()> const &isOver)
+    {
+        return change.wait_until(lock, end, isOver);
+    }
+
+    /// When the first line may be shown: `patience` after the first call.
+    TimePoint firstLine(std::chrono::milliseconds patience);
+
+private:
+    std::optional<TimePoint> m_begin;
+};
+
+/// The clock of the machine.
+ProgressClock &machineClock();
+
+/// Shows the progress of an operation that takes longer than a second: a line on standard error, if that is a terminal, with bytes,
+/// objects and the remaining time.
 ///
 ///     ProgressLine progress(name, size);
 ///     for (...)
 ///         progress.at(position, ++objects);
 ///
-/// The line goes away with the object. Of several at the same time the first one speaks. The second counts from the first of
-/// all on, so that many short steps are told too. at() costs no more than a look at the clock.
+/// The destructor erases the line. Of several at the same time only the first is shown. The second starts with the first of
+/// all lines, so that many short steps are shown too. at() costs no more than reading the clock.
 class ProgressLine
 {
 public:
-    /// `what` is printable: the file, or what is done. `total` is what counts: bytes, or pieces where `unit` names one of
-    /// them ("template"). 0: not known. Bytes are those of the file, however many times it is gone through.
-    ProgressLine(std::string what, std::uintmax_t total, std::string unit = "", int passes = 1);
+    /// `what` is the printable name of the file or step. `total` is the number of bytes, or of items if `unit` names one of
+    /// them ("template"). 0: not known. With several passes it is that of one pass.
+    ProgressLine(std::string what, std::uintmax_t total, std::string unit = "", int passes = 1,
+                 ProgressClock &clock = machineClock());
     ~ProgressLine();
     ProgressLine(ProgressLine const &) = delete;
     ProgressLine &operator=(ProgressLine const &) = delete;
 
     /// `done` of the total, in this pass; with objects, their number so far.
     void at(std::uintmax_t done, std::uintmax_t objects = 0);
-    /// What comes now counts from the start again.
+    /// Starts the next pass.
     void nextPass() { ++m_pass.number; }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
+    ProgressClock &m_clock;
     std::string m_what;
     std::uintmax_t m_total;
     std::string m_unit;
     Pass m_pass;
-    Clock::time_point m_start;
-    Clock::time_point m_next; ///< when the line is to be written again
+    ProgressClock::TimePoint m_start;
+    ProgressClock::TimePoint m_next; ///< when the line is to be written again
     bool m_speaks;
 };
 
-/// The same for one long call that does not tell how far it is: the line has the size and the time that has passed.
+/// The same for one long call without known progress: the line shows the size and the elapsed time.
 ///
 ///     {
 ///         Waiting const waiting(name, size);
 ///         pool.readFile(path);
 ///     }
 ///
-/// A thread of its own writes the line, and lives only where there is a terminal to write it to.
+/// A separate thread writes the line; it exists only if there is a terminal.
 class Waiting
 {
 public:
     /// `patience`: until the line first shows.
     explicit Waiting(std::string what, std::uintmax_t size = 0,
-                     std::chrono::milliseconds patience = std::chrono::milliseconds(1000));
+                     std::chrono::milliseconds patience = std::chrono::milliseconds(1000),
+                     ProgressClock &clock = machineClock());
     ~Waiting();
     Waiting(Waiting const &) = delete;
     Waiting &operator=(Waiting const &) = delete;
@@ -77,6 +109,7 @@ public:
 private:
     void tell(std::string const &what, std::uintmax_t size, std::chrono::milliseconds patience);
 
+    ProgressClock &m_clock;
     bool m_speaks;
     std::mutex m_mutex;
     std::condition_variable m_change;
@@ -84,8 +117,8 @@ private:
     std::thread m_thread;
 };
 
-/// Shows the progress of a library's operation in such lines.
-OnProgress terminalProgress();
+/// Shows the progress of a library's operation in such lines. The clock must outlive it.
+OnProgress terminalProgress(ProgressClock &clock = machineClock());
 
 /// Its line: "link.okt: 1.2 GB, 12 s so far"; without a size that it does not know, 0.
 std::string waitingLine(std::string const &what, std::uintmax_t size, double seconds);

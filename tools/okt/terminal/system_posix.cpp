@@ -21,7 +21,7 @@ extern "C" void onInterrupt(int signal)
     forEachHalfWritten([](char const *path) { unlink(path); });
     forEachHalfWritten([](char const *path) { rmdir(path); }); // folders, which are empty now
     clearStatusFromSignal();
-    // The handler is gone already, so this ends the process, and its parent learns why.
+    // The default handler is active again, so this ends the process with that signal.
     raise(signal);
 }
 

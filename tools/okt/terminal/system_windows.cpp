@@ -25,8 +25,8 @@ namespace
 
 std::atomic<bool> g_isInterrupted = false;
 
-/// Runs in a thread of its own. A file that is open cannot be removed here: the thread that writes notices soon, cleans up and
-/// ends the process. One that does not is ended.
+/// Runs in its own thread. An open file cannot be removed here: the writing thread notices the flag, cleans up and
+/// ends the process. If it does not, this thread ends it.
 BOOL WINAPI onInterrupt(DWORD)
 {
     constexpr DWORD kPatience = 4000; // the system ends the process after five seconds in any case

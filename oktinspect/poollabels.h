@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+// Stands on the records of the text form. Not installed.
+
 #include <oktinspect/outline.h>
 
 #include <cstddef>
@@ -12,16 +14,16 @@
 namespace okt
 {
 
-/// What users call the objects of a pool.
+/// The names for the objects of a pool in messages to users.
 class PoolLabels
 {
 public:
     /// The outline and its pool must outlive this.
     explicit PoolLabels(PoolOutline const &outline);
 
-    /// "Cover", "Category "Bar"", "Picture 0", "Relation": the name, with more where another object has the same.
+    /// "Cover", "Category "Bar"", "Picture 0", "Relation": the name, with an addition if another object has the same.
     std::string of(std::size_t object) const;
-    /// The same for what an id (16 bytes) leads to.
+    /// The same for the object with that id (16 bytes).
     std::string ofId(std::string const &id) const;
 
 private:
@@ -32,8 +34,8 @@ private:
 
     DiffPool const &m_pool;
     PoolOutline const &m_outline;
-    std::map<KnownClass, std::unordered_map<std::string_view, int>> m_names; ///< how many have a name
-    std::map<KnownClass, int> m_kinds;                                       ///< how many there are
+    std::map<KnownClass, std::unordered_map<std::string_view, int>> m_names; ///< number of objects with that name
+    std::map<KnownClass, int> m_kinds;                                       ///< number of objects of that class
     std::map<std::string, std::size_t> m_pictures;                           ///< ids in the header's list, and their numbers
 };
 

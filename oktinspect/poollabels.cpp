@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/printing/labels.h>
+#include <oktinspect/poollabels.h>
 
 #include <oktinspect/matching.h>
 
@@ -23,7 +23,7 @@ std::vector<std::string> picturesOf(DiffPool const &pool)
     std::vector<std::string> ids;
     okttext::Record const *const section = sectionOf(pool.hasHeader() ? &pool.parts().header : nullptr, kPicturesSection);
     if (section != nullptr)
-        for (okttext::Record const &child : section->children) // their places stand between them
+        for (okttext::Record const &child : section->children) // positions and sizes are between them
             if (std::string id = okttext::idOf(child); !id.empty())
                 ids.push_back(std::move(id));
     return ids;
@@ -54,7 +54,7 @@ std::string PoolLabels::idText(std::size_t object) const
     return id.empty() ? "" : " " + okttext::guidText(id);
 }
 
-/// What an object is called that may have a name of its own.
+/// The label of an object of a class with names.
 std::string PoolLabels::named(std::size_t object, std::string const &what) const
 {
     DiffObject const &self = m_pool.objects()[object];
@@ -81,7 +81,7 @@ bool PoolLabels::isAloneInCategory(std::size_t parameter) const
     });
 }
 
-/// What an object is called of which there is often but one.
+/// The label of an object that is often the only one of its class.
 std::string PoolLabels::alone(std::size_t object, std::string const &what) const
 {
     return m_kinds.at(counted(m_pool.objects()[object].kind)) == 1 ? what : what + idText(object);
