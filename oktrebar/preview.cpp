@@ -8,6 +8,7 @@
 #include <oktrebar/planline.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -226,7 +227,7 @@ Box drawLink(Canvas &canvas, Figures const &figures)
             "d = " + figures.length(bar.diameter) + ", r = " + figures.length(bar.radius) + ", " + hookAngles(bar) +
                 ", cutting length " + figures.length(figures.real(kLength)));
     BarLine const line = linkLine(bar);
-    Box const shape = {{0, 0}, {bar.length, bar.width}};
+    Box const shape = *previewShape(figures.plan());
     View const view = fitted(shape, kLinkRoom, kNoLimit);
 
     // The hook at the beginning lies on top.
@@ -273,7 +274,7 @@ Box drawHooked(Canvas &canvas, Figures const &figures)
             "d = " + figures.length(bar.diameter) + ", r = " + figures.length(bar.radius) + ", " + hookAngles(bar) +
                 ", cutting length " + figures.length(figures.real(kLength)));
     BarLine const line = hookedLine(bar);
-    Box const shape = line.box(bar.diameter);
+    Box const shape = *previewShape(figures.plan());
     double const scale = (kHookedRoom.width()) / bar.length;
     bool const alone = shape.height() * scale >= kReadableHook;
     View const view = fitted(shape, alone ? kHookedRoomAlone : kHookedRoom, kNoLimit);
@@ -338,7 +339,7 @@ Box drawMesh(Canvas &canvas, Figures const &figures)
     heading(canvas, figures,
             "d = " + figures.length(diameter) + ", " + std::to_string(barsA) + " bars A along, " + std::to_string(barsB) +
                 " bars B across");
-    Box const shape = {{0, 0}, {length, width}};
+    Box const shape = *previewShape(figures.plan());
     auto const sheet = [&](View const &view) {
         meshBars(canvas, view, barsA, spacingA, width, length, diameter, false);
         meshBars(canvas, view, barsB, spacingB, length, width, diameter, true);
@@ -376,7 +377,7 @@ Box drawBent(Canvas &canvas, Figures const &figures)
             "d = " + figures.length(diameter) + ", r = " + figures.length(radius) + ", length " +
                 figures.length(figures.real(kLength)));
     BarLine const line = bentLine(figures.plan());
-    Box const shape = line.box(diameter);
+    Box const shape = *previewShape(figures.plan());
     Box const room = {{kMargin + 90, 150}, {kPreviewWidth - kMargin - 90, kPreviewHeight - 110}};
     View const view = fitted(shape, room, kNoLimit);
     canvas.bar(view, line, diameter, true, true);
@@ -404,6 +405,41 @@ Box drawBent(Canvas &canvas, Figures const &figures)
 }
 
 } // namespace
+
+std::optional<Box> previewShape(TemplatePlan const &plan)
+{
+    switch (plan.kind)
+    {
+    case TemplateKind::Link:
+    {
+        BarFigures const bar = figuresOf(plan);
+        return Box{{0, 0}, {bar.length, bar.width}};
+    }
+    case TemplateKind::Hooked:
+    {
+        BarFigures const bar = figuresOf(plan);
+        return hookedLine(bar).box(bar.diameter);
+    }
+    case TemplateKind::Mesh: return Box{{0, 0}, {figureOf(plan, {kLength, 0}), figureOf(plan, {kWidth, 0})}};
+    case TemplateKind::Bent: return bentLine(plan).box(figureOf(plan, {kDiameter, 0}));
+    case TemplateKind::Other: break;
+    }
+    return std::nullopt;
+}
+
+bool isInPreview(TemplateKind kind, ParameterKey const &key)
+{
+    constexpr std::array kOfMesh = {kShapeCode, kDiameter, kLength, kWidth, kSpacing, kNumber};
+    // Standard and shape code also tell which kind it is.
+    constexpr std::array kOfBar = {kStandard,    kShapeCode,   kDiameter,   kBendingRadius, kHookAngle1, kHookAngle2,
+                                   kHookLength1, kHookLength2, kExtension1, kExtension2,    kLength,     kQuantityExpression};
+    switch (kind)
+    {
+    case TemplateKind::Mesh: return std::find(kOfMesh.begin(), kOfMesh.end(), key.type) != kOfMesh.end();
+    case TemplateKind::Other: return false;
+    default: return std::find(kOfBar.begin(), kOfBar.end(), key.type) != kOfBar.end();
+    }
+}
 
 std::optional<Preview> drawPreview(TemplatePlan const &plan)
 {

@@ -27,4 +27,11 @@ struct Preview
 /// quantity expression ("4x150 2x100") is not valid, or there is not enough memory.
 std::optional<Preview> drawPreview(TemplatePlan const &plan);
 
+/// What the preview picture of a template shows, as Preview::shape, without drawing it. Empty and Failure as of drawPreview.
+std::optional<Box> previewShape(TemplatePlan const &plan);
+
+/// Another value of this parameter may show in the preview picture of a template of this kind. False: the picture stays the same to the
+/// byte.
+bool isInPreview(TemplateKind kind, ParameterKey const &key);
+
 } // namespace okt

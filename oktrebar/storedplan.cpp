@@ -29,11 +29,6 @@ CByteArray arrayOf(std::string_view bytes)
     return array;
 }
 
-bool isSameImage(CByteArray const &left, CByteArray const &right)
-{
-    return left.GetSize() == right.GetSize() && std::equal(left.GetData(), left.GetData() + left.GetSize(), right.GetData());
-}
-
 bool isText(TemplatePlan const &plan, int type, char const *text)
 {
     ParameterPlan const *const parameter = plan.find({type, 0});
@@ -72,10 +67,16 @@ bool isCamera(OKTDbPicture const &picture, Camera const &camera)
     return isSamePoint(own.place, camera.place) && isSamePoint(own.target, camera.target) && isSamePoint(own.up, camera.up);
 }
 
-Camera cameraOf(Preview const &preview)
+/// Values went through a file in metres, so that their last bits may differ.
+bool isNear(OKTGeXYZ const &left, OKTGeXYZ const &right)
 {
-    Point const middle = preview.shape.centre();
-    double const distance = std::max(preview.shape.width(), preview.shape.height());
+    return isSameNumber(left.X(), right.X()) && isSameNumber(left.Y(), right.Y()) && isSameNumber(left.Z(), right.Z());
+}
+
+Camera cameraOf(Box const &shape)
+{
+    Point const middle = shape.centre();
+    double const distance = std::max(shape.width(), shape.height());
     return {OKTGeXYZ(middle.x, middle.y, distance), OKTGeXYZ(middle.x, middle.y, 0), OKTGeXYZ(0, 1, 0)};
 }
 
@@ -148,6 +149,37 @@ std::optional<CByteArray> imageIn(std::string_view frame)
     return image;
 }
 
+bool isSameImage(CByteArray const &left, CByteArray const &right)
+{
+    return left.GetSize() == right.GetSize() && std::equal(left.GetData(), left.GetData() + left.GetSize(), right.GetData());
+}
+
+bool mayBeDrawnHere(CByteArray const &image)
+{
+    std::string_view const bytes(reinterpret_cast<char const *>(image.GetData()), static_cast<std::size_t>(image.GetSize()));
+    auto const big = [bytes](std::size_t at) {
+        int value = 0;
+        for (std::size_t i = 0; i < 4; ++i)
+            value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+        return value;
+    };
+    constexpr std::size_t kSize = 16; // of a PNG, in its first chunk
+    return bytes.size() > kSize + 8 && bytes.starts_with("\x89PNG") && big(kSize) == kPreviewWidth &&
+           big(kSize + 4) == kPreviewHeight;
+}
+
+bool looksAt(std::string_view frame, Box const &shape)
+{
+    OKTDbPool pool;
+    OKTDbPicture picture;
+    if (!readPicture(picture, pool, arrayOf(frame)))
+        return false;
+    Camera own;
+    picture.getCameraData(own.place, own.target, own.up);
+    Camera const camera = cameraOf(shape);
+    return isNear(own.place, camera.place) && isNear(own.target, camera.target) && isNear(own.up, camera.up);
+}
+
 std::optional<CByteArray> withImage(std::string_view frame, Preview const &before, Preview const &after)
 {
     OKTDbPool pool;
@@ -157,9 +189,9 @@ std::optional<CByteArray> withImage(std::string_view frame, Preview const &befor
     if (!readPicture(picture, pool, bytes) || !writePicture(picture, written) || !isSameImage(bytes, written))
         return std::nullopt; // it holds something that would be lost
     picture.setPictureData(after.png);
-    if (isCamera(picture, cameraOf(before)))
+    if (isCamera(picture, cameraOf(before.shape)))
     {
-        Camera const camera = cameraOf(after);
+        Camera const camera = cameraOf(after.shape);
         picture.setCameraData(camera.place, camera.target, camera.up);
     }
     CByteArray result;

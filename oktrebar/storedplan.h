@@ -25,6 +25,16 @@ std::optional<Preview> previewOf(StoredTemplate const &pool, LengthUnit const &d
 /// The image in the frame of a picture. Nothing: the database does not read it.
 std::optional<CByteArray> imageIn(std::string_view frame);
 
+/// The same bytes.
+bool isSameImage(CByteArray const &left, CByteArray const &right);
+
+/// An image of the size that every picture drawn here has. One of another size was made elsewhere; one of this size may be, too.
+bool mayBeDrawnHere(CByteArray const &image);
+
+/// The camera of the picture in the frame looks at this shape, as that of a picture does which is drawn here. False too where the
+/// database does not read the frame.
+bool looksAt(std::string_view frame, Box const &shape);
+
 /// The frame with another image, and with the camera of `after` where it has that of `before`. Nothing unless the database reads
 /// the frame and would write all of it.
 std::optional<CByteArray> withImage(std::string_view frame, Preview const &before, Preview const &after);

@@ -88,8 +88,9 @@ std::string recordOf(RecordPlace const &old, ParameterValue const &value)
 class Editor
 {
 public:
-    Editor(std::string_view bytes, StoredTemplate const &pool, LengthUnit const &drawn, ChangedValues const &values)
-        : m_bytes(bytes), m_source(bytes), m_pool(pool), m_drawn(drawn), m_values(values)
+    Editor(std::string_view bytes, StoredTemplate const &pool, LengthUnit const &drawn, ChangedValues const &values,
+           EditOptions const &options)
+        : m_bytes(bytes), m_source(bytes), m_pool(pool), m_drawn(drawn), m_values(values), m_options(options)
     {
     }
 
@@ -110,7 +111,8 @@ public:
                 throw EditRefused(excerpt(parameter.name) + ": " + refused.what());
             }
         }
-        drawPictures();
+        if (m_options.withPictures)
+            drawPictures();
         std::sort(m_edits.begin(), m_edits.end(), [](Edit const &left, Edit const &right) { return left.begin < right.begin; });
         patchHeader();
         m_result.bytes = joined();
@@ -121,39 +123,71 @@ public:
     }
 
 private:
+    std::string_view frameOf(StoredPicture const &picture) const
+    {
+        return m_bytes.substr(static_cast<std::size_t>(picture.begin), static_cast<std::size_t>(picture.end - picture.begin));
+    }
+
+    void keepPictures(PictureChange why)
+    {
+        m_result.picture = why;
+        for (StoredPicture const &picture : m_pool.pictures)
+            m_result.outOfDate.push_back(picture.id);
+    }
+
+    /// Drawing takes longer than all else, so nothing is drawn that can be told without.
     void drawPictures()
     {
         if (m_pool.pictures.empty())
             return;
-        std::optional<Preview> const before = previewOf(m_pool, m_drawn);
-        std::optional<Preview> const after = before ? previewOf(m_pool, m_drawn, m_values) : std::nullopt;
-        bool const isOther = before && after && !isSame(before->png, after->png);
-        m_result.picture = isOther ? PictureChange::OutOfDate : before && after ? PictureChange::Same : PictureChange::NotDrawn;
-        if (m_result.picture == PictureChange::Same)
+        TemplateKind const kind = planOf(m_pool, m_drawn).kind;
+        if (kind == TemplateKind::Other)
+            return keepPictures(PictureChange::NotDrawn);
+        bool const mayShow = std::any_of(m_values.begin(), m_values.end(), [&](auto const &change) {
+            StoredParameter const &parameter = m_pool.parameters[change.first];
+            return isInPreview(kind, {parameter.type, parameter.listIndex});
+        });
+        if (!mayShow)
+        {
+            m_result.picture = PictureChange::Same;
             return;
+        }
+        std::vector<std::optional<CByteArray>> images;
         for (StoredPicture const &picture : m_pool.pictures)
         {
-            std::string_view const frame =
-                m_bytes.substr(static_cast<std::size_t>(picture.begin), static_cast<std::size_t>(picture.end - picture.begin));
-            std::optional<CByteArray> const image = isOther ? imageIn(frame) : std::nullopt;
-            std::optional<CByteArray> const drawn =
-                image && isSame(*image, before->png) ? withImage(frame, *before, *after) : std::nullopt;
-            if (!drawn)
-            {
-                m_result.outOfDate.push_back(picture.id);
-                continue;
-            }
-            m_result.picture = PictureChange::Drawn;
-            m_edits.push_back(
-                {picture.begin, picture.end,
-                 std::string(reinterpret_cast<char const *>(drawn->GetData()), static_cast<std::size_t>(drawn->GetSize()))});
+            images.push_back(imageIn(frameOf(picture)));
+            if (images.back() && !mayBeDrawnHere(*images.back()))
+                images.back().reset();
         }
+        if (std::none_of(images.begin(), images.end(), [](auto const &image) { return image.has_value(); }))
+            return keepPictures(PictureChange::OutOfDate);
+        std::optional<Preview> const before = previewOf(m_pool, m_drawn);
+        if (!before)
+            return keepPictures(PictureChange::NotDrawn);
+        for (std::optional<CByteArray> &image : images)
+            if (image && !isSameImage(*image, before->png))
+                image.reset();
+        if (std::none_of(images.begin(), images.end(), [](auto const &image) { return image.has_value(); }))
+            return keepPictures(PictureChange::OutOfDate);
+        std::optional<Preview> const after = previewOf(m_pool, m_drawn, m_values);
+        if (!after)
+            return keepPictures(PictureChange::NotDrawn);
+        m_result.picture = isSameImage(before->png, after->png) ? PictureChange::Same : PictureChange::OutOfDate;
+        if (m_result.picture == PictureChange::Same)
+            return;
+        for (std::size_t i = 0; i < images.size(); ++i)
+            replacePicture(m_pool.pictures[i], images[i].has_value(), *before, *after);
     }
 
-    static bool isSame(CByteArray const &left, CByteArray const &right)
+    void replacePicture(StoredPicture const &picture, bool isOurs, Preview const &before, Preview const &after)
     {
-        return left.GetSize() == right.GetSize() &&
-               std::equal(left.GetData(), left.GetData() + left.GetSize(), right.GetData());
+        std::optional<CByteArray> const drawn = isOurs ? withImage(frameOf(picture), before, after) : std::nullopt;
+        if (!drawn)
+            return m_result.outOfDate.push_back(picture.id);
+        m_result.picture = PictureChange::Drawn;
+        m_edits.push_back(
+            {picture.begin, picture.end,
+             std::string(reinterpret_cast<char const *>(drawn->GetData()), static_cast<std::size_t>(drawn->GetSize()))});
     }
 
     /// What the edits in front of a place, or between two, add.
@@ -249,15 +283,17 @@ private:
     StoredTemplate const &m_pool;
     LengthUnit const &m_drawn;
     ChangedValues const &m_values;
+    EditOptions const &m_options;
     std::vector<Edit> m_edits;
     EditedTemplate m_result;
 };
 
 } // namespace
 
-EditedTemplate edited(std::string_view bytes, StoredTemplate const &pool, LengthUnit const &drawn, ChangedValues const &values)
+EditedTemplate edited(std::string_view bytes, StoredTemplate const &pool, LengthUnit const &drawn, ChangedValues const &values,
+                      EditOptions const &options)
 {
-    return Editor(bytes, pool, drawn, values).run();
+    return Editor(bytes, pool, drawn, values, options).run();
 }
 
 } // namespace okt

@@ -6,6 +6,7 @@
 #include <oktrebar/parametervalue.h>
 #include <oktrebar/storedplan.h>
 
+#include <oktformat/failure.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
 
@@ -65,7 +66,7 @@ public:
         checkCover();
         checkHook(kHook1, kHookAngle1, kHookLength1, kExtension1);
         checkHook(kHook2, kHookAngle2, kHookLength2, kExtension2);
-        if (m_options.withPictures && !m_pool.parameters.empty())
+        if (m_options.pictures != PictureCheck::None && !m_pool.parameters.empty())
             checkPictures();
         std::vector<std::size_t> const order = m_pool.inOrder();
         std::map<std::int64_t, std::size_t> places; // of parameters, by where they begin; all else stands behind them
@@ -230,22 +231,6 @@ private:
         add(Code::HookTooShort, *hook, shown(*hook), shown(least));
     }
 
-    /// Whether a picture was drawn by okt cannot be told; one of another size was not.
-    static bool mayBeDrawnHere(CByteArray const &image)
-    {
-        std::string_view const bytes(reinterpret_cast<char const *>(image.GetData()),
-                                     static_cast<std::size_t>(image.GetSize()));
-        auto const big = [bytes](std::size_t at) {
-            int value = 0;
-            for (std::size_t i = 0; i < 4; ++i)
-                value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
-            return value;
-        };
-        constexpr std::size_t kSize = 16; // of a PNG, in its first chunk
-        return bytes.size() > kSize + 8 && bytes.starts_with("\x89PNG") && big(kSize) == kPreviewWidth &&
-               big(kSize + 4) == kPreviewHeight;
-    }
-
     void checkPictures()
     {
         if (m_pool.pictures.empty())
@@ -253,20 +238,36 @@ private:
             m_findings.push_back({Code::PictureMissing, m_pool.header.begin, m_pool.poolId.value_or(kNoId), {}, {}, {}});
             return;
         }
+        TemplatePlan const plan = planOf(m_pool, m_expressions.unit());
+        std::optional<Box> const shape = shapeOf(plan);
+        if (!shape)
+            return; // not a template that is drawn here
         std::optional<Preview> preview;
         for (StoredPicture const &picture : m_pool.pictures)
         {
-            std::optional<CByteArray> const image = imageIn(m_frameOf(picture.begin, picture.end));
+            std::string const frame = m_frameOf(picture.begin, picture.end);
+            std::optional<CByteArray> const image = imageIn(frame);
             if (!image || !mayBeDrawnHere(*image))
                 continue;
-            if (!preview)
+            bool const isDrawn = m_options.pictures == PictureCheck::Drawing;
+            if (isDrawn && !preview)
                 preview = previewOf(m_pool, m_expressions.unit());
-            if (!preview)
-                return; // not a template that is drawn here
-            bool const isSame = image->GetSize() == preview->png.GetSize() &&
-                                std::equal(image->GetData(), image->GetData() + image->GetSize(), preview->png.GetData());
-            if (!isSame)
-                m_findings.push_back({Code::PictureOutOfDate, picture.begin, picture.id, {}, {}, {}});
+            if (isDrawn && !preview)
+                return;
+            if (isDrawn ? !isSameImage(*image, preview->png) : !looksAt(frame, *shape))
+                m_findings.push_back({Code::PictureOutOfDate, picture.begin, picture.id, {}, isDrawn ? "" : "shape", {}});
+        }
+    }
+
+    static std::optional<Box> shapeOf(TemplatePlan const &plan)
+    {
+        try
+        {
+            return previewShape(plan);
+        }
+        catch (Failure const &)
+        {
+            return std::nullopt; // a figure is missing
         }
     }
 
@@ -345,7 +346,9 @@ std::string explanation(LintFinding const &finding)
     case Code::PictureMissing: return "the template has no picture";
     case Code::PictureOutOfDate: break;
     }
-    return "the picture is not the one that is drawn here for these values: it is out of date, or was made elsewhere";
+    return finding.detail.empty()
+               ? "the picture is not the one that is drawn here for these values: it is out of date, or was made elsewhere"
+               : "the picture shows another shape than these values give: it is out of date, or was made elsewhere";
 }
 
 std::string mend(LintFinding const &finding)

@@ -58,9 +58,17 @@ std::string_view severityName(LintFinding::Severity severity);
 std::string explanation(LintFinding const &finding);
 std::string mend(LintFinding const &finding);
 
+/// How pictures are held against the values.
+enum class PictureCheck
+{
+    None,
+    Shape,  ///< whether they show the shape of the values, as their camera tells
+    Drawing ///< by drawing them once more, which takes a tenth of a second for each template
+};
+
 struct LintOptions
 {
-    bool withPictures = true; ///< they are drawn once more, which takes the most time
+    PictureCheck pictures = PictureCheck::Shape;
 };
 
 /// The bytes of a picture's frame, for which the file is asked only where one has to be compared.

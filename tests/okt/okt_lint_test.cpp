@@ -23,6 +23,7 @@ TEST_F(OktLint, Examples_Quiet)
         fs::copy_file(entry.path(), pathOf(path("lib")) / entry.path().filename());
     EXPECT_EQ(done({"lint", path("lib")}), "48 files, 0 errors, 0 warnings, 0 infos\n");
     EXPECT_EQ(done({"lint", path("lib"), "--json"}), "");
+    EXPECT_EQ(done({"lint", path("lib"), "--pictures", "-q"}), "48 files, 0 errors, 0 warnings, 0 infos\n");
 }
 
 TEST_F(OktLint, Findings_LineWithSeverityPlaceAndMend)
@@ -50,7 +51,7 @@ TEST_F(OktLint, Findings_LineWithSeverityPlaceAndMend)
 
 TEST_F(OktLint, DamagedOrMissingFile_OneLineAndTheRestIsLookedAt)
 {
-    ProcessResult const result = runOkt({"lint", "none.okt", golden("truncated.okt"), "--no-pictures"});
+    ProcessResult const result = runOkt({"lint", "none.okt", golden("truncated.okt"), "--pictures"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err, "okt: none.okt: there is no such file\nokt: " + golden("truncated.okt") +
                               ":byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358\n");
@@ -86,6 +87,25 @@ TEST_F(OktFolders, EveryCommand_RecursiveAndSorted)
               "lib/d8.okt\nlib/d12.okt\nlib/old/d6.okt\nlib/old/keep/d7.okt\n");
     done({"report", path("lib"), "-o", path("page.html")});
     EXPECT_THAT(contents(pathOf(path("page.html"))), HasSubstr("d7.okt"));
+}
+
+TEST_F(OktFolders, Quiet_OneTotal)
+{
+    EXPECT_EQ(done({"show", "-q", path("lib")}), "4 files, 0 with a fault\n");
+    EXPECT_EQ(done({"tree", "-q", path("lib")}), "4 files, 0 with a fault\n");
+    EXPECT_EQ(done({"ls", "-q", path("lib")}), "4 files, 128 objects\n");
+    EXPECT_EQ(done({"ls", "-q", path("lib"), "--class", "OKTDbPicture"}), "4 files, 4 objects\n");
+    EXPECT_EQ(done({"table", "-q", "Cover", "Width", path("lib")}), "4 templates, 4 empty fields\n");
+    for (char const *const command : {"show", "tree"})
+    {
+        ProcessResult const result = runOkt({command, "-q", path("lib"), golden("truncated.okt"), "none.okt"});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.out, "6 files, 2 with a fault\n");
+        EXPECT_THAT(result.err, HasSubstr("okt: none.okt: there is no such file\n"));
+    }
+    ProcessResult const list = runOkt({"ls", "-q", path("lib"), "none.okt"});
+    EXPECT_EQ(list.exitCode, 1);
+    EXPECT_EQ(list.out, "5 files, 128 objects\n");
 }
 
 TEST_F(OktFolders, OktIgnore_LeavesOut)

@@ -218,6 +218,24 @@ TEST_F(OktSet, OneThatCannotBeWritten_NamedAndTheOthersChanged)
     EXPECT_EQ(done({"get", b, "Cover"}), "35 mm\n");
 }
 
+TEST_F(OktSet, DryRunOfAPicture_ToldAsItWouldBe)
+{
+    std::string const link = take("link-d12.okt");
+    EXPECT_THAT(done({"set", link, "Leg A=430 mm", "--dry-run"}), HasSubstr("  picture: drawn anew\n"));
+    EXPECT_THAT(done({"set", link, "Leg A=430 mm", "--json"}), HasSubstr("\"picture\":\"drawn\"}\n"));
+    EXPECT_THAT(done({"set", link, "Cover=35 mm", "--dry-run", "--json"}), HasSubstr("\"picture\":\"same\"}\n"));
+}
+
+TEST_F(OktSet, JsonOfAFileThatCannotBeChanged_Failed)
+{
+    std::string const link = take("link-d12.okt");
+    okt::EditLock const lock(pathOf(link));
+    ProcessResult const result = runOkt({"set", link, "Cover=35 mm", "--json"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(shortened(result.out), "{\"file\":\"lib/link-d12.okt\",\"state\":\"failed\",\"values\":[],\"left\":[]}\n");
+    EXPECT_EQ(shortened(result.err), "okt: lib/link-d12.okt: another okt is changing the file\n");
+}
+
 TEST_F(OktSet, FileNamedTwice_ChangedOnce)
 {
     std::string const link = take("link-d12.okt");

@@ -97,6 +97,33 @@ TEST(TemplateEdit, LegOfADrawnTemplate_PictureThatABuildWouldMake)
     EXPECT_EQ(drawn.substr(drawn.size() - 190), expected.substr(expected.size() - 190)); // the camera moves with the bar
 }
 
+TEST(TemplateEdit, WithoutPictures_TheyStay)
+{
+    std::string const bytes = exampleBytes("link-d12.okt");
+    StoredTemplate const before = readBytes(bytes);
+    ChangedValues const values = {{indexOf(before, "Leg A"), 0.43}};
+    EditedTemplate const made = edited(bytes, before, *findLengthUnit("mm"), values, {.withPictures = false});
+    EXPECT_EQ(made.picture, PictureChange::None);
+    EXPECT_TRUE(made.outOfDate.empty());
+    EXPECT_EQ(made.bytes.size(), bytes.size());
+    StoredTemplate const after = readBytes(made.bytes);
+    EXPECT_EQ(after.parameters[indexOf(after, "Leg A")].value, ParameterValue(0.43));
+    EXPECT_EQ(frame(made.bytes, after.pictures[0].begin, after.pictures[0].end),
+              frame(bytes, before.pictures[0].begin, before.pictures[0].end));
+}
+
+/// A picture of the size of those drawn here, with a value in it that the file does not have.
+TEST(TemplateEdit, PictureOfOtherValues_KeptAndNamed)
+{
+    std::string const bytes = exampleBytes("link-d12.okt");
+    StoredTemplate const before = readBytes(bytes);
+    ChangedValues const thicker = {{indexOf(before, "Diameter"), 14.0}};
+    std::string const old = edited(bytes, before, *findLengthUnit("mm"), thicker, {.withPictures = false}).bytes;
+    Made const made = edit(old, {{"Leg A", 0.43}});
+    EXPECT_EQ(made.result.picture, PictureChange::OutOfDate);
+    EXPECT_EQ(made.result.outOfDate.size(), 1u);
+}
+
 TEST(TemplateEdit, OtherPicture_KeptAndNamed)
 {
     TemplatePlan const plan = examplePlan("link-d12.okt");

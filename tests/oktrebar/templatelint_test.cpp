@@ -14,10 +14,10 @@ using namespace okt;
 namespace
 {
 
-std::vector<LintFinding> findings(std::string const &bytes, bool withPictures = false)
+std::vector<LintFinding> findings(std::string const &bytes, PictureCheck pictures = PictureCheck::None)
 {
     LintOptions options;
-    options.withPictures = withPictures;
+    options.pictures = pictures;
     return lint(
         readBytes(bytes),
         [&bytes](std::int64_t begin, std::int64_t end) {
@@ -196,8 +196,10 @@ TEST(TemplateLint, Pictures_MissingOrNotThatOfTheValues)
         else if (parameter->UserName() == u"Extension 1" || parameter->UserName() == u"Extension 2")
             parameter->setValue(134.0, 0);
     }
+    // The shape of the link is as it was, so that only the drawing tells.
+    EXPECT_EQ(texts(findings(imageOf(*pool), PictureCheck::Shape)), Lines());
     EXPECT_EQ(
-        texts(findings(imageOf(*pool), true)),
+        texts(findings(imageOf(*pool), PictureCheck::Drawing)),
         Lines{
             "info picture-out-of-date : the picture is not the one that is drawn here for these values: it is out of date, or "
             "was made elsewhere; build the template anew, or leave it where the picture was made elsewhere"});
@@ -208,10 +210,32 @@ TEST(TemplateLint, Pictures_MissingOrNotThatOfTheValues)
     pool->removeObject(picture);
     std::unique_ptr<OKTDbObject> const owned(picture);
     EXPECT_EQ(
-        texts(findings(imageOf(*pool), true)),
+        texts(findings(imageOf(*pool), PictureCheck::Shape)),
         Lines{
             "warning picture-missing : the template has no picture; add one in the design system, or build the template anew"});
-    EXPECT_EQ(texts(findings(imageOf(*pool), false)), Lines());
+    EXPECT_EQ(texts(findings(imageOf(*pool), PictureCheck::None)), Lines());
+}
+
+TEST(TemplateLint, PictureOfAnotherShape_ToldWithoutDrawing)
+{
+    std::unique_ptr<OKTDbPool> const pool = buildPool(examplePlan("link-d12.okt"));
+    IdArray ids;
+    pool->collectEntities(OKTDbParameter::desc(), ids);
+    for (int i = 0; i < ids.getSize(); ++i)
+    {
+        OKTDbObject *object = nullptr;
+        pool->findObject(ids.at(i), object);
+        auto *const parameter = OKTDbParameter::cast(object);
+        if (parameter->UserName() == u"Leg A")
+            parameter->setValue(430.0, 1);
+        else if (parameter->UserName() == u"Cutting length")
+            parameter->setValue(1552.0, 0);
+    }
+    EXPECT_EQ(
+        texts(findings(imageOf(*pool), PictureCheck::Shape)),
+        Lines{"info picture-out-of-date : the picture shows another shape than these values give: it is out of date, or was "
+              "made elsewhere; build the template anew, or leave it where the picture was made elsewhere"});
+    EXPECT_EQ(texts(findings(imageOf(*pool), PictureCheck::Drawing)).size(), 1u);
 }
 
 } // namespace

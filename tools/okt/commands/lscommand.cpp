@@ -15,6 +15,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <memory>
 
 namespace okt
@@ -29,6 +30,7 @@ struct Options
     std::string className;
     std::string name;
     bool asJson = false;
+    bool isQuiet = false;
 };
 
 // Bytes that are printed at once.
@@ -38,7 +40,8 @@ class Lister
 {
 public:
     Lister(Options const &options, bool withHeadings)
-        : m_asJson(options.asJson), m_withHeadings(withHeadings), m_query{options.className, options.name}
+        : m_asJson(options.asJson), m_isQuiet(options.isQuiet),
+          m_withHeadings(withHeadings && !options.isQuiet), m_query{options.className, options.name}
     {
     }
 
@@ -64,6 +67,8 @@ public:
         return isWhole;
     }
 
+    std::int64_t objects() const { return m_objects; }
+
     void flush()
     {
         if (!m_text.empty())
@@ -74,6 +79,9 @@ public:
 private:
     void add(std::string const &file, ListedObject const &object)
     {
+        ++m_objects;
+        if (m_isQuiet)
+            return;
         m_text += m_asJson ? jsonLine(file, object) : textLine(object);
         m_text += "\n";
         if (m_text.size() > kPiece)
@@ -113,9 +121,11 @@ private:
     }
 
     bool m_asJson;
+    bool m_isQuiet;
     bool m_withHeadings;
     ListQuery m_query;
     std::string m_text;
+    std::int64_t m_objects = 0;
 };
 
 int list(Options const &options)
@@ -139,6 +149,8 @@ int list(Options const &options)
             ok = false;
         }
     }
+    if (options.isQuiet)
+        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + plural(lister.objects(), "object") + "\n");
     return ok ? kDone : kFailed;
 }
 
@@ -156,6 +168,7 @@ void addLs(CommandLine &line)
         ->type_name("PATTERN");
     command->add_option("--name", options->name, "only objects of this name; likewise")->type_name("PATTERN");
     command->add_flag("--json", options->asJson, "one JSON object a line");
+    command->add_flag("-q,--quiet", options->isQuiet, "only how many objects there are");
     command->callback([&line, options] {
         options->files.check();
         line.run = [options] { return list(*options); };

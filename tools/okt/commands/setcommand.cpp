@@ -9,10 +9,12 @@
 #include <tools/okt/printing/difftext.h>
 #include <tools/okt/printing/settext.h>
 #include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/progress.h>
 
 #include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
+#include <oktinspect/contentdigest.h>
 #include <oktinspect/pooldiff.h>
 #include <oktinspect/reportcollector.h>
 #include <oktrebar/condition.h>
@@ -67,7 +69,15 @@ Assignment assignmentOf(std::string const &text)
     return {ParameterSelector(name), trimmed(text.substr(equals + 1))};
 }
 
-/// One file that is to be changed.
+/// One file that is meant, as it was checked. Nothing of what it holds is kept, so that there may be any number of them.
+struct Plan
+{
+    std::string file;
+    std::string digest; ///< of its bytes
+    bool isChange = false;
+};
+
+/// The same while it is at work.
 struct Task
 {
     std::string file;
@@ -77,6 +87,12 @@ struct Task
     Recalculation changes;
     std::optional<EditedTemplate> made; ///< nothing: it is so already
 };
+
+std::string digestOf(std::string const &bytes)
+{
+    ByteSource source{std::string_view(bytes)};
+    return byteDigest(source);
+}
 
 std::string bytesOf(fs::path const &path)
 {
@@ -102,25 +118,29 @@ public:
         ReportCollector const collector; // a picture that does not read is kept, no more
         std::vector<std::string> const files = m_options.files.expanded([this](std::string const &fault) { told(fault); });
         std::set<std::string> met;
+        ProgressLine progress("set", files.size(), "file", 2);
+        std::size_t done = 0;
         for (std::string const &file : files)
         {
+            progress.at(done++);
             std::error_code error;
             fs::path const place = fs::canonical(utf8Path(file), error);
             if (error || met.insert(pathName(place)).second) // one that is named twice is changed once
-                prepare(file);
+                check(file);
         }
         if (m_faults > 0)
         {
             printError("nothing is changed");
             return kFailed;
         }
-        if (m_tasks.empty())
+        if (m_plans.empty())
         {
             printError(m_where ? "no template fulfils " + excerpt(m_options.where) + ": nothing is changed"
                                : "there is no template: nothing is changed");
             return kFailed;
         }
-        return m_options.isTrial ? tryAll() : writeAll();
+        progress.nextPass();
+        return writeAll(progress, files.size());
     }
 
 private:
@@ -130,42 +150,52 @@ private:
         printError(fault);
     }
 
-    /// Everything that can be wrong shows here, before anything is written.
-    void prepare(std::string const &file)
+    /// Everything that can be wrong with a file shows here, before any is written. Pictures, which take the most time, are not drawn.
+    void check(std::string const &file)
     {
         try
         {
             if (file == kStandardStream)
                 throw Failure(inputName(file), "", "only a file can be changed");
-            Task task;
-            task.file = file;
-            task.bytes = bytesOf(utf8Path(file));
-            ByteSource source{std::string_view(task.bytes)};
-            task.pool = readTemplate(source);
-            if (!task.pool.faults.empty())
-            {
-                TemplateFault const &fault = task.pool.faults.front();
-                throw Failure(file, task.bytes.empty() ? "" : byteAt(fault.offset), fault.reason);
-            }
-            TemplateExpressions const expressions(task.pool);
-            task.drawn = &expressions.unit();
-            if (m_where && !isFulfilled(*m_where, task.pool, *task.drawn, file))
-                return;
-            task.changes = recalculate(expressions, givenValues(task));
-            if (!task.changes.cycle.empty())
-                throw Failure(file, "", "the expressions go round in a circle: " + cycleText(task));
-            if (!task.changes.values.empty())
-                task.made = edited(task.bytes, task.pool, *task.drawn, task.changes.values);
-            m_tasks.push_back(std::move(task));
-        }
-        catch (EditRefused const &refused)
-        {
-            told(Failure(file, "", refused.what()).what());
+            if (std::optional<Task> const task = taskOf(file, bytesOf(utf8Path(file)), {.withPictures = false}))
+                m_plans.push_back({file, digestOf(task->bytes), task->made.has_value()});
         }
         catch (Failure const &failure)
         {
             told(failure.what());
         }
+    }
+
+    /// Nothing: the file is not meant. The same bytes give the same each time. Throws Failure.
+    std::optional<Task> taskOf(std::string const &file, std::string bytes, EditOptions const &options) const
+    {
+        Task task;
+        task.file = file;
+        task.bytes = std::move(bytes);
+        ByteSource source{std::string_view(task.bytes)};
+        task.pool = readTemplate(source);
+        if (!task.pool.faults.empty())
+        {
+            TemplateFault const &fault = task.pool.faults.front();
+            throw Failure(file, task.bytes.empty() ? "" : byteAt(fault.offset), fault.reason);
+        }
+        TemplateExpressions const expressions(task.pool);
+        task.drawn = &expressions.unit();
+        if (m_where && !isFulfilled(*m_where, task.pool, *task.drawn, file))
+            return std::nullopt;
+        task.changes = recalculate(expressions, givenValues(task));
+        if (!task.changes.cycle.empty())
+            throw Failure(file, "", "the expressions go round in a circle: " + cycleText(task));
+        try
+        {
+            if (!task.changes.values.empty())
+                task.made = edited(task.bytes, task.pool, *task.drawn, task.changes.values, options);
+        }
+        catch (EditRefused const &refused)
+        {
+            throw Failure(file, "", refused.what());
+        }
+        return task;
     }
 
     ChangedValues givenValues(Task const &task) const
@@ -216,20 +246,6 @@ private:
             print(setText(storyOf(task)));
     }
 
-    int tryAll() const
-    {
-        std::size_t changed = 0;
-        for (Task const &task : m_tasks)
-        {
-            changed += task.made ? 1 : 0;
-            tell(task, task.made ? "would change" : "unchanged");
-            if (task.made && !m_options.asJson && !m_options.isQuiet)
-                print(diffOf(task));
-        }
-        total(changed, 0, "would change");
-        return kDone;
-    }
-
     std::string diffOf(Task const &task) const
     {
         auto const poolOf = [&task](std::string const &bytes) {
@@ -243,37 +259,51 @@ private:
         return describe(compare(before, after, MatchBy::Id), before, after, findUnit(std::string(m_shown->name)));
     }
 
-    int writeAll()
+    /// Or only tells what it would write.
+    int writeAll(ProgressLine &progress, std::size_t files)
     {
         std::size_t changed = 0;
-        for (Task const &task : m_tasks)
+        std::size_t done = files - m_plans.size(); // the others are not meant
+        for (Plan const &plan : m_plans)
         {
+            progress.at(done++);
             try
             {
-                if (task.made)
-                {
-                    write(task);
-                    ++changed;
-                }
-                tell(task, task.made ? "changed" : "unchanged");
+                change(plan);
+                changed += plan.isChange ? 1 : 0;
             }
             catch (Failure const &failure)
             {
                 told(failure.what());
                 if (m_options.asJson)
-                    tell(task, "failed");
+                    print(setJson({.file = plan.file}, "failed"));
             }
         }
-        total(changed, m_faults, "changed");
+        total(changed, m_faults, m_options.isTrial ? "would change" : "changed");
         return m_faults == 0 ? kDone : kFailed;
     }
 
-    void write(Task const &task) const
+    void change(Plan const &plan) const
     {
-        fs::path const path = utf8Path(task.file);
-        EditLock const lock(path);
-        if (bytesOf(path) != task.bytes)
-            throw Failure(task.file, "", "the file has changed since it was read; it is left as it is");
+        fs::path const path = utf8Path(plan.file);
+        std::optional<EditLock> lock;
+        if (plan.isChange && !m_options.isTrial)
+            lock.emplace(path);
+        std::string bytes = bytesOf(path);
+        if (digestOf(bytes) != plan.digest)
+            throw Failure(plan.file, "", "the file has changed since it was checked; it is left as it is");
+        std::optional<Task> const task = taskOf(plan.file, std::move(bytes), {});
+        if (!task || task->made.has_value() != plan.isChange)
+            throw Failure(plan.file, "", "the file cannot be changed as it was checked; it is left as it is");
+        if (!m_options.isTrial && task->made)
+            write(path, *task);
+        tell(*task, !task->made ? "unchanged" : m_options.isTrial ? "would change" : "changed");
+        if (m_options.isTrial && task->made && !m_options.asJson && !m_options.isQuiet)
+            print(diffOf(*task));
+    }
+
+    void write(fs::path const &path, Task const &task) const
+    {
         if (m_options.keepsBackup)
         {
             fs::path backup = path;
@@ -296,8 +326,8 @@ private:
         if (m_options.asJson)
             return;
         std::string text =
-            plural(static_cast<std::int64_t>(m_tasks.size()), "template") + ": " + std::to_string(changed) + " " + word;
-        if (std::size_t const same = m_tasks.size() - changed - failed; same > 0)
+            plural(static_cast<std::int64_t>(m_plans.size()), "template") + ": " + std::to_string(changed) + " " + word;
+        if (std::size_t const same = m_plans.size() - changed - failed; same > 0)
             text += ", " + std::to_string(same) + " so already";
         if (failed > 0)
             text += ", " + std::to_string(failed) + " not changed";
@@ -309,7 +339,7 @@ private:
     LengthUnit const *m_shown;
     std::vector<Assignment> m_assignments;
     std::optional<Condition> m_where;
-    std::vector<Task> m_tasks;
+    std::vector<Plan> m_plans;
     std::size_t m_faults = 0;
 };
 

@@ -15,6 +15,7 @@
 #include <tools/okt/terminal/progress.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -41,6 +42,7 @@ struct Options
     bool indexOnly = false;
     bool previewOnly = false;
     bool asJson = false;
+    bool isQuiet = false;
 };
 
 struct Shown
@@ -87,13 +89,14 @@ int show(Options const &options)
     ShowWhat const what = options.indexOnly ? ShowWhat::Index : options.previewOnly ? ShowWhat::Preview : ShowWhat::All;
     bool ok = true;
     bool first = true;
+    std::int64_t faulty = 0;
     std::vector<std::string> const files = options.files.expanded([&ok](std::string const &fault) {
         ok = false;
         printError(fault);
     });
     for (std::string const &file : files)
     {
-        if (options.asJson)
+        if (options.asJson && !options.isQuiet)
         {
             ok = printJson(file, *findLengthUnit(options.unit), templateJson) && ok;
             continue;
@@ -101,13 +104,17 @@ int show(Options const &options)
         std::optional<Shown> const shown = shownOrTold(utf8Path(file), *displayed, options.withIds, what);
         if (shown)
         {
-            print((first ? "" : "\n") + shown->text);
+            if (!options.isQuiet)
+                print((first ? "" : "\n") + shown->text);
             first = false;
             if (!shown->fault.empty())
                 printError(shown->fault);
         }
-        ok = ok && shown && shown->fault.empty();
+        faulty += shown && shown->fault.empty() ? 0 : 1;
     }
+    ok = ok && faulty == 0;
+    if (options.isQuiet)
+        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + std::to_string(faulty) + " with a fault\n");
     return ok ? kDone : kFailed;
 }
 
@@ -133,6 +140,7 @@ void addShow(CommandLine &line)
     command->add_flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids")
         ->excludes(index)
         ->excludes(preview);
+    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are and how many of them have a fault");
     command->callback([&line, options] {
         options->files.check();
         line.run = [options] { return show(*options); };

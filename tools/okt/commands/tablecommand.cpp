@@ -14,6 +14,7 @@
 #include <oktreport/naturalorder.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 namespace okt
@@ -33,6 +34,7 @@ struct Options
     bool asLocalCsv = false;
     bool asJson = false;
     bool asMarkdown = false;
+    bool isQuiet = false;
 
     TableForm form() const
     {
@@ -57,6 +59,15 @@ void divide(Options &options)
     for (std::size_t i = 0; i < options.names.size(); ++i)
         if (std::count(options.names.begin(), options.names.begin() + static_cast<std::ptrdiff_t>(i), options.names[i]) > 0)
             throw CLI::ValidationError("NAME", excerpt(options.names[i]) + " is asked for twice");
+}
+
+/// "48 templates, 2 empty fields".
+std::string totalOf(std::vector<TableRow> const &rows)
+{
+    std::int64_t empty = 0;
+    for (TableRow const &row : rows)
+        empty += std::count_if(row.fields.begin(), row.fields.end(), [](auto const &field) { return !field; });
+    return plural(static_cast<std::int64_t>(rows.size()), "template") + ", " + plural(empty, "empty field") + "\n";
 }
 
 int table(Options const &options)
@@ -86,7 +97,10 @@ int table(Options const &options)
             told(failure.what());
         }
     }
-    print(tableText(rows, options.names, options.form(), options.unit));
+    if (options.isQuiet)
+        print(totalOf(rows));
+    else
+        print(tableText(rows, options.names, options.form(), options.unit));
     for (TableRow const &row : rows)
         for (std::size_t const column : row.several)
             printError(
@@ -125,6 +139,7 @@ void addTable(CommandLine &line)
                                                  "the same as --csv=local: as spreadsheets of many countries read it");
     CLI::Option *const json = command->add_flag("--json", options->asJson, "one JSON object a line, one for each template");
     CLI::Option *const markdown = command->add_flag("--markdown", options->asMarkdown, "a table for a text in Markdown");
+    command->add_flag("-q,--quiet", options->isQuiet, "only how many templates there are and how many fields are empty");
     local->excludes(csv);
     json->excludes(csv)->excludes(local);
     markdown->excludes(csv)->excludes(local)->excludes(json);

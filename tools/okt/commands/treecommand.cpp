@@ -18,6 +18,7 @@
 
 #include <oktdatabase/oktdatabase.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -36,6 +37,7 @@ struct Options
     std::string unit = "mm";
     bool inAscii = false;
     bool asJson = false;
+    bool isQuiet = false;
 };
 
 /// The branches before a line.
@@ -157,7 +159,8 @@ bool printTree(std::string const &name, Options const &options, DisplayUnit cons
     addLines(nodes, "Classes that need a client module", missingLines(file, ModulePlace::Path));
     append(text, options.inAscii || !isUtf8Locale() ? kAscii : kBoxes, "", nodes);
     waiting.reset();
-    print(text);
+    if (!options.isQuiet)
+        print(text);
     if (!file.fault.empty())
         printError(file.fault);
     return file.fault.empty();
@@ -173,25 +176,29 @@ int tree(Options const &options)
         ok = false;
         printError(fault);
     });
+    std::int64_t faulty = 0;
     for (std::string const &file : files)
     {
-        if (options.asJson)
+        if (options.asJson && !options.isQuiet)
         {
             ok = printJson(file, *findLengthUnit(options.unit), treeJson) && ok;
             continue;
         }
         try
         {
-            if (files.size() > 1)
+            if (files.size() > 1 && !options.isQuiet)
                 print((&file == files.data() ? "" : "\n") + printable(std::string_view(file)) + ":\n");
-            ok = printTree(file, options, *unit) && ok;
+            faulty += printTree(file, options, *unit) ? 0 : 1;
         }
         catch (Failure const &failure)
         {
             printError(failure.what());
-            ok = false;
+            ++faulty;
         }
     }
+    ok = ok && faulty == 0;
+    if (options.isQuiet)
+        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + std::to_string(faulty) + " with a fault\n");
     return ok ? kDone : kFailed;
 }
 
@@ -209,6 +216,7 @@ void addTree(CommandLine &line)
         ->check(CLI::IsMember(unitNames()));
     command->add_flag("--ascii", options->inAscii, "branches in plain characters, as where the locale is not UTF-8");
     command->add_flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids");
+    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are and how many of them have a fault");
     command->callback([&line, options] {
         options->files.check();
         line.run = [options] { return tree(*options); };
