@@ -63,7 +63,7 @@ enum class PictureCheck
 {
     None,
     Shape,  ///< whether they show the shape of the values, as their camera tells
-    Drawing ///< by drawing them once more, which takes a tenth of a second for each template
+    Drawing ///< by drawing them once more, which takes longer than all else
 };
 
 struct LintOptions

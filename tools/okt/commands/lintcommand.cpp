@@ -125,10 +125,9 @@ void addLint(CommandLine &line)
     command->footer("0 nothing found; 1 a finding, or a file that cannot be read or has a fault; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);
-    command->add_flag(
-        "--pictures", options->drawsPictures,
-        "draw each picture once more and compare it, which takes a tenth of a second for each; else only the shape "
-        "that it shows is held against the values");
+    command->add_flag("--pictures", options->drawsPictures,
+                      "draw each picture once more and compare it, which takes longer than all else; without it only the shape "
+                      "that it shows is held against the values");
     command->add_flag("--json", options->asJson, "one JSON object a line, one for each finding");
     command->add_flag("-q,--quiet", options->isQuiet, "only the total");
     command->callback([&line, options] {
