@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <grp.h>
+#include <initializer_list>
 #include <iterator>
 #include <optional>
 #include <set>
@@ -185,7 +186,7 @@ TEST_F(ReplaceFilePosix, RelativePath_InTheCurrentFolder)
 
 TEST_F(ReplaceFilePosix, Permissions_AreKept)
 {
-    for (mode_t const mode : {0600, 0640, 0755, 0666, 0200, 04755, 02775})
+    for (mode_t const mode : std::initializer_list<mode_t>{0600, 0640, 0755, 0666, 0200, 04755, 02775})
     {
         put("a", "old", mode);
         EXPECT_EQ(save("a").status, Status::Saved);
