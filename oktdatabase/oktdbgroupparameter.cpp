@@ -17,6 +17,7 @@ OKTDbParameter *elementOf(OKTDbObjectId id) { return OKTDbParameter::cast(id); }
 
 OKTDbGroupParameter::OKTDbGroupParameter() = default;
 
+// A copy is a default object that is assigned to. NOLINTNEXTLINE(bugprone-copy-constructor-init)
 OKTDbGroupParameter::OKTDbGroupParameter(OKTDbGroupParameter const &other) : OKTDbParameter() { *this = other; }
 
 OKTDbGroupParameter &OKTDbGroupParameter::operator=(OKTDbGroupParameter const &other)

@@ -119,8 +119,8 @@ public:
             keepCharacters(known);
             decodeGroups();
         }
-        else if (m_text.size() > 0 || chunk.GetLength() > 0)
-            m_isInGroup = m_text.size() > 0;
+        else if (!m_text.empty() || chunk.GetLength() > 0)
+            m_isInGroup = !m_text.empty();
     }
 
     void finish() { decode(m_text.size()); }

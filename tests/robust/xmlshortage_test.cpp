@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/alloccount.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 #include "support/shortage.h"
@@ -11,6 +12,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -160,6 +162,34 @@ TEST(ShortageXmlFiler, WriteFrames_EveryFault_WhereAllWasTrueTheDocumentIsWhole_
         },
     });
     RecordProperty("saves that were not told to have failed", static_cast<int>(unsaved));
+}
+
+TEST(ShortageXmlFiler, WriteString_PresenterRaises_ItsExceptionTravelsAndTheDocumentGoesOn)
+{
+    ScratchFolder const folder;
+    CString const path = folder.path("presenter.xml");
+    OKTXmlFiler filer;
+    ASSERT_TRUE(filer.NewFiler(path, true));
+    ASSERT_TRUE(filer.writeLong(u"before", 1L));
+    OktSetWarningPresenter([](CString const &) { throw std::domain_error("no screen"); });
+    bool raised = false;
+    {
+        AllocationFault const fault(0);
+        try
+        {
+            filer.writeString(u"text", kText);
+        }
+        catch (std::domain_error const &)
+        {
+            raised = true;
+        }
+    }
+    OktSetWarningPresenter(nullptr);
+    EXPECT_TRUE(raised);
+    EXPECT_TRUE(filer.writeLong(u"behind", 2L));
+    EXPECT_TRUE(filer.CloseFiler());
+    std::string const document = textOf(contentsOf(path));
+    EXPECT_NE(document.find("<before long=\"1\"/><behind long=\"2\"/>"), std::string::npos) << document;
 }
 
 TEST(ShortageXmlFiler, NewFilerToWrite_EveryFault_FalseAndTheFileStaysWhenTheFilerEnds)
