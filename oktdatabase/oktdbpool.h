@@ -200,7 +200,7 @@ private:
                              bool &isRefused) const;
     OKTDbPool *cloneWithNewIds(bool &isRefused) const;
     bool hasTranslation(OKTMemoryFiler const &filer) const;
-    bool loadThrough(OKTImageFiler &filer, CByteArray const &image, OKTIdReplacements *replacements);
+    bool loadThrough(OKTImageFiler &stream, CByteArray const &image, OKTIdReplacements *replacements);
     static bool readObject(OKTMemoryFiler &filer, OKTDbObject *object);
     bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
     bool skipObjectByReadFilter(OKTDbObject *object) const;

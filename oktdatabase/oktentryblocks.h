@@ -23,8 +23,10 @@ public:
 
     OKTEntryAllocator() = default;
     /// For other entries, so with blocks of its own.
-    template <typename U> OKTEntryAllocator(OKTEntryAllocator<U> const &) {
-    } // NOLINT(google-explicit-constructor): the standard asks for it
+    template <typename U>
+    OKTEntryAllocator(OKTEntryAllocator<U> const &) // NOLINT(google-explicit-constructor): the standard asks for it
+    {
+    }
 
     /// Memory for `count` objects; only one at a time comes from the blocks. Throws std::bad_alloc.
     T *allocate(std::size_t count)

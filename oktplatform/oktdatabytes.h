@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <oktplatform/oktarray_internal.h>
 #include <oktplatform/oktvariant.h>
 
 #include <bit>
@@ -37,24 +38,11 @@ inline void OktBytesOfDouble(double value, void *bytes, unsigned int size)
         static_cast<unsigned char *>(bytes)[i ^ (size - 1)] = static_cast<unsigned char>(bits >> (8 * i));
 }
 
-/// The size in bytes of the number that a variant of this kind holds.
+/// The size in bytes of the number that a variant of this kind holds; 8 for what is no number.
 inline unsigned int OktNumberSize(VARTYPE type)
 {
-    switch (type)
-    {
-    case VT_I1:
-    case VT_UI1: return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL: return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-    case VT_ERROR: return 4;
-    default: return 8;
-    }
+    ULONG const size = OktArray::elementSize(type);
+    return size == 1 || size == 2 || size == 4 ? size : 8;
 }
 
 /// The first four data bytes of a variant with two or four bytes as one number.

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <oktplatform/oktstring.h>
+#include <oktplatform/oktvariant.h>
 
-// Which names and characters a document can hold, for the back ends. Not installed.
+// Names, characters and values of a document, as each back end has them. Not installed.
 
 namespace OktXmlText
 {
@@ -31,5 +32,20 @@ inline bool isName(OktTextView text)
 constexpr bool isCharacter(WCHAR unit)
 {
     return (unit >= 0x20 || unit == 0x09 || unit == 0x0A || unit == 0x0D) && unit < 0xFFFE;
+}
+
+/// The text of an attribute that is given as a variant; empty for kinds that no filer gives.
+inline CString attributeText(VARIANT const &value)
+{
+    CString text;
+    switch (value.vt)
+    {
+    case VT_BSTR: return CString(value.bstrVal);
+    case VT_I2: text.Format(u"%d", value.iVal); break;
+    case VT_I4: text.Format(u"%d", value.lVal); break;
+    case VT_UI4: text.Format(u"%u", value.ulVal); break;
+    default: break;
+    }
+    return text;
 }
 } // namespace OktXmlText

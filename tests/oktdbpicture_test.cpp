@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/bytetext.h"
 #include "support/printers.h"
 #include "support/recordingfiler.h"
 #include "support/reportcatcher.h"
@@ -289,7 +290,7 @@ TEST_F(PictureTest, XmlOut_CodePageWithLettersInOtherPlaces_SameTextAndRoundTrip
         OktSetThreadCodePage(1252);
         EXPECT_EQ(status, eFilerOk) << page;
         EXPECT_EQ(data(back), bytesOfSize(100000)) << page;
-        std::string const stream(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+        std::string const stream = textOf(bytes);
         for (std::string const &chunk : chunksOf(text))
             EXPECT_NE(stream.find(chunk), std::string::npos) << page;
     }

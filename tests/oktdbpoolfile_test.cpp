@@ -805,6 +805,19 @@ TEST_F(PoolFileTest, XmlIn_MemberFails_1AndTheOthersAreStillRead)
         }
 }
 
+namespace
+{
+/// The last calls of a header that ends its list of pictures at the second one, and reads on.
+void expectTwoPicturesThenTheRest(std::vector<std::string> const &calls)
+{
+    EXPECT_THAT(std::vector<std::string>(calls.end() - 13, calls.end()),
+                ElementsAre("beginReadMembers 5", "readInt m_tabPictures.Length", "readObjectId m_tabPictures.0",
+                            "readInt nObjectPosition", "readInt nObjectSize", "readObjectId m_tabPictures.1",
+                            "readInt nObjectPosition", "readInt nObjectSize", "endReadMembers", "beginReadMembers 6",
+                            "readObjectId m_radialReinfId", "endReadMembers", "endReadClass"));
+}
+} // namespace
+
 TEST_F(PoolFileTest, XmlIn_PictureFails_ListEndsThere)
 {
     OKTDbPool pool;
@@ -817,12 +830,7 @@ TEST_F(PoolFileTest, XmlIn_PictureFails_ListEndsThere)
 
     EXPECT_EQ(pool.xmlIn(&filer, info), eFilerMemberFailed);
 
-    std::vector<std::string> const &calls = filer.calls();
-    EXPECT_THAT(std::vector<std::string>(calls.end() - 13, calls.end()),
-                ElementsAre("beginReadMembers 5", "readInt m_tabPictures.Length", "readObjectId m_tabPictures.0",
-                            "readInt nObjectPosition", "readInt nObjectSize", "readObjectId m_tabPictures.1",
-                            "readInt nObjectPosition", "readInt nObjectSize", "endReadMembers", "beginReadMembers 6",
-                            "readObjectId m_radialReinfId", "endReadMembers", "endReadClass"));
+    expectTwoPicturesThenTheRest(filer.calls());
 }
 
 TEST_F(PoolFileTest, XmlIn_IdOfAPictureFails_ItsPlaceIsReadAndTheListEndsThere)
@@ -841,12 +849,7 @@ TEST_F(PoolFileTest, XmlIn_IdOfAPictureFails_ItsPlaceIsReadAndTheListEndsThere)
 
     EXPECT_EQ(pool.xmlIn(&filer, info), eFilerMemberFailed);
 
-    std::vector<std::string> const &calls = filer.calls();
-    EXPECT_THAT(std::vector<std::string>(calls.end() - 13, calls.end()),
-                ElementsAre("beginReadMembers 5", "readInt m_tabPictures.Length", "readObjectId m_tabPictures.0",
-                            "readInt nObjectPosition", "readInt nObjectSize", "readObjectId m_tabPictures.1",
-                            "readInt nObjectPosition", "readInt nObjectSize", "endReadMembers", "beginReadMembers 6",
-                            "readObjectId m_radialReinfId", "endReadMembers", "endReadClass"));
+    expectTwoPicturesThenTheRest(filer.calls());
     ASSERT_EQ(pool.picturesId().getSize(), 2);
     EXPECT_EQ(textOf(pool.picturesId().at(0)), k1);
     EXPECT_TRUE(pool.picturesId().at(1).isNull());

@@ -80,20 +80,6 @@ std::string valueText(CString const &text)
     return copy.ToUtf8();
 }
 
-CString decimalText(VARIANT const &value)
-{
-    CString text;
-    switch (value.vt)
-    {
-    case VT_BSTR: return CString(value.bstrVal);
-    case VT_I2: text.Format(u"%d", value.iVal); break;
-    case VT_I4: text.Format(u"%d", value.lVal); break;
-    case VT_UI4: text.Format(u"%u", value.ulVal); break;
-    default: break;
-    }
-    return text;
-}
-
 // Compares a name with the prefix and the local name of a node, as they are in its tag.
 bool hasName(xmlNodePtr node, std::string_view name)
 {
@@ -319,7 +305,7 @@ IXMLDOMElementPtr IXMLDOMNode::element() const
 
 IXMLDOMNodePtr IXMLDOMElement::node() const { return IXMLDOMNodePtr(m_tree, m_node); }
 
-void IXMLDOMAttribute::setValue(VARIANT const &value) const { setText(decimalText(value)); }
+void IXMLDOMAttribute::setValue(VARIANT const &value) const { setText(OktXmlText::attributeText(value)); }
 
 void IXMLDOMAttribute::setText(CString const &text) const
 {

@@ -239,20 +239,6 @@ CString valueText(CString const &text)
     return copy;
 }
 
-CString decimalText(VARIANT const &value)
-{
-    CString text;
-    switch (value.vt)
-    {
-    case VT_BSTR: return CString(value.bstrVal);
-    case VT_I2: text.Format(u"%d", value.iVal); break;
-    case VT_I4: text.Format(u"%d", value.lVal); break;
-    case VT_UI4: text.Format(u"%u", value.ulVal); break;
-    default: break;
-    }
-    return text;
-}
-
 /// A copy of a node of one document in another one.
 ComNode copied(OktXmlNode const &source)
 {
@@ -415,7 +401,7 @@ IXMLDOMElementPtr IXMLDOMNode::element() const
 
 IXMLDOMNodePtr IXMLDOMElement::node() const { return IXMLDOMNodePtr(m_tree, m_node); }
 
-void IXMLDOMAttribute::setValue(VARIANT const &value) const { setText(decimalText(value)); }
+void IXMLDOMAttribute::setValue(VARIANT const &value) const { setText(OktXmlText::attributeText(value)); }
 
 void IXMLDOMAttribute::setText(CString const &text) const
 {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/bytetext.h"
 #include "support/files.h"
 
 #include "support/clientclasses.h"
@@ -45,7 +46,7 @@ std::string randomPool(unsigned seed)
     CByteArray bytes;
     IdMap translated;
     EXPECT_TRUE(pool->saveFiler(bytes, translated));
-    return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
+    return textOf(bytes);
 }
 
 /// What holds for every file that is no text of the filter.

@@ -7,8 +7,9 @@
 #include "support/scratchfolder.h"
 #include "support/wine.h"
 
+#include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
-#include <oktformat/filescan.h>
+#include <oktinspect/list.h>
 #include <oktinspect/verifier.h>
 
 #include <oktdatabase/oktdatabase.h>
@@ -21,6 +22,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <random>
 #include <set>
 #include <sstream>
@@ -334,9 +336,12 @@ TEST(OktDamaged, LargeFile_LittleMemory)
     }
     EXPECT_GT(fs::file_size(path.ToUtf8()), std::uintmax_t(48) << 20);
     PeakMemory const look;
-    okt::FileScan scan(path.ToUtf8());
+    std::unique_ptr<okt::ByteSource> const source = okt::openSource(pathOf(path));
     std::size_t found = 0;
-    EXPECT_TRUE(scan.run([&found](okt::Stretch const &) { ++found; }, [](std::string const &) {}));
+    okt::ListOptions options;
+    options.onObject = [&found](okt::ListedObject const &) { ++found; };
+    options.onFault = [](okt::Finding const &finding) { ADD_FAILURE() << finding.offset; };
+    okt::list(*source, {}, options);
     EXPECT_EQ(found, objects);
     EXPECT_LT(look.bytes(), std::size_t(4) << 20);
 }

@@ -2,6 +2,7 @@
 #include "support/files.h"
 #include "support/process.h"
 
+#include "support/bytetext.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 
@@ -78,9 +79,7 @@ TEST_F(OktExport, ExportImport_ThroughStandardStreams_SameBytes)
     ProcessResult const piped = runOktOn(put("b.json", read.out), {"import", "-", "-o", "-"});
     EXPECT_EQ(piped.exitCode, 0);
     EXPECT_EQ(piped.err, "");
-    CByteArray const bytes = bytesOfFile(golden("stirrup.okt"));
-    EXPECT_EQ(piped.out,
-              std::string(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())));
+    EXPECT_EQ(piped.out, textOf(bytesOfFile(golden("stirrup.okt"))));
 }
 
 TEST_F(OktExport, ExportImport_Pictures_FilesBesideTheText)

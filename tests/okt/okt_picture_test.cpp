@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/bytetext.h"
 #include "support/files.h"
 #include "support/process.h"
 
@@ -29,11 +30,6 @@ CByteArray bytesOfSize(int size)
     for (int i = 0; i < size; ++i)
         bytes[i] = static_cast<BYTE>(i * 7 + i / 251);
     return bytes;
-}
-
-std::string textOf(CByteArray const &bytes)
-{
-    return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
 }
 
 /// A second process takes pictures out of pool files that are made here.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/bytetext.h"
 #include "support/files.h"
 #include "support/process.h"
 
@@ -35,11 +36,7 @@ using testing::Not;
 class OktReport : public FolderTest
 {
 protected:
-    static std::string textOf(std::string const &path)
-    {
-        CByteArray const bytes = contentsOf(CString::FromUtf8(path));
-        return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
-    }
+    static std::string textOf(std::string const &path) { return ::textOf(contentsOf(CString::FromUtf8(path))); }
 
     /// The page about some files without its style and script.
     static std::string page(std::vector<std::string> arguments, int exitCode = 0)

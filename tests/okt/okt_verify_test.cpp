@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/bytetext.h"
 #include "support/files.h"
 #include "support/process.h"
 #include "support/tinypng.h"
@@ -416,10 +417,7 @@ TEST_F(OktVerifyPool, ClassOfAModule_WrittenAgainToCompare)
 {
     ClientClasses const classes;
     char const *const id = "{11111111-2222-3333-4444-555555555555}";
-    auto const found = [&](StreamBuilder const &object) {
-        CByteArray const image = poolImage({}, object);
-        return findingsOf({reinterpret_cast<char const *>(image.GetData()), static_cast<std::size_t>(image.GetSize())});
-    };
+    auto const found = [&](StreamBuilder const &object) { return findingsOf(textOf(poolImage({}, object))); };
     EXPECT_EQ(found(clientFrame("OKTDbConstruct", id, 7, u"a")), "");
     EXPECT_EQ(found(StreamBuilder()
                         .beginClass("OKTDbConstruct")

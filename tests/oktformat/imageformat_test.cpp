@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "support/bytetext.h"
+
 #include <oktformat/imageformat.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 using namespace okt;
@@ -12,14 +13,6 @@ namespace
 {
 
 using namespace std::string_literals;
-
-CByteArray bytesOf(std::string const &text)
-{
-    CByteArray bytes;
-    bytes.SetSize(static_cast<int>(text.size()));
-    std::copy(text.begin(), text.end(), bytes.GetData());
-    return bytes;
-}
 
 std::string zeros(std::size_t count) { return std::string(count, '\0'); }
 

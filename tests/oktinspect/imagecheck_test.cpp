@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "support/bytetext.h"
 #include "support/tinypng.h"
 
 #include <oktinspect/imagecheck.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 using namespace okt;
@@ -14,14 +14,6 @@ namespace
 {
 
 using namespace std::string_literals;
-
-CByteArray bytesOf(std::string const &text)
-{
-    CByteArray bytes;
-    bytes.SetSize(static_cast<int>(text.size()));
-    std::copy(text.begin(), text.end(), bytes.GetData());
-    return bytes;
-}
 
 /// State, format, place and fault in one line.
 std::string said(std::string const &image)

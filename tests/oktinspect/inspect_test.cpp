@@ -8,6 +8,7 @@
 #include <oktinspect/verifier.h>
 
 #include "oktinspect/stopper.h"
+#include "support/bytetext.h"
 #include "support/files.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
@@ -22,6 +23,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace okt;
@@ -86,18 +88,13 @@ TEST(Verify, NoFile_Failure) { EXPECT_THROW(verify(golden("no such.okt")), Failu
 
 TEST(Verify, Cancelled_AtEachStep)
 {
-    Stopper all;
+    std::string const whole = outline(verify(golden("stirrup.okt")).findings);
     VerifyOptions options;
-    options.onProgress = all.listener();
-    std::string const whole = outline(verify(golden("stirrup.okt"), options).findings);
-    EXPECT_GE(all.calls, 42);
-    for (int at = 1; at <= all.calls; ++at)
-    {
-        Stopper stopper{at};
-        options.onProgress = stopper.listener();
-        EXPECT_THROW(verify(golden("stirrup.okt"), options), Cancelled) << at;
-        EXPECT_EQ(stopper.calls, at);
-    }
+    EXPECT_GE(cancelledAtEachCall([&](OnProgress onProgress) {
+                  options.onProgress = std::move(onProgress);
+                  EXPECT_EQ(outline(verify(golden("stirrup.okt"), options).findings), whole);
+              }),
+              42);
     EXPECT_EQ(outline(verify(golden("stirrup.okt")).findings), whole);
 }
 
@@ -160,19 +157,14 @@ TEST(Recover, Cancelled_AtEachStep)
 {
     std::string bytes = contents(golden("stirrup.okt"));
     bytes[581] = 11;
-    Stopper all;
-    RecoverOptions options;
-    options.onProgress = all.listener();
     Recovered result;
-    std::string const good = made(bytes, result, options);
-    EXPECT_GE(all.calls, 60);
-    for (int at = 1; at <= all.calls; ++at)
-    {
-        Stopper stopper{at};
-        options.onProgress = stopper.listener();
-        EXPECT_THROW(made(bytes, result, options), Cancelled) << at;
-        EXPECT_EQ(stopper.calls, at);
-    }
+    std::string const good = made(bytes, result);
+    RecoverOptions options;
+    EXPECT_GE(cancelledAtEachCall([&](OnProgress onProgress) {
+                  options.onProgress = std::move(onProgress);
+                  EXPECT_EQ(made(bytes, result, options), good);
+              }),
+              60);
     EXPECT_EQ(made(bytes, result), good);
 }
 
@@ -190,7 +182,7 @@ std::string twoParameters(ParameterFields second)
     CByteArray const image = poolImage({}, StreamBuilder(categoryFrame(kCategory, "", {kFirst, kSecond}, u"Layout"))
                                                .append(parameterFrame(first))
                                                .append(parameterFrame(second)));
-    return {reinterpret_cast<char const *>(image.GetData()), static_cast<std::size_t>(image.GetSize())};
+    return textOf(image);
 }
 
 ParameterFields otherParameter()
@@ -274,19 +266,13 @@ TEST(Find, Cancelled_AtEachStep)
 {
     std::string const bytes = contents(golden("stirrup.okt"));
     ByteSource source{std::string_view(bytes)};
-    Stopper all;
     FindOptions options;
-    options.onProgress = all.listener();
     FindQuery const query{"e", FindQuery::Where::Anywhere, ""};
-    find(source, query, options);
-    EXPECT_EQ(all.calls, 21);
-    for (int at = 1; at <= all.calls; ++at)
-    {
-        Stopper stopper{at};
-        options.onProgress = stopper.listener();
-        EXPECT_THROW(find(source, query, options), Cancelled) << at;
-        EXPECT_EQ(stopper.calls, at);
-    }
+    EXPECT_EQ(cancelledAtEachCall([&](OnProgress onProgress) {
+                  options.onProgress = std::move(onProgress);
+                  find(source, query, options);
+              }),
+              21);
 }
 
 TEST(Info, HeaderAndCounts)
@@ -364,18 +350,12 @@ TEST(Compare, DamagedFile_RefusedOrTold)
 TEST(Compare, Cancelled_AtEachStep)
 {
     std::string const first = contents(golden("stirrup.okt"));
-    Stopper all;
     CompareOptions options;
-    options.onProgress = all.listener();
-    compare(first, first, options);
-    EXPECT_GE(all.calls, 60);
-    for (int at = 1; at <= all.calls; ++at)
-    {
-        Stopper stopper{at};
-        options.onProgress = stopper.listener();
-        EXPECT_THROW(compare(first, first, options), Cancelled) << at;
-        EXPECT_EQ(stopper.calls, at);
-    }
+    EXPECT_GE(cancelledAtEachCall([&](OnProgress onProgress) {
+                  options.onProgress = std::move(onProgress);
+                  compare(first, first, options);
+              }),
+              60);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktplatform/oktfile.h>
 
+#include "support/bytetext.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 
@@ -34,19 +35,7 @@ namespace
 constexpr UINT kCreate = CFile::modeCreate | CFile::modeWrite | CFile::shareDenyWrite;
 constexpr UINT kRead = CFile::modeRead | CFile::shareDenyWrite;
 
-CByteArray bytesOf(std::string_view text)
-{
-    CByteArray bytes;
-    for (char const byte : text)
-        bytes.Add(static_cast<BYTE>(byte));
-    return bytes;
-}
-
-std::string textAt(CString const &path)
-{
-    CByteArray const bytes = contentsOf(path);
-    return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
-}
+std::string textAt(CString const &path) { return textOf(contentsOf(path)); }
 
 void write(CFile &file, std::string_view text) { file.Write(text.data(), static_cast<UINT>(text.size())); }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/allclasses.h"
+#include "support/bytetext.h"
 #include "support/hexbytes.h"
 #include "support/printers.h"
 #include "support/shortage.h"
@@ -25,9 +26,7 @@ std::string stateOf(OKTDbObject const &object)
 {
     OKTMemoryFiler filer;
     FilerStatusDb const status = object.xmlOut(&filer);
-    CByteArray const bytes = written(filer);
-    return std::to_string(status) +
-           std::string(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+    return std::to_string(status) + textOf(written(filer));
 }
 
 IdArray newIds(int count)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/alloccount.h"
+#include "support/bytetext.h"
 #include "support/printers.h"
 #include "support/scratchfolder.h"
 #include "support/shortage.h"
@@ -48,11 +49,6 @@ std::vector<Call> const kValues = {
     {"variant", [](OKTXmlFiler &f) { return f.writeVariant(u"variant", longVariant()); }},
     {"point", [](OKTXmlFiler &f) { return f.writePoint3d(u"point", OKTGeXYZ(1.0, 2.0, 3.0)); }},
 };
-
-std::string textOf(CByteArray const &bytes)
-{
-    return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
-}
 } // namespace
 
 TEST(ShortageXmlFiler, WriteValues_EveryFault_WhatWasTrueIsInTheDocument)
@@ -198,16 +194,13 @@ TEST(ShortageXmlFiler, NewFilerToWrite_EveryFault_FalseAndTheFileStaysWhenTheFil
     CString const path = folder.path("new.xml");
     CString const earlier = folder.path("earlier.xml");
     std::string const old = "a document that is there already";
-    CByteArray bytes;
-    for (char const c : old)
-        bytes.Add(static_cast<BYTE>(c));
     std::unique_ptr<OKTXmlFiler> filer;
     bool opened = false;
     forEveryFault({
         .name = "NewFiler of OKTXmlFiler over a file",
         .prepare =
             [&] {
-                folder.put("new.xml", bytes);
+                folder.put("new.xml", bytesOf(old));
                 filer = std::make_unique<OKTXmlFiler>();
                 // A document whose root was ended is still there when the next one is asked for.
                 filer->NewFiler(earlier, true);

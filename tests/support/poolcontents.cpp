@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/poolcontents.h"
 
+#include "support/bytetext.h"
 #include "support/hexbytes.h"
 
 #include <oktdatabase/oktdbobject.h>
@@ -49,9 +50,8 @@ template <typename Write> std::string frameOf(Write write)
 {
     OKTMemoryFiler filer;
     FilerStatusDb const status = write(&filer);
-    CByteArray const bytes = written(filer);
     std::string frame = status == eFilerOk ? "" : "status " + std::to_string(status) + ": ";
-    return frame.append(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+    return frame + textOf(written(filer));
 }
 } // namespace
 

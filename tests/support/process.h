@@ -13,6 +13,7 @@
 #if defined(_WIN32)
 #include <oktplatform/oktstring.h>
 
+#include <support/bytetext.h>
 #include <support/scratchfolder.h>
 #else
 #include <fcntl.h>
@@ -127,10 +128,7 @@ inline ProcessResult runProgram(std::string const &program, std::vector<std::str
         else
             ADD_FAILURE() << program << " cannot be started: " << GetLastError();
     }
-    auto const read = [&folder](char const *name) {
-        CByteArray const bytes = contentsOf(folder.path(name));
-        return std::string(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
-    };
+    auto const read = [&folder](char const *name) { return textOf(contentsOf(folder.path(name))); };
     result.out = read("out");
     result.err = read("err");
     std::erase(result.err, '\r'); // the runtime library writes it as text

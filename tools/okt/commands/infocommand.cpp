@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
-#include <oktformat/filescan.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/info.h>
 #include <tools/okt/terminal/progress.h>
 
+#include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
@@ -47,7 +47,7 @@ std::string sectionsText(std::map<std::string, std::set<int>> const &sections, s
 {
     std::string text;
     for (auto const &[name, numbers] : sections)
-        if (plainText(CString(name.c_str())) == className)
+        if (CString(name.c_str()).ToUtf8() == className)
             text = numbersText(numbers);
     return text;
 }
@@ -113,7 +113,7 @@ Json jsonOf(std::string const &file, PoolInfo const &report)
         header["size"] = report.header.end - report.header.begin;
         header["sections"] = fields.sections;
         header["id"] = fields.id ? idText(*fields.id) : "";
-        header["name"] = fields.name ? plainText(*fields.name) : "";
+        header["name"] = fields.name ? fields.name->ToUtf8() : "";
         header["metricsFactor"] = fields.metricsFactor ? Json(*fields.metricsFactor) : Json(nullptr);
         header["named"] = Json::array();
         for (NamedObject const &role : fields.named)
@@ -141,7 +141,7 @@ Json jsonOf(std::string const &file, PoolInfo const &report)
             each["bytes"] = count.bytes;
             each["sections"] = Json::object();
             for (auto const &[level, numbers] : count.sections)
-                each["sections"][plainText(CString(level.c_str()))] = numbers;
+                each["sections"][CString(level.c_str()).ToUtf8()] = numbers;
             json["classes"].push_back(std::move(each));
         }
     }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
+#include <oktformat/bytesource.h>
 #include <oktformat/fileread.h>
-#include <oktformat/filescan.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/list.h>
 #include <tools/okt/terminal/progress.h>
@@ -107,16 +107,16 @@ private:
         line["file"] = file;
         line["offset"] = object.offset;
         line["size"] = object.size;
-        line["class"] = plainText(object.className);
+        line["class"] = object.className.ToUtf8();
         line["bases"] = nlohmann::ordered_json::array();
         for (CString const &base : object.bases)
-            line["bases"].push_back(plainText(base));
+            line["bases"].push_back(base.ToUtf8());
         line["id"] = nullptr;
         if (object.id)
             line["id"] = idText(*object.id);
         line["name"] = nullptr;
         if (object.name)
-            line["name"] = plainText(*object.name);
+            line["name"] = object.name->ToUtf8();
         return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
     }
 
