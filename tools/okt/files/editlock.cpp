@@ -23,7 +23,10 @@ namespace fs = std::filesystem;
 
 fs::path lockPath(fs::path const &file)
 {
-    fs::path const target = behindLinks(file);
+    std::error_code error;
+    fs::path target = fs::canonical(file, error); // whatever link leads to it
+    if (error)
+        target = file;
     fs::path name = ".";
     name += target.filename();
     name += ".okt-lock";
