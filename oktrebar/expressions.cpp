@@ -85,6 +85,12 @@ std::vector<std::size_t> namedBy(ParameterExpression const *expression)
     return found;
 }
 
+/// Those whose values it takes.
+std::vector<std::size_t> takenBy(ParameterExpression const *expression)
+{
+    return expression != nullptr && expression->fault.empty() ? namedBy(expression) : std::vector<std::size_t>();
+}
+
 } // namespace
 
 std::string expressionNameOf(std::string const &displayName)
@@ -122,6 +128,9 @@ TemplateExpressions::TemplateExpressions(StoredTemplate const &pool) : m_pool(po
         }
         catch (FormulaError const &error)
         {
+            for (std::string const &word : wordsIn(parameter.expression)) // it depends on what it names all the same
+                if (ExpressionName name = led(parameter, word, byName); name.parameter)
+                    expression.names.push_back(std::move(name));
             expression.fault = error.what();
             expression.faultAt = error.position();
         }
@@ -227,7 +236,7 @@ LengthUnit const *TemplateExpressions::decidedUnit() const
 
 std::vector<std::size_t> TemplateExpressions::cycle() const
 {
-    Order order([this](std::size_t node) { return namedBy(of(node)); });
+    Order order([this](std::size_t node) { return takenBy(of(node)); });
     for (ParameterExpression const &expression : m_all)
         if (!order.visit(expression.parameter))
             break;
@@ -283,7 +292,7 @@ public:
 private:
     std::vector<std::size_t> ahead(std::size_t index) const
     {
-        return m_given.contains(index) ? std::vector<std::size_t>() : namedBy(m_expressions.of(index));
+        return m_given.contains(index) ? std::vector<std::size_t>() : takenBy(m_expressions.of(index));
     }
 
     std::set<std::size_t> dependenciesOf(std::size_t index) const

@@ -19,6 +19,19 @@ constexpr int kDeepest = 50;
 
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
+struct Function
+{
+    std::string_view name;
+    double (*of)(double value);
+};
+
+/// Those of one term, in expressions.
+constexpr Function kFunctions[] = {{"abs", [](double value) { return std::abs(value); }},
+                                   {"ceil", [](double value) { return std::ceil(value); }},
+                                   {"floor", [](double value) { return std::floor(value); }},
+                                   {"round", [](double value) { return std::round(value); }},
+                                   {"sqrt", [](double value) { return std::sqrt(value); }}};
+
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// What may stand in a name.
@@ -27,6 +40,13 @@ enum class Names
     Letters,
     Words ///< letters, also of other alphabets, digits and underscores
 };
+
+bool beginsName(char c, Names names)
+{
+    return isLetter(c) || (names == Names::Words && (c == '_' || static_cast<unsigned char>(c) >= 0x80));
+}
+
+bool isInName(char c, Names names) { return beginsName(c, names) || (names == Names::Words && isDigit(c)); }
 
 class Parser
 {
@@ -62,13 +82,6 @@ private:
         return "'" + std::string(m_text.substr(m_position, end - m_position)) + "'";
     }
 
-    bool beginsName(char c) const
-    {
-        return isLetter(c) || (m_names == Names::Words && (c == '_' || static_cast<unsigned char>(c) >= 0x80));
-    }
-
-    bool isInName(char c) const { return beginsName(c) || (m_names == Names::Words && isDigit(c)); }
-
     /// Skips blanks first.
     bool atEnd()
     {
@@ -96,7 +109,7 @@ private:
         if (atEnd())
             return false;
         char const c = m_text[m_position];
-        return beginsName(c) || isDigit(c) || c == '.' || c == '(';
+        return beginsName(c, m_names) || isDigit(c) || c == '.' || c == '(';
     }
 
     double sum()
@@ -154,7 +167,7 @@ private:
             expect(')');
             return value;
         }
-        return beginsName(m_text[m_position]) ? named() : literal();
+        return beginsName(m_text[m_position], m_names) ? named() : literal();
     }
 
     double literal()
@@ -172,13 +185,17 @@ private:
     double named()
     {
         std::size_t const start = m_position;
-        while (m_position < m_text.size() && isInName(m_text[m_position]))
+        while (m_position < m_text.size() && isInName(m_text[m_position], m_names))
             ++m_position;
         std::string_view const name = m_text.substr(start, m_position - start);
         if (name == "pi")
             return std::numbers::pi;
         if (m_names == Names::Letters ? name == "max" : (name == "max" || name == "min") && atOpening())
             return extreme(name == "max");
+        if (m_names == Names::Words && atOpening())
+            for (Function const &function : kFunctions)
+                if (function.name == name)
+                    return function.of(factor());
         std::optional<double> const value = m_valueOf(name);
         if (!value)
             throw FormulaError(start, "the formula names '" + std::string(name) + "', which is not known here");
@@ -231,6 +248,23 @@ double evaluate(std::string_view formula, Variables const &variables)
 double evaluateExpression(std::string_view expression, NameLookup const &valueOf)
 {
     return Parser(expression, Names::Words, valueOf).whole();
+}
+
+std::vector<std::string> wordsIn(std::string_view expression)
+{
+    std::vector<std::string> words;
+    for (std::size_t at = 0; at < expression.size();)
+    {
+        std::size_t end = at;
+        while (end < expression.size() && isInName(expression[end], Names::Words))
+            ++end;
+        std::string_view const word = expression.substr(at, end - at);
+        if (!word.empty() && beginsName(word.front(), Names::Words) &&
+            std::find(words.begin(), words.end(), word) == words.end())
+            words.emplace_back(word);
+        at = end + (word.empty() ? 1 : 0);
+    }
+    return words;
 }
 
 std::vector<std::string> namesIn(std::string_view expression)

@@ -41,7 +41,7 @@ double evaluate(std::string_view formula, Variables const &variables);
 
 // Expressions of parameters, "2*LegA+2*LegB+max(16*Diameter;160)", are of the same grammar, but their names are those of parameters
 // without blanks: letters, digits and underscores, the first no digit. There is "min" besides "max"; both take any number of terms,
-// with a semicolon or a comma between them.
+// with a semicolon or a comma between them. Of one term are abs, ceil, floor, round and sqrt.
 
 /// The value of a name. Nothing: it is not known.
 using NameLookup = std::function<std::optional<double>(std::string_view name)>;
@@ -49,6 +49,8 @@ using NameLookup = std::function<std::optional<double>(std::string_view name)>;
 /// Throws FormulaError as `evaluate` does.
 double evaluateExpression(std::string_view expression, NameLookup const &valueOf);
 
+/// What could be a name in a text, each once; the text need not be one that can be read.
+std::vector<std::string> wordsIn(std::string_view expression);
 /// The names that an expression has, each once, in the order of the text. Throws FormulaError where it cannot be read.
 std::vector<std::string> namesIn(std::string_view expression);
 

@@ -9,8 +9,10 @@
 
 #include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
+#include <oktformat/guids.h>
 #include <oktinspect/list.h>
 #include <oktinspect/verifier.h>
+#include <oktrebar/storedtemplate.h>
 
 #include <oktdatabase/oktdatabase.h>
 
@@ -143,19 +145,32 @@ TEST(OktDamaged, CommandsForManyFiles_EveryFile_NoCrashAndALine)
                                                    {"find", "a"},
                                                    {"verify"},
                                                    {"verify", "--json"},
+                                                   {"info", "-q"},
+                                                   {"show", "--json"},
+                                                   {"tree", "--json", "--unit", "in"},
+                                                   {"table", "Cover", "type:5", "Shape code"},
+                                                   {"table", "--csv", "Cover"},
+                                                   {"find", "--where", "Cover>1 mm or not objectclass=OKTDbPicture"},
+                                                   {"lint"},
+                                                   {"lint", "--json"},
+                                                   {"hash"},
+                                                   {"hash", "--json"},
                                                    {"report", "--force", "-o", folder.path("r.html").ToUtf8()}})
         {
             std::string const what = arguments.front() + ", kind " + std::to_string(kind);
             Codes codes;
             if (arguments.front() == "find")
                 codes = {2, false};
-            else if (arguments.front() == "verify")
+            else if (arguments.front() == "verify" || arguments.front() == "lint")
                 codes = {2, true}; // what is found goes to standard output
+            else if (arguments.front() == "table")
+                codes = {1, false}; // a name that stands twice is told
             arguments.insert(arguments.end(), files.begin(), files.end());
             ProcessResult const result = runOkt(arguments);
             expectTold(result, files, what, codes);
             // One bad file does not keep the others from being done.
-            bool const isTold = arguments.front() != "find" && arguments.front() != "report" && arguments[1] != "--json";
+            bool const isTold = arguments.front() != "find" && arguments.front() != "report" && arguments.front() != "lint" &&
+                                arguments[1] != "--json" && arguments[1] != "-q";
             for (std::string const &file : files)
                 EXPECT_TRUE(!isTold || (result.out + result.err).find(file) != std::string::npos) << what << ", " << file;
         }
@@ -189,6 +204,81 @@ TEST(OktDamagedOne, CommandsForOneFile_EveryFile_NoCrashAndALine)
             expectTold(runOkt({"diff", byName ? "--by-name" : "--json", file, other}), {file, other}, what + ", diff",
                        {2, true});
         }
+}
+
+/// okt set leaves a file as it was, or makes one of which okt verify says no more than before.
+TEST(OktDamagedOne, GetSetAndEdit_EveryFile_AsItWasOrWhole)
+{
+    ScratchFolder const folder;
+    std::string const file = folder.path("x.okt").ToUtf8();
+    std::mt19937 random(7);
+    int number = 0;
+    int changed = 0;
+    for (auto const &[path, whole] : poolFiles())
+        for (int const kind : damagesOf(number++))
+        {
+            std::string const bytes = damaged(whole, kind, random);
+            put(file, bytes);
+            std::string const what = path + ", kind " + std::to_string(kind);
+            okt::ByteSource source{std::string_view(bytes)};
+            std::string name = "Cover";
+            if (okt::StoredTemplate const pool = okt::readTemplate(source); !pool.parameters.empty())
+                name = okt::idText(pool.parameters[random() % pool.parameters.size()].id);
+            expectTold(runOkt({"get", file, name}), {file}, what + ", get");
+            ProcessResult const before = runOkt({"verify", "-q", file});
+            bool hasChanged = false;
+            for (char const *const value : {"35 mm", "3", "true", "words"})
+            {
+                ProcessResult const result = runOkt({"set", file, name + "=" + value, "-q"});
+                EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 1) << what << result.err;
+                EXPECT_EQ(result.exitCode == 0, result.err.empty()) << what << result.err;
+                if (result.exitCode == 1)
+                {
+                    EXPECT_TRUE(result.err.starts_with("okt: " + file + ":")) << what << result.err;
+                    EXPECT_TRUE(result.err.ends_with("okt: nothing is changed\n")) << what << result.err;
+                }
+                hasChanged = hasChanged || result.exitCode == 0;
+            }
+            if (!hasChanged)
+                EXPECT_EQ(contents(pathOf(file)), bytes) << what;
+            else
+            {
+                ++changed;
+                ProcessResult const after = runOkt({"verify", "-q", file});
+                EXPECT_LE(after.exitCode, before.exitCode) << what << after.out;
+            }
+        }
+    EXPECT_GT(changed, 3);
+}
+
+/// Folders of damaged files: the difference of two, a manifest, and what is held against it.
+TEST(OktDamaged, Folders_EveryFile_NoCrashAndALine)
+{
+    ScratchFolder const folder;
+    fs::create_directory(pathOf(folder.path("a")));
+    fs::create_directory(pathOf(folder.path("b")));
+    std::string const a = folder.path("a").ToUtf8();
+    std::string const b = folder.path("b").ToUtf8();
+    std::mt19937 random(8);
+    int number = 0;
+    for (auto const &[path, whole] : poolFiles())
+    {
+        std::string const name = "/" + std::to_string(number) + ".okt";
+        put(a + name, damaged(whole, number % kDamages, random));
+        put(b + name, damaged(whole, (number + 1) % kDamages, random));
+        ++number;
+    }
+    std::vector<std::string> const within = {a + "/", b + "/"};
+    for (char const *const form : {"--json", "-q", "--by-name"})
+        expectTold(runOkt({"diff", form, a, b}), within, std::string("diff ") + form, {2, true});
+    ProcessResult const manifest = runOkt({"hash", "--manifest", a});
+    expectTold(manifest, within, "manifest");
+    EXPECT_EQ(std::count(manifest.out.begin(), manifest.out.end(), '\n'), number + 1);
+    std::string const list = folder.path("list").ToUtf8();
+    put(list, manifest.out);
+    ProcessResult const same = runOkt({"verify", "--manifest", list, a});
+    EXPECT_EQ(same.out, std::to_string(number) + " files, 0 changes\n");
+    expectTold(runOkt({"verify", "--manifest", list, b}), within, "verify", {2, true});
 }
 
 /// Those that read texts.

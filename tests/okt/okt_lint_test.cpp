@@ -81,6 +81,8 @@ TEST_F(OktFolders, EveryCommand_RecursiveAndSorted)
     std::string const shown = shortened(done({"show", path("lib")}));
     EXPECT_LT(shown.find("lib/d8.okt"), shown.find("lib/d12.okt"));
     EXPECT_THAT(shown, HasSubstr("lib/old/keep/d7.okt"));
+    EXPECT_THAT(shortened(done({"info", path("lib")})), HasSubstr("\nlib/old/d6.okt: "));
+    EXPECT_THAT(shortened(done({"hash", path("lib")})), HasSubstr("  lib/old/keep/d7.okt\n"));
     EXPECT_THAT(shortened(done({"ls", path("lib"), "--name", "Cover"})), HasSubstr("lib/old/d6.okt:\n"));
     EXPECT_THAT(shortened(done({"tree", path("lib"), "--ascii"})), HasSubstr("\nlib/old/d6.okt:\n\"Closed link, 8 mm"));
     EXPECT_EQ(shortened(done({"find", "-l", "Cover", path("lib")})),
@@ -95,6 +97,9 @@ TEST_F(OktFolders, Quiet_OneTotal)
     EXPECT_EQ(done({"tree", "-q", path("lib")}), "4 files, 0 with a fault\n");
     EXPECT_EQ(done({"ls", "-q", path("lib")}), "4 files, 128 objects\n");
     EXPECT_EQ(done({"ls", "-q", path("lib"), "--class", "OKTDbPicture"}), "4 files, 4 objects\n");
+    EXPECT_EQ(done({"info", "-q", path("lib")}), "4 files, 128 objects\n");
+    EXPECT_EQ(done({"info", "-q", "--header", path("lib")}), "4 files\n");
+    EXPECT_EQ(done({"hash", "-q", path("lib")}), "4 files, 4 digests\n");
     EXPECT_EQ(done({"table", "-q", "Cover", "Width", path("lib")}), "4 templates, 4 empty fields\n");
     for (char const *const command : {"show", "tree"})
     {

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace
 {
 
@@ -51,6 +53,31 @@ TEST_F(OktTable, Csv_Rfc4180)
     EXPECT_EQ(table({"--csv-local", "Steelgrade", path("lib/link-d8.okt")}),
               "\xEF\xBB\xBF"
               "file;Steelgrade\r\nlib/link-d8.okt;\"a \"\"b\"\"; c\"\r\n");
+}
+
+TEST_F(OktTable, LineBreaksAndHalfCharacters_OneFieldAndUtf8)
+{
+    std::string const file = path("lib/link-d8.okt");
+    done({"set", file, "Steelgrade=one\r\n\"two\"", "-q"});
+    EXPECT_EQ(table({"--csv", "Steelgrade", file}), "file,Steelgrade\r\nlib/link-d8.okt,\"one\r\n\"\"two\"\"\"\r\n");
+    std::string const columns = table({"Steelgrade", file});
+    EXPECT_EQ(std::count(columns.begin(), columns.end(), '\n'), 2) << columns;
+    std::string const markdown = table({"--markdown", "Steelgrade", file});
+    EXPECT_EQ(std::count(markdown.begin(), markdown.end(), '\n'), 3) << markdown;
+    done({"set", file, "Steelgrade=a|b", "-q"});
+    EXPECT_THAT(table({"--markdown", "Steelgrade", file}), testing::HasSubstr(" | a\\|b |\n"));
+
+    std::string text = done({"export", file});
+    std::string const grade = "\"string16\": \"a|b\"";
+    ASSERT_NE(text.find(grade), std::string::npos);
+    text.replace(text.find(grade), grade.size(), R"("string16-escaped": "a\\uD800b")");
+    done({"import", put("text.json", text), "-o", file, "--force"});
+    EXPECT_EQ(table({"--csv", "Steelgrade", file}), "file,Steelgrade\r\nlib/link-d8.okt,a\xEF\xBF\xBD"
+                                                    "b\r\n");
+    EXPECT_THAT(table({"--json", "Steelgrade", file}), testing::HasSubstr("{\"Steelgrade\":\"a\xEF\xBF\xBD"
+                                                                          "b\"}"));
+    done({"set", file, "Cover=35 mm", "-q"});
+    EXPECT_EQ(done({"export", file}).find("a\\\\uD800b") != std::string::npos, true); // what is not meant stays
 }
 
 TEST_F(OktTable, JsonAndMarkdown)

@@ -38,6 +38,11 @@ TEST(OktExpression, Evaluate_NamesWithDigits_Value)
     EXPECT_EQ(valueOf("max(1,2;3)"), 3);
     EXPECT_EQ(valueOf("max(5)"), 5);
     EXPECT_EQ(valueOf("max+1"), 10); // a parameter of that name
+    EXPECT_EQ(valueOf("sqrt(HookLength1+9)"), 13);
+    EXPECT_EQ(valueOf("round(LegA/150)*150"), 450);
+    EXPECT_EQ(valueOf("ceil(2.1)+floor(2.9)+abs(HookLength1-LegA)"), 245);
+    EXPECT_THROW(valueOf("sqrt(HookLength1-LegA)"), FormulaError);
+    EXPECT_THROW(valueOf("sqrt"), FormulaError);
     EXPECT_NEAR(valueOf("pi*2"), 6.283185307179586, 1e-12);
 }
 

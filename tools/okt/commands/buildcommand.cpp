@@ -66,10 +66,7 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
 void addBuild(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "build", "Makes templates from tables of bar sizes, one per size and kind, and from bar records (BF2D).\n"
-                 "  okt build examples/data -o templates\n"
-                 "  okt build examples/data/bar-records.bf2d -o bars --force\n"
-                 "  okt --module libokt_example_module.so build examples/data -o templates");
+        "build", "Makes templates from tables of bar sizes, one per size and kind, and from bar records (BF2D).");
     command->footer("0 all made, 1 failed, or a bar record is wrong: one line on standard error for each, the good ones are "
                     "made; 2 wrong usage.");
     auto const options = std::make_shared<Options>();

@@ -141,14 +141,7 @@ void checkFiles(Options const &options)
 void addDiff(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "diff", "Compares two pool files, or two folders of them: what came, what went, and what changed in which parameter.\n"
-                "  okt diff old.okt new.okt\n"
-                "  okt diff --unit in old.okt new.okt\n"
-                "  okt diff templates.old templates\n"
-                "  okt diff --by-name link.okt clone.okt\n"
-                "  okt diff --json old.okt new.okt >changes.json\n"
-                "  okt diff <(git show HEAD:link.okt) link.okt\n"
-                "  git config diff.okt.command 'okt diff --git'");
+        "diff", "Compares two pool files, or two folders of them: what came, what went, and what changed in which parameter.");
     command->footer(
         "0 the files hold the same, 1 they differ, 2 trouble or wrong usage; with --git 0 also where they differ or a "
         "file is damaged.");

@@ -96,8 +96,7 @@ int dumpFile(Options const &options)
 void addDump(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "dump", "Prints the records of a pool file with their offsets and bytes, also those of a damaged one.\n"
-                "  okt dump templates/link-d12.okt --at 581");
+        "dump", "Prints the records of a pool file with their offsets and bytes, also those of a damaged one.");
     command->footer("0 done, 1 the file cannot be read or has a fault, or there is no such object, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "a pool file; - for standard input")->required();

@@ -162,9 +162,7 @@ private:
 void addEdit(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "edit", "Opens the text of a pool file in an editor, and saves the file when the text is left in order.\n"
-                "  okt edit templates/link-d12.okt\n"
-                "  EDITOR='nano -l' okt edit templates/link-d12.okt");
+        "edit", "Opens the text of a pool file in an editor, and saves the file when the text is left in order.");
     command->footer("0 saved, or nothing was changed; 1 not saved (the text is kept, and told where); 2 wrong usage.");
     auto const file = std::make_shared<std::string>();
     command->add_option("FILE", *file, "a pool file")->required();

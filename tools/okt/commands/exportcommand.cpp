@@ -155,11 +155,7 @@ bool exportRecord(fs::path const &path, fs::path const &output, bool replaces)
 void addExport(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "export", "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.\n"
-                  "  okt export templates/link-d12.okt -o link.json\n"
-                  "  okt export - <link.okt | okt import - -o copy.okt\n"
-                  "  okt export --format bf2d templates/bar-records-1.okt\n"
-                  "  git config diff.okt.textconv 'okt export --git'");
+        "export", "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
     CLI::Option *const git = command->add_flag(

@@ -61,12 +61,7 @@ void addFilter(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
         "filter",
-        "Is git's filter for pool files, which lie as text in the repository then: standard input to standard output.\n"
-        "  git config filter.okt.clean 'okt filter clean -- %f'\n"
-        "  git config filter.okt.smudge 'okt filter smudge -- %f'\n"
-        "  git config filter.okt.required true\n"
-        "  echo '*.okt filter=okt -text' >>.gitattributes\n"
-        "  okt filter clean <link.okt | okt filter smudge | cmp - link.okt");
+        "Is git's filter for pool files, which lie as text in the repository then: standard input to standard output.");
     command->footer("0 done, also where a file passes as it is; 1 failed, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command->add_option("DIRECTION", options->direction, "clean: pool file to text; smudge: text to pool file")

@@ -69,6 +69,13 @@ public:
     /// "3 of 48 files".
     void total() const { print(std::to_string(m_found) + " of " + plural(m_files, "file") + "\n"); }
 
+    /// A condition that no template fulfils is said; a pattern that is found nowhere is not, as of other searching programs.
+    void tellNothing() const
+    {
+        if (m_where && !m_isFound && m_isAllRead)
+            printError("no template fulfils " + excerpt(m_options.where));
+    }
+
     void look(std::string const &name)
     {
         if (m_where)
@@ -222,6 +229,8 @@ int find(Options const &options)
             finder.look(file);
         if (options.isQuiet)
             finder.total();
+        else
+            finder.tellNothing();
     }
     catch (OutputFailed const &failure)
     {
@@ -238,9 +247,7 @@ void addFind(CommandLine &line)
     CLI::App *const command = line.app.add_subcommand(
         "find",
         "Searches pool files, and folders with all below them, for names, texts, values, ids and classes, or for templates\n"
-        "that fulfil a condition.\n"
-        "  okt find 'hook*' templates --name\n"
-        "  okt find --where '\"Shape code\"=51 and Cover<30 mm' templates");
+        "that fulfil a condition.");
     command->footer("0 found; 1 nothing found; 2 wrong usage, an output that takes nothing, or "
                     "nothing found and a file that cannot be read.");
     auto const options = std::make_shared<Options>();

@@ -62,9 +62,7 @@ int get(Options const &options)
 
 void addGet(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("get", "Prints the value of one parameter of a template, with its unit.\n"
-                                                             "  okt get templates/link-d12.okt Cover\n"
-                                                             "  okt get templates/link-d12.okt type:5 --unit in");
+    CLI::App *const command = line.app.add_subcommand("get", "Prints the value of one parameter of a template, with its unit.");
     command->footer(
         "0 done, 1 there is no such parameter or several, or the file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();

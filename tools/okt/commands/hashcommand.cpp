@@ -24,6 +24,7 @@ struct Options
     bool ofBytes = false;
     bool asManifest = false;
     bool asJson = false;
+    bool isQuiet = false;
 };
 
 int printManifest(Options const &options)
@@ -46,8 +47,11 @@ int hashAll(Options const &options)
         ok = false;
         printError(fault);
     };
+    std::int64_t files = 0;
+    std::int64_t digested = 0;
     for (std::string const &file : options.files.expanded(told))
     {
+        ++files;
         try
         {
             std::string const name = inputName(utf8Path(file));
@@ -57,17 +61,23 @@ int hashAll(Options const &options)
                 PlainJson json = {{"file", name}, {"bytes", digests.bytes}, {"contents", nullptr}};
                 if (!digests.contents.empty())
                     json["contents"] = digests.contents;
-                print(lineOf(json));
+                if (!options.isQuiet)
+                    print(lineOf(json));
+                digested += digests.contents.empty() ? 0 : 1;
+                continue;
             }
-            else
-                print((options.ofBytes ? byteDigestOf(file) : contentDigestOf(file)) + "  " +
-                      printable(std::string_view(name)) + "\n");
+            std::string const digest = options.ofBytes ? byteDigestOf(file) : contentDigestOf(file);
+            ++digested;
+            if (!options.isQuiet)
+                print(digest + "  " + printable(std::string_view(name)) + "\n");
         }
         catch (Failure const &failure)
         {
             told(failure.what());
         }
     }
+    if (options.isQuiet)
+        print(plural(files, "file") + ", " + plural(digested, "digest") + "\n");
     return ok ? kDone : kFailed;
 }
 
@@ -76,11 +86,7 @@ int hashAll(Options const &options)
 void addHash(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "hash", "Prints digests of pool files: of what they hold, whatever ids their objects have, or of their bytes.\n"
-                "  okt hash link.okt clone.okt\n"
-                "  okt hash --bytes templates/*.okt | sha256sum -c\n"
-                "  okt hash --manifest templates >templates.manifest\n"
-                "  okt verify --manifest templates.manifest templates");
+        "hash", "Prints digests of pool files: of what they hold, whatever ids their objects have, or of their bytes.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);
     CLI::Option *const bytes = command->add_flag("--bytes", options->ofBytes, "of the bytes, as sha256sum has them");
@@ -89,6 +95,8 @@ void addHash(CommandLine &line)
     CLI::Option *const json = command->add_flag("--json", options->asJson, "one JSON object a line, with both digests");
     manifest->excludes(bytes);
     json->excludes(bytes)->excludes(manifest);
+    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are, and how many of them have a digest")
+        ->excludes(manifest);
     command->callback([&line, options] {
         options->files.check();
         if (options->asManifest && (options->files.files.size() != 1 || !options->files.filesFrom.empty()))

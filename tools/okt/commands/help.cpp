@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/help.h>
 
+#include <tools/okt/commands/manual.h>
+
 #include <algorithm>
 #include <map>
 #include <memory>
@@ -16,12 +18,6 @@ constexpr char kUsualExitCodes[] = "0 done, 1 failed (one line on standard error
 constexpr std::string_view kExitCode = "Exit code: ";
 
 std::map<CLI::App const *, CommandHelp> g_help;
-
-std::string withoutBlanks(std::string_view line)
-{
-    std::size_t const first = line.find_first_not_of(' ');
-    return first == std::string_view::npos ? "" : std::string(line.substr(first));
-}
 
 /// In the list of commands one line for each is enough.
 class HelpFormatter : public CLI::Formatter
@@ -60,20 +56,14 @@ void finishHelp(CLI::App &app)
     {
         command->formatter(formatter);
         CommandHelp &help = g_help[command];
-        std::istringstream lines(command->get_description());
-        for (std::string line; std::getline(lines, line);)
-        {
-            if (line.starts_with("  "))
-                help.examples.push_back(withoutBlanks(line));
-            else
-                help.summary += (help.summary.empty() ? "" : "\n") + line;
-        }
+        help.summary = command->get_description();
+        for (ManualExample const &example : manualOf(command->get_name()).commands)
+            help.examples.push_back(example.command);
         std::string const codes = command->get_footer();
         help.exitCodes = codes.empty() ? kUsualExitCodes : codes.substr(codes.starts_with(kExitCode) ? kExitCode.size() : 0);
         std::string footer = help.examples.empty() ? "" : "Examples:\n";
         for (std::string const &example : help.examples)
             footer += "  " + example + "\n";
-        command->description(help.summary);
         command->footer(footer + (footer.empty() ? "" : "\n") + std::string(kExitCode) + help.exitCodes);
     }
 }
@@ -82,6 +72,14 @@ std::string helpText(CLI::App const &app)
 {
     std::string const name = app.get_parent() == nullptr ? app.get_name() : app.get_parent()->get_name() + " " + app.get_name();
     return app.get_formatter()->make_help(&app, name, CLI::AppFormatMode::Normal);
+}
+
+std::string usageOf(CLI::App const &command)
+{
+    std::string text = "okt " + command.get_name() + " [OPTIONS]";
+    for (CLI::Option const *const operand : positionalsOf(command))
+        text += " " + operand->get_name(true) + (operand->get_expected_max() > 1 ? " ..." : "");
+    return text;
 }
 
 CommandHelp const &helpOf(CLI::App const &command) { return g_help[&command]; }

@@ -11,8 +11,8 @@ namespace okt
 
 // The help of a command is the source of the man pages and the completions too.
 //
-// The first lines of the description of a command say what it does. Each line that begins with two blanks and "okt" is an
-// example. A footer lists its exit codes if they are not the usual ones.
+// The description of a command says what it does. A footer lists its exit codes if they are not the usual ones. The examples are those
+// of its page in the manual.
 
 struct CommandHelp
 {
@@ -25,6 +25,8 @@ struct CommandHelp
 void finishHelp(CLI::App &app);
 /// The output of --help of the program or of a command. Call it after finishHelp.
 std::string helpText(CLI::App const &app);
+/// "okt set [OPTIONS] FILE|NAME=VALUE ...".
+std::string usageOf(CLI::App const &command);
 /// The parts of the help of a command. Call it after finishHelp.
 CommandHelp const &helpOf(CLI::App const &command);
 

@@ -12,9 +12,7 @@ namespace okt
 
 void addHelp(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("help", "Tells how a command is used, as its --help does.\n"
-                                                              "  okt help show\n"
-                                                              "  okt help");
+    CLI::App *const command = line.app.add_subcommand("help", "Tells how a command is used, as its --help does.");
     std::string names;
     for (CLI::App const *const other : commandsOf(line.app))
         names += (names.empty() ? "{" : ",") + other->get_name();

@@ -116,9 +116,7 @@ void importText(fs::path const &path, fs::path const &output, fs::path const &pi
 
 void addImport(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("import", "Makes a pool file of its text.\n"
-                                                                "  okt import link.json -o link.okt\n"
-                                                                "  okt import - -o - <link.json | okt show -");
+    CLI::App *const command = line.app.add_subcommand("import", "Makes a pool file of its text.");
     auto const options = std::make_shared<Options>();
     command->add_option("JSON", options->text, "a text that okt export made; - for standard input")->required();
     command->add_option("-o,--output", options->output, "the pool file; - for standard output")->required();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
+#include <tools/okt/commands/fileoperands.h>
+
 #include <oktinspect/findingtext.h>
 #include <oktinspect/info.h>
 #include <tools/okt/terminal/progress.h>
@@ -10,7 +12,6 @@
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
 #include <oktformat/text.h>
-#include <tools/okt/files/exportfiles.h>
 #include <tools/okt/terminal/console.h>
 
 #include <nlohmann/json.hpp>
@@ -30,9 +31,10 @@ using Json = nlohmann::ordered_json;
 
 struct Options
 {
-    std::vector<std::string> files;
+    FileOperands files;
     bool headerOnly = false;
     bool asJson = false;
+    bool isQuiet = false;
 };
 
 std::string numbersText(std::set<int> const &numbers)
@@ -151,10 +153,14 @@ Json jsonOf(std::string const &file, PoolInfo const &report)
 
 int infoAll(Options const &options)
 {
-    checkReadOnce(options.files);
     bool ok = true;
     bool isFirst = true;
-    for (std::string const &file : options.files)
+    std::int64_t objects = 0;
+    std::vector<std::string> const files = options.files.expanded([&ok](std::string const &fault) {
+        ok = false;
+        printError(fault);
+    });
+    for (std::string const &file : files)
     {
         try
         {
@@ -167,8 +173,10 @@ int infoAll(Options const &options)
             if (source->size() == 0)
                 throw Failure(how.name, "", "the file is empty");
             PoolInfo const report = info(*source, how);
-            print(options.asJson ? jsonOf(how.name, report).dump(-1, ' ', false, Json::error_handler_t::replace) + "\n"
-                                 : (isFirst ? "" : "\n") + textOf(how.name, report));
+            objects += report.hasObjects ? static_cast<std::int64_t>(report.objects) : 0;
+            if (!options.isQuiet)
+                print(options.asJson ? jsonOf(how.name, report).dump(-1, ' ', false, Json::error_handler_t::replace) + "\n"
+                                     : (isFirst ? "" : "\n") + textOf(how.name, report));
             for (std::string const &fault : faultLines(how.name, report))
                 printError(fault);
             ok = ok && report.faults.empty();
@@ -180,6 +188,9 @@ int infoAll(Options const &options)
             ok = false;
         }
     }
+    if (options.isQuiet)
+        print(plural(static_cast<std::int64_t>(files.size()), "file") +
+              (options.headerOnly ? "" : ", " + plural(objects, "object")) + "\n");
     return ok ? kDone : kFailed;
 }
 
@@ -188,14 +199,17 @@ int infoAll(Options const &options)
 void addInfo(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "info", "Tells what is in pool files: the header, and how many objects of which classes and how large.\n"
-                "  okt info templates/link-d12.okt");
+        "info", "Tells what is in pool files: the header, and how many objects of which classes and how large.");
     command->footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->files, "pool files; - for standard input")->required();
+    addFiles(*command, options->files);
     command->add_flag("--header", options->headerOnly, "only the header: nothing behind it is read");
     command->add_flag("--json", options->asJson, "one JSON object a line, one for each file");
-    command->callback([&line, options] { line.run = [options] { return infoAll(*options); }; });
+    command->add_flag("-q,--quiet", options->isQuiet, "only how many files and objects there are");
+    command->callback([&line, options] {
+        options->files.check();
+        line.run = [options] { return infoAll(*options); };
+    });
 }
 
 } // namespace okt

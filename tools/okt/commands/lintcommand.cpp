@@ -119,9 +119,7 @@ private:
 void addLint(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "lint", "Looks for what cannot be meant in templates: expressions, names, values, covers, hooks, pictures.\n"
-                "  okt lint templates\n"
-                "  okt lint --json templates | grep '\"severity\":\"error\"'");
+        "lint", "Looks for what cannot be meant in templates: expressions, names, values, covers, hooks, pictures.");
     command->footer("0 nothing found; 1 a finding, or a file that cannot be read or has a fault; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);

@@ -158,9 +158,7 @@ int list(Options const &options)
 
 void addLs(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("ls", "Lists the objects of pool files: offset, size, class, id, name.\n"
-                                                            "  okt ls templates/link-d12.okt --class OKTDbCategory\n"
-                                                            "  okt ls templates/link-d12.okt --name '*hook*' --json");
+    CLI::App *const command = line.app.add_subcommand("ls", "Lists the objects of pool files: offset, size, class, id, name.");
     command->footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);

@@ -52,9 +52,7 @@ int listModules()
 void addModules(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "modules", "Lists the client modules that okt finds, where, and the classes that they bring; each is loaded.\n"
-                   "  okt modules\n"
-                   "  OKT_MODULE_PATH=/opt/bars okt modules");
+        "modules", "Lists the client modules that okt finds, where, and the classes that they bring; each is loaded.");
     command->callback([&line] { line.run = listModules; });
 }
 

@@ -2,6 +2,7 @@
 #include <tools/okt/commands/pages.h>
 
 #include <tools/okt/commands/help.h>
+#include <tools/okt/commands/manual.h>
 
 #include <algorithm>
 #include <cctype>
@@ -11,26 +12,6 @@ namespace okt
 
 namespace
 {
-
-/// Escapes a text for a man page: no line is a request, and a hyphen stays a hyphen.
-std::string roff(std::string_view text)
-{
-    std::string result;
-    bool isLineStart = true;
-    for (char const c : text)
-    {
-        if (isLineStart && (c == '.' || c == '\''))
-            result += "\\&";
-        if (c == '\\')
-            result += "\\e";
-        else if (c == '-')
-            result += "\\-";
-        else
-            result += c;
-        isLineStart = c == '\n';
-    }
-    return result;
-}
 
 std::string bold(std::string_view text) { return "\\fB" + roff(text) + "\\fR"; }
 std::string italic(std::string_view text) { return "\\fI" + roff(text) + "\\fR"; }
@@ -94,10 +75,13 @@ std::string manPage(CLI::App const &app, CLI::App const &command)
                        "\n.SH SYNOPSIS\n" + bold("okt " + command.get_name()) + " [" + italic("OPTIONS") + "]";
     for (CLI::Option const *const option : positionalsOf(command))
         page += " " + italic(option->get_name(true) + (option->get_expected_max() > 1 ? " ..." : ""));
-    page += "\n.SH DESCRIPTION\n" + roff(help.summary) + "\n" + optionsSection(command) + ".SH EXAMPLES\n.nf\n";
-    for (std::string const &example : help.examples)
-        page += roff(example) + "\n";
-    page += ".fi\n" + exitSection(help.exitCodes) + ".SH SEE ALSO\n" + bold("okt") + "(1)";
+    page += "\n.SH DESCRIPTION\n" + roff(help.summary) + "\n" + optionsSection(command);
+    ManualText const manual = manualOf(command.get_name());
+    if (std::string const details = roffOfMarkdown(manual.description); !details.empty())
+        page += ".SH DETAILS\n" + details;
+    if (!manual.examples.empty())
+        page += ".SH EXAMPLES\n" + roffOfMarkdown(manual.examples);
+    page += exitSection(help.exitCodes) + ".SH SEE ALSO\n" + bold("okt") + "(1)";
     for (CLI::App const *const other : commandsOf(app))
         if (other != &command)
             page += ",\n" + bold("okt-" + other->get_name()) + "(1)";

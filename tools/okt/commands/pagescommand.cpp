@@ -3,6 +3,7 @@
 
 #include <tools/okt/commands/complete.h>
 #include <tools/okt/commands/help.h>
+#include <tools/okt/commands/manual.h>
 #include <tools/okt/commands/pages.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/files/files.h>
@@ -39,14 +40,25 @@ void writePages(CLI::App const &app, fs::path const &folder)
     writeFile(folder / "fish" / "vendor_completions.d" / "okt.fish", completionScript("fish"));
 }
 
+/// Writes what okt says of its commands into the pages of the manual that lie in a folder.
+void renewManual(CLI::App const &app, fs::path const &folder)
+{
+    for (CLI::App const *const command : commandsOf(app))
+    {
+        fs::path const path = folder / (command->get_name() + ".md");
+        CByteArray const bytes = readBytes(path);
+        std::string const text(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+        if (std::string const renewed = renewedPage(*command, pathName(path), text); renewed != text)
+            writeFile(path, renewed);
+    }
+}
+
 } // namespace
 
 void addCompletion(CommandLine &line)
 {
     CLI::App *const command =
-        line.app.add_subcommand("completion", "Writes the script with which a shell completes command lines of okt.\n"
-                                              "  source <(okt completion bash)\n"
-                                              "  okt completion fish >~/.config/fish/completions/okt.fish");
+        line.app.add_subcommand("completion", "Writes the script with which a shell completes command lines of okt.");
     auto const shell = std::make_shared<std::string>();
     command->add_option("SHELL", *shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
     command->callback([&line, shell] {
@@ -60,16 +72,23 @@ void addCompletion(CommandLine &line)
 void addPages(CommandLine &line)
 {
     CLI::App *const command =
-        line.app.add_subcommand("pages", "Writes man pages and completions into a folder, for the installation.\n"
-                                         "  okt pages -o share");
-    command->group(""); // hidden: only the build uses it
+        line.app.add_subcommand("pages", "Writes man pages and completions into a folder, for the installation.");
+    command->group(""); // hidden: only the build uses it, and whoever changes a command
     auto const folder = std::make_shared<std::string>();
-    command->add_option("-o,--output", *folder, "the folder, which stands for share/ of an installation")
-        ->required()
-        ->type_name("DIR");
-    command->callback([&line, folder] {
-        line.run = [&line, folder] {
-            writePages(line.app, utf8Path(*folder));
+    auto const manual = std::make_shared<std::string>();
+    CLI::Option *const output =
+        command->add_option("-o,--output", *folder, "the folder, which stands for share/ of an installation")->type_name("DIR");
+    command->add_option("--manual", *manual, "a folder with the pages of the manual, in which what okt says is renewed")
+        ->type_name("DIR")
+        ->excludes(output);
+    command->callback([&line, folder, manual] {
+        if (folder->empty() && manual->empty())
+            throw CLI::RequiredError("--output");
+        line.run = [&line, folder, manual] {
+            if (manual->empty())
+                writePages(line.app, utf8Path(*folder));
+            else
+                renewManual(line.app, utf8Path(*manual));
             return kDone;
         };
     });

@@ -166,9 +166,7 @@ bool picture(fs::path const &path, int index, fs::path const &output, bool repla
 void addPicture(CommandLine &line)
 {
     CLI::App *const command =
-        line.app.add_subcommand("picture", "Writes a picture of a pool file to a file, as it was stored.\n"
-                                           "  okt picture templates/link-d12.okt -o link.png\n"
-                                           "  okt picture templates/link-d12.okt -o - | display -");
+        line.app.add_subcommand("picture", "Writes a picture of a pool file to a file, as it was stored.");
     auto const options = std::make_shared<Options>();
     command->add_option("FILE", options->pool, "a pool file; - for standard input")->required();
     command->add_option("--index", options->number, "which picture of the pool, counted from 0; 0 without this option")

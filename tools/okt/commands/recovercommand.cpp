@@ -205,8 +205,7 @@ int recoverFile(fs::path const &path, fs::path const &output, bool replaces)
 void addRecover(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand("recover", "Makes a pool file of all objects of a damaged one that are "
-                                                                 "still whole, and tells what is lost, missing and doubtful.\n"
-                                                                 "  okt recover damaged.okt -o good.okt");
+                                                                 "still whole, and tells what is lost, missing and doubtful.");
     command->footer(
         "0 a file was written, and nothing is known to be lost, missing or doubtful; 1 a file was written, and something "
         "is, or nothing could be rescued or written; 2 wrong usage.");

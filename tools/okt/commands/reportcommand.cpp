@@ -98,8 +98,7 @@ int report(Options const &options)
 void addReport(CommandLine &line)
 {
     CLI::App *const command =
-        line.app.add_subcommand("report", "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.\n"
-                                          "  okt report templates -o report.html");
+        line.app.add_subcommand("report", "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);
     command->add_option("-o,--output", options->output, "the file for the page; - for standard output")->required();

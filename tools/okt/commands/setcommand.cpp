@@ -366,10 +366,7 @@ void divide(Options &options)
 void addSet(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "set", "Sets parameters of templates, calculates again what follows from them, and leaves all else as it is.\n"
-               "  okt set templates 'Cover=35 mm'\n"
-               "  okt set templates --where 'Diameter>=16 mm and \"Shape code\"=51' 'Cover=40 mm' --dry-run\n"
-               "  okt set link.okt Steelgrade=B500C 'type:26=50 mm' --backup");
+        "set", "Sets parameters of templates, calculates again what follows from them, and leaves all else as it is.");
     command->footer("0 done; 1 nothing is meant, something was refused and nothing written, or not all files could be written; "
                     "2 wrong usage.");
     auto const options = std::make_shared<Options>();

@@ -123,10 +123,7 @@ int show(Options const &options)
 void addShow(CommandLine &line)
 {
     CLI::App *const command =
-        line.app.add_subcommand("show", "Prints pool files: header, categories, parameters, relations, sizes.\n"
-                                        "  okt show templates/link-no4.okt --unit in\n"
-                                        "  okt show --index templates/*.okt\n"
-                                        "  okt import link.json -o - | okt show -");
+        line.app.add_subcommand("show", "Prints pool files: header, categories, parameters, relations, sizes.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")

@@ -114,11 +114,7 @@ int table(Options const &options)
 void addTable(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "table", "Prints parameters of many templates as a table: one row a template, one column a parameter.\n"
-                 "  okt table Diameter Cover 'Cutting length' templates\n"
-                 "  okt table --csv type:5 Cover templates/*.okt >covers.csv\n"
-                 "  okt table --csv=local Cover templates\n"
-                 "  okt table -n Cover -n Steelgrade -- old/link.okt new/link.okt");
+        "table", "Prints parameters of many templates as a table: one row a template, one column a parameter.");
     auto const options = std::make_shared<Options>();
     command->add_option("NAME|FILE", options->operands,
                         "names of parameters, or type:N; pool files and folders: what is there, has a / in it or ends in .okt");

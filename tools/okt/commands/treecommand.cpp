@@ -207,8 +207,7 @@ int tree(Options const &options)
 void addTree(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
-        "tree", "Prints pool files as trees: groups, their categories, parameters and what these use; relations, pictures.\n"
-                "  okt tree templates/link-d12.okt");
+        "tree", "Prints pool files as trees: groups, their categories, parameters and what these use; relations, pictures.");
     command->footer("0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);

@@ -158,10 +158,7 @@ void addVerify(CommandLine &line)
 {
     CLI::App *const command = line.app.add_subcommand(
         "verify",
-        "Checks pool files: structure, ids and what names them, lists, places, values, images. One line for each finding.\n"
-        "  okt verify templates\n"
-        "  okt verify -q templates/*.okt\n"
-        "  okt verify --manifest templates.manifest templates");
+        "Checks pool files: structure, ids and what names them, lists, places, values, images. One line for each finding.");
     command->footer("0 no error, with or without warnings and infos; 1 an error, or a file that cannot be read, or with "
                     "--manifest a change; 2 "
                     "wrong usage.");
