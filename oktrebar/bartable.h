@@ -35,7 +35,7 @@ struct BarSize
 };
 
 /// A table of bar sizes, such as examples/data/bars-en10080.csv. Metric tables are known by the column "diameter_mm", inch tables by
-/// "diameter_in"; docs/okt.md describes the accepted forms of text.
+/// "diameter_in"; docs/manual/build.md describes the accepted forms of text.
 struct BarTable
 {
     std::string file;

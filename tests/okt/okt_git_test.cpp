@@ -50,7 +50,7 @@ protected:
     /// The lines of the documentation that have these words, as they stand there.
     static std::string documented(std::string const &words)
     {
-        std::istringstream text(contents(OKT_EXAMPLES_DIR "/../docs/okt.md"));
+        std::istringstream text(contents(OKT_EXAMPLES_DIR "/../docs/manual/diff.md"));
         std::string lines;
         for (std::string line; std::getline(text, line);)
             if (line.find(words) != std::string::npos && (line.starts_with("git config ") || line.starts_with("*.okt ")))

@@ -111,6 +111,19 @@ TEST_F(OktSetRules, PictureOfSomebodyElse_KeptAndNamedOutOfDate)
     EXPECT_THAT(done({"set", file, "Cover=35 mm", "--json"}), HasSubstr("\"picture\":\"same\"")) << "it does not show";
 }
 
+/// What --backup leaves is no template of the folder: it stays when the next rule is set.
+TEST_F(OktSetRules, BackupInAFolder_NotMeantWithIt)
+{
+    std::string const file = take("link-d12.okt");
+    std::string const old = contents(pathOf(file));
+    done({"set", path("lib"), "Cover=35 mm", "--backup"});
+    EXPECT_EQ(done({"set", path("lib"), "Cover=40 mm", "-q"}), "1 template: 1 changed\n");
+    EXPECT_EQ(contents(pathOf(file + ".bak")), old);
+    EXPECT_EQ(done({"find", "--where", "Cover=30 mm", file + ".bak"}), file + ".bak\n") << "named itself it is taken";
+    fs::copy_file(pathOf(file), pathOf(path("lib/.link-d8.okt.saving.part")));
+    EXPECT_EQ(done({"table", "-q", "Cover", path("lib")}), "1 template, 0 empty fields\n");
+}
+
 /// Forty files of which some cannot be written: each is old or new, and which is told.
 TEST_F(OktSetRules, FortyFiles_EachOldOrNewAndTold)
 {

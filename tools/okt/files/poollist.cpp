@@ -25,6 +25,12 @@ namespace fs = std::filesystem;
 
 constexpr char kIgnoreFile[] = ".oktignore";
 
+/// Backups, and what stands beside a file while it is saved, hold a pool too, and nobody means them with their folder.
+bool isLeftBeside(std::string const &name)
+{
+    return name.ends_with(".bak") || (name.starts_with('.') && name.find(".saving.") != std::string::npos);
+}
+
 class FolderSearch
 {
 public:
@@ -58,7 +64,8 @@ private:
                 continue;
             if (isFolder && !entry.is_symlink(ignored)) // a link may lead back
                 search(entry.path(), name + "/");
-            else if (entry.is_regular_file(ignored) && isPoolFile(entry.path()))
+            else if (entry.is_regular_file(ignored) && !isLeftBeside(pathName(entry.path().filename())) &&
+                     isPoolFile(entry.path()))
                 m_files.push_back(pathName(entry.path()));
         }
     }
