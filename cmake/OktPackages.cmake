@@ -42,6 +42,7 @@ endfunction()
 
 if(CMAKE_CROSSCOMPILING)
     okt_header_package(nlohmann_json nlohmann_json::nlohmann_json nlohmann/json.hpp)
+    okt_header_package(fmt fmt::fmt fmt/core.h)
     if(OKT_TOOLS)
         okt_header_package(CLI11 CLI11::CLI11 CLI/CLI.hpp)
     endif()

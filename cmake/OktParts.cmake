@@ -14,6 +14,41 @@ function(okt_find_package variable name debian)
     set(${variable} "${missing}" PARENT_SCOPE)
 endfunction()
 
+# okt_find_fmt(VARIABLE): the same for fmt. The target okt_fmt brings its headers alone: one source compiles what is in them
+# (oktformat/sentence.cpp), and its library is not linked.
+function(okt_find_fmt variable)
+    okt_find_package(missing fmt libfmt-dev)
+    if(TARGET fmt::fmt)
+        add_library(okt_fmt INTERFACE)
+        target_include_directories(okt_fmt SYSTEM INTERFACE $<TARGET_PROPERTY:fmt::fmt,INTERFACE_INCLUDE_DIRECTORIES>)
+    endif()
+    set(${variable} "${missing}" PARENT_SCOPE)
+endfunction()
+
+# okt_find_gcrypt(VARIABLE): the same for libgcrypt, as the target okt_gcrypt. It has no CMake package. For Windows it is linked whole,
+# so that no further DLL has to lie beside the program.
+function(okt_find_gcrypt variable)
+    find_path(OKT_GCRYPT_INCLUDE_DIR gcrypt.h)
+    find_path(OKT_GPG_ERROR_INCLUDE_DIR gpg-error.h) # which that includes, from a folder of the architecture's own
+    if(WIN32)
+        find_library(OKT_GCRYPT_LIBRARY NAMES libgcrypt.a gcrypt)
+        find_library(OKT_GPG_ERROR_LIBRARY NAMES libgpg-error.a gpg-error)
+        set(libraries ${OKT_GCRYPT_LIBRARY} ${OKT_GPG_ERROR_LIBRARY} ws2_32)
+        set(missing "libgcrypt-mingw-w64-dev")
+    else()
+        find_library(OKT_GCRYPT_LIBRARY gcrypt)
+        set(libraries ${OKT_GCRYPT_LIBRARY})
+        set(missing "libgcrypt20-dev")
+    endif()
+    if(OKT_GCRYPT_INCLUDE_DIR AND OKT_GPG_ERROR_INCLUDE_DIR AND OKT_GCRYPT_LIBRARY)
+        set(missing "")
+        add_library(okt_gcrypt INTERFACE)
+        target_include_directories(okt_gcrypt SYSTEM INTERFACE ${OKT_GCRYPT_INCLUDE_DIR} ${OKT_GPG_ERROR_INCLUDE_DIR})
+        target_link_libraries(okt_gcrypt INTERFACE ${libraries})
+    endif()
+    set(${variable} "${missing}" PARENT_SCOPE)
+endfunction()
+
 # okt_find_tool(VARIABLE PROGRAM DEBIAN): VARIABLE is the program, to be checked by okt_part.
 function(okt_find_tool variable program debian)
     find_program(${variable} ${program} NO_CMAKE_FIND_ROOT_PATH)

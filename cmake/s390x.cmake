@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # s390x, a big-endian machine, by Debian's cross compiler (package g++-s390x-linux-gnu). What is built runs under QEMU (package
-# qemu-user-static): `ctest` starts it so. libxml2 for that machine is fetched into the build folder.
+# qemu-user-static): `ctest` starts it so. libxml2 and libgcrypt for that machine are fetched into the build folder.
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR s390x)
@@ -11,7 +11,9 @@ set(CMAKE_C_COMPILER ${okt_triple}-gcc)
 set(CMAKE_LIBRARY_ARCHITECTURE ${okt_triple})
 
 cmake_path(SET okt_sysroot NORMALIZE ${CMAKE_CURRENT_LIST_DIR}/../build/sysroot/s390x)
-if(NOT EXISTS ${okt_sysroot}/usr)
+file(GLOB okt_sysroot_digest ${okt_sysroot}/usr/lib/${okt_triple}/libgcrypt.so) # what came last to that list of packages
+if(NOT okt_sysroot_digest)
+    file(REMOVE_RECURSE ${okt_sysroot})
     execute_process(COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/../scripts/sysroot s390x ${okt_sysroot} COMMAND_ERROR_IS_FATAL ANY)
 endif()
 

@@ -7,7 +7,6 @@
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
 #include <oktformat/poolheader.h>
-#include <oktformat/sha256.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -28,8 +27,6 @@ constexpr char kSelf = 's';
 constexpr char kNone = 'n';
 constexpr char kMissing = 'm';
 
-std::string digestOf(std::string const &bytes) { return sha256Hex(bytes.data(), bytes.size()); }
-
 std::string keyOf(_GUID const &id) { return {reinterpret_cast<char const *>(&id), sizeof id}; }
 
 /// An object without its ids, and those that it names, in the order of its records.
@@ -43,8 +40,8 @@ struct Counted
 class Digest
 {
 public:
-    Digest(ByteSource &source, std::string const &name, OnProgress const &onProgress)
-        : m_source(source), m_name(name), m_onProgress(onProgress)
+    Digest(ByteSource &source, std::string const &name, Digester const &digestOf, OnProgress const &onProgress)
+        : m_source(source), m_name(name), m_digestOf(digestOf), m_onProgress(onProgress)
     {
     }
 
@@ -64,7 +61,7 @@ public:
         std::string all = kMark + headerText(header);
         for (std::string const &label : labels)
             all += label;
-        return digestOf(all);
+        return m_digestOf(all);
     }
 
 private:
@@ -86,7 +83,7 @@ private:
             counted.names.push_back(keyOf(value.id));
         }
         bytes += m_source.copy(at, object.end - at);
-        counted.label = digestOf(bytes);
+        counted.label = m_digestOf(bytes);
         return counted;
     }
 
@@ -119,7 +116,7 @@ private:
                 std::string text = object.label;
                 for (std::string const &id : object.names)
                     text += ' ' + labelOf(id, &object);
-                labels.push_back(digestOf(text));
+                labels.push_back(m_digestOf(text));
             }
             for (std::size_t i = 0; i < m_objects.size(); ++i)
                 m_objects[i].label = std::move(labels[i]);
@@ -149,6 +146,7 @@ private:
 
     ByteSource &m_source;
     std::string const &m_name;
+    Digester const &m_digestOf;
     OnProgress const &m_onProgress;
     std::vector<Counted> m_objects;
     std::unordered_map<std::string, std::size_t> m_byId;
@@ -156,15 +154,9 @@ private:
 
 } // namespace
 
-std::string byteDigest(ByteSource &source)
+std::string contentDigest(ByteSource &source, std::string const &name, Digester const &digestOf, OnProgress const &onProgress)
 {
-    std::string const bytes = source.copy(0, source.size());
-    return digestOf(bytes);
-}
-
-std::string contentDigest(ByteSource &source, std::string const &name, OnProgress const &onProgress)
-{
-    return Digest(source, name, onProgress).run();
+    return Digest(source, name, digestOf, onProgress).run();
 }
 
 } // namespace okt

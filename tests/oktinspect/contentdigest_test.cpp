@@ -3,6 +3,7 @@
 #include <oktinspect/manifest.h>
 
 #include "support/files.h"
+#include "support/sha256.h"
 
 #include <oktdatabase/oktdatabase.h>
 #include <oktformat/failure.h>
@@ -21,7 +22,7 @@ namespace
 std::string digest(std::string const &bytes)
 {
     ByteSource source{std::string_view(bytes)};
-    return contentDigest(source, "a.okt");
+    return contentDigest(source, "a.okt", [](std::string_view text) { return sha256Hex(text.data(), text.size()); });
 }
 
 std::string text(CByteArray const &bytes)

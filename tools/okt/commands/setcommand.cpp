@@ -4,6 +4,7 @@
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/tableoperands.h>
 #include <tools/okt/commands/wherecondition.h>
+#include <tools/okt/files/digests.h>
 #include <tools/okt/files/editlock.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/printing/difftext.h>
@@ -13,8 +14,8 @@
 
 #include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
-#include <oktinspect/contentdigest.h>
 #include <oktinspect/pooldiff.h>
 #include <oktinspect/reportcollector.h>
 #include <oktrebar/condition.h>
@@ -91,7 +92,7 @@ struct Task
 std::string digestOf(std::string const &bytes)
 {
     ByteSource source{std::string_view(bytes)};
-    return byteDigest(source);
+    return byteDigestOf(source);
 }
 
 std::string bytesOf(fs::path const &path)
@@ -135,7 +136,7 @@ public:
         }
         if (m_plans.empty())
         {
-            printError(m_where ? "no template fulfils " + excerpt(m_options.where) + ": nothing is changed"
+            printError(m_where ? sentence("no template fulfils {}: nothing is changed", excerpt(m_options.where))
                                : "there is no template: nothing is changed");
             return kFailed;
         }
@@ -209,8 +210,7 @@ private:
                 throw Failure(task.file, "", "there is no parameter " + name);
             if (found.size() > 1)
                 throw Failure(task.file, "",
-                              name + " stands there " + std::to_string(found.size()) +
-                                  " times; an id tells which one is meant");
+                              sentence("{} stands there {} times; an id tells which one is meant", name, found.size()));
             try
             {
                 StoredParameter const &parameter = task.pool.parameters[found.front()];
@@ -219,7 +219,7 @@ private:
             }
             catch (ValueError const &error)
             {
-                throw Failure(task.file, "", name + ": " + error.what());
+                throw Failure(task.file, "", sentence("{}: {}", name, error.what()));
             }
         }
         return given;
@@ -325,12 +325,11 @@ private:
     {
         if (m_options.asJson)
             return;
-        std::string text =
-            plural(static_cast<std::int64_t>(m_plans.size()), "template") + ": " + std::to_string(changed) + " " + word;
+        std::string text = sentence("{}: {} {}", plural(static_cast<std::int64_t>(m_plans.size()), "template"), changed, word);
         if (std::size_t const same = m_plans.size() - changed - failed; same > 0)
-            text += ", " + std::to_string(same) + " so already";
+            text += sentence(", {} so already", same);
         if (failed > 0)
-            text += ", " + std::to_string(failed) + " not changed";
+            text += sentence(", {} not changed", failed);
         print(text + "\n");
     }
 

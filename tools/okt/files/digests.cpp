@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/files/digests.h>
 
+#include <tools/okt/files/sha256.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <oktformat/bytesource.h>
@@ -13,22 +14,24 @@
 namespace okt
 {
 
-std::string byteDigestOf(std::string const &file) { return byteDigest(*openSource(utf8Path(file), terminalProgress())); }
+std::string byteDigestOf(std::string const &file) { return byteDigestOf(*openSource(utf8Path(file), terminalProgress())); }
+
+std::string byteDigestOf(ByteSource &source) { return sha256Hex(source.copy(0, source.size())); }
 
 std::string contentDigestOf(std::string const &file)
 {
     std::filesystem::path const path = utf8Path(file);
-    return contentDigest(*openSource(path, terminalProgress()), inputName(path), terminalProgress());
+    return contentDigest(*openSource(path, terminalProgress()), inputName(path), sha256Hex, terminalProgress());
 }
 
 FileDigests digestsOf(std::string const &file, OnFault const &onFault)
 {
     std::filesystem::path const path = utf8Path(file);
     std::unique_ptr<ByteSource> const source = openSource(path, terminalProgress());
-    FileDigests digests{byteDigest(*source), ""};
+    FileDigests digests{byteDigestOf(*source), ""};
     try
     {
-        digests.contents = contentDigest(*source, inputName(path), terminalProgress());
+        digests.contents = contentDigest(*source, inputName(path), sha256Hex, terminalProgress());
     }
     catch (Failure const &failure)
     {

@@ -3,6 +3,7 @@
 
 #include <tools/okt/files/poollist.h>
 
+#include <oktformat/bytesource.h>
 #include <oktinspect/manifest.h>
 
 #include <string>
@@ -10,8 +11,9 @@
 namespace okt
 {
 
-/// All throw Failure where a file cannot be read, the second one also where it is damaged.
+/// All throw Failure where a file cannot be read, that of the contents also where it is damaged.
 std::string byteDigestOf(std::string const &file);
+std::string byteDigestOf(ByteSource &source);
 std::string contentDigestOf(std::string const &file);
 /// Both. What is wrong with a damaged file is told to `onFault`.
 FileDigests digestsOf(std::string const &file, OnFault const &onFault);
