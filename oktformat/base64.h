@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// A base64 decoder that reports errors. The library's own decoder (okttools.h) skips characters that are not base64. Not installed.
+// Base64 with its faults told. Own code, because the pool's quick coder (okttools.h) skips foreign characters by rule, and others tell no place. Not installed.
 
 #include <array>
 #include <cstddef>

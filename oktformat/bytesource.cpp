@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/text.h>
 
 #include <algorithm>
 
@@ -46,7 +47,7 @@ protected:
             m_file.Seek(begin, CFile::begin);
             UINT const read = wanted == 0 ? 0 : m_file.Read(m_buffer.data(), static_cast<UINT>(wanted));
             if (read != wanted)
-                throw Failure(m_name, "byte " + std::to_string(begin + read), "the file became shorter while it was read");
+                throw Failure(m_name, byteAt(begin + read), "the file became shorter while it was read");
         }
         catch (CFileException const &exception)
         {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// The escapes that messages, outputs and the text form share. Not installed.
+// The escapes that messages, outputs and the text form share. Own code, because JSON's escapes leave marks of direction as they are. Not installed.
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktformat/failure.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 namespace okt
@@ -11,13 +12,14 @@ namespace
 
 std::string composed(std::string const &file, std::string const &place, std::string const &reason)
 {
-    return (file.empty() ? "\"\"" : printable(file)) + (place.empty() ? "" : ":") + place + ": " + reason;
+    return sentence("{}{}{}: {}", file.empty() ? "\"\"" : printable(file), place.empty() ? "" : ":", place, reason);
 }
 
 } // namespace
 
 Failure::Failure(std::string const &file, std::string const &place, std::string const &reason)
-    : std::runtime_error(composed(file, place, reason)), m_withoutFile(place.empty() ? reason : place + ": " + reason)
+    : std::runtime_error(composed(file, place, reason)),
+      m_withoutFile(place.empty() ? reason : sentence("{}: {}", place, reason))
 {
 }
 

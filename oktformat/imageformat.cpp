@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <oktformat/imageformat.h>
 
+#include <oktformat/sentence.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -100,7 +102,7 @@ std::string ImageFormat::text() const
         return "no known format";
     if (width == 0)
         return name;
-    return name + ", " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    return sentence("{}, {} x {} pixels", name, width, height);
 }
 
 ImageFormat formatOf(CByteArray const &image)

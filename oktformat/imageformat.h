@@ -8,7 +8,7 @@
 namespace okt
 {
 
-/// What the first bytes of an image say about it.
+/// What the first bytes of an image say about it (own code: a decoder for each format would be needed for some twenty lines).
 struct ImageFormat
 {
     std::string name; ///< "PNG", "JPEG", ...; empty: not recognised

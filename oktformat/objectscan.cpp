@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktformat/objectscan.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <oktdatabase/okttools.h>
@@ -39,12 +40,12 @@ bool Stretch::isOf(KnownClass known) const
 
 std::string Stretch::fault() const
 {
-    std::string const object = withArticle(className()) + " that begins at " + byteAt(begin);
+    std::string const object = sentence("{} that begins at {}", withArticle(className()), byteAt(begin));
     switch (kind)
     {
     case Kind::Cut: return "the file ends inside " + object;
     case Kind::Damaged: return "damaged inside " + object;
-    case Kind::Gap: return plural(size(), "byte") + " that " + belong(size()) + " to no object";
+    case Kind::Gap: return sentence("{} that {} to no object", plural(size(), "byte"), belong(size()));
     case Kind::Object: break;
     }
     return {};

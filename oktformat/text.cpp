@@ -2,6 +2,7 @@
 #include <oktformat/text.h>
 
 #include <oktformat/escape.h>
+#include <oktformat/sentence.h>
 #include <oktformat/utf8.h>
 
 #include <array>
@@ -60,9 +61,9 @@ std::string printable(CString const &text) { return printableUnits(text, false);
 
 std::string printable(std::string_view utf8) { return printableBytes(utf8, false, std::string_view::npos); }
 
-std::string quoted(CString const &text) { return "\"" + printableUnits(text, true) + "\""; }
+std::string quoted(CString const &text) { return sentence("\"{}\"", printableUnits(text, true)); }
 
-std::string excerpt(std::string_view utf8) { return "\"" + printableBytes(utf8, true, 40) + "\""; }
+std::string excerpt(std::string_view utf8) { return sentence("\"{}\"", printableBytes(utf8, true, 40)); }
 
 std::size_t notUtf8At(std::string_view text)
 {
@@ -78,7 +79,7 @@ std::size_t notUtf8At(std::string_view text)
 
 std::string plural(std::int64_t number, std::string_view noun)
 {
-    std::string text = std::to_string(number) + " ";
+    std::string text = sentence("{} ", number);
     if (number == 1)
         return text.append(noun);
     return noun.ends_with("ory") ? text.append(noun.substr(0, noun.size() - 1)) + "ies" : text.append(noun) + "s";
@@ -95,7 +96,7 @@ std::string withArticle(CString const &className)
     return (vowel ? "an " : "a ") + name;
 }
 
-std::string byteAt(std::int64_t position) { return "byte " + std::to_string(position); }
+std::string byteAt(std::int64_t position) { return sentence("byte {}", position); }
 
 std::size_t width(std::string_view utf8)
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Characters of texts in UTF-8 and UTF-16, one at a time. Whole texts are CString's matter. Not installed.
+// Characters of UTF-8 and UTF-16, one at a time. Own code, because the language has no decoder that goes on behind a fault. Whole texts are CString's matter. Not installed.
 
 #include <cstddef>
 #include <string>

@@ -2,6 +2,7 @@
 #include <okttext/damagedpool.h>
 
 #include <oktformat/objectscan.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -120,7 +121,7 @@ bool isText(Bytes bytes) { return bytes.find('\0') == Bytes::npos && CString::Fr
 
 } // namespace
 
-std::string PoolFault::text() const { return byteAt(byte) + ": " + reason; }
+std::string PoolFault::text() const { return sentence("{}: {}", byteAt(byte), reason); }
 
 bool DamagedPool::isNothing() const
 {
@@ -141,7 +142,7 @@ void writeDamagedText(Bytes bytes, OKTTextFault const &fault, OKTTextSink const 
     constexpr std::size_t kLine = 57; // 76 characters of base64
     DamagedPool pool = takeApartDamaged(bytes, fault);
     for (PoolFault const &found : pool.faults)
-        sink("! " + printable(std::string_view(found.text())) + "\n");
+        sink(sentence("! {}\n", printable(std::string_view(found.text()))));
     if (pool.isNothing() && isText(bytes))
     {
         sink(bytes);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <okttext/oktpoolparts.h>
 
+#include <oktformat/sentence.h>
 #include <okttext/oktnotation.h>
 #include <okttext/okttextfiler.h>
 
@@ -133,9 +134,9 @@ PoolParts takeApart(Bytes bytes)
         throw OKTTextFault{"this is no pool file: no header stands here", static_cast<long>(kLengthRecord)};
     image.header = parseRecord(bytes, kLengthRecord);
     if (!isSameClass(image.header.payload, kHeaderClass))
-        throw OKTTextFault{"this is no pool file: the header is a frame of the class \"" + readable(image.header.payload) +
-                               "\"",
-                           static_cast<long>(kLengthRecord)};
+        throw OKTTextFault{
+            okt::sentence("this is no pool file: the header is a frame of the class \"{}\"", readable(image.header.payload)),
+            static_cast<long>(kLengthRecord)};
     image.objects = findObjects(bytes, image.header.end);
     auto const blockBegin = static_cast<std::uint32_t>(kLengthRecord) + static_cast<std::uint32_t>(image.headerSize);
     for (PoolPiece const &stretch : image.objects)

@@ -3,6 +3,7 @@
 
 #include <oktformat/base64.h>
 #include <oktformat/recordwalk.h>
+#include <oktformat/sentence.h>
 #include <okttext/oktnotation.h>
 
 #include <bit>
@@ -54,7 +55,7 @@ private:
         if (!isCut && m_walk.position() == m_walk.record().begin && m_bytes[position] == static_cast<char>(RecordType::Bytes))
             ++at;
         std::string const what = isCut ? "the file ends inside " : "damaged inside ";
-        throw OKTTextFault{what + place() + " that begins at byte " + std::to_string(m_begin), static_cast<long>(at)};
+        throw OKTTextFault{okt::sentence("{}{} that begins at byte {}", what, place(), m_begin), static_cast<long>(at)};
     }
 
     std::string place() const

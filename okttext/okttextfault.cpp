@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <okttext/okttextfault.h>
 
+#include <oktformat/sentence.h>
+#include <oktformat/text.h>
+
 std::string OKTTextFault::place() const
 {
     if (byte >= 0)
-        return "byte " + std::to_string(byte);
-    return line > 0 ? std::to_string(line) + ":" + std::to_string(column) : std::string();
+        return okt::byteAt(byte);
+    return line > 0 ? okt::sentence("{}:{}", line, column) : std::string();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <okttext/okttextpool.h>
 
+#include <oktformat/sentence.h>
 #include <okttext/oktpoolparts.h>
 #include <okttext/okttextreader.h>
 #include <okttext/okttextwriter.h>
@@ -72,7 +73,7 @@ std::string assemble(PoolText const &text)
     }
     catch (OKTTextFault const &fault)
     {
-        throw OKTTextFault{"the text gives no pool file, at byte " + std::to_string(fault.byte) + " of which: " + fault.reason};
+        throw OKTTextFault{okt::sentence("the text gives no pool file, at byte {} of which: {}", fault.byte, fault.reason)};
     }
     return bytes;
 }

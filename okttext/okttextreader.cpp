@@ -2,6 +2,7 @@
 #include <okttext/okttextreader.h>
 
 #include <oktformat/base64.h>
+#include <oktformat/sentence.h>
 #include <okttext/oktnotation.h>
 #include <okttext/oktrecords.h>
 
@@ -220,7 +221,7 @@ public:
         if (!isDocument && !isHeader && m_list != List::Records)
             fail("no object belongs here");
         if (m_open.size() > kDeepest + 1)
-            fail("frames and sections stand deeper than " + std::to_string(kDeepest) + " in each other");
+            fail(okt::sentence("frames and sections stand deeper than {} in each other", kDeepest));
         m_isInHeader = m_isInHeader || isHeader;
         m_hasHeader = m_hasHeader || isHeader;
         m_open.emplace_back().place = m_source.place();
@@ -332,7 +333,7 @@ private:
     [[noreturn]] void fail(std::string reason) const
     {
         if (m_open.size() > 1)
-            failAt(m_open.back().place, m_key.empty() ? std::move(reason) : quotedKey(m_key) + ": " + reason);
+            failAt(m_open.back().place, m_key.empty() ? std::move(reason) : okt::sentence("{}: {}", quotedKey(m_key), reason));
         failHere(std::move(reason));
     }
 
@@ -401,8 +402,7 @@ private:
                                  : value.kind == Value::Kind::Number && value.number >= static_cast<double>(kLeast) &&
                                        value.number <= static_cast<double>(kMost) && std::trunc(value.number) == value.number;
         if (!isWhole)
-            failAt(open.place,
-                   quotedKey(key) + " is no whole number from " + std::to_string(kLeast) + " to " + std::to_string(kMost));
+            failAt(open.place, okt::sentence("{} is no whole number from {} to {}", quotedKey(key), kLeast, kMost));
         return value.kind == Value::Kind::Whole ? static_cast<T>(value.whole) : static_cast<T>(value.number);
     }
 
@@ -524,7 +524,7 @@ private:
         {
             number32 = parseKind(kind.text);
             if (!number32)
-                failAt(done.place, "\"variant\": " + quotedKey(kind.text) + " is no kind that has a name");
+                failAt(done.place, okt::sentence("\"variant\": {} is no kind that has a name", quotedKey(kind.text)));
         }
         else
             number32 = number<std::int32_t>(kind, "variant", done);

@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-/// Converts records to JSON, one value a line. Not installed.
+/// Converts records to JSON, one value a line. Own writing, joined by hand: a pool of any size goes out as it is read, and the bytes are promised. Not installed.
 namespace okttext
 {
 
