@@ -6,6 +6,7 @@
 
 #include <oktformat/guids.h>
 #include <oktformat/poolheader.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktformat/valuewalk.h>
 
@@ -45,8 +46,9 @@ std::string valueText(ByteSource &source, StoredValue const &value)
     case Kind::Text16:
     case Kind::Text8: return textOf(source, value).ToUtf8();
     case Kind::Point:
-        return value.reals.size() != 3 ? ""
-                                       : number(value.reals[0]) + ", " + number(value.reals[1]) + ", " + number(value.reals[2]);
+        return value.reals.size() != 3
+                   ? ""
+                   : sentence("{}, {}, {}", number(value.reals[0]), number(value.reals[1]), number(value.reals[2]));
     default: return "";
     }
 }

@@ -2,6 +2,7 @@
 #include <oktinspect/imagecheck.h>
 
 #include <oktformat/imageformat.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -127,7 +128,7 @@ private:
             return ends(("inside its chunk " + type).c_str());
         std::size_t const data = begin + 8;
         if (crcOf(m_bytes.substr(begin + 4, 4 + length)) != high32(data + length))
-            return damaged(begin, "the check sum of its chunk " + type + " is not that of its bytes");
+            return damaged(begin, sentence("the check sum of its chunk {} is not that of its bytes", type));
         if (!isInPlace(begin, type, length))
             return false;
         if (type == "IHDR" && !head(data))
@@ -400,14 +401,14 @@ public:
         std::uint64_t const stated = low32(2);
         if (stated > m_bytes.size())
         {
-            damaged(2, "it has " + bytes(m_bytes.size()) + ", by its head " + std::to_string(stated));
+            damaged(2, sentence("it has {}, by its head {}", bytes(m_bytes.size()), stated));
             return;
         }
         if (!isPixelsInside())
             return;
         m_at = static_cast<std::size_t>(stated);
         if (stated < m_pixelsEnd)
-            damaged(2, "its head says that it has " + bytes(stated) + ", its pixels end behind " + bytes(m_pixelsEnd));
+            damaged(2, sentence("its head says that it has {}, its pixels end behind {}", bytes(stated), bytes(m_pixelsEnd)));
         else
             checkEnd();
     }

@@ -9,7 +9,7 @@
 namespace okt
 {
 
-/// Whether an image is whole, judged by its structure.
+/// Whether an image is whole, judged by its structure (own code: decoders mend what they can, and tell no offsets).
 struct ImageCheck
 {
     enum class State

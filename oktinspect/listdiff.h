@@ -8,7 +8,7 @@
 namespace okt
 {
 
-/// The differences between two lists, as list indexes.
+/// The differences between two lists, as list indexes. Own code, because the tools for lines of text tell no moves.
 struct ListDiff
 {
     std::vector<std::size_t> removed; ///< in the first list

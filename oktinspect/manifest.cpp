@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <oktinspect/manifest.h>
 
+#include <oktformat/sentence.h>
+
 #include <algorithm>
 
 namespace okt
@@ -33,7 +35,7 @@ std::string manifestText(Manifest const &manifest)
 {
     std::string text = std::string(kHeading) + "\n";
     for (auto const &[path, digests] : manifest)
-        text += digests.bytes + " " + (digests.contents.empty() ? "-" : digests.contents) + " " + path + "\n";
+        text += sentence("{} {} {}\n", digests.bytes, digests.contents.empty() ? "-" : digests.contents, path);
     return text;
 }
 

@@ -2,6 +2,7 @@
 #include <oktinspect/members.h>
 
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
@@ -18,7 +19,7 @@ constexpr char16_t kRootClass[] = u"OKTDbObject";
 
 std::string pointText(OKTGeXYZ const &point)
 {
-    return "(" + number(point.X()) + ", " + number(point.Y()) + ", " + number(point.Z()) + ")";
+    return sentence("({}, {}, {})", number(point.X()), number(point.Y()), number(point.Z()));
 }
 
 /// A filer that stores the names and values that an object writes, as text.
@@ -169,7 +170,7 @@ private:
         std::uint32_t number = 0;
         if (!m_filer.checkType(VarMembersBegin) || !m_filer.readLong(number))
             return false;
-        note("section " + std::to_string(number), "");
+        note(sentence("section {}", number), "");
         ++m_depth;
         return true;
     }

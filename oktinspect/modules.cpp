@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/standin.h>
 
@@ -109,8 +110,8 @@ std::string Modules::loadFound(std::filesystem::path const &path, ModuleOrigin o
     if (CString const *const taken = registry.takenName())
     {
         auto const owner = m_owners.find(taken->ToUtf8());
-        return "the module brings the class " + quoted(*taken) + ", which is known already, from " +
-               (owner == m_owners.end() ? "the library" : printable(std::string_view(pathName(owner->second->file))));
+        return sentence("the module brings the class {}, which is known already, from {}", quoted(*taken),
+                        owner == m_owners.end() ? "the library" : printable(std::string_view(pathName(owner->second->file))));
     }
     add(path, origin);
     registry.accept();

@@ -2,6 +2,7 @@
 #include <oktinspect/moduletext.h>
 
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 namespace okt
@@ -28,14 +29,14 @@ std::vector<std::string> moduleLines(PoolFile const &file, ModulePlace place)
         std::string classes;
         for (std::string const &name : module.classes)
             classes += (classes.empty() ? "" : ", ") + printable(std::string_view(name));
-        lines.push_back(fileText(module.file, module.origin, place) + ": " + classes);
+        lines.push_back(sentence("{}: {}", fileText(module.file, module.origin, place), classes));
     }
     return lines;
 }
 
 std::string moduleLine(Module const &module, CString const &className)
 {
-    return fileText(module.file, module.origin, ModulePlace::Path) + ": " + printable(className);
+    return sentence("{}: {}", fileText(module.file, module.origin, ModulePlace::Path), printable(className));
 }
 
 std::string helpFor(ModuleAnswer const &answer, ModulePlace place)
@@ -64,8 +65,8 @@ std::vector<std::string> missingLines(PoolFile const &file, ModulePlace place)
 {
     std::vector<std::string> lines;
     for (MissingClass const &missing : file.missing)
-        lines.push_back(printable(missing.name) + ", " + plural(missing.objects, "object") + ": " +
-                        helpFor(missing.answer, place));
+        lines.push_back(
+            sentence("{}, {}: {}", printable(missing.name), plural(missing.objects, "object"), helpFor(missing.answer, place)));
     return lines;
 }
 

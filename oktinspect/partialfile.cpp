@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 #include <oktinspect/reportcollector.h>
@@ -27,9 +28,9 @@ PartialFile::PartialFile(std::filesystem::path const &path, std::string const &n
         throw Failure(m_name, "", "the file is empty");
     if (m_size < kProbeSize)
         throw Failure(m_name, "",
-                      "a file of " + plural(static_cast<std::int64_t>(m_size), "byte") +
-                          " cannot be read in part, only one of " + std::to_string(kProbeSize) +
-                          " or more; okt show without --index and --preview reads it whole");
+                      sentence("a file of {} cannot be read in part, only one of {} or more; okt show without --index and "
+                               "--preview reads it whole",
+                               plural(static_cast<std::int64_t>(m_size), "byte"), kProbeSize));
     ReportCollector const collector;
     if (!m_pool.readFileHeader(pathText(path), m_places))
         throw Failure(m_name, "", "no header can be read: this is no pool file, or its header is damaged");
@@ -38,7 +39,7 @@ PartialFile::PartialFile(std::filesystem::path const &path, std::string const &n
 
 std::string PartialFile::faultAt(int position, std::string const &reason) const
 {
-    return Failure(m_name, position < 0 ? "" : "byte " + std::to_string(position), reason).what();
+    return Failure(m_name, position < 0 ? "" : byteAt(position), reason).what();
 }
 
 LoneObject PartialFile::read(OKTDbObjectId const &id, std::string const &what)
@@ -53,17 +54,17 @@ LoneObject PartialFile::read(OKTDbObjectId const &id, std::string const &what)
     ReportCollector const collector;
     if (lone.position < 0 || !OKTMemoryFiler::loadFiler(pathText(m_path), lone.bytes, lone.position, lone.size))
     {
-        lone.fault = faultAt(-1, "the header places " + what + " at byte " + std::to_string(lone.position) + ", " +
-                                     plural(lone.size, "byte") + " long, which is not inside the file");
+        lone.fault = faultAt(-1, sentence("the header places {} at byte {}, {} long, which is not inside the file", what,
+                                          lone.position, plural(lone.size, "byte")));
         return lone;
     }
     lone.frame = readFrame(lone.bytes, 0);
     if (lone.frame.state != Frame::State::Whole || !lone.frame.id)
-        lone.fault = faultAt(lone.position, "no whole object is here, although the header places " + what + " here");
+        lone.fault = faultAt(lone.position, sentence("no whole object is here, although the header places {} here", what));
     else if (OKTDbObjectId found; found.setGuid(*lone.frame.id), found != id)
-        lone.fault = faultAt(lone.position, "another object is here, " + printable(lone.frame.className) + " " +
-                                                printable(found.getGuidAsString(false)) + ", although the header places " +
-                                                what + " " + printable(id.getGuidAsString(false)) + " here");
+        lone.fault = faultAt(lone.position, sentence("another object is here, {} {}, although the header places {} {} here",
+                                                     printable(lone.frame.className), printable(found.getGuidAsString(false)),
+                                                     what, printable(id.getGuidAsString(false))));
     else
         readObject(lone, collector);
     if (lone.fault.empty() && !collector.reports().empty())
@@ -101,7 +102,8 @@ void PartialFile::readObject(LoneObject &lone, ReportCollector const &collector)
     if (isRead)
         return;
     lone.object.reset();
-    lone.fault = faultAt(lone.position, "damaged: the members of this " + printable(className) + " are not those of its class");
+    lone.fault =
+        faultAt(lone.position, sentence("damaged: the members of this {} are not those of its class", printable(className)));
 }
 
 } // namespace okt

@@ -2,6 +2,7 @@
 #include <oktinspect/picturetext.h>
 
 #include <oktformat/base64.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <oktdatabase/oktmemoryfiler.h>
@@ -40,7 +41,7 @@ public:
     std::string fault() const
     {
         if (m_zeroAt >= 0)
-            return "a zero at " + std::to_string(m_zeroAt) + " cuts it";
+            return sentence("a zero at {} cuts it", m_zeroAt);
         std::optional<Base64Fault> const fault = m_text.finish();
         if (!fault)
             return {};
@@ -48,10 +49,9 @@ public:
         switch (fault->kind)
         {
         case Base64Fault::Kind::Foreign:
-            return quoted(CString(OktTextView(&unit, 1))) + " at " + std::to_string(fault->offset) +
-                   " is no character of base64";
-        case Base64Fault::Kind::BehindPadding: return "text goes on behind its padding, at " + std::to_string(fault->offset);
-        case Base64Fault::Kind::BrokenOff: return "it breaks off behind character " + std::to_string(m_text.digits());
+            return sentence("{} at {} is no character of base64", quoted(CString(OktTextView(&unit, 1))), fault->offset);
+        case Base64Fault::Kind::BehindPadding: return sentence("text goes on behind its padding, at {}", fault->offset);
+        case Base64Fault::Kind::BrokenOff: return sentence("it breaks off behind character {}", m_text.digits());
         case Base64Fault::Kind::PartOfByte: return "it ends within a byte";
         case Base64Fault::Kind::Padding: return "its padding does not fit its length";
         }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktinspect/pooldiff.h>
 
+#include <oktformat/sentence.h>
 #include <okttext/oktnotation.h>
 
 #include <algorithm>
@@ -28,7 +29,8 @@ public:
             if (before["class"] != after["class"])
                 note(prefix + "class", before["class"], after["class"]);
             if (before["version"] != after["version"])
-                note(prefix + "version of " + after["class"].get<std::string>(), before["version"], after["version"]);
+                note(sentence("{}version of {}", prefix, after["class"].get<std::string>()), before["version"],
+                     after["version"]);
         }
         lists(prefix, "", contentOf(before), contentOf(after));
     }
@@ -85,12 +87,12 @@ private:
             named(prefix, section, left, right);
         else
             for (std::size_t i = 0; i < std::max(left.size(), right.size()); ++i)
-                entries(prefix, section + "record " + std::to_string(i + 1), i < left.size() ? left[i] : nullptr,
+                entries(prefix, sentence("{}record {}", section, i + 1), i < left.size() ? left[i] : nullptr,
                         i < right.size() ? right[i] : nullptr);
         static Json const nothing = Json::object();
         for (auto const &[key, pair] : sections)
         {
-            std::string const number = "section " + std::to_string(key.first);
+            std::string const number = sentence("section {}", key.first);
             if ((pair.first == nullptr || pair.second == nullptr) &&
                 contentOf(pair.first == nullptr ? *pair.second : *pair.first).empty())
                 note(prefix + number, withoutName(pair.first), withoutName(pair.second));
@@ -129,7 +131,7 @@ private:
         seen.clear();
         std::vector<Key> met;
         auto const label = [](Key const &key) {
-            return key.second == 0 ? key.first : key.first + " (" + std::to_string(key.second + 1) + ")";
+            return key.second == 0 ? key.first : sentence("{} ({})", key.first, key.second + 1);
         };
         for (Json const *const entry : left)
         {
@@ -162,7 +164,7 @@ private:
             (*before)["class"] == (*after)["class"])
         {
             bool const isBase = label == (*before)["class"].get<std::string>();
-            return frames(isBase ? prefix : prefix + label + ".", *before, *after);
+            return frames(isBase ? prefix : sentence("{}{}.", prefix, label), *before, *after);
         }
         Json old = withoutName(before);
         Json now = withoutName(after);

@@ -3,6 +3,7 @@
 
 #include <oktinspect/matching.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <okttext/oktnotation.h>
@@ -61,11 +62,12 @@ std::string PoolLabels::named(std::size_t object, std::string const &what) const
     if (!self.isNamed)
         return what + idText(object);
     bool const isParameter = self.kind == KnownClass::Parameter;
-    std::string const title = isParameter ? printable(std::string_view(self.name)) : what + " " + quotedUtf8(self.name);
+    std::string const title =
+        isParameter ? printable(std::string_view(self.name)) : sentence("{} {}", what, quotedUtf8(self.name));
     if (m_names.at(self.kind).at(self.name) == 1)
         return title;
     if (isParameter && isAloneInCategory(object))
-        return title + " in " + quotedUtf8(m_pool.objects()[m_outline.above(object)].name);
+        return sentence("{} in {}", title, quotedUtf8(m_pool.objects()[m_outline.above(object)].name));
     return title + idText(object);
 }
 
@@ -101,7 +103,7 @@ std::string PoolLabels::of(std::size_t object) const
     {
         auto const listed = m_pictures.find(self.stretch.id);
         bool const isNumbered = m_kinds.at(KnownClass::Picture) > 1 && listed != m_pictures.end();
-        return isNumbered ? "Picture " + std::to_string(listed->second) : alone(object, "Picture");
+        return isNumbered ? sentence("Picture {}", listed->second) : alone(object, "Picture");
     }
     default: return m_pool.titleOf(self);
     }

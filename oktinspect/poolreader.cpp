@@ -5,6 +5,7 @@
 #include <oktformat/fileread.h>
 #include <oktformat/progress.h>
 #include <oktformat/recordtype.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/libraryread.h>
@@ -129,15 +130,15 @@ private:
 
     bool take(Frame const &frame)
     {
-        std::string const object = withArticle(frame.className) + " that begins at byte " + std::to_string(frame.offset);
+        std::string const object = sentence("{} that begins at {}", withArticle(frame.className), byteAt(frame.offset));
         if (frame.state == Frame::State::Cut)
             return refuse(frame, m_bytes.GetSize(), "the file ends inside " + object, "cut off");
         if (frame.state == Frame::State::Damaged)
             return refuse(frame, frame.offset + frame.size, "damaged inside " + object, "damaged");
         // A load searches for the begin of a frame behind the end of another.
         if (m_bytes[frame.offset - 1] != static_cast<BYTE>(RecordType::FrameEnd))
-            note(frame.offset, "a load does not find " + withArticle(frame.className) +
-                                   " that begins here: no end of a frame stands in front of it");
+            note(frame.offset, sentence("a load does not find {} that begins here: no end of a frame stands in front of it",
+                                        withArticle(frame.className)));
         return isKnown(frame) && isReadable(frame);
     }
 
@@ -183,8 +184,8 @@ private:
                                                                       : "an object inside it");
         if (!m_ids.insert(read.object->objectId()).second)
             return refuse(frame, frame.offset,
-                          "the id " + printable(read.object->objectId().getGuidAsString(false)) +
-                              " of this object is in the file already",
+                          sentence("the id {} of this object is in the file already",
+                                   printable(read.object->objectId().getGuidAsString(false))),
                           "an id that is in the file already");
         if (OKTDbPicture::cast(read.object.get()) != nullptr)
             checkPicture(frame);
@@ -195,7 +196,8 @@ private:
     void checkPicture(Frame const &frame)
     {
         if (std::string const fault = pictureTextFault(stretch(m_bytes, frame)); !fault.empty())
-            note(frame.offset, "the text of the " + printable(frame.className) + " that begins here is damaged: " + fault);
+            note(frame.offset,
+                 sentence("the text of the {} that begins here is damaged: {}", printable(frame.className), fault));
     }
 
     PoolFile &m_file;

@@ -8,7 +8,7 @@
 namespace okt
 {
 
-/// A pattern: `*` stands for any characters, `?` for one. Case is ignored.
+/// A pattern: `*` stands for any characters, `?` for one. Case is ignored, as CString does. Own code: Windows has no fnmatch.
 class TextPattern
 {
 public:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktinspect/valuetext.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/members.h>
 
@@ -34,7 +35,7 @@ DisplayUnit const *findUnit(std::string const &name)
 std::string valueText(tagVARIANT const &value, bool isLength, DisplayUnit const &unit)
 {
     bool const isReal = value.vt == VT_R4 || value.vt == VT_R8;
-    return isLength && isReal ? rounded(value.dblVal, kLengthDigits) + " " + unit.name : variantText(value);
+    return isLength && isReal ? sentence("{} {}", rounded(value.dblVal, kLengthDigits), unit.name) : variantText(value);
 }
 
 std::string kindName(VARTYPE kind)
@@ -49,7 +50,7 @@ std::string kindName(VARTYPE kind)
     case VT_R8: return "VT_R8";
     case VT_BSTR: return "VT_BSTR";
     case VT_BOOL: return "VT_BOOL";
-    default: return "kind " + std::to_string(kind);
+    default: return sentence("kind {}", kind);
     }
 }
 
