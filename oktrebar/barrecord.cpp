@@ -2,6 +2,7 @@
 #include <oktrebar/barrecord.h>
 
 #include <oktformat/readnumber.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <cmath>
@@ -23,7 +24,7 @@ constexpr int kDigits = 12;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-std::string name(char c) { return std::string("\"") + c + "\""; }
+std::string name(char c) { return sentence("\"{}\"", c); }
 
 /// Parses a line from left to right.
 class Bf2dReader
@@ -68,14 +69,13 @@ private:
     {
         for (std::size_t i = 0; i < m_line.size(); ++i)
             if (m_line[i] < 0x20 || m_line[i] == 0x7F)
-                refuse(i, "a record is printable ASCII, here is the byte " +
-                              std::to_string(static_cast<unsigned char>(m_line[i])));
+                refuse(i, sentence("a record is printable ASCII, here is the byte {}", static_cast<unsigned char>(m_line[i])));
     }
 
     void expectBlock(char block, char const *what)
     {
         if (next() != block)
-            refuse(m_at, std::string("here is ") + found() + ", where " + what + " begins with " + name(block));
+            refuse(m_at, sentence("here is {}, where {} begins with {}", found(), what, name(block)));
         ++m_at;
     }
 
@@ -85,11 +85,11 @@ private:
     std::string_view field(char letter)
     {
         if (next() != letter)
-            refuse(m_at, "here is " + found() + ", where the field " + name(letter) + " belongs");
+            refuse(m_at, sentence("here is {}, where the field {} belongs", found(), name(letter)));
         ++m_at;
         std::size_t const end = m_line.find('@', m_at);
         if (end == std::string_view::npos)
-            refuse(m_line.size(), "the field " + name(letter) + " has no \"@\" at its end");
+            refuse(m_line.size(), sentence("the field {} has no \"@\" at its end", name(letter)));
         std::string_view const value = m_line.substr(m_at, end - m_at);
         m_valueAt = m_at;
         m_at = end + 1;
@@ -112,7 +112,7 @@ private:
         };
         if (!areDigits(wholes, kWholeDigits) || !areDigits(decimals, kDecimals))
             refuse(m_valueAt,
-                   "the field " + name(letter) + " is no number of up to 6 digits and 6 decimals: " + excerpt(value));
+                   sentence("the field {} is no number of up to 6 digits and 6 decimals: {}", name(letter), excerpt(value)));
         double result = 0;
         readNumber(value.data(), value.data() + value.size(), result);
         return result;
@@ -122,7 +122,7 @@ private:
     {
         double const value = number(letter, false);
         if (!(value > 0))
-            refuse(m_valueAt, "the field " + name(letter) + " is to be above 0");
+            refuse(m_valueAt, sentence("the field {} is to be above 0", name(letter)));
         return value;
     }
 
@@ -130,7 +130,7 @@ private:
     {
         double const value = number(letter, false);
         if (!isBf2dCount(value))
-            refuse(m_valueAt, "the field " + name(letter) + " is no whole number from 1 to 1000000");
+            refuse(m_valueAt, sentence("the field {} is no whole number from 1 to 1000000", name(letter)));
         return static_cast<int>(value);
     }
 
@@ -167,13 +167,12 @@ private:
         while (isDigit(next()) && m_at - at < 3)
             told = told * 10 + (m_line[m_at++] - '0');
         if (m_at == at || next() != '@')
-            refuse(m_at, "here is " + found() + ", where the check sum is a number with \"@\" at its end");
+            refuse(m_at, sentence("here is {}, where the check sum is a number with \"@\" at its end", found()));
         ++m_at;
         if (told != proved || m_line[at] == '0')
-            refuse(at, "the check sum is " + std::string(m_line.substr(at, m_at - 1 - at)) + ", by the line it is " +
-                           std::to_string(proved));
+            refuse(at, sentence("the check sum is {}, by the line it is {}", m_line.substr(at, m_at - 1 - at), proved));
         if (m_at != m_line.size())
-            refuse(m_at, "here is " + found() + ", behind the check sum, which is the end of a record");
+            refuse(m_at, sentence("here is {}, behind the check sum, which is the end of a record", found()));
     }
 
     void expectSum(Bf2dRecord const &record, std::size_t lengthAt) const
@@ -182,8 +181,8 @@ private:
         for (Bf2dLeg const &leg : record.legs)
             sum += leg.length;
         if (std::abs(sum - record.length) > kLengthTolerance)
-            refuse(lengthAt, "the length \"l\" is " + rounded(record.length, kDigits) + " mm, the legs sum to " +
-                                 rounded(sum, kDigits) + " mm");
+            refuse(lengthAt, sentence("the length \"l\" is {} mm, the legs sum to {} mm", rounded(record.length, kDigits),
+                                      rounded(sum, kDigits)));
     }
 
     std::string_view m_line;
@@ -208,7 +207,7 @@ Bf2dRecord parseBf2d(std::string_view line) { return Bf2dReader(line).read(); }
 std::string bf2dLine(Bf2dRecord const &record)
 {
     std::string line = std::string(kStart) + "H";
-    auto const add = [&line](char letter, std::string const &value) { line += letter + value + "@"; };
+    auto const add = [&line](char letter, std::string const &value) { line += sentence("{}{}@", letter, value); };
     auto const addNumber = [&add](char letter, double value) { add(letter, rounded(value, kDigits)); };
     add('j', record.project);
     add('r', record.drawing);
@@ -229,7 +228,7 @@ std::string bf2dLine(Bf2dRecord const &record)
         addNumber('w', leg.angle);
     }
     line += 'C';
-    return line + std::to_string(bf2dCheckSum(line)) + "@";
+    return sentence("{}{}@", line, bf2dCheckSum(line));
 }
 
 } // namespace okt

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktrebar/bartable.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/csvtable.h>
 
@@ -26,8 +27,7 @@ void refuseSecond(CsvTable const &table, CsvRow const &row, char const *column, 
     };
     auto const first = std::find_if(sizes.begin(), sizes.end(), same);
     if (first != sizes.end())
-        table.refuse(table.field(row, column),
-                     "the size " + size.label() + " stands in line " + std::to_string(first->line) + " already");
+        table.refuse(table.field(row, column), sentence("the size {} stands in line {} already", size.label(), first->line));
 }
 
 BarSize metricSize(CsvTable const &table, CsvRow const &row)
@@ -56,9 +56,9 @@ BarSize inchSize(CsvTable const &table, CsvRow const &row)
 
 double metricsFactor(Units units) { return units == Units::Millimetre ? 1000.0 : 1.0 / 0.0254; }
 
-std::string BarSize::label() const { return number == 0 ? okt::number(diameter) + " mm" : "No. " + std::to_string(number); }
+std::string BarSize::label() const { return number == 0 ? okt::number(diameter) + " mm" : sentence("No. {}", number); }
 
-std::string BarSize::stem() const { return number == 0 ? "d" + okt::number(diameter) : "no" + std::to_string(number); }
+std::string BarSize::stem() const { return number == 0 ? "d" + okt::number(diameter) : sentence("no{}", number); }
 
 BarTable BarTable::load(std::filesystem::path const &path)
 {

@@ -2,6 +2,7 @@
 #include <oktrebar/bendtables.h>
 
 #include <oktformat/readnumber.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/csvtable.h>
 #include <oktrebar/formula.h>
@@ -118,7 +119,7 @@ SchedulingBends SchedulingBends::load(std::filesystem::path const &path)
         bend.projection = table.positive(row, "end_projection_general_mm", kLargestLengthMm);
         bend.linkProjection = table.positive(row, "end_projection_links_mm", kLargestLengthMm);
         if (bends.find(bend.diameter) != nullptr)
-            table.refuse(table.field(row, "diameter_mm"), "the size " + number(bend.diameter) + " mm stands here twice");
+            table.refuse(table.field(row, "diameter_mm"), sentence("the size {} mm stands here twice", number(bend.diameter)));
         for (char const *const column : {"end_projection_general_mm", "end_projection_links_mm"})
             if (table.positive(row, column, kLargestLengthMm) <= bend.radius + bend.diameter)
                 table.refuse(table.field(row, column),

@@ -2,6 +2,7 @@
 #include <oktrebar/clientobjects.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/templategeometry.h>
 
@@ -45,8 +46,9 @@ void addFromFrame(OKTDbPool &pool, CString const &className, CByteArray const &f
     OKTMemoryFiler writer;
     taken = taken && object->xmlOut(&writer) == eFilerOk && writer.GetFilerLength() >= frame.GetSize();
     if (!taken || !pool.appendObject(object.get()))
-        throw Failure(pool.poolName().ToUtf8(), "",
-                      "the class " + quoted(className) + " of the loaded module does not take what a template has for it");
+        throw Failure(
+            pool.poolName().ToUtf8(), "",
+            sentence("the class {} of the loaded module does not take what a template has for it", quoted(className)));
     object.release();
 }
 

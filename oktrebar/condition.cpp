@@ -4,6 +4,7 @@
 #include <oktrebar/expressions.h>
 #include <oktrebar/parametervalue.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -223,8 +224,8 @@ private:
             if (node.isClass)
                 refuse("objectclass is to be compared, with = or !=");
             if (!here().isEnd && !here().is("and") && !here().is("or") && !here().is(")"))
-                refuse("a comparison (= != < <= > >=) is wanted, not " + excerpt(here().text) +
-                       "; a name with blanks stands in quotation marks");
+                refuse(sentence("a comparison (= != < <= > >=) is wanted, not {}; a name with blanks stands in quotation marks",
+                                excerpt(here().text)));
             return node;
         }
         if (node.isClass && node.comparison != Comparison::Equal && node.comparison != Comparison::NotEqual)
@@ -249,7 +250,7 @@ private:
             return;
         node.quantity->unit = here().isQuoted ? nullptr : findLengthUnit(here().text);
         if (node.quantity->unit == nullptr)
-            refuse(excerpt(here().text) + " is no unit of length; there are " + lengthUnitNames());
+            refuse(sentence("{} is no unit of length; there are {}", excerpt(here().text), lengthUnitNames()));
         node.value += " " + here().text;
         ++m_next;
     }
@@ -291,7 +292,7 @@ public:
 private:
     [[noreturn]] static void refuse(StoredParameter const &parameter, Node const &node, char const *what)
     {
-        throw ConditionError(node.at, excerpt(parameter.name) + " " + what + ", and " + excerpt(node.value) + " is none");
+        throw ConditionError(node.at, sentence("{} {}, and {} is none", excerpt(parameter.name), what, excerpt(node.value)));
     }
 
     bool fulfils(StoredParameter const &parameter, Node const &node) const

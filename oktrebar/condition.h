@@ -25,7 +25,7 @@ private:
     std::size_t m_position;
 };
 
-/// A condition that a template fulfils or not, such as: Diameter>=16 mm and "Shape code"=51
+/// A condition that a template fulfils or not, such as: Diameter>=16 mm and "Shape code"=51 (own code: four rules and units)
 ///
 ///     any        = all { "or" all }
 ///     all        = one { "and" one }

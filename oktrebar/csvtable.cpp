@@ -4,6 +4,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/readnumber.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/tabletext.h>
 
@@ -20,7 +21,7 @@ namespace
 constexpr std::string_view kSeparators = ",;\t";
 constexpr std::string_view kLineEnds = "\r\n";
 
-std::string placeOf(std::size_t line, std::size_t column) { return std::to_string(line) + ":" + std::to_string(column); }
+std::string placeOf(std::size_t line, std::size_t column) { return sentence("{}:{}", line, column); }
 
 std::string nameOf(char separator) { return separator == ',' ? "a comma" : separator == ';' ? "a semicolon" : "a tab"; }
 
@@ -113,9 +114,10 @@ private:
             if (isQuoted || c == m_separator || kSeparators.find(c) == std::string_view::npos)
                 continue;
             if (m_separator != '\0')
-                throw Failure(m_file, placeOf(m_line, at - m_lineStart + 1),
-                              "here is " + nameOf(c) + ", in front of it " + nameOf(m_separator) +
-                                  ": the line does not tell which of them separates the columns");
+                throw Failure(
+                    m_file, placeOf(m_line, at - m_lineStart + 1),
+                    sentence("here is {}, in front of it {}: the line does not tell which of them separates the columns",
+                             nameOf(c), nameOf(m_separator)));
             m_separator = c;
         }
         if (m_separator == '\0')
@@ -187,8 +189,8 @@ private:
         passBlanks();
         if (!isLineEnd(m_at) && m_text[m_at] != m_separator)
             throw Failure(m_file, placeOf(m_line, column()),
-                          nameOf(m_separator) + " is missing behind the quotation mark" +
-                              (field.line == m_line ? "" : " that closes the one in line " + std::to_string(field.line)));
+                          sentence("{} is missing behind the quotation mark{}", nameOf(m_separator),
+                                   field.line == m_line ? "" : sentence(" that closes the one in line {}", field.line)));
         return field;
     }
 
@@ -243,7 +245,7 @@ void CsvTable::putHeader(CsvRow row)
         if (isEmpty(*column))
             refuse(*column, "the column has no name");
         if (std::any_of(row.begin(), column, [column](CsvField const &earlier) { return earlier.text == column->text; }))
-            refuse(*column, "the column " + excerpt(column->text) + " stands here twice");
+            refuse(*column, sentence("the column {} stands here twice", excerpt(column->text)));
     }
     m_header = std::move(row);
 }
@@ -257,9 +259,9 @@ void CsvTable::putRow(CsvRow row, std::string const &end)
     if (auto const surplus = std::find_if_not(begin, row.end(), isEmpty); surplus != row.end())
     {
         if (static_cast<std::size_t>(surplus - row.begin()) < m_columns)
-            refuse(*surplus, "the value " + excerpt(surplus->text) + " stands in a column without a name");
-        refuse(*surplus, "the line has " + plural(static_cast<std::int64_t>(row.size()), "value") + " for " +
-                             plural(static_cast<std::int64_t>(m_columns), "column"));
+            refuse(*surplus, sentence("the value {} stands in a column without a name", excerpt(surplus->text)));
+        refuse(*surplus, sentence("the line has {} for {}", plural(static_cast<std::int64_t>(row.size()), "value"),
+                                  plural(static_cast<std::int64_t>(m_columns), "column")));
     }
     row.erase(begin, row.end());
     m_rows.push_back(std::move(row));
@@ -275,11 +277,11 @@ void CsvTable::expectColumns(std::vector<std::string_view> const &names) const
     bool const isWhole = m_header.size() == 1 && names.size() > 1;
     for (CsvField const &column : m_header)
         if (std::find(names.begin(), names.end(), column.text) == names.end())
-            refuse(column, "unknown column " + excerpt(column.text) +
-                               (isWhole ? "; neither comma nor semicolon nor tab separates names in this line" : ""));
+            refuse(column, sentence("unknown column {}{}", excerpt(column.text),
+                                    isWhole ? "; neither comma nor semicolon nor tab separates names in this line" : ""));
     for (std::string_view const name : names)
         if (!hasColumn(name))
-            refuse(m_header.front(), "the column " + excerpt(name) + " is missing");
+            refuse(m_header.front(), sentence("the column {} is missing", excerpt(name)));
 }
 
 std::size_t CsvTable::indexOf(std::string_view column) const
@@ -287,7 +289,7 @@ std::size_t CsvTable::indexOf(std::string_view column) const
     for (std::size_t i = 0; i < m_header.size(); ++i)
         if (m_header[i].text == column)
             return i;
-    refuse(m_header.front(), "the column " + excerpt(column) + " is missing");
+    refuse(m_header.front(), sentence("the column {} is missing", excerpt(column)));
 }
 
 CsvField const &CsvTable::field(CsvRow const &row, std::string_view column) const { return row[indexOf(column)]; }
@@ -296,14 +298,14 @@ std::string const &CsvTable::text(CsvRow const &row, std::string_view column) co
 {
     CsvField const &value = field(row, column);
     if (value.text.empty())
-        refuse(value, "the value of " + excerpt(column) + " is missing");
+        refuse(value, sentence("the value of {} is missing", excerpt(column)));
     return value.text;
 }
 
 double CsvTable::positive(CsvRow const &row, std::string_view column, double largest) const
 {
     CsvField const &value = field(row, column);
-    std::string const where = excerpt(text(row, column)) + " in the column " + excerpt(column);
+    std::string const where = sentence("{} in the column {}", excerpt(text(row, column)), excerpt(column));
     auto const points = std::count(value.text.begin(), value.text.end(), '.');
     auto const commas = std::count(value.text.begin(), value.text.end(), ',');
     std::string digits = value.text;
@@ -319,13 +321,13 @@ double CsvTable::positive(CsvRow const &row, std::string_view column, double lar
     if (commas > 0 && points > 0)
         refuse(value, where + " has commas and points: they do not tell which of them is the decimal one");
     if (commas + points > 1)
-        refuse(value, where + " has several " + (commas > 0 ? "commas" : "points"));
+        refuse(value, sentence("{} has several {}", where, commas > 0 ? "commas" : "points"));
     if (commas == 1 && m_separator == ',')
         refuse(value, where + " has a comma; where commas separate the values, numbers have a decimal point");
     if (commas + points == 1)
         checkNotation(value, where, commas == 1);
     if (error == std::errc::result_out_of_range || !(result > 0) || result > largest)
-        refuse(value, where + " is not above 0 and up to " + number(largest));
+        refuse(value, sentence("{} is not above 0 and up to {}", where, number(largest)));
     return result;
 }
 
@@ -335,9 +337,8 @@ void CsvTable::checkNotation(CsvField const &value, std::string const &where, bo
     if (!m_notation)
         m_notation = {hasComma, value.line};
     if (m_notation->hasComma != hasComma)
-        refuse(value, where + " has a decimal " + (hasComma ? "comma" : "point") + ", a number in line " +
-                          std::to_string(m_notation->line) + " has a decimal " + (hasComma ? "point" : "comma") +
-                          ": one of them may separate thousands");
+        refuse(value, sentence("{} has a decimal {}, a number in line {} has a decimal {}: one of them may separate thousands",
+                               where, hasComma ? "comma" : "point", m_notation->line, hasComma ? "point" : "comma"));
 }
 
 std::optional<double> CsvTable::optionalPositive(CsvRow const &row, std::string_view column, double largest) const
@@ -351,7 +352,7 @@ int CsvTable::ordinal(CsvRow const &row, std::string_view column, int largest) c
 {
     double const value = positive(row, column, largest);
     if (value != std::floor(value))
-        refuse(field(row, column), number(value) + " in the column " + excerpt(column) + " is not a whole number");
+        refuse(field(row, column), sentence("{} in the column {} is not a whole number", number(value), excerpt(column)));
     return static_cast<int>(value);
 }
 

@@ -2,6 +2,7 @@
 #include <oktrebar/cuttinglength.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/csvtable.h>
 #include <oktrebar/formula.h>
@@ -44,7 +45,7 @@ ShapeLengths ShapeLengths::load(std::filesystem::path const &path)
             table.refuse(table.field(row, "length"), error.what(), error.position());
         }
         if (!shapes.m_formulas.emplace(code, formula).second)
-            table.refuse(table.field(row, "code"), "the shape code " + excerpt(code) + " stands here twice");
+            table.refuse(table.field(row, "code"), sentence("the shape code {} stands here twice", excerpt(code)));
     }
     return shapes;
 }
@@ -61,7 +62,7 @@ std::string const &ShapeLengths::formula(std::string_view code) const
 {
     auto const found = m_formulas.find(code);
     if (found == m_formulas.end())
-        throw Failure(m_file, "", "the shape code " + excerpt(code) + " is missing");
+        throw Failure(m_file, "", sentence("the shape code {} is missing", excerpt(code)));
     return found->second;
 }
 

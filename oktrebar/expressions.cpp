@@ -2,6 +2,7 @@
 #include <oktrebar/expressions.h>
 
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktrebar/formula.h>
 
 #include <algorithm>
@@ -250,13 +251,13 @@ std::string reasonText(LeftParameter const &left)
     {
     case Reason::NoFormula: return "it has no expression";
     case Reason::Unreadable: return "its expression cannot be read: " + left.detail;
-    case Reason::Unknown: return "its expression names " + left.detail + ", which is not there";
-    case Reason::Ambiguous: return "its expression names " + left.detail + ", and several parameters have that name";
+    case Reason::Unknown: return sentence("its expression names {}, which is not there", left.detail);
+    case Reason::Ambiguous: return sentence("its expression names {}, and several parameters have that name", left.detail);
     case Reason::NoValue: return "its expression has no value: " + left.detail;
     case Reason::NotKept: return "its value was not what its expression gives";
     case Reason::NoWhole: break;
     }
-    return "its expression gives " + left.detail + ", which is no whole number";
+    return sentence("its expression gives {}, which is no whole number", left.detail);
 }
 
 namespace

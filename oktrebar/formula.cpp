@@ -2,6 +2,7 @@
 #include <oktrebar/formula.h>
 
 #include <oktformat/readnumber.h>
+#include <oktformat/sentence.h>
 
 #include <algorithm>
 #include <charconv>
@@ -57,7 +58,7 @@ public:
     {
         double const value = sum();
         if (!atEnd())
-            refuse("unexpected " + here() + " in the formula");
+            refuse(sentence("unexpected {} in the formula", here()));
         if (!std::isfinite(value) && !m_isOnlyRead)
             throw FormulaError(0, "the formula has no finite value");
         return value;
@@ -79,7 +80,7 @@ private:
         std::size_t end = m_position + 1;
         while (end < m_text.size() && (static_cast<unsigned char>(m_text[end]) & 0xC0) == 0x80)
             ++end;
-        return "'" + std::string(m_text.substr(m_position, end - m_position)) + "'";
+        return sentence("'{}'", m_text.substr(m_position, end - m_position));
     }
 
     /// Skips blanks first.
@@ -101,7 +102,7 @@ private:
     void expect(char c)
     {
         if (!takes(c))
-            refuse(std::string("'") + c + "' is missing in the formula");
+            refuse(sentence("'{}' is missing in the formula", c));
     }
 
     bool atFactor()
@@ -160,7 +161,7 @@ private:
     double factor()
     {
         if (!atFactor())
-            refuse(atEnd() ? "the formula ends too early" : "unexpected " + here() + " in the formula");
+            refuse(atEnd() ? "the formula ends too early" : sentence("unexpected {} in the formula", here()));
         if (takes('('))
         {
             double const value = sum();
@@ -198,7 +199,7 @@ private:
                     return function.of(factor());
         std::optional<double> const value = m_valueOf(name);
         if (!value)
-            throw FormulaError(start, "the formula names '" + std::string(name) + "', which is not known here");
+            throw FormulaError(start, sentence("the formula names '{}', which is not known here", name));
         return *value;
     }
 

@@ -13,7 +13,7 @@
 namespace okt
 {
 
-// Formulas in tables of rules: "16d", "2(A+B+(C))-2.5r-5d". A formula has no unit; the result has the unit of its variables.
+// Formulas in tables of rules: "16d", "2(A+B+(C))-2.5r-5d"; own code: a small grammar, faults told by character. A formula has no unit; the result has that of its variables.
 
 /// Why a formula has no value, and the index of the character in its text (from 0).
 class FormulaError : public std::runtime_error

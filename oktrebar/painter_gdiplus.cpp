@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktrebar/painter.h>
 
+#include <oktformat/sentence.h>
 #include <oktplatform/oktstring.h>
 
 #include <algorithm>
@@ -160,7 +161,7 @@ std::string Painter::failure() const
 {
     if (m_state == nullptr)
         return "GDI+ cannot be started";
-    return m_state->status == Gdiplus::Ok ? std::string() : "GDI+ gives status " + std::to_string(m_state->status);
+    return m_state->status == Gdiplus::Ok ? std::string() : sentence("GDI+ gives status {}", static_cast<int>(m_state->status));
 }
 
 void Painter::setColour(double red, double green, double blue) { m_state->colour = packed(red, green, blue); }

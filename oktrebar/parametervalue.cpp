@@ -2,6 +2,7 @@
 #include <oktrebar/parametervalue.h>
 
 #include <oktformat/readnumber.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabaseutil.h>
@@ -41,12 +42,12 @@ double parsedLength(std::string_view text, LengthUnit const *plain)
 {
     std::optional<Quantity> const quantity = parseQuantity(text);
     if (!quantity)
-        throw ValueError("a length is wanted, and " + excerpt(text) + " is none");
+        throw ValueError(sentence("a length is wanted, and {} is none", excerpt(text)));
     if (!quantity->rest.empty())
-        throw ValueError(excerpt(quantity->rest) + " is no unit of length; there are " + lengthUnitNames());
+        throw ValueError(sentence("{} is no unit of length; there are {}", excerpt(quantity->rest), lengthUnitNames()));
     LengthUnit const *const unit = quantity->unit == nullptr ? plain : quantity->unit;
     if (unit == nullptr)
-        throw ValueError("a length needs its unit, such as \"" + number(quantity->value) + " mm\"");
+        throw ValueError(sentence("a length needs its unit, such as \"{} mm\"", number(quantity->value)));
     return quantity->value / unit->perMetre;
 }
 
@@ -54,11 +55,11 @@ double parsedNumber(std::string_view text)
 {
     std::optional<Quantity> const quantity = parseQuantity(text);
     if (!quantity)
-        throw ValueError("a number is wanted, and " + excerpt(text) + " is none");
+        throw ValueError(sentence("a number is wanted, and {} is none", excerpt(text)));
     if (quantity->unit != nullptr)
-        throw ValueError("this is no length: " + excerpt(text) + " has a unit");
+        throw ValueError(sentence("this is no length: {} has a unit", excerpt(text)));
     if (!quantity->rest.empty())
-        throw ValueError("a number is wanted, and " + excerpt(text) + " is none");
+        throw ValueError(sentence("a number is wanted, and {} is none", excerpt(text)));
     return quantity->value;
 }
 
@@ -72,12 +73,12 @@ std::string parsedQuantity(std::string_view text, LengthUnit const *plain)
     {
         unit = findLengthUnit(word);
         if (unit == nullptr)
-            throw ValueError(excerpt(word) + " is no unit of length; there are " + lengthUnitNames());
+            throw ValueError(sentence("{} is no unit of length; there are {}", excerpt(word), lengthUnitNames()));
         expression = withoutBlanksBehind(expression.substr(0, letters + 1));
     }
     quantityTerms(expression);
     if (unit == nullptr)
-        throw ValueError("its lengths need their unit, such as \"" + expression + " mm\"");
+        throw ValueError(sentence("its lengths need their unit, such as \"{} mm\"", expression));
     return scaled(expression, 1 / unit->perMetre) + " "; // as the database writes it
 }
 
@@ -108,7 +109,7 @@ std::string shownText(ShownValue const &shown, bool withUnit)
         text = *flag ? "true" : "false";
     else if (std::string const *const words = std::get_if<std::string>(&shown.value))
         text = *words;
-    return withUnit && shown.unit != nullptr && !text.empty() ? text + " " + std::string(shown.unit->name) : text;
+    return withUnit && shown.unit != nullptr && !text.empty() ? sentence("{} {}", text, shown.unit->name) : text;
 }
 
 ParameterValue parsedValue(StoredParameter const &parameter, std::string_view text, LengthUnit const *plain,
@@ -122,7 +123,7 @@ ParameterValue parsedValue(StoredParameter const &parameter, std::string_view te
         if (std::holds_alternative<double>(parameter.value))
             return diameter;
         if (diameter != std::round(diameter) || std::abs(diameter) > std::numeric_limits<std::int32_t>::max())
-            throw ValueError("it holds a whole number of " + std::string(drawn.name) + ", and " + excerpt(text) + " is none");
+            throw ValueError(sentence("it holds a whole number of {}, and {} is none", drawn.name, excerpt(text)));
         return static_cast<std::int32_t>(diameter);
     }
     if (parameter.isQuantityExpression())
@@ -134,7 +135,7 @@ ParameterValue parsedValue(StoredParameter const &parameter, std::string_view te
         double const value = parsedNumber(text);
         double const largest = parameter.kind == VT_I2 ? 32767 : std::numeric_limits<std::int32_t>::max();
         if (value != std::round(value) || value > largest || value < -largest - 1)
-            throw ValueError("a whole number is wanted, and " + excerpt(text) + " is none that it can hold");
+            throw ValueError(sentence("a whole number is wanted, and {} is none that it can hold", excerpt(text)));
         return static_cast<std::int32_t>(value);
     }
     if (std::holds_alternative<bool>(parameter.value))
@@ -143,7 +144,7 @@ ParameterValue parsedValue(StoredParameter const &parameter, std::string_view te
             return true;
         if (isWordOf(text, {"false", "no", "0"}))
             return false;
-        throw ValueError("true or false is wanted, and " + excerpt(text) + " is neither");
+        throw ValueError(sentence("true or false is wanted, and {} is neither", excerpt(text)));
     }
     if (!std::holds_alternative<std::string>(parameter.value))
         throw ValueError("it has no value yet whose kind could be kept");
@@ -161,7 +162,7 @@ std::vector<QuantityTerm> quantityTerms(std::string_view text)
     char const *const end = at + text.size();
     auto const skipBlanks = [&] { at = std::find_if(at, end, [](char c) { return c != ' '; }); };
     auto const refuse = [&]() -> void {
-        throw ValueError("a quantity expression is wanted, such as \"4x150 2x100\", and " + excerpt(text) + " is none");
+        throw ValueError(sentence("a quantity expression is wanted, such as \"4x150 2x100\", and {} is none", excerpt(text)));
     };
     for (skipBlanks(); at != end; skipBlanks())
     {

@@ -2,6 +2,7 @@
 #include <oktrebar/planline.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 
 #include <algorithm>
 #include <cmath>
@@ -33,7 +34,7 @@ double figureOf(TemplatePlan const &plan, ParameterKey const &key)
     ParameterPlan const *const parameter = plan.find(key);
     double const *const value = parameter == nullptr ? nullptr : std::get_if<double>(&parameter->value);
     if (value == nullptr)
-        throw Failure(plan.fileName, "", "the template has no figure of the type " + std::to_string(key.type) + " to be drawn");
+        throw Failure(plan.fileName, "", sentence("the template has no figure of the type {} to be drawn", key.type));
     return *value;
 }
 

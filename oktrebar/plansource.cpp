@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktrebar/recordtemplate.h>
 
 #include <algorithm>
@@ -48,9 +49,10 @@ void refuseSameFiles(std::vector<TemplatePlan> const &templates, std::string con
     for (TemplatePlan const &plan : templates)
         if (!seen.emplace(plan.fileName, &plan).second)
             throw Failure(data, "",
-                          (plan.kind == TemplateKind::Bent ? "two files of bar records have the same name: "
-                                                           : "two bar tables hold the same size: ") +
-                              plan.fileName + " would be made twice");
+                          sentence("{}{} would be made twice",
+                                   plan.kind == TemplateKind::Bent ? "two files of bar records have the same name: "
+                                                                   : "two bar tables hold the same size: ",
+                                   plan.fileName));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/readnumber.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/canvas.h>
 #include <oktrebar/planline.h>
@@ -76,7 +77,7 @@ public:
     bool metric() const { return m_plan.units == Units::Millimetre; }
     std::string unit() const { return metric() ? "mm" : "in"; }
     /// "12 mm", with the usual number of decimals in drawings.
-    std::string length(double value) const { return number(std::round(value * 1000) / 1000) + " " + unit(); }
+    std::string length(double value) const { return sentence("{} {}", number(std::round(value * 1000) / 1000), unit()); }
 
     /// The runs of the quantity expression, such as "4x150 2x100".
     std::vector<Run> runs() const
@@ -111,7 +112,7 @@ private:
 
     [[noreturn]] void refuse(int type) const
     {
-        throw Failure(m_plan.fileName, "", "the template has no figure of the type " + std::to_string(type) + " to be drawn");
+        throw Failure(m_plan.fileName, "", sentence("the template has no figure of the type {} to be drawn", type));
     }
 
     TemplatePlan const &m_plan;
@@ -121,7 +122,7 @@ void heading(Canvas &canvas, Figures const &figures, std::string const &line)
 {
     canvas.text({kMargin, 38}, figures.plan().poolName, 20, true, Align::Left);
     std::string const code = figures.text(kShapeCode);
-    canvas.text({kMargin, 61}, (code.empty() ? "" : "Shape code " + code + ", ") + line, 14, false, Align::Left);
+    canvas.text({kMargin, 61}, (code.empty() ? "" : sentence("Shape code {}, ", code)) + line, 14, false, Align::Left);
     canvas.rule({kMargin, 74.5}, {kPreviewWidth - kMargin, 74.5});
     canvas.text({kPreviewWidth - kMargin, kPreviewHeight - 11},
                 std::string("Every view to scale, dimensions in ") + (figures.metric() ? "millimetres" : "inches"), 12.5, false,
@@ -142,7 +143,7 @@ void distribution(Canvas &canvas, Figures const &figures)
     double const scale = (kRunsRight - kRunsLeft) / total;
     double const diameter = figures.real(kDiameter) * scale;
     canvas.text({kMargin, kRunsY - 3}, "Distribution", 15, true, Align::Left);
-    canvas.text({kMargin, kRunsY + 15}, std::to_string(bars) + " bars", 14, false, Align::Left);
+    canvas.text({kMargin, kRunsY + 15}, sentence("{} bars", bars), 14, false, Align::Left);
     double x = kRunsLeft;
     canvas.section({x, kRunsY}, diameter);
     for (Run const &run : runs)
@@ -154,7 +155,7 @@ void distribution(Canvas &canvas, Figures const &figures)
             canvas.section({x, kRunsY}, diameter);
         }
         double const low = kRunsY + diameter / 2;
-        canvas.dimension({begin, low}, {x, low}, -24, std::to_string(run.count) + " x " + figures.length(run.spacing));
+        canvas.dimension({begin, low}, {x, low}, -24, sentence("{} x {}", run.count, figures.length(run.spacing)));
     }
 }
 
@@ -171,7 +172,7 @@ std::string hookAngles(BarFigures const &bar)
 {
     std::string const first = number(bar.first.angle);
     std::string const second = number(bar.second.angle);
-    return "hooks of " + (first == second ? first : first + " and " + second) + " degrees";
+    return sentence("hooks of {} degrees", first == second ? first : sentence("{} and {}", first, second));
 }
 
 /// Where the hook length is measured along the end of a bar: up to its end, from the outside of the bend or from where the
@@ -224,8 +225,8 @@ Box drawLink(Canvas &canvas, Figures const &figures)
 {
     BarFigures const bar = figuresOf(figures.plan());
     heading(canvas, figures,
-            "d = " + figures.length(bar.diameter) + ", r = " + figures.length(bar.radius) + ", " + hookAngles(bar) +
-                ", cutting length " + figures.length(figures.real(kLength)));
+            sentence("d = {}, r = {}, {}, cutting length {}", figures.length(bar.diameter), figures.length(bar.radius),
+                     hookAngles(bar), figures.length(figures.real(kLength))));
     BarLine const line = linkLine(bar);
     Box const shape = *previewShape(figures.plan());
     View const view = fitted(shape, kLinkRoom, kNoLimit);
@@ -271,8 +272,8 @@ Box drawHooked(Canvas &canvas, Figures const &figures)
 {
     BarFigures const bar = figuresOf(figures.plan());
     heading(canvas, figures,
-            "d = " + figures.length(bar.diameter) + ", r = " + figures.length(bar.radius) + ", " + hookAngles(bar) +
-                ", cutting length " + figures.length(figures.real(kLength)));
+            sentence("d = {}, r = {}, {}, cutting length {}", figures.length(bar.diameter), figures.length(bar.radius),
+                     hookAngles(bar), figures.length(figures.real(kLength))));
     BarLine const line = hookedLine(bar);
     Box const shape = *previewShape(figures.plan());
     double const scale = (kHookedRoom.width()) / bar.length;
@@ -299,8 +300,8 @@ Box drawHooked(Canvas &canvas, Figures const &figures)
         double const at = ((second ? panel.low.x + 80 : panel.high.x - 80) - enlarged.origin.x) / enlarged.scale;
         canvas.thickness(enlarged({at, 0}), enlarged({at, bar.diameter}), "d = " + figures.length(bar.diameter));
         canvas.text({second ? panel.low.x + 12 : panel.high.x - 12, panel.low.y + 22},
-                    "Hook " + std::string(second ? "2" : "1") + ", " + rounded(detail.scale / view.scale, 2) + " times larger",
-                    14, true, second ? Align::Left : Align::Right);
+                    sentence("Hook {}, {} times larger", second ? "2" : "1", rounded(detail.scale / view.scale, 2)), 14, true,
+                    second ? Align::Left : Align::Right);
         canvas.leavePanel();
     }
     if (alone)
@@ -336,9 +337,7 @@ Box drawMesh(Canvas &canvas, Figures const &figures)
     double const spacingB = figures.real(kSpacing, 2);
     int const barsA = figures.whole(kNumber, 1);
     int const barsB = figures.whole(kNumber, 2);
-    heading(canvas, figures,
-            "d = " + figures.length(diameter) + ", " + std::to_string(barsA) + " bars A along, " + std::to_string(barsB) +
-                " bars B across");
+    heading(canvas, figures, sentence("d = {}, {} bars A along, {} bars B across", figures.length(diameter), barsA, barsB));
     Box const shape = *previewShape(figures.plan());
     auto const sheet = [&](View const &view) {
         meshBars(canvas, view, barsA, spacingA, width, length, diameter, false);
@@ -361,7 +360,7 @@ Box drawMesh(Canvas &canvas, Figures const &figures)
     double const at = edgeB + 0.5 * spacingB;
     canvas.thickness(detail({at, edgeA - diameter / 2}), detail({at, edgeA + diameter / 2}), figures.length(diameter));
     canvas.text({kSheetPanel.high.x - 12, kSheetPanel.high.y - 14},
-                "Corner, " + rounded(detail.scale / view.scale, 2) + " times larger", 14, true, Align::Right);
+                sentence("Corner, {} times larger", rounded(detail.scale / view.scale, 2)), 14, true, Align::Right);
     canvas.leavePanel();
     return shape;
 }
@@ -374,8 +373,8 @@ Box drawBent(Canvas &canvas, Figures const &figures)
     double const diameter = figures.real(kDiameter);
     double const radius = figures.real(kBendingRadius);
     heading(canvas, figures,
-            "d = " + figures.length(diameter) + ", r = " + figures.length(radius) + ", length " +
-                figures.length(figures.real(kLength)));
+            sentence("d = {}, r = {}, length {}", figures.length(diameter), figures.length(radius),
+                     figures.length(figures.real(kLength))));
     BarLine const line = bentLine(figures.plan());
     Box const shape = *previewShape(figures.plan());
     Box const room = {{kMargin + 90, 150}, {kPreviewWidth - kMargin - 90, kPreviewHeight - 110}};

@@ -4,6 +4,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/readnumber.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/planline.h>
 #include <oktrebar/shapecode.h>
@@ -144,7 +145,7 @@ private:
 
     [[noreturn]] std::string refuse(char const *what) const
     {
-        throw Failure(m_file, "", std::string("a BF2D record needs ") + what + ", which the template does not have");
+        throw Failure(m_file, "", sentence("a BF2D record needs {}, which the template does not have", what));
     }
 
     std::string const &m_file;
@@ -158,8 +159,8 @@ std::string titleOf(Bf2dRecord const &record, std::string const &stem)
     for (auto const &[part, before] : {std::pair(&record.drawing, " "), std::pair(&record.position, "/")})
         if (!part->empty())
             place += (place.empty() ? "" : before) + *part;
-    return (record.legs.size() == 1 ? "Straight bar, " : "Bent bar, ") + number(record.diameter) + " mm, " +
-           (place.empty() ? stem : place + " (" + stem + ")");
+    return sentence("{}{} mm, {}", record.legs.size() == 1 ? "Straight bar, " : "Bent bar, ", number(record.diameter),
+                    place.empty() ? stem : sentence("{} ({})", place, stem));
 }
 
 BarSize const *sizeOf(BarTable const &bars, double diameter)
@@ -176,19 +177,19 @@ std::string bf2dRefusal(Bf2dRecord const &record, BarTable const &bars)
 {
     BarSize const *const size = sizeOf(bars, record.diameter);
     if (size == nullptr)
-        return bars.file + " has no row for " + number(record.diameter) + " mm";
+        return sentence("{} has no row for {} mm", bars.file, number(record.diameter));
     double const expected = record.length / 1000 * size->mass;
     double const part = record.diameter > kThinBar ? kTolerance : kThinBarTolerance;
     if (std::abs(record.mass - expected) > expected * part + kRounding)
-        return "the mass \"e\" is " + number(record.mass) + " kg, by length and table it is " + rounded(expected, 5) +
-               " kg, more than " + number(part * 100) + " % away";
+        return sentence("the mass \"e\" is {} kg, by length and table it is {} kg, more than {} % away", number(record.mass),
+                        rounded(expected, 5), number(part * 100));
     std::vector<double> const straights = straightsOf(record.legs, record.mandrel / 2, record.diameter);
     for (std::size_t i = 0; i < straights.size(); ++i)
         if (straights[i] < -1e-9)
         {
             bool const hasTwo = i > 0 && i + 1 < straights.size();
-            return "leg " + std::to_string(i + 1) + " is too short for its " + (hasTwo ? "bends" : "bend") + ", by " +
-                   rounded(-straights[i], 3) + " mm";
+            return sentence("leg {} is too short for its {}, by {} mm", i + 1, hasTwo ? "bends" : "bend",
+                            rounded(-straights[i], 3));
         }
     return "";
 }
@@ -245,7 +246,7 @@ Bf2dPlans bf2dPlans(std::filesystem::path const &file, BarTable const &bars)
         if (line.empty())
             continue;
         auto const note = [&](std::size_t column, std::string const &reason) {
-            std::string const place = std::to_string(number) + ":" + std::to_string(column);
+            std::string const place = sentence("{}:{}", number, column);
             plans.faults.emplace_back(Failure(name, place, reason).what());
         };
         try
@@ -254,7 +255,7 @@ Bf2dPlans bf2dPlans(std::filesystem::path const &file, BarTable const &bars)
             if (std::string const reason = bf2dRefusal(record, bars); !reason.empty())
                 note(1, printable(std::string_view(reason)));
             else
-                plans.templates.push_back(bf2dPlan(record, std::string(line), stem + "-" + std::to_string(number)));
+                plans.templates.push_back(bf2dPlan(record, std::string(line), sentence("{}-{}", stem, number)));
         }
         catch (Bf2dFault const &fault)
         {

@@ -2,6 +2,7 @@
 #include <oktrebar/tabletext.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <oktplatform/oktstring.h>
@@ -33,7 +34,7 @@ std::string placeIn(std::string_view text, std::size_t at)
 {
     std::string_view const before = text.substr(0, at);
     std::size_t const lineStart = before.rfind('\n') + 1; // none: 0
-    return std::to_string(1 + std::count(before.begin(), before.end(), '\n')) + ":" + std::to_string(at - lineStart + 1);
+    return sentence("{}:{}", 1 + std::count(before.begin(), before.end(), '\n'), at - lineStart + 1);
 }
 
 std::string hexByte(unsigned byte)
@@ -109,8 +110,8 @@ std::string tableText(std::string const &file, std::string_view bytes)
         throw Failure(file, placeIn(text, at), "a byte 0 is here: this is no text");
     if (std::size_t const at = notUtf8At(text); at != std::string::npos)
         throw Failure(file, placeIn(text, at),
-                      "the byte " + hexByte(byteAtPlace(text, at)) + " here is no UTF-8, perhaps Windows-1252 or Latin-1; " +
-                          kWanted);
+                      sentence("the byte {} here is no UTF-8, perhaps Windows-1252 or Latin-1; {}",
+                               hexByte(byteAtPlace(text, at)), kWanted));
     return text;
 }
 

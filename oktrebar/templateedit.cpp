@@ -5,6 +5,7 @@
 
 #include <oktformat/guids.h>
 #include <oktformat/poolheader.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -108,7 +109,7 @@ public:
             }
             catch (EditRefused const &refused)
             {
-                throw EditRefused(excerpt(parameter.name) + ": " + refused.what());
+                throw EditRefused(sentence("{}: {}", excerpt(parameter.name), refused.what()));
             }
         }
         if (m_options.withPictures)

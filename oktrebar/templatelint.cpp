@@ -8,6 +8,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -126,7 +127,7 @@ private:
             return;
         std::string text;
         for (std::size_t const index : cycle)
-            text += m_pool.parameters[index].name + " -> ";
+            text += sentence("{} -> ", m_pool.parameters[index].name);
         add(Code::ExpressionCycle, m_pool.parameters[cycle.front()], text + m_pool.parameters[cycle.front()].name);
     }
 
@@ -278,7 +279,7 @@ private:
     std::vector<LintFinding> m_findings;
 };
 
-std::string inQuotes(std::string const &text) { return "\"" + text + "\""; }
+std::string inQuotes(std::string const &text) { return sentence("\"{}\"", text); }
 
 } // namespace
 
@@ -331,18 +332,22 @@ std::string explanation(LintFinding const &finding)
 {
     switch (finding.code)
     {
-    case Code::ExpressionUnreadable: return "the expression " + inQuotes(finding.detail) + " has no value: " + finding.other;
+    case Code::ExpressionUnreadable:
+        return sentence("the expression {} has no value: {}", inQuotes(finding.detail), finding.other);
     case Code::ExpressionName:
-        return "the expression names " + finding.detail +
-               (finding.other.empty() ? ", which is not there" : ", and several parameters have that name");
-    case Code::ExpressionCycle: return "the expressions go round in a circle: " + finding.detail;
-    case Code::ExpressionValue: return "the value is " + finding.detail + ", its expression gives " + finding.other;
-    case Code::NameTwice: return "a second parameter of this name stands in the category " + inQuotes(finding.detail);
-    case Code::WrongKind: return "the type wants another kind of value than " + inQuotes(finding.detail);
-    case Code::Impossible: return "the value " + finding.detail + " is " + finding.other + ", which its type cannot be";
-    case Code::QuantityUnreadable: return inQuotes(finding.detail) + " is no quantity expression";
-    case Code::CoverBelowDiameter: return "the cover of " + finding.detail + " is less than the diameter, " + finding.other;
-    case Code::HookTooShort: return "the hook of " + finding.detail + " ends inside its bend, which takes " + finding.other;
+        return sentence("the expression names {}{}", finding.detail,
+                        finding.other.empty() ? ", which is not there" : ", and several parameters have that name");
+    case Code::ExpressionCycle: return sentence("the expressions go round in a circle: {}", finding.detail);
+    case Code::ExpressionValue: return sentence("the value is {}, its expression gives {}", finding.detail, finding.other);
+    case Code::NameTwice:
+        return sentence("a second parameter of this name stands in the category {}", inQuotes(finding.detail));
+    case Code::WrongKind: return sentence("the type wants another kind of value than {}", inQuotes(finding.detail));
+    case Code::Impossible: return sentence("the value {} is {}, which its type cannot be", finding.detail, finding.other);
+    case Code::QuantityUnreadable: return sentence("{} is no quantity expression", inQuotes(finding.detail));
+    case Code::CoverBelowDiameter:
+        return sentence("the cover of {} is less than the diameter, {}", finding.detail, finding.other);
+    case Code::HookTooShort:
+        return sentence("the hook of {} ends inside its bend, which takes {}", finding.detail, finding.other);
     case Code::PictureMissing: return "the template has no picture";
     case Code::PictureOutOfDate: break;
     }
@@ -360,13 +365,13 @@ std::string mend(LintFinding const &finding)
         return finding.other.empty() ? "name a parameter that is there, without its blanks"
                                      : "let the parameter use the one that is meant, or rename the other";
     case Code::ExpressionCycle: return "give one of them a value instead of its expression";
-    case Code::ExpressionValue: return "set the value to " + finding.other + ", or take the expression away";
+    case Code::ExpressionValue: return sentence("set the value to {}, or take the expression away", finding.other);
     case Code::NameTwice: return "rename one of the two";
     case Code::WrongKind: return "give it a number";
     case Code::Impossible: return "correct the value";
     case Code::QuantityUnreadable: return "write counts and lengths, such as 4x150 2x100";
-    case Code::CoverBelowDiameter: return "set the cover to " + finding.other + " or more";
-    case Code::HookTooShort: return "set the length to " + finding.other + " or more";
+    case Code::CoverBelowDiameter: return sentence("set the cover to {} or more", finding.other);
+    case Code::HookTooShort: return sentence("set the length to {} or more", finding.other);
     case Code::PictureMissing: return "add one in the design system, or build the template anew";
     case Code::PictureOutOfDate: break;
     }

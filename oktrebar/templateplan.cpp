@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktrebar/templateplan.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -58,7 +59,7 @@ struct Defaults
 constexpr Defaults kMetric = {"B500B", 30, 5, {4, 150, 2, 100}, 2000, 250, 50, 150, 4800, 2400, 200, 400};
 constexpr Defaults kInch = {"Grade 60", 1.5, 0.5, {4, 10, 2, 5}, 120, 10, 2, 6, 240, 90, 10, 20};
 
-std::string multiple(double factor, char const *name) { return number(factor) + "*" + name; }
+std::string multiple(double factor, char const *name) { return sentence("{}*{}", number(factor), name); }
 
 double roundedUp(double value, double step) { return std::ceil(value / step) * step; }
 
@@ -100,9 +101,9 @@ ParameterPlan diameterOf(BarSize const &size, Units units)
 {
     bool const metric = units == Units::Millimetre;
     std::string const text =
-        metric ? "Nominal diameter in millimetres; area " + number(size.area) + " mm2, mass " + number(size.mass) + " kg/m"
-               : "Nominal diameter of " + size.label() + " in inches; area " + number(size.area) + " in2, mass " +
-                     number(size.mass) + " lb/ft";
+        metric ? sentence("Nominal diameter in millimetres; area {} mm2, mass {} kg/m", number(size.area), number(size.mass))
+               : sentence("Nominal diameter of {} in inches; area {} in2, mass {} lb/ft", size.label(), number(size.area),
+                          number(size.mass));
     return bend(parameter(kDiameter, size.diameter, text));
 }
 
@@ -134,8 +135,8 @@ ParameterPlan cuttingLength(double length, std::string const &description)
 /// Spacings, number and quantity expression of bars that stand in runs of two spacings.
 CategoryPlan distribution(Layout const &layout)
 {
-    std::string const quantity = std::to_string(layout.coarseCount) + "x" + number(layout.coarse) + " " +
-                                 std::to_string(layout.fineCount) + "x" + number(layout.fine);
+    std::string const quantity =
+        sentence("{}x{} {}x{}", layout.coarseCount, number(layout.coarse), layout.fineCount, number(layout.fine));
     CategoryPlan category{"Distribution", {}};
     category.parameters = {
         parameter(kQuantityType, 2, "By expression"), listed(parameter(kSpacing, layout.coarse, "Spacing in the field"), 1),
@@ -186,7 +187,7 @@ CategoryPlan bendCategory(BendRule const &rule, double diameter, double radius, 
                           std::string const &radiusSource, int filletType)
 {
     CategoryPlan category{"Bend", {}};
-    std::string const mandrel = "Half the minimum mandrel of " + number(rule.mandrel) + " d, " + ruleName(rule);
+    std::string const mandrel = sentence("Half the minimum mandrel of {} d, {}", number(rule.mandrel), ruleName(rule));
     category.parameters = {
         bend(computed(parameter(kBendingRadius, radius, radiusSource), radiusExpression)),
         bend(computed(parameter(filletType, rule.radius(diameter), mandrel), multiple(rule.mandrel / 2, "Diameter")))};
@@ -202,9 +203,9 @@ TemplatePlan plan(TemplateKind kind, char const *title, BarSize const &size, Uni
 {
     TemplatePlan result;
     result.kind = kind;
-    result.fileName = std::string(stemOf(kind)) + "-" + size.stem() + ".okt";
+    result.fileName = sentence("{}-{}.okt", stemOf(kind), size.stem());
     result.poolName =
-        std::string(title) + ", " + size.label() + (units == Units::Millimetre ? ", EN 1992 / BS 8666" : ", ACI 318");
+        sentence("{}, {}{}", title, size.label(), units == Units::Millimetre ? ", EN 1992 / BS 8666" : ", ACI 318");
     result.units = units;
     return result;
 }
@@ -265,7 +266,7 @@ TemplatePlan metricHooked(BarSize const &size, SchedulingBend const &row, BendRu
     bar.parameters.push_back(leg(2, kMetric.barLength, "Outer dimension B"));
     bar.parameters.push_back(leg(3, row.projection, "Outer dimension C: end 2"));
     bar.parameters.push_back(computed(
-        cuttingLength(shapes.length(kHookedCode, dimensions), "Shape 21: " + shapes.formula(kHookedCode) + ", BS 8666"),
+        cuttingLength(shapes.length(kHookedCode, dimensions), sentence("Shape 21: {}, BS 8666", shapes.formula(kHookedCode))),
         "LegA+LegB+LegC-BendingRadius-2*Diameter",
         {{kLength, 1}, {kLength, 2}, {kLength, 3}, {kBendingRadius, 0}, {kDiameter, 0}}));
     result.categories = {
@@ -320,7 +321,8 @@ TemplatePlan inchHooked(BarSize const &size, BendRule const &rule)
     Hook const first = {
         kRightAngle, extension90, multiple(*rule.hook90, "Diameter"), "Extension behind the bend, " + ruleName(rule),
         extension90, false};
-    Hook const second = {kHalfTurn,    extension180, "", "Extension behind the bend, " + rule.hook180 + ", " + ruleName(rule),
+    Hook const second = {kHalfTurn,    extension180,
+                         "",           sentence("Extension behind the bend, {}, {}", rule.hook180, ruleName(rule)),
                          extension180, false};
 
     TemplatePlan result = plan(TemplateKind::Hooked, "Bar with hooks at both ends", size, Units::Inch);
@@ -348,7 +350,7 @@ TemplatePlan mesh(BarSize const &size, Units units, BendRule const &rule, double
     double const spacing = defaults.meshSpacing;
     int const along = meshBars(defaults.sheetWidth, spacing);
     int const across = meshBars(defaults.sheetLength, spacing);
-    auto const quantity = [spacing](int bars) { return std::to_string(bars - 1) + "x" + number(spacing); };
+    auto const quantity = [spacing](int bars) { return sentence("{}x{}", bars - 1, number(spacing)); };
 
     TemplatePlan result = plan(TemplateKind::Mesh, "Mesh sheet", size, units);
     CategoryPlan sheet{"Sheet", {}};
@@ -391,12 +393,12 @@ TemplatePlan mesh(BarSize const &size, Units units, BendRule const &rule, double
 
 void skip(Plans &plans, char const *kind, BarSize const &size, std::string const &reason)
 {
-    plans.skipped.push_back({std::string(kind) + "-" + size.stem(), reason});
+    plans.skipped.push_back({sentence("{}-{}", kind, size.stem()), reason});
 }
 
 std::string noRow(std::string_view rule, BarSize const &size, std::string const &file)
 {
-    return file + " has no row of " + excerpt(rule) + " for " + size.label();
+    return sentence("{} has no row of {} for {}", file, excerpt(rule), size.label());
 }
 
 double straightLength(ShapeLengths const &shapes, double length)
@@ -427,7 +429,7 @@ Plans metricPlans(BarTable const &bars, SchedulingBends const &bends, BendRules 
         for (char const *const kind : {"link", "hooked"})
         {
             if (row == nullptr)
-                skip(plans, kind, size, bends.file() + " has no row for " + size.label());
+                skip(plans, kind, size, sentence("{} has no row for {}", bends.file(), size.label()));
             else if (rule == nullptr)
                 skip(plans, kind, size, noRow(kMandrelRule, size, rules.file()));
         }
@@ -437,10 +439,10 @@ Plans metricPlans(BarTable const &bars, SchedulingBends const &bends, BendRules 
             if (fits(kMetric, row->radius, size.diameter))
                 plans.templates.push_back(metricHooked(size, *row, *rule, shapes));
             else
-                skip(plans, "hooked", size, "its bends do not fit in a bar of " + number(kMetric.barLength) + " mm");
+                skip(plans, "hooked", size, sentence("its bends do not fit in a bar of {} mm", number(kMetric.barLength)));
         }
         if (size.diameter > kThickestMeshMm)
-            skip(plans, "mesh", size, "mesh sheets are made of bars up to " + number(kThickestMeshMm) + " mm");
+            skip(plans, "mesh", size, sentence("mesh sheets are made of bars up to {} mm", number(kThickestMeshMm)));
         else if (rule == nullptr)
             skip(plans, "mesh", size, noRow(kMandrelRule, size, rules.file()));
         else
@@ -464,11 +466,11 @@ Plans inchPlans(BarTable const &bars, BendRules const &rules)
         if (main == nullptr || !main->hook90 || main->hook180.empty())
             skip(plans, "hooked", size, noRow(kMainHookRule, size, rules.file()));
         else if (!fits(kInch, main->radius(size.diameter), size.diameter))
-            skip(plans, "hooked", size, "its bends do not fit in a bar of " + number(kInch.barLength) + " in");
+            skip(plans, "hooked", size, sentence("its bends do not fit in a bar of {} in", number(kInch.barLength)));
         else
             plans.templates.push_back(inchHooked(size, *main));
         if (size.number > kThickestMeshNumber)
-            skip(plans, "mesh", size, "mesh sheets are made of bars up to No. " + std::to_string(kThickestMeshNumber));
+            skip(plans, "mesh", size, sentence("mesh sheets are made of bars up to No. {}", kThickestMeshNumber));
         else if (main == nullptr)
             skip(plans, "mesh", size, noRow(kMainHookRule, size, rules.file()));
         else
