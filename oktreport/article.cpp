@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktreport/article.h>
 
+#include <oktformat/sentence.h>
 #include <oktreport/html.h>
 
 #include <algorithm>
@@ -21,8 +22,8 @@ constexpr char kFirmBlank[] = "\xC2\xA0";
 
 std::string heading(int level, std::string const &text, std::string const &id = {})
 {
-    std::string const tag = "h" + std::to_string(level);
-    return "<" + tag + attribute("id", id) + ">" + text + "</" + tag + ">\n";
+    std::string const tag = sentence("h{}", level);
+    return sentence("<{}{}>{}</{}>\n", tag, attribute("id", id), text, tag);
 }
 
 std::string joined(std::vector<std::string> const &texts)
@@ -41,8 +42,10 @@ std::string withUnit(std::string const &text, std::string const &unit)
 /// A folded part. With scripts its contents are created when it is opened; without scripts they are always there.
 std::string foldedPart(std::string const &anchor, char const *name, char const *title, std::string const &contents)
 {
-    return "<details class=\"part\" id=\"" + anchor + "-" + name + "\"><summary>" + title + "</summary>\n<noscript>\n" +
-           contents + "</noscript></details>\n";
+    return sentence("<details class=\"part\" id=\"{}-{}\"><summary>{}</summary>\n"
+                    "<noscript>\n"
+                    "{}</noscript></details>\n",
+                    anchor, name, title, contents);
 }
 
 // Parameters
@@ -63,12 +66,12 @@ struct Columns
                 }
     }
 
-    std::string span() const { return " colspan=\"" + std::to_string(4 + (expression ? 1 : 0) + (description ? 1 : 0)) + "\""; }
+    std::string span() const { return sentence(" colspan=\"{}\"", 4 + (expression ? 1 : 0) + (description ? 1 : 0)); }
 };
 
 std::string cell(char const *style, std::string const &contents)
 {
-    return contents.empty() ? "<td></td>" : "<td class=\"" + std::string(style) + "\">" + contents + "</td>";
+    return contents.empty() ? "<td></td>" : sentence("<td class=\"{}\">{}</td>", style, contents);
 }
 
 std::string unitCell(PageValue const &value, std::size_t unit)
@@ -76,8 +79,7 @@ std::string unitCell(PageValue const &value, std::size_t unit)
     if (value.isUnitMissing)
         return "<td class=\"note\">unit not told</td>";
     std::string const &shown = unitOf(value, unit);
-    return shown.empty() ? "<td></td>"
-                         : "<td" + std::string(value.isConverted ? " class=\"unit\"" : "") + ">" + shown + "</td>";
+    return shown.empty() ? "<td></td>" : sentence("<td{}>{}</td>", value.isConverted ? " class=\"unit\"" : "", shown);
 }
 
 std::string valueCells(PageValue const &value, std::size_t unit)
@@ -85,42 +87,44 @@ std::string valueCells(PageValue const &value, std::size_t unit)
     if (value.isAbsent)
         return "<td class=\"num note\">none</td><td></td>";
     if (!value.folded.empty() && !value.isConverted)
-        return "<td class=\"long\">" + value.folded + "</td><td></td>";
+        return sentence("<td class=\"long\">{}</td><td></td>", value.folded);
     std::string const &text = value.texts[unit];
     std::string const &exact = value.exact[unit];
     bool const isLong = !value.isNumber && text.size() > kLongestShort;
-    std::string cells = "<td class=\"" + std::string(isLong ? "long" : "num") + "\"";
+    std::string cells = sentence("<td class=\"{}\"", isLong ? "long" : "num");
     for (std::size_t i = 0; value.isConverted && i < kUnitNames.size(); ++i)
     {
         std::string const name = "data-" + std::string(kUnitNames[i]);
-        cells += " " + name + "=\"" + value.texts[i] + "\"";
+        cells += sentence(" {}=\"{}\"", name, value.texts[i]);
         if (value.exact[i] != value.texts[i])
-            cells += " " + name + "-exact=\"" + value.exact[i] + "\"";
+            cells += sentence(" {}-exact=\"{}\"", name, value.exact[i]);
     }
     if (value.isNumber && exact != text)
-        cells += " title=\"" + withUnit(exact, unitOf(value, unit)) + "\"";
-    return cells + ">" + (text.empty() ? "<span class=\"note\">empty</span>" : text) + "</td>" + unitCell(value, unit);
+        cells += sentence(" title=\"{}\"", withUnit(exact, unitOf(value, unit)));
+    return sentence("{}>{}</td>{}", cells, text.empty() ? "<span class=\"note\">empty</span>" : text, unitCell(value, unit));
 }
 
 std::string parameterRow(PageParameter const &parameter, Columns const &columns, std::string const &anchor, std::size_t unit)
 {
     if (!parameter.isLink)
-        return "<tr><th scope=\"row\" class=\"note\"" + columns.span() + ">" + parameter.name + "</th></tr>\n";
-    std::string row = "<tr" + (parameter.box ? attribute("id", anchor + "-" + std::to_string(*parameter.box)) : "") +
-                      "><th scope=\"row\">" + parameter.name + "</th>" + valueCells(parameter.value, unit);
+        return sentence("<tr><th scope=\"row\" class=\"note\"{}>{}</th></tr>\n", columns.span(), parameter.name);
+    std::string row = sentence("<tr{}><th scope=\"row\">{}</th>{}",
+                               parameter.box ? attribute("id", sentence("{}-{}", anchor, *parameter.box)) : "", parameter.name,
+                               valueCells(parameter.value, unit));
     if (columns.expression)
-        row += cell("expression",
-                    (parameter.expression.empty() ? "" : "<code>" + parameter.expression + "</code>") +
-                        (parameter.uses.empty() ? "" : "<span class=\"uses\">uses " + joined(parameter.uses) + "</span>"));
+        row +=
+            cell("expression",
+                 (parameter.expression.empty() ? "" : sentence("<code>{}</code>", parameter.expression)) +
+                     (parameter.uses.empty() ? "" : sentence("<span class=\"uses\">uses {}</span>", joined(parameter.uses))));
     if (columns.description)
         row += cell("description", parameter.description);
-    return row + cell("kind", parameter.type + (parameter.type.empty() ? "" : ", ") + parameter.kind) + "</tr>\n";
+    return sentence("{}{}</tr>\n", row, cell("kind", parameter.type + (parameter.type.empty() ? "" : ", ") + parameter.kind));
 }
 
 std::string categoryRows(PageCategory const &category, Columns const &columns, std::string const &anchor, std::size_t unit)
 {
-    std::string rows = "<tbody><tr class=\"category\"><th scope=\"rowgroup\"" + columns.span() + ">" + category.title +
-                       (category.isAbove ? " <span class=\"note\">shown above</span>" : "") + "</th></tr>\n";
+    std::string rows = sentence("<tbody><tr class=\"category\"><th scope=\"rowgroup\"{}>{}{}</th></tr>\n", columns.span(),
+                                category.title, category.isAbove ? " <span class=\"note\">shown above</span>" : "");
     for (PageParameter const &parameter : category.parameters)
         rows += parameterRow(parameter, columns, anchor, unit);
     return rows + "</tbody>\n";
@@ -133,19 +137,20 @@ std::string parametersSection(TemplateFacts const &facts, ArticleStyle const &st
     Columns const columns(facts);
     std::string const id = facts.anchor + "-parameters";
     std::string text =
-        "<section class=\"parameters\" aria-labelledby=\"" + id + "\">\n" + heading(style.level + 1, "Parameters", id) +
-        "<table class=\"values\">\n<thead><tr><th scope=\"col\">Name</th><th scope=\"col\" class=\"num\">Value</th>"
-        "<th scope=\"col\"><span class=\"hidden\">Unit</span></th>" +
-        (columns.expression ? "<th scope=\"col\">Expression</th>" : "") +
-        (columns.description ? "<th scope=\"col\">Description</th>" : "") + "<th scope=\"col\">Kind</th></tr></thead>\n";
+        sentence("<section class=\"parameters\" aria-labelledby=\"{}\">\n"
+                 "{}<table class=\"values\">\n"
+                 "<thead><tr><th scope=\"col\">Name</th><th scope=\"col\" class=\"num\">Value</th><th scope=\"col\"><span "
+                 "class=\"hidden\">Unit</span></th>{}{}<th scope=\"col\">Kind</th></tr></thead>\n",
+                 id, heading(style.level + 1, "Parameters", id), columns.expression ? "<th scope=\"col\">Expression</th>" : "",
+                 columns.description ? "<th scope=\"col\">Description</th>" : "");
     bool const namesGroups = std::count_if(facts.groups.begin(), facts.groups.end(),
                                            [](PageGroup const &group) { return !group.title.empty(); }) > 1 ||
                              facts.groups.front().id.empty();
     for (PageGroup const &group : facts.groups)
     {
         if (namesGroups && !group.title.empty())
-            text += "<tbody class=\"group\"><tr><th scope=\"rowgroup\"" + columns.span() + ">" + group.title +
-                    "</th></tr></tbody>\n";
+            text += sentence("<tbody class=\"group\"><tr><th scope=\"rowgroup\"{}>{}</th></tr></tbody>\n", columns.span(),
+                             group.title);
         for (PageCategory const &category : group.categories)
             text += categoryRows(category, columns, facts.anchor, style.unit);
     }
@@ -187,9 +192,9 @@ std::string stretchTable(TemplateFacts const &facts)
                         "<th scope=\"col\">Type</th><th scope=\"col\">Id</th><th scope=\"col\" class=\"num\">From byte</th>"
                         "<th scope=\"col\" class=\"num\">Bytes</th></tr></thead>\n<tbody>\n";
     for (PageStretch const &stretch : facts.stretches)
-        table += "<tr" + attribute("class", styleOf(stretch)) + "><td>" + labelOf(stretch) + "</td><td>" + stretch.name +
-                 "</td><td>" + stretch.type + "</td><td>" + stretch.id + "</td><td>" + std::to_string(stretch.offset) +
-                 "</td><td>" + std::to_string(stretch.size) + "</td></tr>\n";
+        table += sentence("<tr{}><td>{}</td><td>{}</td><td>{}</td><td>{}</td><td>{}</td><td>{}</td></tr>\n",
+                          attribute("class", styleOf(stretch)), labelOf(stretch), stretch.name, stretch.type, stretch.id,
+                          stretch.offset, stretch.size);
     return table + "</tbody></table>\n";
 }
 
@@ -224,10 +229,10 @@ std::string sumTable(TemplateFacts const &facts)
     for (Sum const &sum : sums)
     {
         std::uint64_t const tenths = facts.size == 0 ? 0 : (sum.bytes * 1000 + facts.size / 2) / facts.size;
-        table += "<tr" + attribute("class", sum.style) + "><th scope=\"row\">" + sum.label + "</th><td class=\"num\">" +
-                 (sum.objects == 0 ? "" : grouped(sum.objects)) + "</td><td class=\"num\">" + grouped(sum.bytes) +
-                 "</td><td class=\"num\">" + std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) +
-                 "&#8239;%</td></tr>\n";
+        table += sentence("<tr{}><th scope=\"row\">{}</th><td class=\"num\">{}</td><td class=\"num\">{}</td><td "
+                          "class=\"num\">{}.{}&#8239;%</td></tr>\n",
+                          attribute("class", sum.style), sum.label, sum.objects == 0 ? "" : grouped(sum.objects),
+                          grouped(sum.bytes), tenths / 10, tenths % 10);
     }
     return table + "</tbody></table>\n";
 }
@@ -238,8 +243,9 @@ std::string pictureList(TemplateFacts const &facts, int level)
         return "";
     std::string text = heading(level, "Pictures") + "<ul>\n";
     for (PagePicture const &picture : facts.pictures)
-        text += "<li>" + picture.label + kDot + (picture.size == 0 ? "empty" : html(std::string_view(picture.format.text()))) +
-                kDot + counted(picture.size, "byte") + kDot + picture.id + "<br/>" + picture.camera + "</li>\n";
+        text += sentence("<li>{}{}{}{}{}{}{}<br/>{}</li>\n", picture.label, kDot,
+                         picture.size == 0 ? "empty" : html(std::string_view(picture.format.text())), kDot,
+                         counted(picture.size, "byte"), kDot, picture.id, picture.camera);
     return text + "</ul>\n";
 }
 
@@ -250,13 +256,13 @@ std::string otherObjects(TemplateFacts const &facts, int level)
     std::string text = heading(level, "Other objects");
     for (PageObject const &object : facts.others)
     {
-        text += "<p class=\"object\"><code>" + object.className + "</code> <span class=\"note\">" + object.id +
-                (object.note.empty() ? "" : ", " + object.note) + "</span></p>\n";
+        text += sentence("<p class=\"object\"><code>{}</code> <span class=\"note\">{}{}</span></p>\n", object.className,
+                         object.id, object.note.empty() ? "" : ", " + object.note);
         if (object.members.empty())
             continue;
         text += "<table class=\"members\"><tbody>\n";
         for (PageFact const &member : object.members)
-            text += "<tr><th scope=\"row\">" + member.name + "</th><td>" + member.value + "</td></tr>\n";
+            text += sentence("<tr><th scope=\"row\">{}</th><td>{}</td></tr>\n", member.name, member.value);
         text += "</tbody></table>\n";
     }
     return text;
@@ -271,8 +277,8 @@ std::string inlineValue(PageValue const &value, std::size_t unit)
         return text + (value.isUnitMissing ? " <span class=\"note\">unit not told</span>" : "");
     std::string result = "<span";
     for (std::size_t i = 0; i < kUnitNames.size(); ++i)
-        result += " data-" + std::string(kUnitNames[i]) + "=\"" + withUnit(value.texts[i], value.units[i]) + "\"";
-    return result + ">" + text + "</span>";
+        result += sentence(" data-{}=\"{}\"", kUnitNames[i], withUnit(value.texts[i], value.units[i]));
+    return sentence("{}>{}</span>", result, text);
 }
 
 std::string figuresText(KeyFact const &fact, std::size_t unit)
@@ -291,18 +297,18 @@ std::string sheetPart(TemplateFacts const &facts, ArticleStyle const &style)
     {
         text += "<dl class=\"facts\">\n";
         for (KeyFact const &fact : facts.keyFacts)
-            text += "<dt>" + fact.name + "</dt><dd" + (fact.isComputed ? " class=\"made\"" : "") + ">" +
-                    figuresText(fact, style.unit) +
-                    (fact.note.empty() ? "" : " <span class=\"note\">" + fact.note + "</span>") + "</dd>\n";
+            text += sentence("<dt>{}</dt><dd{}>{}{}</dd>\n", fact.name, fact.isComputed ? " class=\"made\"" : "",
+                             figuresText(fact, style.unit),
+                             fact.note.empty() ? "" : sentence(" <span class=\"note\">{}</span>", fact.note));
         text += "</dl>\n";
     }
     if (!facts.unread.empty())
     {
         std::string const id = facts.anchor + "-unread";
-        text +=
-            "<section class=\"unread\" aria-labelledby=\"" + id + "\">\n" + heading(style.level + 1, "Not read", id) + "<ul>\n";
+        text += sentence("<section class=\"unread\" aria-labelledby=\"{}\">\n{}<ul>\n", id,
+                         heading(style.level + 1, "Not read", id));
         for (PageFact const &object : facts.unread)
-            text += "<li>" + object.name + " <span class=\"note\">" + object.value + "</span></li>\n";
+            text += sentence("<li>{} <span class=\"note\">{}</span></li>\n", object.name, object.value);
         text += "</ul>\n</section>\n";
     }
     return text + parametersSection(facts, style);
@@ -317,19 +323,19 @@ std::string relationsPart(TemplateFacts const &facts)
     {
         text += "<ul class=\"relations\">\n";
         for (PageRelation const &relation : facts.relations)
-            text += "<li><code>" + relation.className + "</code> " +
-                    (relation.members.empty() ? "<span class=\"note\">ties no parameters</span>"
-                                              : "ties " + joined(relation.members)) +
-                    "</li>\n";
+            text += sentence("<li><code>{}</code> {}</li>\n", relation.className,
+                             relation.members.empty() ? "<span class=\"note\">ties no parameters</span>"
+                                                      : "ties " + joined(relation.members));
         text += "</ul>\n";
     }
     if (!facts.graph.edges.empty())
     {
         RelationGraph const part = drawnPart(facts.graph);
-        text += "<script type=\"application/json\">" + graphData(part) + "</script>\n";
+        text += sentence("<script type=\"application/json\">{}</script>\n", graphData(part));
         if (part.nodes.size() < facts.graph.nodes.size() || part.edges.size() < facts.graph.edges.size())
-            text += "<p class=\"note\">Drawn are the first " + counted(part.nodes.size(), "object") + " of " +
-                    grouped(facts.graph.nodes.size()) + " and " + grouped(part.edges.size()) + " of their ties.</p>\n";
+            text +=
+                sentence("<p class=\"note\">Drawn are the first {} of {} and {} of their ties.</p>\n",
+                         counted(part.nodes.size(), "object"), grouped(facts.graph.nodes.size()), grouped(part.edges.size()));
     }
     return foldedPart(facts.anchor, "relations", "Relations", text);
 }
@@ -338,13 +344,13 @@ std::string insidePart(TemplateFacts const &facts, ArticleStyle const &style)
 {
     int const level = style.level + 1;
     std::string text =
-        "<p>" + counted(facts.objects, "object") + kDot + counted(facts.size, "byte") + "</p>\n<dl class=\"facts\">\n";
+        sentence("<p>{}{}{}</p>\n<dl class=\"facts\">\n", counted(facts.objects, "object"), kDot, counted(facts.size, "byte"));
     if (!facts.longName.empty())
-        text += "<dt>Name</dt><dd>" + facts.longName + "</dd>\n";
+        text += sentence("<dt>Name</dt><dd>{}</dd>\n", facts.longName);
     for (PageFact const &fact : facts.header)
-        text += "<dt>" + fact.name + "</dt><dd>" + fact.value + "</dd>\n";
-    text += "</dl>\n" + pictureList(facts, level) + otherObjects(facts, level) + heading(level, "Bytes") + sumTable(facts) +
-            stretchTable(facts);
+        text += sentence("<dt>{}</dt><dd>{}</dd>\n", fact.name, fact.value);
+    text += sentence("</dl>\n{}{}{}{}{}", pictureList(facts, level), otherObjects(facts, level), heading(level, "Bytes"),
+                     sumTable(facts), stretchTable(facts));
     return foldedPart(facts.anchor, "inside", "Inside the file", text);
 }
 

@@ -2,6 +2,7 @@
 #include <oktreport/html.h>
 
 #include <oktformat/escape.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktformat/utf8.h>
 
@@ -97,13 +98,13 @@ std::string unfolding(CString const &text)
     std::string const beginning = shortened(whole, kLongestOpen);
     if (beginning.size() >= whole.size())
         return escapedLine(whole);
-    return "<details class=\"text\"><summary>" + escapedLine(beginning) + " <span class=\"note\">" +
-           counted(width(whole), "character") + "</span></summary>" + escapedLine(whole) + "</details>";
+    return sentence("<details class=\"text\"><summary>{} <span class=\"note\">{}</span></summary>{}</details>",
+                    escapedLine(beginning), counted(width(whole), "character"), escapedLine(whole));
 }
 
 std::string attribute(char const *name, std::string const &value)
 {
-    return value.empty() ? "" : " " + std::string(name) + "=\"" + value + "\"";
+    return value.empty() ? "" : sentence(" {}=\"{}\"", name, value);
 }
 
 std::string jsonText(std::string_view text)
@@ -146,7 +147,7 @@ std::string counted(std::uint64_t number, std::string const &noun)
 
 std::string dataUri(char const *type, CByteArray const &bytes)
 {
-    std::string uri = "data:" + std::string(type) + ";base64,";
+    std::string uri = sentence("data:{};base64,", type);
     std::size_t const head = uri.size();
     int length = base64EncodedLength(bytes.GetSize(), kBase64NoLineBreaks);
     uri.resize(head + static_cast<std::size_t>(length));

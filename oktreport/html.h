@@ -29,7 +29,7 @@ std::string unfolding(CString const &text);
 /// " name="value"", the value being HTML already; nothing for an empty value.
 std::string attribute(char const *name, std::string const &value);
 
-/// A printable text as the inside of a JSON string in a page. It cannot contain a tag or an entity reference.
+/// A printable text as the inside of a JSON string in a page. It cannot contain a tag or an entity reference, so no JSON library writes it.
 std::string jsonText(std::string_view printableUtf8);
 
 /// A whole number in groups of three digits, without line breaks: 67 996.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktreport/page.h>
 
+#include <oktformat/sentence.h>
 #include <oktreport/article.h>
 #include <oktreport/html.h>
 #include <oktreport/pageparts.h>
@@ -29,9 +30,8 @@ public:
     void write()
     {
         head();
-        m_text += "<body" + attribute("class", m_isSingle ? "single" : "") +
-                  ">\n"
-                  "<a class=\"skip\" href=\"#content\">Skip to the templates</a>\n";
+        m_text += sentence("<body{}>\n<a class=\"skip\" href=\"#content\">Skip to the templates</a>\n",
+                           attribute("class", m_isSingle ? "single" : ""));
         bar();
         m_text +=
             "<svg class=\"defs\" width=\"0\" height=\"0\" aria-hidden=\"true\"><defs><marker id=\"arrow\" viewBox=\"0 0 8 8\" "
@@ -71,33 +71,38 @@ private:
 
     void head()
     {
-        m_text +=
-            "<!DOCTYPE html>\n<html lang=\"en\" data-unit=\"" + std::string(kUnitNames[m_options.unit]) +
-            "\">\n<head>\n<meta charset=\"utf-8\"/>\n"
-            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
-            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; style-src 'sha256-" +
-            std::string(kPageStyleDigest) + "'; script-src 'sha256-" + std::string(kPageScriptDigest) +
-            "'; base-uri 'none'; form-action 'none'\"/>\n"
-            "<meta name=\"referrer\" content=\"no-referrer\"/>\n"
-            "<meta name=\"generator\" content=\"okt " OKT_VERSION "\"/>\n"
-            "<link rel=\"icon\" href=\"data:,\"/>\n<title>" +
-            title() + "</title>\n<style>" + std::string(kPageStyle) + "</style>\n<script>" + std::string(kPageScript) +
-            "</script>\n</head>\n";
+        m_text += sentence("<!DOCTYPE html>\n"
+                           "<html lang=\"en\" data-unit=\"{}\">\n"
+                           "<head>\n"
+                           "<meta charset=\"utf-8\"/>\n"
+                           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
+                           "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; "
+                           "style-src 'sha256-{}'; script-src 'sha256-{}'; base-uri 'none'; form-action 'none'\"/>\n"
+                           "<meta name=\"referrer\" content=\"no-referrer\"/>\n"
+                           "<meta name=\"generator\" content=\"okt " OKT_VERSION "\"/>\n"
+                           "<link rel=\"icon\" href=\"data:,\"/>\n"
+                           "<title>{}</title>\n"
+                           "<style>{}</style>\n"
+                           "<script>{}</script>\n"
+                           "</head>\n",
+                           kUnitNames[m_options.unit], kPageStyleDigest, kPageScriptDigest, title(), kPageStyle, kPageScript);
     }
 
     void bar()
     {
-        m_text += "<header class=\"bar\">\n<a class=\"home\" href=\"#top\">" + title() +
-                  "</a>\n<div class=\"controls\" role=\"search\">\n"
-                  "<input id=\"search\" type=\"search\" placeholder=\"Search names and values\" "
-                  "aria-label=\"Search names and values\" autocomplete=\"off\" spellcheck=\"false\"/>\n"
-                  "<output id=\"found\" for=\"search\"></output>\n"
-                  "<fieldset class=\"units\"><legend>Unit of lengths</legend>";
+        m_text += sentence("<header class=\"bar\">\n"
+                           "<a class=\"home\" href=\"#top\">{}</a>\n"
+                           "<div class=\"controls\" role=\"search\">\n"
+                           "<input id=\"search\" type=\"search\" placeholder=\"Search names and values\" aria-label=\"Search "
+                           "names and values\" autocomplete=\"off\" spellcheck=\"false\"/>\n"
+                           "<output id=\"found\" for=\"search\"></output>\n"
+                           "<fieldset class=\"units\"><legend>Unit of lengths</legend>",
+                           title());
         for (std::size_t unit = 0; unit < kUnitNames.size(); ++unit)
         {
             std::string const name = kUnitNames[unit];
-            m_text += "<label><input type=\"radio\" name=\"unit\" value=\"" + name + "\"" +
-                      (unit == m_options.unit ? " checked=\"\"" : "") + "/><span>" + name + "</span></label>";
+            m_text += sentence("<label><input type=\"radio\" name=\"unit\" value=\"{}\"{}/><span>{}</span></label>", name,
+                               unit == m_options.unit ? " checked=\"\"" : "", name);
         }
         m_text +=
             "</fieldset>\n<button id=\"theme\" type=\"button\" aria-pressed=\"false\" aria-label=\"Dark colours\" "
@@ -109,8 +114,9 @@ private:
     {
         m_text += "<nav class=\"side\" aria-label=\"Templates\">\n<ol>\n<li><a href=\"#top\">Overview</a></li>\n";
         for (TemplateFacts const &facts : m_templates)
-            m_text += "<li data-of=\"" + facts.anchor + "\"><a href=\"#" + facts.anchor + "\"><span class=\"name\">" +
-                      facts.title + "</span><span class=\"file\">" + facts.file + faultMark(facts) + "</span></a></li>\n";
+            m_text += sentence(
+                "<li data-of=\"{}\"><a href=\"#{}\"><span class=\"name\">{}</span><span class=\"file\">{}{}</span></a></li>\n",
+                facts.anchor, facts.anchor, facts.title, facts.file, faultMark(facts));
         m_text += "</ol>\n</nav>\n";
     }
 
@@ -128,16 +134,19 @@ private:
             parameters += facts.parameters;
             faults += facts.fault.empty() ? 0u : 1u;
         }
-        m_text += "<section class=\"overview\" aria-labelledby=\"top\">\n<h1 id=\"top\">" + title() +
-                  "</h1>\n<p class=\"sum\">" + counted(m_templates.size(), "template") + kDot +
-                  counted(parameters, "parameter") +
-                  (faults == 0 ? "" : kDot + ("<strong class=\"mark\">" + counted(faults, "file") + " with a fault</strong>")) +
-                  "</p>\n<ul class=\"cards\">\n";
+        m_text += sentence(
+            "<section class=\"overview\" aria-labelledby=\"top\">\n"
+            "<h1 id=\"top\">{}</h1>\n"
+            "<p class=\"sum\">{}{}{}{}</p>\n"
+            "<ul class=\"cards\">\n",
+            title(), counted(m_templates.size(), "template"), kDot, counted(parameters, "parameter"),
+            faults == 0 ? "" : kDot + sentence("<strong class=\"mark\">{} with a fault</strong>", counted(faults, "file")));
         for (TemplateFacts const &facts : m_templates)
-            m_text += "<li data-of=\"" + facts.anchor + "\"><a class=\"card\" href=\"#" + facts.anchor +
-                      "\"><span class=\"thumb\"" + attribute("data-picture", pictureOf(facts)) +
-                      "></span><span class=\"name\">" + facts.title + "</span><span class=\"file\">" + facts.file +
-                      faultMark(facts) + "</span><span class=\"note\">" + brief(facts) + "</span></a></li>\n";
+            m_text +=
+                sentence("<li data-of=\"{}\"><a class=\"card\" href=\"#{}\"><span class=\"thumb\"{}></span><span "
+                         "class=\"name\">{}</span><span class=\"file\">{}{}</span><span class=\"note\">{}</span></a></li>\n",
+                         facts.anchor, facts.anchor, attribute("data-picture", pictureOf(facts)), facts.title, facts.file,
+                         faultMark(facts), brief(facts));
         m_text += "</ul>\n</section>\n";
     }
 
@@ -153,9 +162,8 @@ private:
                                  fact.kind == KeyFact::Kind::CuttingLength || fact.kind == KeyFact::Kind::Length ||
                                  fact.kind == KeyFact::Kind::Width || fact.kind == KeyFact::Kind::Mass;
             if (isBrief && fact.figures.size() == 1)
-                text += std::string(text.empty() ? "" : " ") + "<span>" +
-                        (fact.kind == KeyFact::Kind::Diameter ? kDiameterSign : "") + figuresText(fact, m_options.unit) +
-                        "</span>";
+                text += sentence("{}<span>{}{}</span>", text.empty() ? "" : " ",
+                                 fact.kind == KeyFact::Kind::Diameter ? kDiameterSign : "", figuresText(fact, m_options.unit));
         }
         return text.empty() ? counted(facts.parameters, "parameter") : text;
     }
@@ -165,21 +173,24 @@ private:
     void article(TemplateFacts const &facts)
     {
         ArticleStyle const style{m_options.unit, m_isSingle ? 1 : 2};
-        std::string const level = "h" + std::to_string(style.level);
-        m_text += "<article class=\"template\" id=\"" + facts.anchor + "\" aria-labelledby=\"" + facts.anchor +
-                  "-title\">\n<header>\n<" + level + " id=\"" + facts.anchor + "-title\">" + facts.title + "</" + level +
-                  ">\n" + (facts.isRead ? "<p class=\"file\">" + facts.file + "</p>\n" : "");
+        std::string const level = sentence("h{}", style.level);
+        m_text += sentence("<article class=\"template\" id=\"{}\" aria-labelledby=\"{}-title\">\n"
+                           "<header>\n"
+                           "<{} id=\"{}-title\">{}</{}>\n"
+                           "{}",
+                           facts.anchor, facts.anchor, level, facts.anchor, facts.title, level,
+                           facts.isRead ? sentence("<p class=\"file\">{}</p>\n", facts.file) : "");
         if (!facts.fault.empty())
-            m_text += "<p class=\"alarm\"><strong>" +
-                      std::string(facts.isRead ? "This file has a fault; what could be read of it is shown."
-                                               : "This file cannot be read.") +
-                      "</strong> " + facts.fault + "</p>\n";
+            m_text += sentence("<p class=\"alarm\"><strong>{}</strong> {}</p>\n",
+                               facts.isRead ? "This file has a fault; what could be read of it is shown."
+                                            : "This file cannot be read.",
+                               facts.fault);
         m_text += "</header>\n";
         if (facts.isRead)
         {
             pictures(facts);
-            m_text += "<noscript class=\"sheet\">\n" + sheetPart(facts, style) + "</noscript>\n" + relationsPart(facts) +
-                      insidePart(facts, style);
+            m_text += sentence("<noscript class=\"sheet\">\n{}</noscript>\n{}{}", sheetPart(facts, style), relationsPart(facts),
+                               insidePart(facts, style));
         }
         m_text += "</article>\n";
     }
@@ -188,7 +199,7 @@ private:
 
     static std::string anchorOf(TemplateFacts const &facts, PagePicture const &picture)
     {
-        return facts.anchor + "-picture" + std::to_string(&picture - facts.pictures.data());
+        return sentence("{}-picture{}", facts.anchor, &picture - facts.pictures.data());
     }
 
     /// The page contains each picture once. Finds the first picture with the same bytes.
@@ -216,18 +227,18 @@ private:
         m_text += "<noscript class=\"images\">\n<div class=\"pictures\">\n";
         for (PagePicture const &picture : facts.pictures)
         {
-            std::string const alt = picture.label + " of " + facts.title;
+            std::string const alt = sentence("{} of {}", picture.label, facts.title);
             m_text += "<figure>";
             if (picture.uri.empty())
-                m_text += "<p class=\"note\">" + picture.label + ": " + unseen(picture) + "</p>";
+                m_text += sentence("<p class=\"note\">{}: {}</p>", picture.label, unseen(picture));
             else if (Place const &first = m_firstPictures.at(picture.uri); first.anchor != anchorOf(facts, picture))
-                m_text += "<p data-picture=\"" + first.anchor + "\" data-alt=\"" + alt + "\">" + picture.label +
-                          " is the same as that of <a href=\"#" + first.facts->anchor + "\">" + first.facts->title +
-                          "</a>.</p>";
+                m_text +=
+                    sentence("<p data-picture=\"{}\" data-alt=\"{}\">{} is the same as that of <a href=\"#{}\">{}</a>.</p>",
+                             first.anchor, alt, picture.label, first.facts->anchor, first.facts->title);
             else
                 image(picture, first.anchor, alt);
             if (facts.pictures.size() > 1 && !picture.uri.empty())
-                m_text += "<figcaption>" + picture.label + "</figcaption>";
+                m_text += sentence("<figcaption>{}</figcaption>", picture.label);
             m_text += "</figure>\n";
         }
         m_text += "</div>\n</noscript>\n";
@@ -245,10 +256,9 @@ private:
 
     void image(PagePicture const &picture, std::string const &anchor, std::string const &alt)
     {
-        m_text += "<img id=\"" + anchor + "\" alt=\"" + alt + "\"";
+        m_text += sentence("<img id=\"{}\" alt=\"{}\"", anchor, alt);
         if (picture.format.width > 0)
-            m_text += " width=\"" + std::to_string(picture.format.width) + "\" height=\"" +
-                      std::to_string(picture.format.height) + "\"";
+            m_text += sentence(" width=\"{}\" height=\"{}\"", picture.format.width, picture.format.height);
         m_text += " src=\"";
         flush();
         m_sink(picture.uri);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktreport/relationgraph.h>
 
+#include <oktformat/sentence.h>
 #include <oktreport/html.h>
 #include <oktreport/layeredlayout.h>
 
@@ -88,13 +89,12 @@ std::string graphData(RelationGraph const &graph)
         arrows.push_back({edge.from, edge.to});
     Layout const layout = layered(boxes, arrows);
 
-    std::string data = "{\"size\":[" + place(layout.width) + "," + place(layout.height) + "],\"boxes\":[";
+    std::string data = sentence("{{\"size\":[{},{}],\"boxes\":[", place(layout.width), place(layout.height));
     for (std::size_t i = 0; i < graph.nodes.size(); ++i)
     {
         RelationGraph::Node const &node = graph.nodes[i];
-        data += std::string(i == 0 ? "" : ",") + "[" + std::to_string(static_cast<int>(node.kind)) + "," +
-                place(layout.nodes[i].x) + "," + place(layout.nodes[i].y) + "," + place(boxes[i].width) + ",\"" +
-                jsonText(node.label) + "\"]";
+        data += sentence("{}[{},{},{},{},\"{}\"]", i == 0 ? "" : ",", static_cast<int>(node.kind), place(layout.nodes[i].x),
+                         place(layout.nodes[i].y), place(boxes[i].width), jsonText(node.label));
     }
     data += "],\"ties\":[";
     bool isFirst = true;
@@ -104,12 +104,11 @@ std::string graphData(RelationGraph const &graph)
         if (points.empty())
             continue;
         RelationGraph::Edge const &edge = graph.edges[i];
-        data += std::string(isFirst ? "" : ",") + "[" + std::to_string(static_cast<int>(edge.kind)) + "," +
-                std::to_string(edge.from) + "," + std::to_string(edge.to);
+        data += sentence("{}[{},{},{}", isFirst ? "" : ",", static_cast<int>(edge.kind), edge.from, edge.to);
         isFirst = false;
         if (bool const isStraight = points.size() == 2 && points[0].x < points[1].x; !isStraight)
             for (LayoutPoint const &point : points)
-                data += "," + place(point.x) + "," + place(point.y);
+                data += sentence(",{},{}", place(point.x), place(point.y));
         data += "]";
     }
     return data + "]}";

@@ -7,6 +7,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/progress.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/members.h>
 #include <oktinspect/moduletext.h>
@@ -61,7 +62,7 @@ char const *typeOf(ImageFormat const &format)
 std::string pointText(OKTGeXYZ const &point)
 {
     auto const shown = [](double value) { return rounded(value, kCameraDigits); };
-    return "(" + shown(point.X()) + ", " + shown(point.Y()) + ", " + shown(point.Z()) + ")";
+    return sentence("({}, {}, {})", shown(point.X()), shown(point.Y()), shown(point.Z()));
 }
 
 /// An expression that may go on in another line behind an operator.
@@ -131,7 +132,7 @@ private:
             return id.isNull() ? "no object" : printable(id.getGuidAsString(false)) + kNotHere;
         if (CString const name = nameOf(target); !name.IsEmpty())
             return shortened(printable(name), kLongestReference);
-        return printable(classOf(target)) + " " + printable(id.getGuidAsString(false));
+        return sentence("{} {}", printable(classOf(target)), printable(id.getGuidAsString(false)));
     }
 
     std::string reference(OKTDbObjectId const &id) const { return escapedLine(plainReference(id)); }
@@ -158,7 +159,7 @@ private:
         role("Radial", m_pool.RadialReinfId());
         IdArray const pictures = m_pool.picturesId();
         for (int i = 0; i < pictures.getSize(); ++i)
-            role("Picture " + std::to_string(i), pictures.at(i));
+            role(sentence("Picture {}", i), pictures.at(i));
     }
 
     // Categories
@@ -279,7 +280,7 @@ private:
     {
         CString const typeName = parameter.getTypeName();
         std::string const list = printable(parameter.getListIndex());
-        std::string type = typeName.IsEmpty() ? "type " + std::to_string(parameter.Type()) : printable(typeName);
+        std::string type = typeName.IsEmpty() ? sentence("type {}", parameter.Type()) : printable(typeName);
         type += list.empty() ? "" : " " + list;
         return type == printable(parameter.UserName()) ? "" : escapedLine(type);
     }
@@ -333,7 +334,7 @@ private:
         for (int i = 0; i < listed.getSize(); ++i)
             if (OKTDbPicture *const picture = OKTDbPicture::cast(object(listed.at(i))))
                 if (m_shown.insert(picture->objectId()).second)
-                    addPicture("Picture " + std::to_string(i), *picture);
+                    addPicture(sentence("Picture {}", i), *picture);
         for (OKTDbPicture *const picture : all<OKTDbPicture>())
             if (m_shown.insert(picture->objectId()).second)
                 addPicture("Picture in no list", *picture);
@@ -354,7 +355,7 @@ private:
         OKTGeXYZ target;
         OKTGeXYZ up;
         picture.getCameraData(camera, target, up);
-        shown.camera = "Camera " + pointText(camera) + ", target " + pointText(target) + ", up " + pointText(up);
+        shown.camera = sentence("Camera {}, target {}, up {}", pointText(camera), pointText(target), pointText(up));
         m_facts.pictures.push_back(std::move(shown));
     }
 
@@ -381,7 +382,7 @@ private:
 
     static std::string placeOf(Frame const &frame)
     {
-        return counted(static_cast<std::uint64_t>(frame.size), "byte") + " from byte " + std::to_string(frame.offset);
+        return sentence("{} from byte {}", counted(static_cast<std::uint64_t>(frame.size), "byte"), frame.offset);
     }
 
     void unread(UnreadObject const &object)
@@ -389,7 +390,7 @@ private:
         Frame const &frame = object.frame;
         m_facts.unread.push_back({(frame.className.IsEmpty() ? "An object" : html(frame.className)) +
                                       (frame.id ? " " + idHtml(toId(*frame.id)) : ""),
-                                  placeOf(frame) + ": " + escapedLine(object.reason)});
+                                  sentence("{}: {}", placeOf(frame), escapedLine(object.reason))});
     }
 
     // Bytes
@@ -399,7 +400,7 @@ private:
         if (CString const name = nameOf(&object); !name.IsEmpty())
             stretch.name = escapedLine(shortened(printable(name), kLongestReference));
         if (auto const *const parameter = OKTDbParameter::cast(&object))
-            stretch.type = std::to_string(parameter->Type()) + " " + kindName(parameter->Value().vt);
+            stretch.type = sentence("{} {}", parameter->Type(), kindName(parameter->Value().vt));
     }
 
     void stretches()
@@ -523,7 +524,7 @@ void arrange(std::vector<TemplateFacts> &templates)
         return a.title != b.title ? naturalLess(a.title, b.title) : naturalLess(a.file, b.file);
     });
     for (std::size_t i = 0; i < templates.size(); ++i)
-        templates[i].anchor = "t" + std::to_string(i + 1);
+        templates[i].anchor = sentence("t{}", i + 1);
 }
 
 } // namespace okt
