@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/modules.h>
 #include <tools/okt/commands/arguments.h>
@@ -27,8 +28,9 @@ using okt::kWrongUsage;
 
 int answerWrongUsage(okt::WrongUsage const &wrong)
 {
-    std::string const help = wrong.command() == nullptr ? "okt --help" : "okt " + wrong.command()->get_name() + " --help";
-    okt::printError(okt::printable(std::string_view(wrong.what())) + "; see \"" + help + "\"");
+    std::string const help =
+        wrong.command() == nullptr ? "okt --help" : okt::sentence("okt {} --help", wrong.command()->get_name());
+    okt::printError(okt::sentence("{}; see \"{}\"", okt::printable(std::string_view(wrong.what())), help));
     return kWrongUsage;
 }
 

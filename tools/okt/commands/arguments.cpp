@@ -3,6 +3,8 @@
 
 #include <tools/okt/commands/help.h>
 
+#include <oktformat/sentence.h>
+
 #include <algorithm>
 #include <numeric>
 #include <string_view>
@@ -16,7 +18,7 @@ namespace
 std::string meant(std::string const &word, std::vector<std::string> const &names)
 {
     std::string const name = nearest(word, names);
-    return name.empty() ? "" : " (did you mean " + name + "?)";
+    return name.empty() ? "" : sentence(" (did you mean {}?)", name);
 }
 
 bool isOption(std::string const &word) { return word.size() > 1 && word[0] == '-'; }
@@ -117,7 +119,7 @@ private:
     /// A flag may have a form that is called as if it took a value: --csv=local is --csv-local. Null: it has no such form.
     CLI::Option const *formOf(CLI::Option const &option, std::string const &value) const
     {
-        std::string const name = option.get_lnames().front() + "-" + value;
+        std::string const name = sentence("{}-{}", option.get_lnames().front(), value);
         for (CLI::Option const *const each : known())
             if (each->check_lname(name))
                 return each;
@@ -141,9 +143,10 @@ private:
                     longer.push_back(option);
             }
         if (longer.empty())
-            throw WrongUsage(m_command, "there is no option " + word + meant(word, names));
+            throw WrongUsage(m_command, sentence("there is no option {}{}", word, meant(word, names)));
         if (longer.size() > 1)
-            throw WrongUsage(m_command, word + " may be short for " + nameOf(*longer[0]) + " and for " + nameOf(*longer[1]));
+            throw WrongUsage(m_command,
+                             sentence("{} may be short for {} and for {}", word, nameOf(*longer[0]), nameOf(*longer[1])));
         return *longer.front();
     }
 
@@ -157,9 +160,10 @@ private:
                 return std::count(option->get_snames().begin(), option->get_snames().end(), name) > 0;
             });
             if (found == all.end())
-                throw WrongUsage(m_command,
-                                 "there is no option -" + name +
-                                     (word.size() == 2 ? "" : ", as in " + word + "; a name like this stands behind --"));
+                throw WrongUsage(
+                    m_command,
+                    sentence("there is no option -{}{}", name,
+                             word.size() == 2 ? "" : sentence(", as in {}; a name like this stands behind --", word)));
             if (takesValue(**found) && i + 1 < word.size())
                 return put(**found, word.substr(i + 1));
             put(**found);
@@ -233,7 +237,7 @@ WrongUsage noCommand(CLI::App const &app, std::string const &name)
     std::vector<std::string> names;
     for (CLI::App const *const command : commandsOf(app))
         names.push_back(command->get_name());
-    return {nullptr, "there is no command " + name + meant(name, names)};
+    return {nullptr, sentence("there is no command {}{}", name, meant(name, names))};
 }
 
 std::string nearest(std::string const &word, std::vector<std::string> const &names)

@@ -25,7 +25,7 @@ private:
 /// A command line, the name of the program first, as getopt_long reads it: options and operands in any order, `--` ends the
 /// options, `--name value` and `--name=value`, `-nvalue` and `-n value`, flags of one letter together, long names shortened where
 /// that is unique. Returns an unambiguous form for the parser: options first, with their long names, then
-/// `--` and the operands. Throws WrongUsage.
+/// `--` and the operands. Own code, because CLI11 shortens no names and says nothing of a near one. Throws WrongUsage.
 std::vector<std::string> arranged(CLI::App const &app, std::vector<std::string> const &words);
 
 /// Our message for an error of the parser.

@@ -2,6 +2,7 @@
 #include <tools/okt/commands/commands.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktrebar/clientobjects.h>
 #include <oktrebar/plansource.h>
@@ -51,13 +52,13 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
         std::unique_ptr<OKTDbPool> const pool = buildPool(plan);
         addClientObjects(*pool, plan);
         int const size = writePool(*pool, path);
-        print(printable(pathName(path)) + ": " + printable(std::string_view(plan.poolName)) + ", " + plural(size, "byte") +
-              "\n");
+        print(sentence("{}: {}, {}\n", printable(pathName(path)), printable(std::string_view(plan.poolName)),
+                       plural(size, "byte")));
     }
     for (SkippedTemplate const &skipped : plans.skipped)
-        print("no " + skipped.stem + ": " + printable(skipped.reason) + "\n");
-    print(plural(static_cast<std::int64_t>(plans.templates.size()), "template") + " in " + printable(pathName(outputFolder)) +
-          ", " + std::to_string(plans.skipped.size() + plans.faults.size()) + " not made\n");
+        print(sentence("no {}: {}\n", skipped.stem, printable(skipped.reason)));
+    print(sentence("{} in {}, {} not made\n", plural(static_cast<std::int64_t>(plans.templates.size()), "template"),
+                   printable(pathName(outputFolder)), plans.skipped.size() + plans.faults.size()));
     return plans.faults.empty();
 }
 

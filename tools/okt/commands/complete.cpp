@@ -3,6 +3,8 @@
 
 #include <tools/okt/commands/help.h>
 
+#include <oktformat/sentence.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -89,7 +91,7 @@ public:
 private:
     static std::string lineOf(std::string const &word, std::string const &what)
     {
-        return word + (what.empty() ? "" : "\t" + firstLine(what)) + "\n";
+        return sentence("{}{}\n", word, what.empty() ? "" : "\t" + firstLine(what));
     }
 
     void take(std::string const &word)

@@ -10,7 +10,7 @@
 namespace okt
 {
 
-// How shells complete command lines: the script of each asks "okt __complete -- WORDS..." what may stand at the cursor.
+// How shells complete command lines: the script of each asks "okt __complete -- WORDS..." what may stand at the cursor. Own code, because CLI11 completes nothing.
 
 /// The script for bash, zsh or fish.
 std::string completionScript(std::string const &shell);

@@ -5,6 +5,7 @@
 #include <tools/okt/printing/difftext.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/reportcollector.h>
 #include <tools/okt/commands/commands.h>
@@ -127,7 +128,7 @@ int compareForGit(Options const &options)
 void checkFiles(Options const &options)
 {
     std::string const here =
-        options.files.size() == 1 ? ", only one is given" : ", " + std::to_string(options.files.size()) + " are given";
+        options.files.size() == 1 ? ", only one is given" : sentence(", {} are given", options.files.size());
     if (options.fromGit && !gitCallOf(options.files))
         throw CLI::ValidationError("--git", "git gives 1, 7, 8 or 9 arguments" + here);
     if (!options.fromGit && options.files.size() != 2)

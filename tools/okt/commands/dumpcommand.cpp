@@ -3,6 +3,7 @@
 
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/dump.h>
 #include <tools/okt/printing/dumplines.h>
@@ -35,7 +36,7 @@ struct Options
 
 _GUID idOf(std::string const &text)
 {
-    return OKTTools::getGUIDFromString(CString::FromUtf8(text.starts_with('{') ? text : "{" + text + "}"));
+    return OKTTools::getGUIDFromString(CString::FromUtf8(text.starts_with('{') ? text : sentence("{{{}}}", text)));
 }
 
 /// For the parser: why a text is not an id; empty: it is one. Only the form is checked, since not every system gives the null id for a
@@ -87,7 +88,7 @@ int dumpFile(Options const &options)
     if (result == DumpResult::NoSuchId)
         printError(Failure(how.name, "", "there is no object " + idText(*range.id)).what());
     if (result == DumpResult::BehindTheEnd)
-        printError(Failure(how.name, byteAt(*range.offset), "the file ends at byte " + std::to_string(source->size())).what());
+        printError(Failure(how.name, byteAt(*range.offset), sentence("the file ends at byte {}", source->size())).what());
     return result == DumpResult::Whole ? kDone : kFailed;
 }
 

@@ -9,6 +9,7 @@
 #include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/reportcollector.h>
@@ -129,7 +130,8 @@ private:
         }
         catch (Failure const &failure)
         {
-            throw Failure(m_file, "", failure.withoutFile() + "; nothing is saved, the text is kept in " + session.keep());
+            throw Failure(m_file, "",
+                          sentence("{}; nothing is saved, the text is kept in {}", failure.withoutFile(), session.keep()));
         }
     }
 
@@ -146,7 +148,7 @@ private:
 
     int told(char const *what) const
     {
-        print(printable(std::string_view(m_file)) + ": " + what + "\n");
+        print(sentence("{}: {}\n", printable(std::string_view(m_file)), what));
         return kDone;
     }
 

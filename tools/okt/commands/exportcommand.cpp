@@ -2,6 +2,7 @@
 #include <tools/okt/commands/commands.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/poolreader.h>
 #include <oktinspect/reportcollector.h>
@@ -103,7 +104,7 @@ void exportForGit(fs::path const &path)
     catch (Failure const &failure)
     {
         // Git gives copies of files other names each time.
-        return print("! " + failure.withoutFile() + "\n");
+        return print(sentence("! {}\n", failure.withoutFile()));
     }
     std::optional<Waiting> waiting(std::in_place, printable(inputName(path)), static_cast<std::uintmax_t>(image.GetSize()));
     auto const sink = [&waiting](std::string_view piece) {

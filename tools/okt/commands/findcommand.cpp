@@ -15,6 +15,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <tools/okt/terminal/console.h>
 
@@ -67,7 +68,7 @@ public:
     }
 
     /// "3 of 48 files".
-    void total() const { print(std::to_string(m_found) + " of " + plural(m_files, "file") + "\n"); }
+    void total() const { print(sentence("{} of {}\n", m_found, plural(m_files, "file"))); }
 
     /// A condition that no template fulfils is said; a pattern that is found nowhere is not, as of other searching programs.
     void tellNothing() const
@@ -157,7 +158,7 @@ private:
         std::string text;
         for (FindMatch const &match : found.matches)
             text += Failure(file, byteAt(match.offset),
-                            printable(found.className) + (label.empty() ? "" : " " + label) + ": " + what(match))
+                            sentence("{}{}: {}", printable(found.className), label.empty() ? "" : " " + label, what(match)))
                         .what() +
                     std::string("\n");
         print(text);

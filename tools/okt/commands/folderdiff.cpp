@@ -14,6 +14,7 @@
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
 #include <oktformat/poolheader.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/pooldiff.h>
 
@@ -69,8 +70,8 @@ public:
                 tell("added", "+ ", path);
             }
         if (!m_options.asJson && (m_options.isQuiet || different() > 0))
-            print(std::to_string(m_removed) + " removed, " + std::to_string(m_added) + " added, " + std::to_string(m_renamed) +
-                  " renamed, " + std::to_string(m_changed) + " changed, " + std::to_string(m_same) + " the same\n");
+            print(sentence("{} removed, {} added, {} renamed, {} changed, {} the same\n", m_removed, m_added, m_renamed,
+                           m_changed, m_same));
         return m_isTrouble ? kTrouble : different() > 0 ? kDifferent : kDone;
     }
 
@@ -116,7 +117,7 @@ private:
         if (m_options.asJson)
             print(lineOf({{"file", path}, {"change", change}}));
         else if (!m_options.isQuiet)
-            print(sign + printable(std::string_view(path)) + "\n");
+            print(sentence("{}{}\n", sign, printable(std::string_view(path))));
     }
 
     void look(std::string const &path, std::string const &newPath, std::string const &before, std::string const &after)
@@ -156,7 +157,7 @@ private:
         if (!m_options.asJson)
         {
             if (isRenamed)
-                print("> " + printable(std::string_view(path)) + " -> " + printable(std::string_view(newPath)) + "\n");
+                print(sentence("> {} -> {}\n", printable(std::string_view(path)), printable(std::string_view(newPath))));
             return print(text);
         }
         PlainJson json = {{"file", path}, {"change", isRenamed ? "renamed" : "changed"}};

@@ -6,6 +6,7 @@
 #include <tools/okt/terminal/console.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/valuetext.h>
 #include <oktrebar/expressions.h>
@@ -40,9 +41,9 @@ int get(Options const &options)
         return kFailed;
     }
     if (found.size() > 1)
-        throw Failure(read.name, "",
-                      excerpt(options.name) + " stands there " + std::to_string(found.size()) +
-                          " times; an id tells which one is meant");
+        throw Failure(
+            read.name, "",
+            sentence("{} stands there {} times; an id tells which one is meant", excerpt(options.name), found.size()));
     StoredParameter const &parameter = read.pool.parameters[found.front()];
     LengthUnit const &shown = *findLengthUnit(options.unit);
     LengthUnit const &drawn = TemplateExpressions(read.pool).unit();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/gitcall.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -15,8 +16,8 @@ std::string GitCall::text() const
 {
     std::string text;
     if (before.exists() && after.exists() && before.mode != after.mode)
-        text += "old mode " + printable(std::string_view(before.mode)) + "\nnew mode " +
-                printable(std::string_view(after.mode)) + "\n";
+        text += sentence("old mode {}\nnew mode {}\n", printable(std::string_view(before.mode)),
+                         printable(std::string_view(after.mode)));
     for (std::string const &line : about)
         text += printable(std::string_view(line)) + "\n";
     return text;

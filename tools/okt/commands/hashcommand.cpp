@@ -8,6 +8,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <memory>
@@ -69,7 +70,7 @@ int hashAll(Options const &options)
             std::string const digest = options.ofBytes ? byteDigestOf(file) : contentDigestOf(file);
             ++digested;
             if (!options.isQuiet)
-                print(digest + "  " + printable(std::string_view(name)) + "\n");
+                print(sentence("{}  {}\n", digest, printable(std::string_view(name))));
         }
         catch (Failure const &failure)
         {
@@ -77,7 +78,7 @@ int hashAll(Options const &options)
         }
     }
     if (options.isQuiet)
-        print(plural(files, "file") + ", " + plural(digested, "digest") + "\n");
+        print(sentence("{}, {}\n", plural(files, "file"), plural(digested, "digest")));
     return ok ? kDone : kFailed;
 }
 

@@ -3,6 +3,8 @@
 
 #include <tools/okt/commands/manual.h>
 
+#include <oktformat/sentence.h>
+
 #include <algorithm>
 #include <map>
 #include <memory>
@@ -50,8 +52,9 @@ void finishHelp(CLI::App &app)
 {
     auto const formatter = std::make_shared<HelpFormatter>();
     app.formatter(formatter);
-    app.footer("okt help COMMAND tells more, with examples.\n" + std::string(kExitCode) + kUsualExitCodes +
-               " okt find, okt get, okt set, okt lint, okt verify, okt edit and okt diff tell their own.");
+    app.footer(sentence("okt help COMMAND tells more, with examples.\n"
+                        "{}{} okt find, okt get, okt set, okt lint, okt verify, okt edit and okt diff tell their own.",
+                        kExitCode, kUsualExitCodes));
     for (CLI::App *const command : app.get_subcommands(nullptr))
     {
         command->formatter(formatter);
@@ -63,22 +66,23 @@ void finishHelp(CLI::App &app)
         help.exitCodes = codes.empty() ? kUsualExitCodes : codes.substr(codes.starts_with(kExitCode) ? kExitCode.size() : 0);
         std::string footer = help.examples.empty() ? "" : "Examples:\n";
         for (std::string const &example : help.examples)
-            footer += "  " + example + "\n";
+            footer += sentence("  {}\n", example);
         command->footer(footer + (footer.empty() ? "" : "\n") + std::string(kExitCode) + help.exitCodes);
     }
 }
 
 std::string helpText(CLI::App const &app)
 {
-    std::string const name = app.get_parent() == nullptr ? app.get_name() : app.get_parent()->get_name() + " " + app.get_name();
+    std::string const name =
+        app.get_parent() == nullptr ? app.get_name() : sentence("{} {}", app.get_parent()->get_name(), app.get_name());
     return app.get_formatter()->make_help(&app, name, CLI::AppFormatMode::Normal);
 }
 
 std::string usageOf(CLI::App const &command)
 {
-    std::string text = "okt " + command.get_name() + " [OPTIONS]";
+    std::string text = sentence("okt {} [OPTIONS]", command.get_name());
     for (CLI::Option const *const operand : positionalsOf(command))
-        text += " " + operand->get_name(true) + (operand->get_expected_max() > 1 ? " ..." : "");
+        text += sentence(" {}{}", operand->get_name(true), operand->get_expected_max() > 1 ? " ..." : "");
     return text;
 }
 

@@ -11,6 +11,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <tools/okt/terminal/console.h>
 
@@ -60,21 +61,23 @@ std::string placeText(NamedObject const &role, std::int64_t blockBegin)
         return "";
     if (role.size < 0)
         return ", no place";
-    return ", " + plural(role.size, "byte") + " from byte " + std::to_string(blockBegin + role.position);
+    return sentence(", {} from byte {}", plural(role.size, "byte"), blockBegin + role.position);
 }
 
 std::string textOf(std::string const &file, PoolInfo const &report)
 {
-    auto const line = [](std::string const &label, std::string const &text) { return "  " + padded(label, 16) + text + "\n"; };
-    std::string text = printable(std::string_view(file)) + ": " + plural(report.size, "byte") + "\n";
+    auto const line = [](std::string const &label, std::string const &text) {
+        return sentence("  {}{}\n", padded(label, 16), text);
+    };
+    std::string text = sentence("{}: {}\n", printable(std::string_view(file)), plural(report.size, "byte"));
     HeaderInfo const &fields = report.fields;
     if (report.header.isWhole)
     {
         std::set<int> const sections(fields.sections.begin(), fields.sections.end());
-        text += line("Pool", (fields.name ? quoted(*fields.name) : "") + " " + (fields.id ? idText(*fields.id) : ""));
-        text += line("Header", plural(report.header.end - report.header.begin, "byte") + " from byte " +
-                                   std::to_string(report.header.begin) + (sections.size() == 1 ? ", section " : ", sections ") +
-                                   numbersText(sections));
+        text += line("Pool", sentence("{} {}", fields.name ? quoted(*fields.name) : "", fields.id ? idText(*fields.id) : ""));
+        text += line("Header",
+                     sentence("{} from byte {}{}{}", plural(report.header.end - report.header.begin, "byte"),
+                              report.header.begin, sections.size() == 1 ? ", section " : ", sections ", numbersText(sections)));
         text += line("Metrics factor", fields.metricsFactor ? number(*fields.metricsFactor) : "none");
         for (NamedObject const &role : fields.named)
             text += line(role.role, idText(role.id) + placeText(role, report.header.end));
@@ -82,14 +85,15 @@ std::string textOf(std::string const &file, PoolInfo const &report)
     if (!report.hasObjects)
         return text;
     text += line("Objects", std::to_string(report.objects));
-    text += "  " + padded("CLASS", 24) + padded("OBJECTS", 12) + padded("BYTES", 14) + "SECTIONS\n";
+    text += sentence("  {}{}{}SECTIONS\n", padded("CLASS", 24), padded("OBJECTS", 12), padded("BYTES", 14));
     for (auto const &[name, count] : report.classes)
-        text += "  " + padded(printable(std::string_view(name)), 24) + padded(std::to_string(count.objects), 12) +
-                padded(std::to_string(count.bytes), 14) + sectionsText(count.sections, name) + "\n";
+        text +=
+            sentence("  {}{}{}{}\n", padded(printable(std::string_view(name)), 24), padded(std::to_string(count.objects), 12),
+                     padded(std::to_string(count.bytes), 14), sectionsText(count.sections, name));
     std::int64_t const header = report.header.isWhole ? report.header.end : 0;
-    text += "  " + padded("(header)", 36) + std::to_string(header) + "\n";
+    text += sentence("  {}{}\n", padded("(header)", 36), header);
     if (std::int64_t const rest = report.size - header - report.objectBytes; rest > 0)
-        text += "  " + padded("(no whole object)", 36) + std::to_string(rest) + "\n";
+        text += sentence("  {}{}\n", padded("(no whole object)", 36), rest);
     return text;
 }
 
@@ -189,8 +193,8 @@ int infoAll(Options const &options)
         }
     }
     if (options.isQuiet)
-        print(plural(static_cast<std::int64_t>(files.size()), "file") +
-              (options.headerOnly ? "" : ", " + plural(objects, "object")) + "\n");
+        print(sentence("{}{}\n", plural(static_cast<std::int64_t>(files.size()), "file"),
+                       options.headerOnly ? "" : ", " + plural(objects, "object")));
     return ok ? kDone : kFailed;
 }
 

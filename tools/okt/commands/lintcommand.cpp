@@ -11,6 +11,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/reportcollector.h>
 #include <oktrebar/templatelint.h>
@@ -42,8 +43,8 @@ public:
         for (std::string const &file : m_options.files.expanded([this](std::string const &fault) { told(fault); }))
             look(file);
         if (m_options.isQuiet || (!m_options.asJson && m_files > 1))
-            print(plural(m_files, "file") + ", " + plural(m_counts[2], "error") + ", " + plural(m_counts[1], "warning") + ", " +
-                  plural(m_counts[0], "info") + "\n");
+            print(sentence("{}, {}, {}, {}\n", plural(m_files, "file"), plural(m_counts[2], "error"),
+                           plural(m_counts[1], "warning"), plural(m_counts[0], "info")));
         return m_faults + m_counts[0] + m_counts[1] + m_counts[2] == 0 ? kDone : kFailed;
     }
 
@@ -88,8 +89,8 @@ private:
         std::string text = std::string(severityName(finding.severity())) + ": ";
         if (!finding.name.empty())
             text += quoted(CString::FromUtf8(finding.name)) + ": ";
-        text += printable(std::string_view(explanation(finding))) + "; " + printable(std::string_view(mend(finding))) + " [" +
-                std::string(codeName(finding.code)) + "]";
+        text += sentence("{}; {} [{}]", printable(std::string_view(explanation(finding))),
+                         printable(std::string_view(mend(finding))), codeName(finding.code));
         print(Failure(file, byteAt(finding.offset), text).what() + std::string("\n"));
     }
 

@@ -3,6 +3,7 @@
 
 #include <oktformat/bytesource.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/list.h>
 #include <tools/okt/terminal/progress.h>
@@ -92,10 +93,8 @@ private:
     {
         std::string const offset = std::to_string(object.offset);
         std::string const size = std::to_string(object.size);
-        std::string line = std::string(offset.size() < 10 ? 10 - offset.size() : 0, ' ') + offset + " " +
-                           std::string(size.size() < 8 ? 8 - size.size() : 0, ' ') + size + "  " +
-                           padded(printable(object.className), 18) + "  " +
-                           (object.id ? idText(*object.id) : std::string(38, '-'));
+        std::string line = sentence("{:>10} {:>8}  {}  {}", offset, size, padded(printable(object.className), 18),
+                                    object.id ? idText(*object.id) : std::string(38, '-'));
         if (object.name && !object.name->IsEmpty())
             line += "  " + printable(*object.name);
         return line;
@@ -150,7 +149,8 @@ int list(Options const &options)
         }
     }
     if (options.isQuiet)
-        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + plural(lister.objects(), "object") + "\n");
+        print(
+            sentence("{}, {}\n", plural(static_cast<std::int64_t>(files.size()), "file"), plural(lister.objects(), "object")));
     return ok ? kDone : kFailed;
 }
 

@@ -4,6 +4,7 @@
 #include <tools/okt/commands/help.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 
 #include <algorithm>
 #include <sstream>
@@ -70,7 +71,7 @@ std::string cell(std::string const &text)
     return escaped;
 }
 
-std::string code(std::string const &text) { return "`" + cell(text) + "`"; }
+std::string code(std::string const &text) { return sentence("`{}`", cell(text)); }
 
 } // namespace
 
@@ -97,22 +98,22 @@ ManualText manualOf(std::string_view command)
 
 std::string manualHead(CLI::App const &command)
 {
-    std::string text = helpOf(command).summary + "\n\n```\n" + usageOf(command) + "\n```\n\n";
+    std::string text = sentence("{}\n\n```\n{}\n```\n\n", helpOf(command).summary, usageOf(command));
     std::string rows;
     for (CLI::Option const *const operand : positionalsOf(command))
-        rows += "| " + code(operand->get_name(true)) + " | " + cell(operand->get_description()) + " |\n";
+        rows += sentence("| {} | {} |\n", code(operand->get_name(true)), cell(operand->get_description()));
     for (CLI::Option const *const option : optionsOf(command))
     {
         std::string names;
         for (std::string const &name : namesOf(*option))
             names += (names.empty() ? "" : ", ") + code(name);
         std::string const value = valueNameOf(*option);
-        rows += "| " + names + (value.empty() ? "" : " " + code(value)) + " | " + cell(option->get_description()) +
-                (option->get_required() ? " (required)" : "") + " |\n";
+        rows += sentence("| {}{} | {}{} |\n", names, value.empty() ? "" : " " + code(value), cell(option->get_description()),
+                         option->get_required() ? " (required)" : "");
     }
     if (!rows.empty())
-        text += "| | Meaning |\n|---|---|\n" + rows + "\n";
-    return text + "Exit code: " + helpOf(command).exitCodes + "\n";
+        text += sentence("| | Meaning |\n|---|---|\n{}\n", rows);
+    return sentence("{}Exit code: {}\n", text, helpOf(command).exitCodes);
 }
 
 std::string renewedPage(CLI::App const &command, std::string const &name, std::string const &text)

@@ -46,7 +46,7 @@ std::string manualHead(CLI::App const &command);
 /// The page with that renewed. Throws Failure where the marks are missing.
 std::string renewedPage(CLI::App const &command, std::string const &name, std::string const &text);
 
-/// A man page's lines of a text in Markdown: paragraphs, lists, tables, blocks of code, headings.
+/// A man page's lines of a text in Markdown: paragraphs, lists, tables, blocks of code, headings. Own code: man pages are made where okt runs.
 std::string roffOfMarkdown(std::string_view text);
 /// Escapes a text for a man page: no line is a request, and a hyphen stays a hyphen.
 std::string roff(std::string_view text);

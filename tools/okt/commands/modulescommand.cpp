@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/commands.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/modules.h>
 #include <tools/okt/files/files.h>
@@ -28,20 +29,22 @@ std::string fileText(ModuleFolder const &folder, std::filesystem::path const &fi
     if (reason.empty())
         reason = modules().loadFound(file, folder.origin);
     Module const *const module = modules().loadedFrom(file);
-    return nameOf(file.filename()) + ": " + (reason.empty() && module != nullptr ? classesOf(*module) : "not used: " + reason);
+    return sentence("{}: {}", nameOf(file.filename()),
+                    reason.empty() && module != nullptr ? classesOf(*module) : "not used: " + reason);
 }
 
 int listModules()
 {
     std::string text;
     for (std::unique_ptr<Module> const &module : modules().loaded())
-        text += nameOf(module->file) + ", from --module: " + classesOf(*module) + "\n";
+        text += sentence("{}, from --module: {}\n", nameOf(module->file), classesOf(*module));
     for (ModuleFolder const &folder : modules().folders())
     {
-        text += nameOf(folder.path) + (folder.origin == ModuleOrigin::Variable ? ", from OKT_MODULE_PATH" : ", okt's own") +
-                (folder.refusal.empty() ? "" : ": not looked into: " + folder.refusal) + "\n";
+        text += sentence("{}{}{}\n", nameOf(folder.path),
+                         folder.origin == ModuleOrigin::Variable ? ", from OKT_MODULE_PATH" : ", okt's own",
+                         folder.refusal.empty() ? "" : ": not looked into: " + folder.refusal);
         for (std::filesystem::path const &file : moduleFilesIn(folder))
-            text += "  " + fileText(folder, file) + "\n";
+            text += sentence("  {}\n", fileText(folder, file));
     }
     print(text);
     return kDone;

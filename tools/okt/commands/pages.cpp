@@ -4,6 +4,8 @@
 #include <tools/okt/commands/help.h>
 #include <tools/okt/commands/manual.h>
 
+#include <oktformat/sentence.h>
+
 #include <algorithm>
 #include <cctype>
 
@@ -13,8 +15,8 @@ namespace okt
 namespace
 {
 
-std::string bold(std::string_view text) { return "\\fB" + roff(text) + "\\fR"; }
-std::string italic(std::string_view text) { return "\\fI" + roff(text) + "\\fR"; }
+std::string bold(std::string_view text) { return sentence("\\fB{}\\fR", roff(text)); }
+std::string italic(std::string_view text) { return sentence("\\fI{}\\fR", roff(text)); }
 
 std::string upper(std::string text)
 {
@@ -24,14 +26,14 @@ std::string upper(std::string text)
 
 std::string heading(std::string const &name)
 {
-    return ".TH " + upper(name) + " 1 \"\" \"okt " OKT_VERSION "\" \"User commands\"\n";
+    return sentence(".TH {} 1 \"\" \"okt " OKT_VERSION "\" \"User commands\"\n", upper(name));
 }
 
 std::string optionsSection(CLI::App const &command)
 {
     std::string page = ".SH OPTIONS\n";
     for (CLI::Option const *const option : positionalsOf(command))
-        page += ".TP\n" + italic(option->get_name(true)) + "\n" + roff(option->get_description()) + "\n";
+        page += sentence(".TP\n{}\n{}\n", italic(option->get_name(true)), roff(option->get_description()));
     for (CLI::Option const *const option : optionsOf(command))
     {
         page += ".TP\n";
@@ -39,13 +41,13 @@ std::string optionsSection(CLI::App const &command)
         for (std::string const &name : namesOf(*option))
             line += (line.empty() ? "" : ", ") + bold(name);
         std::string const value = valueNameOf(*option);
-        page += line + (value.empty() ? "" : " " + italic(value)) + "\n" + roff(option->get_description()) +
-                (option->get_required() ? " (required)" : "") + "\n";
+        page += sentence("{}{}\n{}{}\n", line, value.empty() ? "" : " " + italic(value), roff(option->get_description()),
+                         option->get_required() ? " (required)" : "");
     }
     return page;
 }
 
-std::string exitSection(std::string const &codes) { return ".SH EXIT STATUS\n" + roff(codes) + "\n"; }
+std::string exitSection(std::string const &codes) { return sentence(".SH EXIT STATUS\n{}\n", roff(codes)); }
 
 constexpr char kUsual[] = "0 done, 1 failed (one line on standard error: file, place, reason), 2 wrong usage. "
                           "okt find: 1 also where nothing is found. okt verify: 1 also where an error is found. "
@@ -55,15 +57,22 @@ constexpr char kUsual[] = "0 done, 1 failed (one line on standard error: file, p
 
 std::string manPage(CLI::App const &app)
 {
-    std::string page = heading("okt") + ".SH NAME\nokt \\- " + roff(app.get_description()) + "\n.SH SYNOPSIS\n" + bold("okt") +
-                       " [" + italic("OPTIONS") + "] " + italic("COMMAND") + " ...\n.SH COMMANDS\n";
+    std::string page = sentence("{}.SH NAME\nokt \\- {}\n.SH SYNOPSIS\n{} [{}] {} ...\n.SH COMMANDS\n", heading("okt"),
+                                roff(app.get_description()), bold("okt"), italic("OPTIONS"), italic("COMMAND"));
     for (CLI::App const *const command : commandsOf(app))
-        page += ".TP\n" + bold("okt-" + command->get_name()) + "(1)\n" + roff(helpOf(*command).summary) + "\n";
+        page += sentence(".TP\n{}(1)\n{}\n", bold("okt-" + command->get_name()), roff(helpOf(*command).summary));
     page += optionsSection(app) + exitSection(kUsual);
-    page += ".SH ENVIRONMENT\n.TP\n" + bold("OKT_MODULE_PATH") +
-            "\nfolders in which client modules are looked for, whole paths with : between them (; on Windows)\n.TP\n" +
-            bold("NO_COLOR") + "\nnot empty: no colours, whatever the terminal\n.TP\n" + bold("TERM") +
-            "\ndumb: neither colours nor progress\n";
+    page += sentence(".SH ENVIRONMENT\n"
+                     ".TP\n"
+                     "{}\n"
+                     "folders in which client modules are looked for, whole paths with : between them (; on Windows)\n"
+                     ".TP\n"
+                     "{}\n"
+                     "not empty: no colours, whatever the terminal\n"
+                     ".TP\n"
+                     "{}\n"
+                     "dumb: neither colours nor progress\n",
+                     bold("OKT_MODULE_PATH"), bold("NO_COLOR"), bold("TERM"));
     return page;
 }
 
@@ -71,20 +80,20 @@ std::string manPage(CLI::App const &app, CLI::App const &command)
 {
     CommandHelp const &help = helpOf(command);
     std::string const name = "okt-" + command.get_name();
-    std::string page = heading(name) + ".SH NAME\n" + roff(name) + " \\- " + roff(firstLine(help.summary)) +
-                       "\n.SH SYNOPSIS\n" + bold("okt " + command.get_name()) + " [" + italic("OPTIONS") + "]";
+    std::string page = sentence("{}.SH NAME\n{} \\- {}\n.SH SYNOPSIS\n{} [{}]", heading(name), roff(name),
+                                roff(firstLine(help.summary)), bold("okt " + command.get_name()), italic("OPTIONS"));
     for (CLI::Option const *const option : positionalsOf(command))
         page += " " + italic(option->get_name(true) + (option->get_expected_max() > 1 ? " ..." : ""));
-    page += "\n.SH DESCRIPTION\n" + roff(help.summary) + "\n" + optionsSection(command);
+    page += sentence("\n.SH DESCRIPTION\n{}\n{}", roff(help.summary), optionsSection(command));
     ManualText const manual = manualOf(command.get_name());
     if (std::string const details = roffOfMarkdown(manual.description); !details.empty())
         page += ".SH DETAILS\n" + details;
     if (!manual.examples.empty())
         page += ".SH EXAMPLES\n" + roffOfMarkdown(manual.examples);
-    page += exitSection(help.exitCodes) + ".SH SEE ALSO\n" + bold("okt") + "(1)";
+    page += sentence("{}.SH SEE ALSO\n{}(1)", exitSection(help.exitCodes), bold("okt"));
     for (CLI::App const *const other : commandsOf(app))
         if (other != &command)
-            page += ",\n" + bold("okt-" + other->get_name()) + "(1)";
+            page += sentence(",\n{}(1)", bold("okt-" + other->get_name()));
     return page + "\n";
 }
 

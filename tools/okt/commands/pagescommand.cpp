@@ -9,6 +9,8 @@
 #include <tools/okt/files/files.h>
 #include <tools/okt/terminal/console.h>
 
+#include <oktformat/sentence.h>
+
 #include <memory>
 #include <string>
 
@@ -34,7 +36,7 @@ void writePages(CLI::App const &app, fs::path const &folder)
 {
     writeFile(folder / "man" / "man1" / "okt.1", manPage(app));
     for (CLI::App const *const command : commandsOf(app))
-        writeFile(folder / "man" / "man1" / ("okt-" + command->get_name() + ".1"), manPage(app, *command));
+        writeFile(folder / "man" / "man1" / sentence("okt-{}.1", command->get_name()), manPage(app, *command));
     writeFile(folder / "bash-completion" / "completions" / "okt", completionScript("bash"));
     writeFile(folder / "zsh" / "site-functions" / "_okt", completionScript("zsh"));
     writeFile(folder / "fish" / "vendor_completions.d" / "okt.fish", completionScript("fish"));

@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/moduletext.h>
 #include <oktinspect/picturetext.h>
@@ -106,10 +107,10 @@ std::optional<CByteArray> imageOf(PictureFile const &file, fs::path const &path,
         refuse(file, "", "the pool has no picture");
     if (index >= count)
         refuse(file, "",
-               "there is no picture " + std::to_string(index) + ": the pool has " + std::to_string(count) +
-                   (count == 1 ? " picture" : " pictures, counted from 0"));
+               sentence("there is no picture {}: the pool has {}{}", index, count,
+                        count == 1 ? " picture" : " pictures, counted from 0"));
     OKTDbObjectId const &id = pictures.at(index);
-    std::string const title = "picture " + std::to_string(index) + " " + printable(id.getGuidAsString(false));
+    std::string const title = sentence("picture {} {}", index, printable(id.getGuidAsString(false)));
     OKTDbObject *object = nullptr;
     file.pool->findObject(id, object);
     OKTDbPicture *const picture = OKTDbPicture::cast(object);
@@ -119,15 +120,15 @@ std::optional<CByteArray> imageOf(PictureFile const &file, fs::path const &path,
         refuse(file, "", title + " is listed, but not in this file");
     if (dynamic_cast<StandIn const *>(object) != nullptr)
         refuse(file, "",
-               title + " is of the class " + quoted(object->isA()->ClassName()) +
-                   ", which needs a client module: " + helpFor(modules().find(object->isA()->ClassName()), ModulePlace::Path));
+               sentence("{} is of the class {}, which needs a client module: {}", title, quoted(object->isA()->ClassName()),
+                        helpFor(modules().find(object->isA()->ClassName()), ModulePlace::Path)));
     if (picture == nullptr)
-        refuse(file, "", title + " is an object of another class: " + printable(object->isA()->ClassName()));
+        refuse(file, "", sentence("{} is an object of another class: {}", title, printable(object->isA()->ClassName())));
     OKTDbPool::_ObjectInfo const *const place = file.places.find(id);
     CByteArray stored;
     if (place != nullptr && OKTMemoryFiler::loadFiler(pathText(path), stored, place->nObjectPosition, place->nObjectSize))
         if (std::string const fault = pictureTextFault(stored); !fault.empty())
-            refuse(file, "byte " + std::to_string(place->nObjectPosition), "the text of " + title + " is damaged: " + fault);
+            refuse(file, byteAt(place->nObjectPosition), sentence("the text of {} is damaged: {}", title, fault));
     CByteArray image;
     picture->getPictureData(image);
     if (image.IsEmpty())
@@ -157,7 +158,7 @@ bool picture(fs::path const &path, int index, fs::path const &output, bool repla
     file.close();
     file.commit();
     if (output != kStandardStream)
-        print(printable(pathName(output)) + ": " + formatOf(*image).text() + ", " + plural(image->GetSize(), "byte") + "\n");
+        print(sentence("{}: {}, {}\n", printable(pathName(output)), formatOf(*image).text(), plural(image->GetSize(), "byte")));
     return true;
 }
 

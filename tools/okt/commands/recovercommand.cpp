@@ -7,6 +7,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/moduletext.h>
 #include <tools/okt/files/exportfiles.h>
@@ -49,17 +50,17 @@ public:
             line(m_damaged, "", "new header: " + sentenceOf(note));
         for (RecoveryCheck::MissingId const &missing : m_check.missing)
             line(m_made, byteAt(missing.first.offset),
-                 "missing " + idText(missing.id) + ": " + said(missing.first) + further(missing));
+                 sentence("missing {}: {}{}", idText(missing.id), said(missing.first), further(missing)));
         for (RecoveryCheck::Remark const &doubt : m_check.doubts)
             line(m_made, byteAt(doubt.finding.offset),
-                 "doubtful " + subject(doubt) + ": " + said(doubt.finding) + origin(doubt));
+                 sentence("doubtful {}: {}{}", subject(doubt), said(doubt.finding), origin(doubt)));
         for (RecoveryCheck::Remark const &info : m_check.infos)
             line(m_made, byteAt(info.finding.offset), said(info.finding));
         line(m_made, "", sum());
         if (int const unknown = m_recovered.unknownObjects; unknown > 0)
             line(m_made, "",
-                 plural(unknown, "object") + (unknown == 1 ? " of a class that is" : " of classes that are") +
-                     " not known here, behind the others");
+                 sentence("{}{} not known here, behind the others", plural(unknown, "object"),
+                          unknown == 1 ? " of a class that is" : " of classes that are"));
         line(m_made, "", "okt verify finds " + findingsText(m_check.verdict));
         return std::move(m_text);
     }
@@ -77,15 +78,15 @@ private:
             RecoveryLoss const &loss = m_recovered.losses[i];
             std::string const place = byteAt(loss.why.offset);
             std::int64_t const size = loss.end - loss.begin;
-            std::string const bytes = plural(size, "byte") + " from byte " + std::to_string(loss.begin);
+            std::string const bytes = sentence("{} from byte {}", plural(size, "byte"), loss.begin);
             if (i == 0 && !m_recovered.header.isWhole)
                 line(m_damaged, place, sentenceOf(loss.why));
             else if (!loss.isObject)
-                line(m_damaged, place, "left out: " + bytes + " that " + belong(size) + " to no whole object");
+                line(m_damaged, place, sentence("left out: {} that {} to no whole object", bytes, belong(size)));
             else
                 line(m_damaged, place,
-                     "lost" + (loss.object.isEmpty() ? "" : " " + labelText(loss.object)) + ": " + sentenceOf(loss.why) + "; " +
-                         bytes + named(m_check.lossesNamed[i], "; it is named in ", "place"));
+                     sentence("lost{}: {}; {}{}", loss.object.isEmpty() ? "" : " " + labelText(loss.object),
+                              sentenceOf(loss.why), bytes, named(m_check.lossesNamed[i], "; it is named in ", "place")));
         }
     }
 
@@ -105,8 +106,8 @@ private:
         std::vector<Finding> const &mends = m_recovered.mends;
         if (!mends.empty())
             line(m_damaged, byteAt(mends.front().offset),
-                 "mended: " + sentenceOf(mends.front()) +
-                     named(static_cast<std::int64_t>(mends.size()) - 1, "; likewise in ", "further place"));
+                 sentence("mended: {}{}", sentenceOf(mends.front()),
+                          named(static_cast<std::int64_t>(mends.size()) - 1, "; likewise in ", "further place")));
     }
 
     /// A finding that only a recovery has.
@@ -129,7 +130,7 @@ private:
     {
         if (remark.begin < 0)
             return {};
-        return "; " + plural(remark.size, "byte") + " from byte " + std::to_string(remark.begin) + " of the damaged file";
+        return sentence("; {} from byte {} of the damaged file", plural(remark.size, "byte"), remark.begin);
     }
 
     std::string sum() const
@@ -138,22 +139,23 @@ private:
         for (RecoveredObject const &object : m_recovered.objects)
             bytes += object.size;
         auto const rescued = static_cast<std::int64_t>(m_recovered.objects.size()) - m_check.doubtfulObjects;
-        std::string text = plural(rescued, "object") + " with " + plural(bytes, "byte") + " rescued as far as can be checked, ";
+        std::string text =
+            sentence("{} with {} rescued as far as can be checked, ", plural(rescued, "object"), plural(bytes, "byte"));
         if (m_check.doubtfulObjects > 0)
-            text +=
-                plural(m_check.doubtfulObjects, "object") + " with " + plural(m_check.doubtfulBytes, "byte") + " doubtful, ";
+            text += sentence("{} with {} doubtful, ", plural(m_check.doubtfulObjects, "object"),
+                             plural(m_check.doubtfulBytes, "byte"));
         // "0 lost" is claimed only if nothing else is doubtful.
         if (m_check.lost > 0 || m_check.isClean)
-            text += std::to_string(m_check.lost) + " lost, ";
+            text += sentence("{} lost, ", m_check.lost);
         if (!m_check.missing.empty())
             text += plural(static_cast<std::int64_t>(m_check.missing.size()), "id") + " missing, ";
         if (m_check.leftOut > 0)
             text += plural(m_check.leftOut, "byte") + " left out, ";
-        return text + "the header " +
-               (!m_recovered.header.isWhole  ? "made anew"
-                : m_check.isHeaderDoubtful   ? "doubtful"
-                : !m_recovered.mends.empty() ? "mended"
-                                             : "kept");
+        return sentence("{}the header {}", text,
+                        !m_recovered.header.isWhole  ? "made anew"
+                        : m_check.isHeaderDoubtful   ? "doubtful"
+                        : !m_recovered.mends.empty() ? "mended"
+                                                     : "kept");
     }
 
     std::string m_damaged;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/manual.h>
 
+#include <oktformat/sentence.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -42,7 +44,7 @@ private:
     void bold(std::string_view text)
     {
         flushed();
-        m_result += "\\fB" + roff(text) + "\\fR";
+        m_result += sentence("\\fB{}\\fR", roff(text));
     }
 
     /// Takes a text between two marks. False: there is none here.
@@ -141,12 +143,12 @@ private:
             return endParagraph();
         if (line.starts_with('#'))
         {
-            m_result += ".SS " + inlined(withoutBlanks(line.substr(line.find_first_not_of('#')))) + "\n";
+            m_result += sentence(".SS {}\n", inlined(withoutBlanks(line.substr(line.find_first_not_of('#')))));
             return endParagraph();
         }
         if (line.starts_with("- "))
         {
-            m_result += ".IP \\(bu 2\n" + inlined(line.substr(2)) + "\n";
+            m_result += sentence(".IP \\(bu 2\n{}\n", inlined(line.substr(2)));
             m_isOpen = true;
             return;
         }
@@ -176,7 +178,7 @@ private:
         }
         if (cells.empty() || cells.front().starts_with("---") || cells.front().starts_with(":--"))
             return;
-        m_result += ".TP\n" + (cells.front().empty() ? "\\&" : inlined(cells.front())) + "\n";
+        m_result += sentence(".TP\n{}\n", cells.front().empty() ? "\\&" : inlined(cells.front()));
         std::size_t const filled =
             static_cast<std::size_t>(std::count_if(cells.begin(), cells.end(), [](auto const &one) { return !one.empty(); }));
         std::string text;

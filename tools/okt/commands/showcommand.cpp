@@ -2,6 +2,7 @@
 #include <tools/okt/commands/commands.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/poolreader.h>
 #include <tools/okt/commands/fileoperands.h>
@@ -114,7 +115,7 @@ int show(Options const &options)
     }
     ok = ok && faulty == 0;
     if (options.isQuiet)
-        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + std::to_string(faulty) + " with a fault\n");
+        print(sentence("{}, {} with a fault\n", plural(static_cast<std::int64_t>(files.size()), "file"), faulty));
     return ok ? kDone : kFailed;
 }
 

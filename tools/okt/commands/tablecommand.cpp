@@ -9,6 +9,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/valuetext.h>
 #include <oktreport/naturalorder.h>
@@ -67,7 +68,7 @@ std::string totalOf(std::vector<TableRow> const &rows)
     std::int64_t empty = 0;
     for (TableRow const &row : rows)
         empty += std::count_if(row.fields.begin(), row.fields.end(), [](auto const &field) { return !field; });
-    return plural(static_cast<std::int64_t>(rows.size()), "template") + ", " + plural(empty, "empty field") + "\n";
+    return sentence("{}, {}\n", plural(static_cast<std::int64_t>(rows.size()), "template"), plural(empty, "empty field"));
 }
 
 int table(Options const &options)

@@ -4,6 +4,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/moduletext.h>
 #include <oktinspect/poolreader.h>
@@ -63,27 +64,30 @@ void append(std::string &text, Style const &style, std::string const &indent, st
     for (std::size_t i = 0; i < nodes.size(); ++i)
     {
         bool const isLast = i + 1 == nodes.size();
-        text += indent + (isLast ? style.last : style.middle) + nodes[i].text + "\n";
+        text += sentence("{}{}{}\n", indent, isLast ? style.last : style.middle, nodes[i].text);
         append(text, style, indent + (isLast ? style.nothing : style.passed), nodes[i].children);
     }
 }
 
-std::string withClass(TreeNode const &node) { return printable(node.object->isA()->ClassName()) + " " + idText(node.id); }
+std::string withClass(TreeNode const &node)
+{
+    return sentence("{} {}", printable(node.object->isA()->ClassName()), idText(node.id));
+}
 
 std::string parameterText(OKTDbParameter const &self, DisplayUnit const &unit)
 {
     std::string const name = self.UserName().IsEmpty() ? idText(self.objectId()) : printable(self.UserName());
     std::string const value = valueText(self.Value(), self.isInDrawingUnits(), unit);
     return name + (value.empty() ? "" : " = " + value) +
-           (self.Expression().IsEmpty() ? "" : "  [" + printable(self.Expression()) + "]");
+           (self.Expression().IsEmpty() ? "" : sentence("  [{}]", printable(self.Expression())));
 }
 
 std::string pictureText(OKTDbPicture &self)
 {
     CByteArray data;
     self.getPictureData(data);
-    return idText(self.objectId()) + ", " + plural(data.GetSize(), "byte") +
-           (data.IsEmpty() ? "" : ", " + formatOf(data).text());
+    return sentence("{}, {}{}", idText(self.objectId()), plural(data.GetSize(), "byte"),
+                    data.IsEmpty() ? "" : ", " + formatOf(data).text());
 }
 
 std::string textOf(TreeNode const &node, DisplayUnit const &unit)
@@ -152,7 +156,7 @@ bool printTree(std::string const &name, Options const &options, DisplayUnit cons
 {
     InputFile const input(utf8Path(name));
     PoolFile const file = readPool(input.path(), unit.factor, input.name(), terminalProgress());
-    std::string text = quoted(file.pool->poolName()) + " " + idText(file.pool->objectId()) + "\n";
+    std::string text = sentence("{} {}\n", quoted(file.pool->poolName()), idText(file.pool->objectId()));
     std::optional<Waiting> waiting(std::in_place, printable(input.name()), static_cast<std::uintmax_t>(file.size));
     std::vector<Node> nodes = linesOf(treeOf(*file.pool), unit);
     addLines(nodes, "Client modules", moduleLines(file, ModulePlace::Path));
@@ -187,7 +191,7 @@ int tree(Options const &options)
         try
         {
             if (files.size() > 1 && !options.isQuiet)
-                print((&file == files.data() ? "" : "\n") + printable(std::string_view(file)) + ":\n");
+                print(sentence("{}{}:\n", &file == files.data() ? "" : "\n", printable(std::string_view(file))));
             faulty += printTree(file, options, *unit) ? 0 : 1;
         }
         catch (Failure const &failure)
@@ -198,7 +202,7 @@ int tree(Options const &options)
     }
     ok = ok && faulty == 0;
     if (options.isQuiet)
-        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + std::to_string(faulty) + " with a fault\n");
+        print(sentence("{}, {} with a fault\n", plural(static_cast<std::int64_t>(files.size()), "file"), faulty));
     return ok ? kDone : kFailed;
 }
 

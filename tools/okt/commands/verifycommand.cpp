@@ -8,6 +8,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/manifest.h>
 #include <oktinspect/moduletext.h>
@@ -45,9 +46,9 @@ std::string changeLine(ManifestChange const &change, bool asJson)
                              : change.kind == Kind::Rewritten ? "rewritten"
                                                               : "renamed";
     if (!asJson)
-        return printable(std::string_view(change.path)) + ": " + word +
-               (change.kind == Kind::Rewritten ? ", and holds the same" : "") +
-               (change.other.empty() ? "" : " to " + printable(std::string_view(change.other)));
+        return sentence("{}: {}{}{}", printable(std::string_view(change.path)), word,
+                        change.kind == Kind::Rewritten ? ", and holds the same" : "",
+                        change.other.empty() ? "" : " to " + printable(std::string_view(change.other)));
     Json json = {{"file", change.path}, {"change", word}};
     if (!change.other.empty())
         json["other"] = change.other;
@@ -57,7 +58,7 @@ std::string changeLine(ManifestChange const &change, bool asJson)
 std::string findingLine(std::string const &file, Finding const &finding, bool asJson)
 {
     if (!asJson)
-        return Failure(file, byteAt(finding.offset), std::string(severityName(finding.severity)) + ": " + sentenceOf(finding))
+        return Failure(file, byteAt(finding.offset), sentence("{}: {}", severityName(finding.severity), sentenceOf(finding)))
             .what();
     Json json;
     json["file"] = file;
@@ -85,8 +86,8 @@ Verdict verdictOf(std::string const &file, Options const &given)
     options.moduleOf = moduleNaming;
     Verdict const verdict = verify(path, options).verdict;
     if (!given.asJson && !given.isQuiet)
-        print(printable(std::string_view(options.name)) + ": " + plural(verdict.objects, "object") + ", " +
-              findingsText(verdict) + "\n");
+        print(sentence("{}: {}, {}\n", printable(std::string_view(options.name)), plural(verdict.objects, "object"),
+                       findingsText(verdict)));
     return verdict;
 }
 
@@ -117,7 +118,7 @@ int verifyManifest(Options const &options)
             text += changeLine(change, options.asJson) + "\n";
     }
     if (!options.asJson)
-        text += plural(static_cast<std::int64_t>(now.size()), "file") + ", " + plural(changes, "change") + "\n";
+        text += sentence("{}, {}\n", plural(static_cast<std::int64_t>(now.size()), "file"), plural(changes, "change"));
     print(text);
     return ok && changes == 0 ? kDone : kFailed;
 }
@@ -147,8 +148,8 @@ int verifyAll(Options const &options)
         }
     }
     if (options.isQuiet && !options.asJson)
-        print(plural(static_cast<std::int64_t>(files.size()), "file") + ", " + plural(sum.objects, "object") + ", " +
-              findingsText(sum) + "\n");
+        print(sentence("{}, {}, {}\n", plural(static_cast<std::int64_t>(files.size()), "file"), plural(sum.objects, "object"),
+                       findingsText(sum)));
     return ok && sum.errors == 0 ? kDone : kFailed;
 }
 

@@ -2,6 +2,7 @@
 #include <tools/okt/commands/wherecondition.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 
 namespace okt
 {
@@ -9,7 +10,7 @@ namespace okt
 namespace
 {
 
-std::string columnAt(std::size_t position) { return "column " + std::to_string(position + 1); }
+std::string columnAt(std::size_t position) { return sentence("column {}", position + 1); }
 
 } // namespace
 
@@ -29,7 +30,7 @@ Condition whereCondition(std::string const &text, LengthUnit const &plain)
     }
     catch (ConditionError const &error)
     {
-        throw CLI::ValidationError("--where", columnAt(error.position()) + ": " + error.what());
+        throw CLI::ValidationError("--where", sentence("{}: {}", columnAt(error.position()), error.what()));
     }
 }
 
@@ -41,7 +42,7 @@ bool isFulfilled(Condition const &condition, StoredTemplate const &pool, LengthU
     }
     catch (ConditionError const &error)
     {
-        throw Failure(file, "", "--where, " + columnAt(error.position()) + ": " + error.what());
+        throw Failure(file, "", sentence("--where, {}: {}", columnAt(error.position()), error.what()));
     }
 }
 

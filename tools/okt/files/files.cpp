@@ -2,6 +2,7 @@
 #include <tools/okt/files/files.h>
 
 #include <oktformat/failure.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktplatform/oktprogram.h>
 #include <tools/okt/terminal/progress.h>
@@ -23,7 +24,7 @@ fs::path pathBeside(fs::path const &target)
 {
     fs::path name = ".";
     name += target.filename();
-    name += "." + std::to_string(std::random_device()()) + ".part";
+    name += sentence(".{}.part", std::random_device()());
     return target.parent_path() / name;
 }
 
@@ -40,11 +41,12 @@ std::string saveFailure(OktSaveRefusal const &refusal, std::string const &what)
     case OktSaveStatus::InUse: return openFailure(error);
     case OktSaveStatus::SeveralNames: return what + ": it has further names (hard links), which would keep the old contents";
     case OktSaveStatus::OwnerLost: return what + ": it belongs to somebody else, and would not any more";
-    case OktSaveStatus::AttributesLost: return what + ": its permissions or attributes would be lost: " + systemReason(error);
+    case OktSaveStatus::AttributesLost:
+        return sentence("{}: its permissions or attributes would be lost: {}", what, systemReason(error));
     case OktSaveStatus::NoMemory: return what + ": there is not enough memory";
     case OktSaveStatus::Changed: return what + ": somebody else has changed it meanwhile";
     case OktSaveStatus::NotFlushed: return "the file is in place, but may be lost with the power: " + systemReason(error);
-    default: return what + ": " + systemReason(error);
+    default: return sentence("{}: {}", what, systemReason(error));
     }
 }
 
@@ -107,8 +109,8 @@ void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
     std::string lost;
     for (PendingFile const *const file : files)
         if (file->m_file.isOldKept())
-            lost +=
-                "; what " + printable(pathName(file->m_target)) + " was is in " + printable(file->m_file.oldPath().ToUtf8());
+            lost += sentence("; what {} was is in {}", printable(pathName(file->m_target)),
+                             printable(file->m_file.oldPath().ToUtf8()));
     for (PendingFile const *const file : files)
         if (&file->m_file == failed)
             file->refuse("the file cannot be put in place", lost);

@@ -5,6 +5,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/sentence.h>
 #include <oktplatform/oktprogram.h>
 
 #include <algorithm>
@@ -43,7 +44,7 @@ std::string nameOfEditor(std::string const &editor)
 std::string shellQuoted(std::string const &text, bool isForWindows)
 {
     if (isForWindows)
-        return "\"" + text + "\""; // a name there has no quotation marks
+        return sentence("\"{}\"", text); // a name there has no quotation marks
     std::string quoted = "'";
     for (char const c : text)
         quoted += c == '\'' ? "'\\''" : std::string(1, c);
@@ -64,15 +65,16 @@ std::string editorCommand(std::string const &editor, std::string const &file, lo
 {
     std::string const name = nameOfEditor(editor);
     bool const takesLine = line > 0 && std::find(kTakeLine.begin(), kTakeLine.end(), name) != kTakeLine.end();
-    std::string const command = editor + (takesLine ? " +" + std::to_string(line) : "") + " " + shellQuoted(file, isForWindows);
-    return isForWindows ? "\"" + command + "\"" : command; // the shell there takes the outer pair away
+    std::string const command =
+        sentence("{}{} {}", editor, takesLine ? sentence(" +{}", line) : "", shellQuoted(file, isForWindows));
+    return isForWindows ? sentence("\"{}\"", command) : command; // the shell there takes the outer pair away
 }
 
 TextSession::TextSession(fs::path const &stem)
 {
     std::error_code error;
     fs::path const root = fs::temp_directory_path(error);
-    m_folder = root / ("okt-edit-" + std::to_string(std::random_device()()) + std::to_string(std::random_device()()));
+    m_folder = root / sentence("okt-edit-{}{}", std::random_device()(), std::random_device()());
     if (error || !fs::create_directory(m_folder, error) || error)
         throw Failure(pathName(m_folder), "", "the folder for the text cannot be made: " + error.message());
     fs::permissions(m_folder, fs::perms::owner_all, error);
@@ -95,7 +97,7 @@ std::string TextSession::put(std::string const &stem, std::string_view bytes)
 {
     std::string name = stem;
     for (int number = 2; !m_names.insert(name).second; ++number)
-        name = stem + "-" + std::to_string(number);
+        name = sentence("{}-{}", stem, number);
     writeFile(m_folder / utf8Path(name), bytes);
     return name;
 }

@@ -4,6 +4,7 @@
 #include <tools/okt/printing/memberlines.h>
 #include <tools/okt/printing/wordlines.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <tools/okt/terminal/console.h>
 
@@ -22,7 +23,7 @@ std::string inMembers(PoolDiff const &diff, DiffPool const &first, DiffPool cons
     MemberLines const lines(diff, first, second);
     std::string text;
     if (!diff.header.empty())
-        text += coloured("~ header", Colour::Yellow) + "\n" + lines.members(diff.header);
+        text += sentence("{}\n{}", coloured("~ header", Colour::Yellow), lines.members(diff.header));
     for (std::size_t const place : diff.removed)
         text += coloured("- " + first.titleOf(first.objects()[place]), Colour::Red) + "\n";
     for (std::size_t const place : diff.added)
@@ -39,8 +40,8 @@ std::string sums(PoolDiff const &diff)
 {
     if (diff.isOtherOrder)
         return "the same objects in another order, or behind a header of another size\n";
-    return std::to_string(diff.removed.size()) + " removed, " + std::to_string(diff.added.size()) + " added, " +
-           std::to_string(diff.changed.size()) + " changed, " + std::to_string(diff.same) + " the same\n";
+    return sentence("{} removed, {} added, {} changed, {} the same\n", diff.removed.size(), diff.added.size(),
+                    diff.changed.size(), diff.same);
 }
 
 Json objectAsJson(DiffObject const &object)
@@ -83,7 +84,8 @@ std::string textOf(Json const &json) { return json.dump(2, ' ', false, Json::err
 
 std::string namesText(DiffPool const &first, DiffPool const &second)
 {
-    return coloured("--- " + nameOf(first), Colour::Bold) + "\n" + coloured("+++ " + nameOf(second), Colour::Bold) + "\n";
+    return sentence("{}\n{}\n", coloured("--- " + nameOf(first), Colour::Bold),
+                    coloured("+++ " + nameOf(second), Colour::Bold));
 }
 
 std::string describe(PoolDiff const &diff, DiffPool const &first, DiffPool const &second, DisplayUnit const *unit)

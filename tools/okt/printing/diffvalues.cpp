@@ -3,6 +3,7 @@
 
 #include <oktformat/base64.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -30,7 +31,7 @@ std::string idText(std::string const &guid, DiffPool const &pool)
     if (guid == kNullId)
         return "none";
     std::string const name = pool.nameOf(guid);
-    return name.empty() ? guid : guid + " " + excerpt(name);
+    return name.empty() ? guid : sentence("{} {}", guid, excerpt(name));
 }
 
 std::string imageText(std::string const &base64)
@@ -38,7 +39,7 @@ std::string imageText(std::string const &base64)
     std::string const bytes = bytesOf(base64);
     CByteArray image;
     std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char *>(image.Extend(static_cast<int>(bytes.size()))));
-    return formatOf(image).text() + ", " + sizeText(bytes);
+    return sentence("{}, {}", formatOf(image).text(), sizeText(bytes));
 }
 
 std::string valueText(Json const &value, DiffPool const &pool, bool withKind)
@@ -63,7 +64,7 @@ std::string valueText(Json const &value, DiffPool const &pool, bool withKind)
         if (value.contains(key))
             return sizeText(bytesOf(value[key].get<std::string>()));
     if (value.contains("point"))
-        return "(" + value["point"][0].dump() + ", " + value["point"][1].dump() + ", " + value["point"][2].dump() + ")";
+        return sentence("({}, {}, {})", value["point"][0].dump(), value["point"][1].dump(), value["point"][2].dump());
     std::string text;
     std::string kind;
     for (auto const &[key, inner] : value.items())
@@ -77,7 +78,7 @@ std::string valueText(Json const &value, DiffPool const &pool, bool withKind)
     }
     if (text.empty())
         return kind;
-    return withKind ? kind + " " + text : text;
+    return withKind ? sentence("{} {}", kind, text) : text;
 }
 
 std::string kindOf(Json const &value)
@@ -86,7 +87,7 @@ std::string kindOf(Json const &value)
         return "";
     std::string kind;
     for (auto const &[key, inner] : value.items())
-        kind += key + (key == "variant" ? inner.dump() : "") + " ";
+        kind += sentence("{}{} ", key, key == "variant" ? inner.dump() : "");
     return kind;
 }
 
@@ -97,18 +98,18 @@ std::string changeText(std::string const &what, std::string const &before, std::
         after += ", another";
     std::string const words = colour ? coloured(what, *colour) : what;
     if (width(what) + width(before) + width(after) <= kLongest)
-        return words + " " + coloured(before, Colour::Red) + " -> " + coloured(after, Colour::Green) + "\n";
-    return words + "\n" + removedLine(before, indent) + addedLine(after, indent);
+        return sentence("{} {} -> {}\n", words, coloured(before, Colour::Red), coloured(after, Colour::Green));
+    return sentence("{}\n{}{}", words, removedLine(before, indent), addedLine(after, indent));
 }
 
 std::string removedLine(std::string const &text, std::size_t indent)
 {
-    return coloured(std::string(indent, ' ') + "- " + text, Colour::Red) + "\n";
+    return coloured(sentence("{}- {}", std::string(indent, ' '), text), Colour::Red) + "\n";
 }
 
 std::string addedLine(std::string const &text, std::size_t indent)
 {
-    return coloured(std::string(indent, ' ') + "+ " + text, Colour::Green) + "\n";
+    return coloured(sentence("{}+ {}", std::string(indent, ' '), text), Colour::Green) + "\n";
 }
 
 } // namespace okt

@@ -2,6 +2,7 @@
 #include <tools/okt/printing/dumplines.h>
 
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 namespace okt
@@ -33,29 +34,28 @@ std::string offsetText(std::int64_t offset)
 std::string textValue(DumpEntry const &entry)
 {
     if (entry.isShortened)
-        return quoted(entry.text) + "..., " + std::to_string(entry.length) + " characters";
+        return sentence("{}..., {} characters", quoted(entry.text), entry.length);
     // A reader takes a text up to its first zero.
     bool const hasZero = entry.text.GetLength() < entry.length;
-    return quoted(entry.text) + (hasZero ? ", a zero, " + std::to_string(entry.length) + " characters in all" : "");
+    return quoted(entry.text) + (hasZero ? sentence(", a zero, {} characters in all", entry.length) : "");
 }
 
 std::string recordText(DumpEntry const &entry)
 {
     switch (entry.type)
     {
-    case RecordType::Bool: return "bool " + std::to_string(entry.number);
-    case RecordType::Short: return "short " + std::to_string(entry.number);
-    case RecordType::Long: return "long " + std::to_string(entry.number);
+    case RecordType::Bool: return sentence("bool {}", entry.number);
+    case RecordType::Short: return sentence("short {}", entry.number);
+    case RecordType::Long: return sentence("long {}", entry.number);
     case RecordType::Double: return "double " + number(entry.real);
     case RecordType::Text16: return "string16 " + textValue(entry);
     case RecordType::Text8: return "string8 " + textValue(entry);
     case RecordType::FrameBegin:
-        return "class " + quoted(entry.text) + " version " + std::to_string(entry.number) +
-               (entry.id ? " " + idText(*entry.id) : "");
+        return sentence("class {} version {}{}", quoted(entry.text), entry.number, entry.id ? " " + idText(*entry.id) : "");
     case RecordType::FrameEnd: return "end of class";
-    case RecordType::SectionBegin: return "section " + std::to_string(entry.number);
+    case RecordType::SectionBegin: return sentence("section {}", entry.number);
     case RecordType::SectionEnd: return "end of section";
-    case RecordType::Bytes: return "bytes, " + std::to_string(entry.length) + " of them";
+    case RecordType::Bytes: return sentence("bytes, {} of them", entry.length);
     }
     return "";
 }
@@ -67,7 +67,7 @@ std::string whatText(DumpEntry const &entry)
     case DumpEntry::Kind::Record:
         return recordText(entry) + (entry.oddity == nullptr ? "" : std::string("  <- ") + entry.oddity);
     case DumpEntry::Kind::HeaderSize:
-        return entry.number < 0 ? "no size of a header" : "long " + std::to_string(entry.number) + ", the size of the header";
+        return entry.number < 0 ? "no size of a header" : sentence("long {}, the size of the header", entry.number);
     default: return plural(entry.size, "byte") + " passed over";
     }
 }
@@ -77,11 +77,11 @@ std::string whatText(DumpEntry const &entry)
 std::string dumpLine(DumpEntry const &entry, DumpOptions const &options)
 {
     if (entry.kind == DumpEntry::Kind::Gap || entry.kind == DumpEntry::Kind::Fault)
-        return offsetText(entry.offset) + "  ---- " + entry.reason;
+        return sentence("{}  ---- {}", offsetText(entry.offset), entry.reason);
     bool const isMore = entry.size > static_cast<std::int64_t>(options.longestBytes);
     std::string const hex = hexText(entry.bytes) + (isMore ? " ..." : "");
-    return offsetText(entry.offset) + "  " + padded(hex, 3 * options.longestBytes + 3) + "  " +
-           std::string(2 * entry.depth, ' ') + whatText(entry);
+    return sentence("{}  {}  {}{}", offsetText(entry.offset), padded(hex, 3 * options.longestBytes + 3),
+                    std::string(2 * entry.depth, ' '), whatText(entry));
 }
 
 } // namespace okt

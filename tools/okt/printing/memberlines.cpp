@@ -3,6 +3,7 @@
 
 #include <tools/okt/printing/diffvalues.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -67,7 +68,7 @@ std::string MemberLines::members(std::vector<MemberChange> const &changes) const
 
 std::string MemberLines::member(MemberChange const &change) const
 {
-    std::string const name = "    " + printable(std::string_view(change.member)) + ":";
+    std::string const name = sentence("    {}:", printable(std::string_view(change.member)));
     bool const haveIds =
         change.before.is_object() && change.after.is_object() && change.before.contains("ids") && change.after.contains("ids");
     if (haveIds)
@@ -93,7 +94,7 @@ std::string MemberLines::ids(std::string const &name, Json const &before, Json c
         else
             gone.push_back(id.get<std::string>());
     }
-    std::string text = name + " " + idsText(before) + " -> " + idsText(after);
+    std::string text = sentence("{} {} -> {}", name, idsText(before), idsText(after));
     text += gone.empty() && stayed == come ? ", in another order\n" : "\n";
     for (std::string const &id : gone)
         text += removedLine(idText(id, m_first), kIndent);

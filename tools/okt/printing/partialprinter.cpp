@@ -3,6 +3,7 @@
 
 #include <oktformat/guids.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/members.h>
 #include <oktinspect/moduletext.h>
@@ -20,18 +21,15 @@ namespace
 // A longer name does not widen the column.
 constexpr std::size_t kWidestName = 36;
 
-std::string headerLine(char const *label, std::string const &text) { return "  " + padded(label, 16) + text + "\n"; }
+std::string headerLine(char const *label, std::string const &text) { return sentence("  {}{}\n", padded(label, 16), text); }
 
 std::string headText(PartialFile const &file)
 {
-    return printable(file.name()) + ": " + plural(static_cast<std::int64_t>(file.size()), "byte") + ", read in part\n" +
-           headerLine("Pool", quoted(file.pool().poolName()) + " " + idText(file.pool().objectId()));
+    return sentence("{}: {}, read in part\n{}", printable(file.name()), plural(static_cast<std::int64_t>(file.size()), "byte"),
+                    headerLine("Pool", sentence("{} {}", quoted(file.pool().poolName()), idText(file.pool().objectId()))));
 }
 
-std::string placeText(LoneObject const &lone)
-{
-    return plural(lone.size, "byte") + " from byte " + std::to_string(lone.position);
-}
+std::string placeText(LoneObject const &lone) { return sentence("{} from byte {}", plural(lone.size, "byte"), lone.position); }
 
 std::string membersText(std::vector<Member> const &members)
 {
@@ -41,7 +39,8 @@ std::string membersText(std::vector<Member> const &members)
             widest = std::max(widest, std::min(width(member.name), kWidestName));
     std::string text;
     for (Member const &member : members)
-        text += "    " + (member.value.empty() ? member.name : padded(member.name, widest) + "  " + member.value) + "\n";
+        text += sentence("    {}\n",
+                         member.value.empty() ? member.name : sentence("{}  {}", padded(member.name, widest), member.value));
     return text;
 }
 
@@ -57,7 +56,7 @@ std::string roleText(OKTDbObjectId const &id, LoneObject const &lone)
     if (lone.size < 0)
         return idText(id) + ", not in this file";
     std::string const &name = printable(lone.frame.className);
-    return idText(id) + (name.empty() ? "" : ", " + name) + ", " + placeText(lone);
+    return sentence("{}{}, {}", idText(id), name.empty() ? "" : ", " + name, placeText(lone));
 }
 
 std::string pictureText(LoneObject const &lone)
@@ -67,7 +66,8 @@ std::string pictureText(LoneObject const &lone)
         return "";
     CByteArray image;
     picture->getPictureData(image);
-    return "    image of " + plural(image.GetSize(), "byte") + (image.IsEmpty() ? "" : ", " + formatOf(image).text()) + "\n";
+    return sentence("    image of {}{}\n", plural(image.GetSize(), "byte"),
+                    image.IsEmpty() ? "" : ", " + formatOf(image).text());
 }
 
 /// The client module with the class of an object, or advice if there is none.

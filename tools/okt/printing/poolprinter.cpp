@@ -3,6 +3,7 @@
 
 #include <oktformat/guids.h>
 #include <oktformat/imageformat.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/members.h>
 #include <oktinspect/moduletext.h>
@@ -54,7 +55,7 @@ public:
             line.erase(line.find_last_not_of(' ') + 1);
             result += line + "\n";
             for (std::string const &below : row.below)
-                result += indent + "    " + below + "\n";
+                result += sentence("{}    {}\n", indent, below);
         }
         return result;
     }
@@ -109,7 +110,7 @@ public:
 
 private:
     void line(std::string const &text) { m_text += text + "\n"; }
-    void heading(std::string const &text) { m_text += "\n" + text + "\n"; }
+    void heading(std::string const &text) { m_text += sentence("\n{}\n", text); }
 
     static std::string className(OKTDbObject const *object)
     {
@@ -126,7 +127,7 @@ private:
             return parameter->UserName().IsEmpty() ? idText(id) : printable(parameter->UserName());
         if (auto const *const category = OKTDbCategory::cast(target))
             return quoted(category->CategoryName());
-        return className(target) + " " + idText(id);
+        return sentence("{} {}", className(target), idText(id));
     }
 
     std::string references(IdArray const &ids) const
@@ -139,7 +140,7 @@ private:
 
     // Header
 
-    void headerLine(char const *label, std::string const &text) { line("  " + padded(label, 16) + text); }
+    void headerLine(char const *label, std::string const &text) { line(sentence("  {}{}", padded(label, 16), text)); }
 
     std::string role(OKTDbObjectId const &id, bool hasPlace) const
     {
@@ -149,16 +150,16 @@ private:
         std::string text = idText(id) + (target == nullptr ? ", not in this file" : ", " + className(target));
         OKTDbPool::_ObjectInfo const *const place = hasPlace ? m_file.places.find(id) : nullptr;
         if (place != nullptr && place->nObjectPosition >= 0)
-            text += ", " + plural(place->nObjectSize, "byte") + " from byte " +
-                    std::to_string(static_cast<long long>(place->nObjectPosition) + m_file.objectsStart);
+            text += sentence(", {} from byte {}", plural(place->nObjectSize, "byte"),
+                             static_cast<long long>(place->nObjectPosition) + m_file.objectsStart);
         return text;
     }
 
     void header()
     {
-        line(printable(m_file.name) + ": " + plural(m_file.size, "byte"));
-        headerLine("Pool", quoted(m_pool.poolName()) + " " + idText(m_pool.objectId()));
-        headerLine("Units", "lengths in " + m_unit.name + " (" + rounded(m_unit.factor, kLengthDigits) + " to the metre)");
+        line(sentence("{}: {}", printable(m_file.name), plural(m_file.size, "byte")));
+        headerLine("Pool", sentence("{} {}", quoted(m_pool.poolName()), idText(m_pool.objectId())));
+        headerLine("Units", sentence("lengths in {} ({} to the metre)", m_unit.name, rounded(m_unit.factor, kLengthDigits)));
         headerLine("Metrics factor", m_file.factor ? number(*m_file.factor) + " in the file" : "none in the file");
         headerLine("Header", plural(std::max(m_file.headerSize, 0), "byte"));
         headerLine("Construct", role(m_pool.constructId(), true));
@@ -181,7 +182,7 @@ private:
     {
         for (OKTDbGroupCategory const *const group : all<OKTDbGroupCategory>())
         {
-            heading("Group category " + idText(group->objectId()) + ", " + plural(group->categoryCount(), "category"));
+            heading(sentence("Group category {}, {}", idText(group->objectId()), plural(group->categoryCount(), "category")));
             IdArray ids;
             group->getAllCategories(ids);
             for (OKTDbObjectId const &id : ids)
@@ -210,14 +211,14 @@ private:
 
     void printCategory(OKTDbCategory const &category)
     {
-        std::string const title = "  Category " + quoted(category.CategoryName()) + " " + idText(category.objectId());
+        std::string const title = sentence("  Category {} {}", quoted(category.CategoryName()), idText(category.objectId()));
         // A list may name a category any number of times.
         if (!m_shown.insert(category.objectId()).second)
         {
             line(title + ", shown above");
             return;
         }
-        line(title + ", " + plural(category.parameterCount(), "parameter"));
+        line(sentence("{}, {}", title, plural(category.parameterCount(), "parameter")));
         IdArray ids;
         category.getAllParameters(ids);
         Columns table = parameterColumns();
@@ -296,7 +297,7 @@ private:
         for (OKTDbRelation const *const relation : found)
         {
             m_shown.insert(relation->objectId());
-            line("  " + className(relation) + " " + idText(relation->objectId()));
+            line(sentence("  {} {}", className(relation), idText(relation->objectId())));
             auto const *const members = OKTDbParamRelation::cast(relation);
             if (members == nullptr)
                 continue;
@@ -308,7 +309,7 @@ private:
 
     static std::string pointText(OKTGeXYZ const &point)
     {
-        return "(" + number(point.X()) + ", " + number(point.Y()) + ", " + number(point.Z()) + ")";
+        return sentence("({}, {}, {})", number(point.X()), number(point.Y()), number(point.Z()));
     }
 
     void pictures()
@@ -321,7 +322,7 @@ private:
         IdArray const listed = m_pool.picturesId();
         for (int i = 0; i < listed.getSize(); ++i)
             if (OKTDbPicture *const picture = OKTDbPicture::cast(object(listed.at(i))))
-                showPicture("  " + std::to_string(i) + ": ", *picture);
+                showPicture(sentence("  {}: ", i), *picture);
         for (OKTDbPicture *const picture : found)
             if (m_shown.count(picture->objectId()) == 0)
                 showPicture("  ", *picture);
@@ -336,9 +337,9 @@ private:
         OKTGeXYZ target;
         OKTGeXYZ up;
         picture.getCameraData(camera, target, up);
-        line(label + idText(picture.objectId()) + ", image of " + plural(data.GetSize(), "byte") +
-             (data.IsEmpty() ? "" : ", " + formatOf(data).text()));
-        line("    camera " + pointText(camera) + ", target " + pointText(target) + ", up " + pointText(up));
+        line(sentence("{}{}, image of {}{}", label, idText(picture.objectId()), plural(data.GetSize(), "byte"),
+                      data.IsEmpty() ? "" : ", " + formatOf(data).text()));
+        line(sentence("    camera {}, target {}, up {}", pointText(camera), pointText(target), pointText(up)));
     }
 
     void otherObjects()
@@ -353,8 +354,8 @@ private:
                 heading("Other objects");
             first = false;
             bool const unknown = dynamic_cast<StandIn const *>(found) != nullptr;
-            line("  " + className(found) + " " + idText(id) + placeOf(id) +
-                 (unknown ? ", a class that needs a client module" : ""));
+            line(sentence("  {} {}{}{}", className(found), idText(id), placeOf(id),
+                          unknown ? ", a class that needs a client module" : ""));
         }
     }
 
@@ -363,7 +364,7 @@ private:
         auto const found = m_frames.find(id);
         if (found == m_frames.end())
             return "";
-        return ", " + plural(found->second->size, "byte") + " from byte " + std::to_string(found->second->offset);
+        return sentence(", {} from byte {}", plural(found->second->size, "byte"), found->second->offset);
     }
 
     void sizes()
@@ -386,7 +387,7 @@ private:
             ++objects;
             bytes += static_cast<std::size_t>(frame.size);
         }
-        heading("Objects: " + std::to_string(m_pool.objectCount()) + " read, " + std::to_string(objects) + " in the file");
+        heading(sentence("Objects: {} read, {} in the file", m_pool.objectCount(), objects));
         Columns table({"CLASS", "OBJECTS", "BYTES"});
         for (auto const &[name, sum] : sums)
             table.add({name, std::to_string(sum.objects), std::to_string(sum.bytes)});
@@ -405,9 +406,9 @@ private:
         for (UnreadObject const &object : m_file.unread)
         {
             Frame const &frame = object.frame;
-            line("  " + (frame.className.IsEmpty() ? "an object" : printable(frame.className)) +
-                 (frame.id ? " " + idText(toId(*frame.id)) : "") + ", " + plural(frame.size, "byte") + " from byte " +
-                 std::to_string(frame.offset) + ": " + object.reason);
+            line(sentence("  {}{}, {} from byte {}: {}", frame.className.IsEmpty() ? "an object" : printable(frame.className),
+                          frame.id ? " " + idText(toId(*frame.id)) : "", plural(frame.size, "byte"), frame.offset,
+                          object.reason));
         }
     }
 

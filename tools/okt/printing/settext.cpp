@@ -4,6 +4,7 @@
 #include <tools/okt/printing/parameterjson.h>
 
 #include <oktformat/guids.h>
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -46,7 +47,7 @@ std::string nameOf(StoredParameter const &parameter)
 std::string textOf(ShownValue const &value)
 {
     std::string const text = shownText(value);
-    return std::holds_alternative<std::string>(value.value) ? "\"" + printable(std::string_view(text)) + "\"" : text;
+    return std::holds_alternative<std::string>(value.value) ? sentence("\"{}\"", printable(std::string_view(text))) : text;
 }
 
 char const *pictureWord(PictureChange change)
@@ -71,18 +72,18 @@ std::string setText(SetStory const &story)
         return text + " is so already\n";
     text += "\n";
     for (std::size_t const index : changedInOrder(story))
-        text += "  " + nameOf(story.pool->parameters[index]) + ": " + textOf(shownOf(story, index, false)) + " -> " +
-                textOf(shownOf(story, index, true)) + (isCalculated(story, index) ? ", calculated" : "") + "\n";
+        text += sentence("  {}: {} -> {}{}\n", nameOf(story.pool->parameters[index]), textOf(shownOf(story, index, false)),
+                         textOf(shownOf(story, index, true)), isCalculated(story, index) ? ", calculated" : "");
     for (LeftParameter const &left : story.changes->left)
-        text += "  " + nameOf(story.pool->parameters[left.parameter]) +
-                ": left as it was: " + printable(std::string_view(reasonText(left))) + "\n";
+        text += sentence("  {}: left as it was: {}\n", nameOf(story.pool->parameters[left.parameter]),
+                         printable(std::string_view(reasonText(left))));
     if (story.made->picture == PictureChange::Drawn)
         text += "  picture: drawn anew\n";
     for (_GUID const &id : story.made->outOfDate)
-        text += "  picture " + idText(id) + ": kept, and " +
-                (story.made->picture == PictureChange::NotDrawn ? "perhaps out of date: okt does not draw such a template"
-                                                                : "out of date: it is not the one that okt draws") +
-                "\n";
+        text +=
+            sentence("  picture {}: kept, and {}\n", idText(id),
+                     story.made->picture == PictureChange::NotDrawn ? "perhaps out of date: okt does not draw such a template"
+                                                                    : "out of date: it is not the one that okt draws");
     return text;
 }
 

@@ -3,6 +3,7 @@
 
 #include <tools/okt/printing/parameterjson.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 
 #include <algorithm>
@@ -34,7 +35,7 @@ std::vector<std::string> headings(std::vector<TableRow> const &rows, std::vector
 {
     std::vector<std::string> texts = {"file"};
     for (std::size_t i = 0; i < names.size(); ++i)
-        texts.push_back(names[i] + (hasUnit(rows, i) ? " (" + unit + ")" : ""));
+        texts.push_back(names[i] + (hasUnit(rows, i) ? sentence(" ({})", unit) : ""));
     return texts;
 }
 
@@ -133,7 +134,7 @@ std::string markdownText(std::vector<TableRow> const &rows, std::vector<std::str
     auto const lineOf = [](std::vector<std::string> const &line) {
         std::string text = "|";
         for (std::string const &field : line)
-            text += " " + markdownField(field) + (field.empty() ? "|" : " |");
+            text += sentence(" {}{}", markdownField(field), field.empty() ? "|" : " |");
         return text + "\n";
     };
     std::string text = lineOf(headings(rows, names, unit)) + "|";

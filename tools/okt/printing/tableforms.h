@@ -18,7 +18,7 @@ enum class TableForm
     Markdown
 };
 
-/// A table as text. `names` are those of the columns as they were asked for.
+/// A table as text (own code: a few lines a form). `names` are those of the columns as they were asked for.
 std::string tableText(std::vector<TableRow> const &rows, std::vector<std::string> const &names, TableForm form,
                       std::string const &unit);
 

@@ -6,6 +6,7 @@
 #include <tools/okt/printing/diffvalues.h>
 #include <tools/okt/printing/memberlines.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/objectread.h>
 #include <tools/okt/terminal/console.h>
@@ -156,7 +157,8 @@ private:
 
     void line(std::string const &label, std::string const &word, std::string const &before, std::string const &after)
     {
-        m_text += changeText("~ " + label + ":" + (word.empty() ? "" : " " + word), before, after, kIndent, Colour::Yellow);
+        m_text +=
+            changeText(sentence("~ {}:{}", label, word.empty() ? "" : " " + word), before, after, kIndent, Colour::Yellow);
     }
 
     /// A line with the name of the member and the values in the file.
@@ -223,9 +225,9 @@ private:
         {
         case KnownClass::Parameter: return label + parameterText(side, object);
         case KnownClass::Category:
-        case KnownClass::ParamRelation: return label + ", " + plural(count(), "parameter");
+        case KnownClass::ParamRelation: return sentence("{}, {}", label, plural(count(), "parameter"));
         case KnownClass::GroupCategory:
-            return label + ", " + (count() == 1 ? "1 category" : std::to_string(count()) + " categories");
+            return sentence("{}, {}", label, count() == 1 ? "1 category" : sentence("{} categories", count()));
         case KnownClass::Picture: return label + pictureText(side, object);
         default: return label;
         }
@@ -238,7 +240,7 @@ private:
             return "";
         std::string const value = shown(*read.parameter, m_unit);
         std::string const expression = printable(read.parameter->Expression());
-        return " = " + value + (expression.empty() ? "" : "  [" + expression + "]");
+        return sentence(" = {}{}", value, expression.empty() ? "" : sentence("  [{}]", expression));
     }
 
     static std::string pictureText(Side const &side, DiffObject const &object)
@@ -301,8 +303,8 @@ private:
         if (was == is)
         {
             // Rounded, or of two kinds.
-            was += " (in the file " + valueText(member.before, m_first.pool, true) + ")";
-            is += " (in the file " + valueText(member.after, m_second.pool, true) + ")";
+            was += sentence(" (in the file {})", valueText(member.before, m_first.pool, true));
+            is += sentence(" (in the file {})", valueText(member.after, m_second.pool, true));
         }
         line(label, "", was, is);
         return true;
@@ -363,14 +365,14 @@ private:
         ListDiff const diff = compareLists(counterparts, after);
         if (diff.isSame())
             return false;
-        m_text += coloured("~ " + label + ": " + word, Colour::Yellow) + "\n";
+        m_text += coloured(sentence("~ {}: {}", label, word), Colour::Yellow) + "\n";
         for (std::size_t const place : diff.removed)
             m_text += removedLine(m_first.labels.ofId(before[place]), kIndent);
         for (std::size_t const place : diff.added)
             m_text += addedLine(m_second.labels.ofId(after[place]), kIndent);
         for (std::size_t const place : diff.moved)
-            m_text += coloured("    ~ " + m_second.labels.ofId(after[place]) + ", now " +
-                                   (place == 0 ? "first" : "behind " + m_second.labels.ofId(after[place - 1])),
+            m_text += coloured(sentence("    ~ {}, now {}", m_second.labels.ofId(after[place]),
+                                        place == 0 ? "first" : "behind " + m_second.labels.ofId(after[place - 1])),
                                Colour::Yellow) +
                       "\n";
         return true;

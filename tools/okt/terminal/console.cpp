@@ -3,6 +3,8 @@
 
 #include <tools/okt/terminal/system.h>
 
+#include <oktformat/sentence.h>
+
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -88,7 +90,7 @@ void printError(std::string_view text)
 {
     std::scoped_lock const lock(g_screen);
     eraseStatus();
-    std::string const line = "okt: " + std::string(text) + "\n";
+    std::string const line = sentence("okt: {}\n", text);
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
 }
@@ -100,7 +102,7 @@ std::string coloured(std::string_view text, Colour colour)
     static bool const isColoured = hasColours(Stream::Output);
     if (!isColoured)
         return std::string(text);
-    return sequenceOf(colour) + std::string(text) + "\x1b[0m";
+    return sentence("{}{}\x1b[0m", sequenceOf(colour), text);
 }
 
 bool showsStatus() { return takesSequences(Stream::Error); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/terminal/progress.h>
 
+#include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <tools/okt/terminal/console.h>
 
@@ -26,10 +27,10 @@ std::string timeText(double seconds)
 {
     auto const whole = static_cast<long long>(std::ceil(std::max(seconds, 1.0)));
     if (whole < 60)
-        return std::to_string(whole) + " s";
+        return sentence("{} s", whole);
     if (whole < 3600)
-        return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
-    return std::to_string(whole / 3600) + " h " + std::to_string(whole % 3600 / 60) + " min";
+        return sentence("{} min {} s", whole / 60, whole % 60);
+    return sentence("{} h {} min", whole / 3600, whole % 3600 / 60);
 }
 
 } // namespace
@@ -56,7 +57,7 @@ std::string bytesText(std::uintmax_t bytes)
     std::size_t unit = 0;
     for (; value >= 999.5 && unit + 1 < std::size(kUnits); ++unit)
         value /= 1000;
-    return rounded(value, value < 99.5 ? 2 : 3) + " " + kUnits[unit];
+    return sentence("{} {}", rounded(value, value < 99.5 ? 2 : 3), kUnits[unit]);
 }
 
 std::string progressLine(std::string const &what, std::uintmax_t done, std::uintmax_t total, std::string const &unit,
@@ -71,14 +72,14 @@ std::string progressLine(std::string const &what, std::uintmax_t done, std::uint
     if (total == 0)
         line += amount(done);
     else
-        line += std::to_string(static_cast<int>(part * 100)) + " % of " + amount(total);
+        line += sentence("{} % of {}", static_cast<int>(part * 100), amount(total));
     if (pass.of > 1)
-        line += ", pass " + std::to_string(pass.number) + " of " + std::to_string(pass.of);
+        line += sentence(", pass {} of {}", pass.number, pass.of);
     if (objects != 0)
         line += ", " + plural(static_cast<std::int64_t>(objects), "object");
     double const whole = total == 0 ? 0 : (pass.number - 1 + part) / pass.of;
     if (whole > 0)
-        line += ", " + timeText(seconds / whole - seconds) + " left";
+        line += sentence(", {} left", timeText(seconds / whole - seconds));
     return line;
 }
 
@@ -110,7 +111,7 @@ void ProgressLine::at(std::uintmax_t done, std::uintmax_t objects)
 
 std::string waitingLine(std::string const &what, std::uintmax_t size, double seconds)
 {
-    return what + ": " + (size == 0 ? "" : bytesText(size) + ", ") + timeText(seconds) + " so far";
+    return sentence("{}: {}{} so far", what, size == 0 ? "" : bytesText(size) + ", ", timeText(seconds));
 }
 
 Waiting::Waiting(std::string what, std::uintmax_t size, std::chrono::milliseconds patience, ProgressClock &clock)
