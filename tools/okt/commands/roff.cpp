@@ -146,7 +146,7 @@ private:
         }
         if (line.starts_with("- "))
         {
-            m_result += ".IP \\(bu 2\n" + inlined(line.substr(2)) + "\n";
+            m_result += ".IP \\- 2\n" + inlined(line.substr(2)) + "\n";
             m_isOpen = true;
             return;
         }
