@@ -50,12 +50,13 @@ std::vector<Word> wordsOf(std::string_view text)
     for (std::size_t at = 0; at < text.size();)
     {
         char const c = text[at];
-        Word word{{}, at, false, false};
         if (c == ' ' || c == '\t')
         {
             ++at;
             continue;
         }
+        Word &word = words.emplace_back();
+        word.at = at;
         if (c == '"' || c == '\'')
         {
             word.isQuoted = true;
@@ -74,9 +75,10 @@ std::vector<Word> wordsOf(std::string_view text)
         else
             while (at < text.size() && text[at] != ' ' && text[at] != '\t' && text[at] != '"' && !isSign(text[at]))
                 word.text += text[at++];
-        words.push_back(std::move(word));
     }
-    words.push_back({"", text.size(), false, true});
+    Word &end = words.emplace_back();
+    end.at = text.size();
+    end.isEnd = true;
     return words;
 }
 

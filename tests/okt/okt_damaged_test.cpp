@@ -225,9 +225,8 @@ TEST(OktDamagedOne, GetSetAndEdit_EveryFile_AsItWasOrWhole)
             if (okt::StoredTemplate const pool = okt::readTemplate(source); !pool.parameters.empty())
                 name = okt::idText(pool.parameters[random() % pool.parameters.size()].id);
             expectTold(runOkt({"get", file, name}), {file}, what + ", get");
-            ProcessResult const before = runOkt({"verify", "-q", file});
             bool hasChanged = false;
-            for (char const *const value : {"35 mm", "3", "true", "words"})
+            for (char const *const value : {"35 mm", "3"})
             {
                 ProcessResult const result = runOkt({"set", file, name + "=" + value, "-q"});
                 EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 1) << what << result.err;
@@ -245,6 +244,8 @@ TEST(OktDamagedOne, GetSetAndEdit_EveryFile_AsItWasOrWhole)
             {
                 ++changed;
                 ProcessResult const after = runOkt({"verify", "-q", file});
+                put(file, bytes);
+                ProcessResult const before = runOkt({"verify", "-q", file});
                 EXPECT_LE(after.exitCode, before.exitCode) << what << after.out;
             }
         }

@@ -177,7 +177,7 @@ TEST(OktManual, HelpAndManPage_ExamplesOfThePage)
     std::string const man = contents(folder.path("share/man/man1/okt-get.1").ToUtf8());
     EXPECT_THAT(man, HasSubstr("$ okt get templates/link\\-no4.okt Diameter \\-\\-unit in\n0.5 in\n"));
     EXPECT_THAT(contents(folder.path("share/man/man1/okt-set.1").ToUtf8()),
-                HasSubstr(".IP \\(bu 2\n\\fBValues\\fR keep the kind"));
+                HasSubstr(".IP \\- 2\n\\fBValues\\fR keep the kind"));
 }
 
 #endif

@@ -187,6 +187,22 @@ TEST_F(OktFolders, Diff_AddedRemovedRenamedChanged)
               "okt: new/d8.okt:byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358\n");
 }
 
+/// A new template that took the name of an old one does not hide where that went.
+TEST_F(OktFolders, Diff_NameTakenByAnother_FollowsThePool)
+{
+    fs::copy(pathOf(path("lib")), pathOf(path("new")), fs::copy_options::recursive);
+    fs::rename(pathOf(path("new/d12.okt")), pathOf(path("new/d12-old.okt")));
+    fs::copy_file(built() / "mesh-d8.okt", pathOf(path("new/d12.okt")));
+    EXPECT_EQ(runOkt({"diff", path("lib"), path("new")}).out, "> d12.okt -> d12-old.okt\n"
+                                                              "+ d12.okt\n"
+                                                              "0 removed, 1 added, 1 renamed, 0 changed, 3 the same\n");
+    // One that was built anew has another id, and stays the file of that name.
+    fs::remove_all(pathOf(path("new")));
+    fs::copy(pathOf(path("lib")), pathOf(path("new")), fs::copy_options::recursive);
+    fs::copy_file(built() / "mesh-d8.okt", pathOf(path("new/d12.okt")), fs::copy_options::overwrite_existing);
+    EXPECT_EQ(runOkt({"diff", "-q", path("lib"), path("new")}).out, "0 removed, 0 added, 0 renamed, 1 changed, 3 the same\n");
+}
+
 class OktHash : public LibraryTest
 {
 };

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace
 {
@@ -148,6 +149,49 @@ TEST_F(OktSetRules, FortyFiles_EachOldOrNewAndTold)
         fs::permissions(pathOf(file), fs::perms::owner_read | fs::perms::owner_write);
     }
 }
+
+#if !defined(_WIN32) // a shell kills it
+
+/// Killed in the midst of its files each is old or new, and the next run does the rest.
+TEST_F(OktSetRules, Killed_EachFileOldOrNewAndTheNextRunGoesOn)
+{
+    std::vector<std::string> files;
+    for (int i = 0; i < 20; ++i)
+        files.push_back(take("link-d12.okt", "f" + std::to_string(i) + ".okt"));
+    std::string const old = contents(pathOf(files.front()));
+    std::string const model = take("link-d12.okt", "../model.okt");
+    done({"set", model, "Cover=35 mm", "-q"});
+    std::string const made = contents(pathOf(model));
+    std::set<std::size_t> counts;
+    for (int turn = 0; turn < 8; ++turn)
+    {
+        for (std::string const &file : files)
+            put("lib/" + pathOf(file).filename().string(), old);
+        // Killed as soon as so many files are new.
+        std::string const script =
+            ": >\"$1/../out\"; \"$0\" set \"$1\" 'Cover=35 mm' >\"$1/../out\" & pid=$!; while kill -0 $pid 2>/dev/null && "
+            "[ $(grep -c Cover \"$1/../out\") -lt " +
+            std::to_string(2 * turn + 1) + " ]; do :; done; kill -9 $pid 2>/dev/null; wait $pid; true";
+        runProgram("/bin/sh", {"-c", script, OKT_EXE, path("lib")});
+        std::size_t changed = 0;
+        for (std::string const &file : files)
+        {
+            std::string const bytes = contents(pathOf(file));
+            EXPECT_TRUE(bytes == old || bytes == made) << file;
+            changed += bytes == made ? 1 : 0;
+        }
+        counts.insert(changed);
+        ProcessResult const next = runOkt({"set", path("lib"), "Cover=35 mm", "-q"});
+        EXPECT_EQ(next.exitCode, 0) << next.err;
+        EXPECT_EQ(next.out, "20 templates: " + std::to_string(20 - changed) + " changed" +
+                                (changed == 0 ? "" : ", " + std::to_string(changed) + " so already") + "\n");
+        for (std::string const &file : files)
+            EXPECT_EQ(contents(pathOf(file)), made) << file;
+    }
+    EXPECT_GT(counts.size(), 1u);
+}
+
+#endif
 
 /// Bytes of an object whose class nobody knows here, and all others.
 TEST_F(OktSetRules, UnknownClass_OnlyTheBytesOfTheValueDiffer)

@@ -20,6 +20,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 
 namespace okt
 {
@@ -39,32 +40,22 @@ public:
     {
         Files const first = filesOf(before);
         Files const second = filesOf(after);
-        std::map<std::string, std::string> newById; // of those that only the second folder has
-        for (auto const &[path, file] : second)
-            if (!first.contains(path))
-                newById.emplace(idOf(file), path);
-        newById.erase("");
-        std::map<std::string, std::string> renamed; // new path, old path
+        std::map<std::string, std::string> const pairs = pairsOf(first, second);
+        std::set<std::string> paired;
         for (auto const &[path, file] : first)
         {
-            if (auto const same = second.find(path); same != second.end())
-            {
-                look(path, path, file, same->second);
-                continue;
-            }
-            auto const found = newById.find(idOf(file));
-            if (found == newById.end())
+            auto const found = pairs.find(path);
+            if (found == pairs.end())
             {
                 ++m_removed;
                 tell("removed", "- ", path);
                 continue;
             }
-            renamed.emplace(found->second, path);
+            paired.insert(found->second);
             look(path, found->second, file, second.at(found->second));
-            newById.erase(found);
         }
         for (auto const &[path, file] : second)
-            if (!first.contains(path) && !renamed.contains(path))
+            if (!paired.contains(path))
             {
                 ++m_added;
                 tell("added", "+ ", path);
@@ -94,6 +85,40 @@ private:
             files.emplace(std::string(path.begin(), path.end()), file);
         }
         return files;
+    }
+
+    /// Which new path an old one has: the same where the pool is the same, else that of the file with this pool, else the same all
+    /// the same, as where a template was built anew.
+    static std::map<std::string, std::string> pairsOf(Files const &first, Files const &second)
+    {
+        std::map<std::string, std::string> pairs;
+        std::map<std::string, std::string> newById; // of those that have no pair yet
+        std::map<std::string, std::string> oldIds;
+        for (auto const &[path, file] : first)
+        {
+            auto const same = second.find(path);
+            std::string const id = idOf(file);
+            if (same != second.end() && (id.empty() || idOf(same->second) == id))
+                pairs.emplace(path, path);
+            else
+                oldIds.emplace(path, id);
+        }
+        for (auto const &[path, file] : second)
+            if (!pairs.contains(path))
+                newById.emplace(idOf(file), path);
+        newById.erase("");
+        std::set<std::string> taken;
+        for (auto const &[path, id] : oldIds)
+            if (auto const found = newById.find(id); found != newById.end())
+            {
+                pairs.emplace(path, found->second);
+                taken.insert(found->second);
+                newById.erase(found);
+            }
+        for (auto const &[path, id] : oldIds)
+            if (second.contains(path) && !taken.contains(path))
+                pairs.emplace(path, path);
+        return pairs;
     }
 
     /// Of the pool; empty where it cannot be read.

@@ -148,7 +148,7 @@ private:
         }
         if (line.starts_with("- "))
         {
-            m_result += sentence(".IP \\(bu 2\n{}\n", inlined(line.substr(2)));
+            m_result += sentence(".IP \\- 2\n{}\n", inlined(line.substr(2)));
             m_isOpen = true;
             return;
         }
