@@ -16,8 +16,7 @@ std::string formatted(fmt::string_view text, fmt::format_args const &values);
 
 /// sentence("{} of {} objects", 3, total): the text with the values in place of each `{}`, checked when it is compiled. Numbers are
 /// written as std::to_string does, but for floating ones: these go through `number` or `rounded` (text.h).
-template <class... Values>
-std::string sentence(fmt::format_string<Values const &...> text, Values const &...values)
+template <class... Values> std::string sentence(fmt::format_string<Values const &...> text, Values const &...values)
 {
     return formatted(text, fmt::make_format_args(values...));
 }
