@@ -42,8 +42,11 @@ protected:
         bars = path("bars.okt");
         modulePath("");
     }
+
+public:
     ~OktModuleSearch() override { modulePath(""); }
 
+protected:
     static void modulePath(std::string const &folders)
     {
 #if defined(_WIN32)
