@@ -42,11 +42,8 @@ protected:
         bars = path("bars.okt");
         modulePath("");
     }
-
-public:
     ~OktModuleSearch() override { modulePath(""); }
 
-protected:
     static void modulePath(std::string const &folders)
     {
 #if defined(_WIN32)

@@ -139,11 +139,8 @@ protected:
         fs::copy_file(golden("stirrup.okt"), path("diff"));
         fs::current_path(path(""));
     }
-
-public:
     ~OktCommandLine() override { fs::current_path(m_before); }
 
-protected:
     static std::string out(Words const &arguments)
     {
         ProcessResult const result = runOkt(arguments);
