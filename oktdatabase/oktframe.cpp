@@ -70,7 +70,7 @@ OKTDbObjectId idForList(OKTDbObjectId id)
 
 namespace
 {
-// The quick road: all ids at once. False: nothing was written.
+// The fast path: all ids at once. False: nothing was written.
 bool writeIds(OKTFiler &filer, IdArray const &ids)
 {
     OKTFrameWriter frames(filer, static_cast<std::int64_t>(kIdFrame.size()) * ids.getSize());

@@ -47,7 +47,7 @@ void addFromFrame(OKTDbPool &pool, CString const &className, CByteArray const &f
     if (!taken || !pool.appendObject(object.get()))
         throw Failure(pool.poolName().ToUtf8(), "",
                       "the class " + quoted(className) + " of the loaded module does not take what a template has for it");
-    object.release();
+    (void)object.release(); // the pool's
 }
 
 /// A stream holds metres, whatever the drawing unit is.

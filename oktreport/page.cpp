@@ -96,8 +96,11 @@ private:
         for (std::size_t unit = 0; unit < kUnitNames.size(); ++unit)
         {
             std::string const name = kUnitNames[unit];
-            m_text += "<label><input type=\"radio\" name=\"unit\" value=\"" + name + "\"" +
-                      (unit == m_options.unit ? " checked=\"\"" : "") + "/><span>" + name + "</span></label>";
+            m_text.append("<label><input type=\"radio\" name=\"unit\" value=\"").append(name).append("\"");
+            m_text.append(unit == m_options.unit ? " checked=\"\"" : "")
+                .append("/><span>")
+                .append(name)
+                .append("</span></label>");
         }
         m_text +=
             "</fieldset>\n<button id=\"theme\" type=\"button\" aria-pressed=\"false\" aria-label=\"Dark colours\" "

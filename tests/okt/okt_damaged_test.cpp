@@ -132,7 +132,7 @@ TEST(OktDamaged, CommandsForManyFiles_EveryFile_NoCrashAndALine)
         std::vector<std::string> files;
         for (auto const &[path, whole] : poolFiles())
         {
-            files.push_back(folder.path((std::to_string(files.size()) + ".okt").c_str()).ToUtf8());
+            files.push_back(folder.path(std::to_string(files.size()) + ".okt").ToUtf8());
             put(files.back(), damaged(whole, kind, random));
         }
         for (std::vector<std::string> arguments : {std::vector<std::string>{"info"},

@@ -91,6 +91,7 @@ int run(int argc, char **argv, int &trouble)
         okt::markTableFiles(typed);
         std::vector<std::string> const texts = okt::arranged(app, typed);
         std::vector<char const *> words;
+        words.reserve(texts.size());
         for (std::string const &text : texts)
             words.push_back(text.c_str());
         app.parse(static_cast<int>(words.size()), words.data());

@@ -133,7 +133,7 @@ std::string PictureFolder::put(std::string const &stem, CByteArray const &bytes)
     std::string const ending = endingOf(bytes);
     std::string name = stem + ending;
     for (int number = 2; !m_names.insert(name).second; ++number)
-        name = stem + "-" + std::to_string(number) + ending;
+        name = std::string(stem).append("-").append(std::to_string(number)).append(ending);
     fs::path const path = m_folder / utf8Path(name);
     std::error_code ignored;
     if (fs::is_regular_file(path, ignored) && holds(path, bytes))
