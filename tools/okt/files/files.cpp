@@ -18,6 +18,8 @@ namespace
 
 namespace fs = std::filesystem;
 
+constexpr char const *kNotWritten = "the file cannot be written";
+
 /// Drawn anew, so that two runs into one folder do not meet.
 fs::path pathBeside(fs::path const &target)
 {
@@ -51,66 +53,87 @@ std::string saveFailure(OktSaveRefusal const &refusal, std::string const &what)
 } // namespace
 
 TemporaryFile::TemporaryFile(fs::path const &neighbour)
-    : m_path(pathBeside(neighbour)), m_halfWritten(std::in_place, pathName(m_path))
+    : m_path(pathBeside(neighbour)), m_halfWritten(std::in_place, pathName(m_path), HalfWritten::Kind::File)
 {
 }
 
 TemporaryFile::~TemporaryFile()
 {
+    InterruptHold const hold;
     std::error_code ignored;
     if (m_halfWritten)
         fs::remove(m_path, ignored);
+    m_halfWritten.reset();
 }
 
 PendingFile::PendingFile(fs::path target) : m_target(std::move(target))
 {
-    if (!m_file.begin(pathText(m_target)))
-        refuse("the file cannot be written");
-    m_part.emplace(m_file.partPath().ToUtf8());
-    m_old.emplace(m_file.oldPath().ToUtf8());
+    InterruptHold const hold;
+    try
+    {
+        m_file.emplace();
+        if (!m_file->begin(pathText(m_target)))
+            refuse(kNotWritten);
+        m_part.emplace(m_file->partPath().ToUtf8(), HalfWritten::Kind::File);
+    }
+    catch (...)
+    {
+        letGo();
+        throw;
+    }
+}
+
+void PendingFile::letGo() noexcept
+{
+    InterruptHold const hold;
+    m_file.reset();
+    m_part.reset();
 }
 
 void PendingFile::refuse(char const *what, std::string const &more) const
 {
-    OktSaveRefusal const refusal = m_file.refusal();
+    OktSaveRefusal const refusal = m_file->refusal();
     throw Failure(pathName(m_target), "", saveFailure(refusal, what) + more);
 }
 
 void PendingFile::write(std::string_view bytes)
 {
-    if (!m_file.write(bytes.data(), bytes.size()))
-        refuse("the file cannot be written");
+    InterruptHold const hold;
+    if (m_file->write(bytes.data(), bytes.size()))
+        return;
+    m_part.reset(); // from now on the name may be that of somebody else, who saves the same file
+    refuse(kNotWritten);
 }
 
 void PendingFile::flush()
 {
-    if (!m_file.flush())
-        refuse("the file cannot be written");
+    InterruptHold const hold;
+    if (m_file->flush())
+        return;
+    m_part.reset();
+    refuse(kNotWritten);
 }
 
 void PendingFile::commit() { commitTogether({this}); }
 
 void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
 {
+    InterruptHold const hold;
     std::vector<OktFileReplacement *> replacements;
     for (PendingFile *const file : files)
-        replacements.push_back(&file->m_file);
+        replacements.push_back(&*file->m_file);
     OktFileReplacement *const failed = OktFileReplacement::commitTogether(replacements.data(), replacements.size());
-    // From now on these names may be those of somebody else, who saves the same files.
     for (PendingFile *const file : files)
-    {
         file->m_part.reset();
-        file->m_old.reset();
-    }
     if (failed == nullptr)
         return;
     std::string lost;
     for (PendingFile const *const file : files)
-        if (file->m_file.isOldKept())
+        if (file->m_file->isOldKept())
             lost +=
-                "; what " + printable(pathName(file->m_target)) + " was is in " + printable(file->m_file.oldPath().ToUtf8());
+                "; what " + printable(pathName(file->m_target)) + " was is in " + printable(file->m_file->oldPath().ToUtf8());
     for (PendingFile const *const file : files)
-        if (&file->m_file == failed)
+        if (&*file->m_file == failed)
             file->refuse("the file cannot be put in place", lost);
 }
 
@@ -125,10 +148,10 @@ void checkReplaceable(fs::path const &path)
         throw Failure(name, "", "the file cannot be reached: " + error.message());
     OktSaveRefusal const refusal = OktCheckReplaceable(pathText(path));
     if (refusal.status != OktSaveStatus::Saved)
-        throw Failure(name, "", saveFailure(refusal, "the file cannot be written"));
+        throw Failure(name, "", saveFailure(refusal, kNotWritten));
 }
 
-MadeFolder::Made::Made(fs::path const &folder) : path(folder), halfWritten(pathName(folder)) {}
+MadeFolder::Made::Made(fs::path const &folder) : path(folder), halfWritten(pathName(folder), HalfWritten::Kind::Folder) {}
 
 MadeFolder::MadeFolder(fs::path const &path)
 {
@@ -141,16 +164,32 @@ MadeFolder::MadeFolder(fs::path const &path)
     std::vector<fs::path> missing;
     for (fs::path folder = path; folder.has_relative_path() && !fs::exists(folder, error); folder = folder.parent_path())
         missing.push_back(folder);
-    std::for_each(missing.rbegin(), missing.rend(), [this](fs::path const &folder) { m_made.emplace_back(folder); });
-    fs::create_directories(path, error);
-    if (!error)
+    try
+    {
+        std::for_each(missing.rbegin(), missing.rend(), [this](fs::path const &folder) { make(folder); });
+    }
+    catch (...)
+    {
+        removeEmpty();
+        throw;
+    }
+}
+
+void MadeFolder::make(fs::path const &folder)
+{
+    InterruptHold const hold;
+    m_made.emplace_back(folder);
+    std::error_code error;
+    if (fs::create_directory(folder, error))
         return;
-    removeEmpty();
-    throw Failure(pathName(path), "", "the output folder cannot be made: " + error.message());
+    m_made.pop_back(); // somebody else's
+    if (error)
+        throw Failure(pathName(folder), "", "the output folder cannot be made: " + error.message());
 }
 
 void MadeFolder::removeEmpty()
 {
+    InterruptHold const hold;
     std::error_code ignored;
     for (; !m_made.empty(); m_made.pop_back())
         fs::remove(m_made.back().path, ignored);

@@ -16,12 +16,26 @@ namespace okt
 namespace
 {
 
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
+
+sigset_t interrupts()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (int const signal : kInterrupts)
+        sigaddset(&set, signal);
+    return set;
+}
+
+int g_holds = 0;
+sigset_t g_beforeHold;
+
+// Runs in the main thread, and no other interrupt meanwhile.
 extern "C" void onInterrupt(int signal)
 {
-    forEachHalfWritten([](char const *path) { unlink(path); });
-    forEachHalfWritten([](char const *path) { rmdir(path); }); // folders, which are empty now
+    removeHalfWritten([](char const *path) { return unlink(path) == 0; }, [](char const *path) { return rmdir(path) == 0; });
     clearStatusFromSignal();
-    // The default handler is active again, so this ends the process with that signal.
+    // The default handler is active again, so this ends the process with that signal when this function returns.
     raise(signal);
 }
 
@@ -52,16 +66,31 @@ void writeErrorFromSignal(char const *bytes, std::size_t count)
 
 void handleInterrupts()
 {
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP})
+    for (int const signal : kInterrupts)
     {
         struct sigaction before = {};
         if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler == SIG_IGN)
             continue;
         struct sigaction action = {};
         action.sa_handler = onInterrupt;
-        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
+        action.sa_mask = interrupts();
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }
+}
+
+InterruptHold::InterruptHold()
+{
+    if (g_holds++ != 0)
+        return;
+    sigset_t const held = interrupts();
+    pthread_sigmask(SIG_BLOCK, &held, &g_beforeHold);
+}
+
+InterruptHold::~InterruptHold()
+{
+    if (--g_holds == 0)
+        pthread_sigmask(SIG_SETMASK, &g_beforeHold, nullptr);
 }
 
 void endIfInterrupted() {}
