@@ -12,6 +12,7 @@
 #include <tools/okt/terminal/interrupt.h>
 #include <tools/okt/terminal/system.h>
 
+#include <exception>
 #include <new>
 #include <sstream>
 #include <string>
@@ -23,6 +24,18 @@ namespace
 using okt::kDone;
 using okt::kFailed;
 using okt::kWrongUsage;
+
+constexpr char kNoMemory[] = "there is not enough memory";
+
+void tell(std::exception const &exception)
+try
+{
+    okt::printError(okt::printable(std::string_view(exception.what())));
+}
+catch (std::bad_alloc const &)
+{
+    okt::printError(kNoMemory);
+}
 
 int answerWrongUsage(okt::WrongUsage const &wrong)
 {
@@ -103,7 +116,9 @@ int run(int argc, char **argv, int &trouble)
     for (std::string const &module : modules)
         okt::modules().load(okt::utf8Path(module));
     okt::modules().searchIn(okt::moduleFolders(), !withoutSearch);
-    return line.run();
+    int const result = line.run();
+    okt::checkMemory();
+    return result;
 }
 
 } // namespace
@@ -135,11 +150,11 @@ int main(int argc, char **argv)
     }
     catch (std::bad_alloc const &)
     {
-        okt::printError("there is not enough memory");
+        okt::printError(kNoMemory);
     }
     catch (std::exception const &exception)
     {
-        okt::printError(okt::printable(std::string_view(exception.what())));
+        tell(exception);
     }
     return trouble;
 }

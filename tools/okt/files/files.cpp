@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/files/files.h>
 
+#include <oktdatabase/oktshortage.h>
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
 #include <oktplatform/oktprogram.h>
 #include <tools/okt/terminal/progress.h>
 
 #include <algorithm>
+#include <new>
 #include <random>
 #include <system_error>
 
@@ -118,6 +120,7 @@ void PendingFile::commit() { commitTogether({this}); }
 
 void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
 {
+    checkMemory();
     InterruptHold const hold;
     std::vector<OktFileReplacement *> replacements;
     for (PendingFile *const file : files)
@@ -135,6 +138,12 @@ void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
     for (PendingFile const *const file : files)
         if (&*file->m_file == failed)
             file->refuse("the file cannot be put in place", lost);
+}
+
+void checkMemory()
+{
+    if (OktShortages() != 0)
+        throw std::bad_alloc();
 }
 
 void checkReplaceable(fs::path const &path)

@@ -62,6 +62,10 @@ private:
     std::optional<HalfWritten> m_part; // registered just as long as the file holds that name
 };
 
+/// Throws std::bad_alloc if the library was short of memory: what it answered then is not to be built on. Each file is put in place
+/// behind this.
+void checkMemory();
+
 /// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, in use, or has several
 /// names, or its name is no UTF-8.
 void checkReplaceable(std::filesystem::path const &path);
