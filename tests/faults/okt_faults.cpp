@@ -141,6 +141,7 @@ int countedMain(int count, char **arguments, char **environment)
 } // namespace
 
 // NOLINTBEGIN: the functions of the C library, ahead of it for the whole process
+#pragma GCC visibility push(default)
 #define OKT_REAL(name) static auto *const real = realCall<decltype(name)>(#name)
 
 #define OKT_TAKE(result, failed, name, can, arguments, values)                                                                 \
@@ -250,23 +251,31 @@ extern "C" ssize_t writev(int file, struct iovec const *parts, int count)
     return fate == Fate::Half ? real(file, parts, std::max(count / 2, std::min(count, 1))) : real(file, parts, count);
 }
 
-// These call the system themselves. A failure of a stream stays with it, as its own would.
+// These call the system themselves. A failure stays with the stream, as that of the system would.
+static bool passes(std::FILE *stream)
+{
+    if (fateOf(Can::Fail) == Fate::Pass)
+        return true;
+    stream->_flags |= _IO_ERR_SEEN;
+    return false;
+}
+
 extern "C" std::size_t fread(void *target, std::size_t size, std::size_t count, std::FILE *stream)
 {
     OKT_REAL(fread);
-    return fateOf(Can::Fail) == Fate::Pass ? real(target, size, count, stream) : 0;
+    return passes(stream) ? real(target, size, count, stream) : 0;
 }
 
 extern "C" std::size_t fwrite(void const *source, std::size_t size, std::size_t count, std::FILE *stream)
 {
     OKT_REAL(fwrite);
-    return stream == stderr || fateOf(Can::Fail) == Fate::Pass ? real(source, size, count, stream) : 0;
+    return stream == stderr || passes(stream) ? real(source, size, count, stream) : 0;
 }
 
 extern "C" int fflush(std::FILE *stream)
 {
     OKT_REAL(fflush);
-    return stream == stderr || fateOf(Can::Fail) == Fate::Pass ? real(stream) : EOF;
+    return stream == stderr || passes(stream) ? real(stream) : EOF;
 }
 
 // The file is closed whatever the call answers.
@@ -314,4 +323,5 @@ OKT_TAKE(ssize_t, -1, fgetxattr, Can::Fail, (int file, char const *name, void *v
          (file, name, value, size))
 OKT_TAKE(int, -1, fsetxattr, Can::Fail, (int file, char const *name, void const *value, std::size_t size, int flags) noexcept,
          (file, name, value, size, flags))
+#pragma GCC visibility pop
 // NOLINTEND

@@ -12,6 +12,7 @@
 #include <tools/okt/terminal/interrupt.h>
 #include <tools/okt/terminal/system.h>
 
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <sstream>
@@ -35,6 +36,28 @@ try
 catch (std::bad_alloc const &)
 {
     okt::printError(kNoMemory);
+}
+
+int g_trouble = kFailed; ///< the exit code for what is thrown
+
+/// A destructor that needs memory can do no better.
+[[noreturn]] void endWithoutMemory()
+{
+    try
+    {
+        if (std::current_exception())
+            throw;
+    }
+    catch (std::bad_alloc const &)
+    {
+        okt::printError(kNoMemory);
+        okt::endLeavingNothing(g_trouble);
+    }
+    catch (...)
+    {
+        // As without this.
+    }
+    std::abort();
 }
 
 int answerWrongUsage(okt::WrongUsage const &wrong)
@@ -65,8 +88,7 @@ void letTheLastCount(CLI::App &app)
         letTheLastCount(*command);
 }
 
-/// `trouble` becomes the exit code for what is thrown.
-int run(int argc, char **argv, int &trouble)
+int run(int argc, char **argv)
 {
     CLI::App app("Makes template pools of reinforcement, looks into them, compares and converts them.", "okt");
     app.allow_windows_style_options(false); // a path may begin with a slash on every system
@@ -112,7 +134,7 @@ int run(int argc, char **argv, int &trouble)
     {
         return answerWrongUsage(wrong);
     }
-    trouble = line.trouble;
+    g_trouble = line.trouble;
     for (std::string const &module : modules)
         okt::modules().load(okt::utf8Path(module));
     okt::modules().searchIn(okt::moduleFolders(), !withoutSearch);
@@ -127,10 +149,10 @@ int main(int argc, char **argv)
 {
     okt::guardStandardStreams();
     okt::handleInterrupts();
-    int trouble = kFailed;
+    std::set_terminate(endWithoutMemory);
     try
     {
-        return run(argc, argv, trouble);
+        return run(argc, argv);
     }
     catch (okt::OutputClosed const &)
     {
@@ -156,5 +178,5 @@ int main(int argc, char **argv)
     {
         tell(exception);
     }
-    return trouble;
+    return g_trouble;
 }

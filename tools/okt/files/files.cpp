@@ -175,7 +175,10 @@ MadeFolder::MadeFolder(fs::path const &path)
         missing.push_back(folder);
     try
     {
-        std::for_each(missing.rbegin(), missing.rend(), [this](fs::path const &folder) { make(folder); });
+        for (auto folder = missing.rbegin(); folder != missing.rend() && !error; ++folder)
+            make(*folder, error);
+        if (error)
+            throw Failure(pathName(path), "", "the output folder cannot be made: " + error.message());
     }
     catch (...)
     {
@@ -184,16 +187,12 @@ MadeFolder::MadeFolder(fs::path const &path)
     }
 }
 
-void MadeFolder::make(fs::path const &folder)
+void MadeFolder::make(fs::path const &folder, std::error_code &error)
 {
     InterruptHold const hold;
     m_made.emplace_back(folder);
-    std::error_code error;
-    if (fs::create_directory(folder, error))
-        return;
-    m_made.pop_back(); // somebody else's
-    if (error)
-        throw Failure(pathName(folder), "", "the output folder cannot be made: " + error.message());
+    if (!fs::create_directory(folder, error))
+        m_made.pop_back(); // somebody else's
 }
 
 void MadeFolder::removeEmpty()

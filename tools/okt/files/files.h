@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace okt
@@ -90,7 +91,7 @@ private:
         HalfWritten halfWritten;
     };
 
-    void make(std::filesystem::path const &folder);
+    void make(std::filesystem::path const &folder, std::error_code &error);
     void removeEmpty();
 
     std::deque<Made> m_made; ///< the outermost first

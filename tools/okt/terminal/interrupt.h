@@ -49,6 +49,9 @@ private:
 /// whether they have removed it.
 void removeHalfWritten(bool (*removeFile)(char const *path), bool (*removeFolder)(char const *path));
 
+/// Does that, and ends the process at once, with no destructor.
+[[noreturn]] void endLeavingNothing(int exitCode) noexcept;
+
 /// On systems where an interrupt runs beside the main thread, it only sets a flag at first, and the process must end itself soon:
 /// this throws Interrupted then. Everywhere else it does nothing.
 struct Interrupted

@@ -30,12 +30,18 @@ sigset_t interrupts()
 int g_holds = 0;
 sigset_t g_beforeHold;
 
+bool removeFile(char const *path) { return unlink(path) == 0; }
+
+bool removeFolder(char const *path) { return rmdir(path) == 0; }
+
 // Runs in the main thread, and no other interrupt meanwhile.
 extern "C" void onInterrupt(int signal)
 {
-    removeHalfWritten([](char const *path) { return unlink(path) == 0; }, [](char const *path) { return rmdir(path) == 0; });
+    removeHalfWritten(removeFile, removeFolder);
     clearStatusFromSignal();
-    // The default handler is active again, so this ends the process with that signal when this function returns.
+    // Held off until this function returns, it ends the process with that signal. The system could bring the default back by itself,
+    // but does so before it holds off the next one, which would end the process then and there.
+    std::signal(signal, SIG_DFL);
     raise(signal);
 }
 
@@ -74,7 +80,6 @@ void handleInterrupts()
         struct sigaction action = {};
         action.sa_handler = onInterrupt;
         action.sa_mask = interrupts();
-        action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }
 }
@@ -91,6 +96,13 @@ InterruptHold::~InterruptHold()
 {
     if (--g_holds == 0)
         pthread_sigmask(SIG_SETMASK, &g_beforeHold, nullptr);
+}
+
+void endLeavingNothing(int exitCode) noexcept
+{
+    InterruptHold const hold;
+    removeHalfWritten(removeFile, removeFolder);
+    std::_Exit(exitCode);
 }
 
 void endIfInterrupted() {}

@@ -96,6 +96,13 @@ InterruptHold::InterruptHold() { holds().lock(); }
 
 InterruptHold::~InterruptHold() { holds().unlock(); }
 
+void endLeavingNothing(int exitCode) noexcept
+{
+    InterruptHold const hold;
+    removeHalfWritten(removeFile, removeFolder);
+    std::_Exit(exitCode);
+}
+
 void endIfInterrupted()
 {
     if (g_isInterrupted)
