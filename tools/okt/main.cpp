@@ -2,6 +2,7 @@
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
 #include <oktinspect/modules.h>
+#include <oktinspect/reportcollector.h>
 #include <tools/okt/commands/arguments.h>
 #include <tools/okt/commands/commands.h>
 #include <tools/okt/commands/complete.h>
@@ -138,8 +139,11 @@ int run(int argc, char **argv)
     for (std::string const &module : modules)
         okt::modules().load(okt::utf8Path(module));
     okt::modules().searchIn(okt::moduleFolders(), !withoutSearch);
+    okt::ReportCollector const collector; // what the library reports where nobody collects it
     int const result = line.run();
     okt::checkMemory();
+    if (!collector.reports().empty())
+        okt::printError(collector.reports());
     return result;
 }
 
