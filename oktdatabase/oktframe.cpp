@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktfiler.h>
+#include <oktdatabase/oktshortage.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktsystem.h>
 
@@ -91,7 +92,7 @@ bool readIds(OKTFiler &filer, IdArray &ids, int count)
     }
     catch (std::bad_alloc const &)
     {
-        // They are read one by one, as far as there is memory.
+        OktNoteShortage(); // they are read one by one, as far as there is memory
     }
     ids.removeAll();
     return false;

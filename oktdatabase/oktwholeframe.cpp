@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktdatabase/oktwholeframe.h>
 
+#include <oktdatabase/oktshortage.h>
 #include <oktplatform/oktcodepage.h>
 
 #include <limits>
@@ -27,6 +28,7 @@ try
 }
 catch (std::bad_alloc const &)
 {
+    OktNoteShortage();
     return {};
 }
 

@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktparametertypes.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <cstring>
 #include <new>
@@ -152,5 +153,6 @@ try
 }
 catch (std::bad_alloc const &)
 {
+    OktNoteShortage();
     return false; // before anything changed: the plain path answers
 }

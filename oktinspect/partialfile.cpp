@@ -8,6 +8,7 @@
 #include <oktinspect/reportcollector.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/oktshortage.h>
 
 namespace okt
 {
@@ -31,7 +32,7 @@ PartialFile::PartialFile(std::filesystem::path const &path, std::string const &n
                           " cannot be read in part, only one of " + std::to_string(kProbeSize) +
                           " or more; okt show without --index and --preview reads it whole");
     ReportCollector const collector;
-    if (!m_pool.readFileHeader(pathText(path), m_places))
+    if (!OktWithMemory([&] { return m_pool.readFileHeader(pathText(path), m_places); }))
         throw Failure(m_name, "", "no header can be read: this is no pool file, or its header is damaged");
     m_pool.setMetricsFactor(1.0);
 }
@@ -42,6 +43,11 @@ std::string PartialFile::faultAt(int position, std::string const &reason) const
 }
 
 LoneObject PartialFile::read(OKTDbObjectId const &id, std::string const &what)
+{
+    return OktWithMemory([&] { return readWhole(id, what); });
+}
+
+LoneObject PartialFile::readWhole(OKTDbObjectId const &id, std::string const &what)
 {
     LoneObject lone;
     OKTDbPool::_ObjectInfo const *const place = m_places.find(id);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/shortage.h"
 
+#include "support/bytetext.h"
 #include "support/filefaults.h"
 #include "support/spareblock.h"
 
@@ -185,9 +186,7 @@ std::string usedOn(OKTDbPool const &pool)
     OKTDbPool other;
     if (!other.loadFiler(image) || !other.saveFiler(again, translated))
         return "behind it, what the pool saves cannot be loaded";
-    bool const isSame =
-        image.GetSize() == again.GetSize() && std::equal(image.GetData(), image.GetData() + image.GetSize(), again.GetData());
-    if (!isSame)
+    if (textOf(image) != textOf(again))
         return "behind it, what the pool saves is loaded as something else";
     return other.eraseAllObjects() && other.objectCount() == 0 ? "" : "behind it, a pool cannot be emptied";
 }
