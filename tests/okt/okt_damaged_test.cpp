@@ -249,7 +249,7 @@ TEST(OktDamagedOne, GetSetAndEdit_EveryFile_AsItWasOrWhole)
                 EXPECT_LE(after.exitCode, before.exitCode) << what << after.out;
             }
         }
-    EXPECT_GT(changed, 3);
+    EXPECT_GT(changed, 3 / kDamageStep); // fewer files are tried where programs start slowly
 }
 
 /// Folders of damaged files: the difference of two, a manifest, and what is held against it.

@@ -171,8 +171,11 @@ MadeFolder::MadeFolder(fs::path const &path)
     if (fs::exists(path, error))
         throw Failure(pathName(path), "", "the output folder cannot be made: a file has this name");
     std::vector<fs::path> missing;
-    for (fs::path folder = path; folder.has_relative_path() && !fs::exists(folder, error); folder = folder.parent_path())
-        missing.push_back(folder);
+    fs::path there = path;
+    for (; there.has_relative_path() && !fs::exists(there, error); there = there.parent_path())
+        missing.push_back(there);
+    if (!error && there.has_relative_path() && !fs::is_directory(there, error) && !error)
+        error = std::make_error_code(std::errc::not_a_directory); // Windows would call it no file or folder
     try
     {
         for (auto folder = missing.rbegin(); folder != missing.rend() && !error; ++folder)
