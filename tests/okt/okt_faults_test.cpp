@@ -34,7 +34,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kFaults = 40;
+constexpr std::size_t kFaults = 16;
 constexpr int kErrors[] = {ENOSPC, EIO, EDQUOT};
 constexpr int kSeconds = 20; // and a command hangs
 

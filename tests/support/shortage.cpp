@@ -365,7 +365,7 @@ private:
     std::size_t most() const
     {
 #if defined(OKT_TESTS_UNDER_LEAK_CHECK)
-        constexpr std::size_t kMost = 40;
+        constexpr std::size_t kMost = 12;
         if (m_scenario.usesFiles && (m_scenario.most == 0 || m_scenario.most > kMost))
             return kMost;
 #endif
