@@ -372,13 +372,14 @@ TEST_P(OktFaults, MemoryOrAFileFails_AllIsDoneOrOneLineAndNothingIsLost)
     restore(m_home, m_before);
     unsigned long allocations = 0;
     unsigned long calls = 0;
-    ASSERT_EQ(std::sscanf(contents(countFile).c_str(), "%lu %lu", &allocations, &calls), 2);
+    std::istringstream counts(contents(countFile));
+    ASSERT_FALSE((counts >> allocations >> calls).fail());
     ASSERT_GT(allocations, 100u);
     ASSERT_GT(calls, 3u);
 
     char const *const asked = std::getenv("OKT_FAULTS");
     std::vector<std::string> const faults =
-        drawn(allocations, calls, asked != nullptr ? static_cast<std::size_t>(std::atol(asked)) : kFaults);
+        drawn(allocations, calls, asked != nullptr ? static_cast<std::size_t>(std::strtoul(asked, nullptr, 10)) : kFaults);
     s_faults += faults.size();
     std::map<std::string, std::vector<std::string>> wrong;
     for (std::string const &fault : faults)
