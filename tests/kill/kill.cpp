@@ -69,7 +69,7 @@ int main(int argc, char **argv)
         return fail(0, "usage: kill FOLDER COUNT");
     fs::path const folder = argv[1];
     char const *const asked = std::getenv("OKT_KILLS");
-    int const count = std::atoi(asked != nullptr ? asked : argv[2]);
+    int const count = static_cast<int>(std::strtol(asked != nullptr ? asked : argv[2], nullptr, 10));
     fs::remove_all(folder);
     fs::create_directories(folder);
     fs::path const file = folder / "pool.okt";
