@@ -123,6 +123,7 @@ void PendingFile::commitTogether(std::vector<PendingFile *> const &files)
     checkMemory();
     InterruptHold const hold;
     std::vector<OktFileReplacement *> replacements;
+    replacements.reserve(files.size());
     for (PendingFile *const file : files)
         replacements.push_back(&*file->m_file);
     OktFileReplacement *const failed = OktFileReplacement::commitTogether(replacements.data(), replacements.size());
