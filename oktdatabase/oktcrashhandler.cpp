@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktdatabase/oktcrashhandler.h>
 
+#include <oktdatabase/oktshortage.h>
 #include <oktplatform/okttext_internal.h>
 #include <oktplatform/oktwarning.h>
 
@@ -123,6 +124,7 @@ OKTCrashHandler::OKTCrashHandler(wchar_t const *file, int line) { present(messag
 
 void OKTCrashHandler::show(char16_t const *message)
 {
+    OktNoteIfShortage();
     CString text = CString::OfConstant(message);
     try
     {
@@ -130,7 +132,7 @@ void OKTCrashHandler::show(char16_t const *message)
     }
     catch (std::bad_alloc const &)
     {
-        // Then it gets the constant itself.
+        OktNoteShortage(); // then it gets the constant itself
     }
     present(text);
 }

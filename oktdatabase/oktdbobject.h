@@ -91,7 +91,7 @@ protected:
     OKTDbObject() = default;
 
 private:
-    friend class OKTFrameRoad; // writes the id without a copy of it
+    friend class OKTFramePath; // writes the id without a copy of it
 
     OKTDbObjectId m_objectId;
 };

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-// A clone with new ids, the quick road beside OKTDbPool::clone: ids are replaced as they are written, by a hash table, which saves a
+// A clone with new ids, the fast path beside OKTDbPool::clone: ids are replaced as they are written, by a hash table, which saves a
 // look-up of each in an ordered map of all ids while it is read.
 //
 // The outcome is that of the plain clone, whose steps are: (1) a save notes every valid id that is written, (2) each of these gets a

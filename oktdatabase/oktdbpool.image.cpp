@@ -4,6 +4,7 @@
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktfetchahead.h>
+#include <oktdatabase/oktfileimage.h>
 #include <oktdatabase/oktidreplacements.h>
 #include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktimageroom.h>
@@ -22,19 +23,6 @@
 
 namespace
 {
-// While one lives, the image is a file and not a copy in memory.
-class FileScope
-{
-public:
-    explicit FileScope(bool &flag) : m_flag(flag) { m_flag = true; }
-    FileScope(FileScope const &) = delete;
-    FileScope &operator=(FileScope const &) = delete;
-    ~FileScope() { m_flag = false; }
-
-private:
-    bool &m_flag;
-};
-
 // The classes that a load has met, each with the place of one object. A class name with the same bytes is not looked up again. The
 // class of the last object stands first, since objects of one class often follow each other.
 class KnownClasses
@@ -315,7 +303,7 @@ try
     CByteArray image;
     IdMap translated;
     {
-        FileScope const scope(m_bFileScope);
+        OktFileImage const scope(*this);
         if (!saveFiler(image, translated))
             return false;
     }
@@ -329,7 +317,7 @@ try
     CByteArray image;
     if (path.IsEmpty() || !OKTMemoryFiler::loadFiler(path, image, -1, -1))
         return false;
-    FileScope const scope(m_bFileScope);
+    OktFileImage const scope(*this);
     return loadFiler(image);
 }
 OKT_ANSWER_ZERO

@@ -2,23 +2,10 @@
 #include <oktdatabase/oktdurablesave.h>
 
 #include <oktdatabase/oktcrashhandler.h>
-#include <oktdatabase/oktdbpool.h>
+#include <oktdatabase/oktfileimage.h>
 
 #include <cstdint>
 #include <limits>
-
-/// While one lives, the image of a pool is that of a file and not a copy in memory.
-class OktFileImage
-{
-public:
-    explicit OktFileImage(OKTDbPool &pool) : m_flag(pool.m_bFileScope) { m_flag = true; }
-    OktFileImage(OktFileImage const &) = delete;
-    OktFileImage &operator=(OktFileImage const &) = delete;
-    ~OktFileImage() { m_flag = false; }
-
-private:
-    bool &m_flag;
-};
 
 namespace
 {

@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktfiler.h>
+#include <oktdatabase/oktshortage.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktsystem.h>
 
@@ -70,7 +71,7 @@ OKTDbObjectId idForList(OKTDbObjectId id)
 
 namespace
 {
-// The quick road: all ids at once. False: nothing was written.
+// The fast path: all ids at once. False: nothing was written.
 bool writeIds(OKTFiler &filer, IdArray const &ids)
 {
     OKTFrameWriter frames(filer, static_cast<std::int64_t>(kIdFrame.size()) * ids.getSize());
@@ -91,7 +92,7 @@ bool readIds(OKTFiler &filer, IdArray &ids, int count)
     }
     catch (std::bad_alloc const &)
     {
-        // They are read one by one, as far as there is memory.
+        OktNoteShortage(); // they are read one by one, as far as there is memory
     }
     ids.removeAll();
     return false;

@@ -5,6 +5,7 @@
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktidreplacements.h>
+#include <oktdatabase/oktshortage.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 #include <oktplatform/oktfile.h>
@@ -394,6 +395,7 @@ try
     }
     catch (...)
     {
+        OktNoteIfShortage();
         return false;
     }
     return true;

@@ -94,7 +94,7 @@ public:
     CByteArray takeBytes();
 
 private:
-    friend class OKTFrameRoad;
+    friend class OKTFramePath;
     friend class OKTFrameWriter;
     friend class OKTFrameReader;
     friend class OKTImageFiler;

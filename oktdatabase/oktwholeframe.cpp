@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <oktdatabase/oktwholeframe.h>
 
+#include <oktdatabase/oktshortage.h>
 #include <oktplatform/oktcodepage.h>
 
 #include <limits>
 #include <new>
 #include <typeinfo>
 
-OKTMemoryFiler *OKTFrameRoad::filerOf(OKTFiler &filer)
+OKTMemoryFiler *OKTFramePath::filerOf(OKTFiler &filer)
 {
     if (!kFramesInMemory || typeid(filer) != typeid(OKTMemoryFiler) || !OktThreadCodePageKeepsAscii())
         return nullptr;
@@ -17,7 +18,7 @@ OKTMemoryFiler *OKTFrameRoad::filerOf(OKTFiler &filer)
     return isPlain ? memory : nullptr;
 }
 
-OKTFrameRoad::Room OKTFrameRoad::append(OKTFiler &filer, std::int64_t size)
+OKTFramePath::Room OKTFramePath::append(OKTFiler &filer, std::int64_t size)
 try
 {
     OKTMemoryFiler *const memory = filerOf(filer);
@@ -27,10 +28,11 @@ try
 }
 catch (std::bad_alloc const &)
 {
+    OktNoteShortage();
     return {};
 }
 
-OKTFrameRoad::Unread OKTFrameRoad::unreadOf(OKTFiler &filer)
+OKTFramePath::Unread OKTFramePath::unreadOf(OKTFiler &filer)
 {
     Unread unread;
     unread.filer = filerOf(filer);
@@ -39,7 +41,7 @@ OKTFrameRoad::Unread OKTFrameRoad::unreadOf(OKTFiler &filer)
     return unread;
 }
 
-bool OKTFrameRoad::makeText(OKTMemoryFiler const &filer, OKTStoredText const &stored, CString &text)
+bool OKTFramePath::makeText(OKTMemoryFiler const &filer, OKTStoredText const &stored, CString &text)
 {
     if (filer.m_texts != nullptr)
         return filer.m_texts->find(stored, text);
@@ -50,7 +52,7 @@ bool OKTFrameRoad::makeText(OKTMemoryFiler const &filer, OKTStoredText const &st
     return true;
 }
 
-void OKTFrameRoad::moveBy(OKTMemoryFiler &filer, std::ptrdiff_t bytes)
+void OKTFramePath::moveBy(OKTMemoryFiler &filer, std::ptrdiff_t bytes)
 {
     filer.m_bytes.setPosition(filer.m_bytes.getPosition() + static_cast<int>(bytes));
 }

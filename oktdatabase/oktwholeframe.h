@@ -14,18 +14,18 @@
 #include <cstdint>
 #include <cstring>
 
-// Frames that are written and read as a whole, the quick road beside the calls of the filer protocol. The bytes that are the same in
+// Frames that are written and read as a whole, the fast path beside the calls of the filer protocol. The bytes that are the same in
 // every frame of a class are copied or compared in one piece, and the values stand between them. It makes a save three times and a
 // load twice as quick.
 //
-// The outcome is that of the calls, member by member, under these conditions, and a class that takes this road falls back to the
+// The outcome is that of the calls, member by member, under these conditions, and a class that takes this path falls back to the
 // calls where one of them does not hold:
 // - the filer is an OKTMemoryFiler itself: a derived one may override any call;
 // - it writes and reads wide strings, and the thread's code page keeps ASCII letters, of which class names are made;
 // - it translates no ids while it reads, and notes none while it writes;
 // - writing: there is memory for the whole frame, every text fits its record, every value has a stored form of known length;
 // - reading: every byte of the frame that is no value is the expected one, and no text has a zero unit.
-// tests/oktwholeframe_test.cpp holds both roads against each other.
+// tests/oktwholeframe_test.cpp holds both paths against each other.
 //
 // Not installed.
 
@@ -232,7 +232,7 @@ private:
 
 /// What the two classes below do with their filer. Its functions take no object, so that the place in a frame that is written or
 /// read can stay in a register.
-class OKTFrameRoad
+class OKTFramePath
 {
 protected:
     struct Room
@@ -261,7 +261,7 @@ private:
 };
 
 /// Puts the pieces of a frame behind each other, into memory that is appended for all of them at once.
-class OKTFrameWriter : private OKTFrameRoad
+class OKTFrameWriter : private OKTFramePath
 {
 public:
     static constexpr std::size_t kLongestText = 65535; // units
@@ -343,7 +343,7 @@ struct OKTStoredId
 
 /// Takes a frame piece by piece. The position of the filer stays until finish; the first piece that is not as expected answers
 /// false, and the frame is then read member by member.
-class OKTFrameReader : private OKTFrameRoad
+class OKTFrameReader : private OKTFramePath
 {
 public:
     explicit OKTFrameReader(OKTFiler &filer)
@@ -411,7 +411,7 @@ public:
         return id;
     }
     /// The text, shared with an equal one that the filer met before. False when there is a zero unit in it, where it would end.
-    bool makeText(OKTStoredText const &stored, CString &text) const { return OKTFrameRoad::makeText(*m_filer, stored, text); }
+    bool makeText(OKTStoredText const &stored, CString &text) const { return OKTFramePath::makeText(*m_filer, stored, text); }
     /// What was taken so far is read: the position moves behind it. Nothing is taken afterwards.
     void finish() { moveBy(*m_filer, m_place - m_start); }
     /// A variant's data bytes are to be zero before they are read.

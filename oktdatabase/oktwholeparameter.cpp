@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktparametertypes.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <cstring>
 #include <new>
@@ -71,18 +72,18 @@ inline OKTWholeParameter::Given OKTWholeParameter::givenOf(OKTDbParameter const 
 
 /// The layout.
 // Compiled into each caller, so that the pieces need not stand in memory.
-template <typename Road, typename Members> OKT_INLINE inline bool OKTWholeParameter::walk(Road &road, Members &members)
+template <typename Path, typename Members> OKT_INLINE inline bool OKTWholeParameter::walk(Path &path, Members &members)
 {
-    return road.stretch(kBeforeName, members.id) &&                                                       //
-           road.text(members.name) &&                                                                     //
-           road.stretch(kBeforeNumber, members.type, members.kind) &&                                     //
-           road.number(members.kind, members.value) &&                                                    //
-           road.stretch(kBeforeIds, members.listIndex, members.category, members.owner, members.count) && //
-           road.ids(members.count, members.ids) &&                                                        //
-           road.text(members.expression) &&                                                               //
-           road.stretch(kBeforeDescription) &&                                                            //
-           road.text(members.description) &&                                                              //
-           road.stretch(kEnd);
+    return path.stretch(kBeforeName, members.id) &&                                                       //
+           path.text(members.name) &&                                                                     //
+           path.stretch(kBeforeNumber, members.type, members.kind) &&                                     //
+           path.number(members.kind, members.value) &&                                                    //
+           path.stretch(kBeforeIds, members.listIndex, members.category, members.owner, members.count) && //
+           path.ids(members.count, members.ids) &&                                                        //
+           path.text(members.expression) &&                                                               //
+           path.stretch(kBeforeDescription) &&                                                            //
+           path.text(members.description) &&                                                              //
+           path.stretch(kEnd);
 }
 
 // False, as for every frame that is not written.
@@ -122,7 +123,7 @@ bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
 bool OKTWholeParameter::read(OKTDbParameter &parameter, OKTFiler &filer)
 try
 {
-    // A value that is no number may own memory, which the other road frees.
+    // A value that is no number may own memory, which the plain path frees.
     if (parameter.m_varValue.vt != VT_EMPTY && numberRecordOf(parameter.m_varValue.vt) < 0)
         return false;
     OKTFrameReader frame(filer);
@@ -152,5 +153,6 @@ try
 }
 catch (std::bad_alloc const &)
 {
-    return false; // before anything changed: the other road answers
+    OktNoteShortage();
+    return false; // before anything changed: the plain path answers
 }

@@ -7,11 +7,12 @@ class OKTDbParameter;
 
 // Not installed.
 
-/// The frame of a parameter as a whole: the quick road beside OKTDbParameter's own xmlOut and xmlIn, under the conditions of
+/// The frame of a parameter as a whole: the fast path beside OKTDbParameter's own xmlOut and xmlIn, under the conditions of
 /// oktwholeframe.h and two more. Its value is a number, and it is no quantity expression that is to be converted.
 ///
-/// The layout of the frame stands once, in the source: a section that OKTDbParameter gets is added there, in one place.
-class OKTWholeParameter : private OKTFrameRoad
+/// The layout of this path stands once, in the source: a section that OKTDbParameter's own xmlOut and xmlIn get is added there, in one
+/// place. Names of members for people: oktformat/memberrole.
+class OKTWholeParameter : private OKTFramePath
 {
 public:
     /// True: the frame is written. False: nothing is. A filer that wants its length gets that.
@@ -25,5 +26,5 @@ private:
 
     static Given givenOf(OKTDbParameter const &parameter, tagVARIANT const &value);
     static bool announce(OKTDbParameter const &parameter, OKTFiler &filer);
-    template <typename Road, typename Members> static bool walk(Road &road, Members &members);
+    template <typename Path, typename Members> static bool walk(Path &path, Members &members);
 };

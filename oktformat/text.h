@@ -34,8 +34,8 @@ std::string byteAt(std::int64_t position);
 
 /// Columns that a text takes, counted in characters.
 std::size_t width(std::string_view utf8);
-/// The text with blanks behind it up to the width.
-std::string padded(std::string const &utf8, std::size_t width);
+/// The text with blanks behind it up to the wanted width.
+std::string padded(std::string const &utf8, std::size_t wanted);
 
 /// The shortest decimal text that reads back as the same number; whole numbers have no point, and only very large or small ones
 /// an exponent. Independent of the locale.

@@ -106,10 +106,10 @@ DiffPool::DiffPool(std::string name, CByteArray image, Damage damage, OnProgress
     if (m_image.IsEmpty())
     {
         m_isNothing = true;
-        Failure const failure(m_name, "", "the file is empty");
+        constexpr char const *kEmpty = "the file is empty";
         if (damage == Damage::Refused)
-            throw failure;
-        m_faults.emplace_back(failure.what());
+            throw Failure(m_name, "", kEmpty);
+        m_faults.emplace_back(Failure(m_name, "", kEmpty).what());
         return;
     }
     std::string const shown = printable(std::string_view(m_name));

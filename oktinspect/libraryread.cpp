@@ -5,6 +5,7 @@
 #include <oktinspect/reportcollector.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <algorithm>
 
@@ -22,13 +23,6 @@ CByteArray bytesAt(ByteSource &source, std::int64_t begin, std::int64_t size)
     return stretch;
 }
 
-/// The library answers the same whether the bytes are at fault or it had no memory for a moment. So a fault is one that it finds twice.
-template <typename Ask> auto askTwice(Ask ask)
-{
-    auto answer = ask();
-    return answer ? ask() : answer;
-}
-
 std::optional<Finding> headerFault(CByteArray const &stretch, std::int64_t begin)
 {
     OKTDbPool pool;
@@ -43,7 +37,7 @@ std::optional<Finding> headerFault(CByteArray const &stretch, std::int64_t begin
     return std::nullopt;
 }
 
-LibraryRead readOnce(CByteArray const &bytes, Stretch const &object, CString const &className)
+LibraryRead readWhole(CByteArray const &bytes, Stretch const &object, CString const &className)
 {
     LibraryRead result;
     ReadObject const read = readAlone(bytes, className);
@@ -83,7 +77,7 @@ std::optional<Finding> libraryReadFault(ByteSource &source, Stretch const &objec
         return std::nullopt;
     ReportCollector const collector;
     CByteArray const bytes = bytesAt(source, object.begin, object.size());
-    return askTwice([&] { return libraryFinding(readAlone(bytes, className).fault, object.begin, className); });
+    return libraryFinding(readAlone(bytes, className).fault, object.begin, className);
 }
 
 LibraryRead readByLibrary(ByteSource &source, Stretch const &object)
@@ -93,17 +87,14 @@ LibraryRead readByLibrary(ByteSource &source, Stretch const &object)
         return {};
     ReportCollector const collector;
     CByteArray const bytes = bytesAt(source, object.begin, object.size());
-    LibraryRead result = readOnce(bytes, object, className);
-    if (result.fault || !result.isSameAgain || !collector.reports().empty()) // or it had no memory for a moment
-        result = readOnce(bytes, object, className);
-    return result;
+    return OktWithMemory([&] { return readWhole(bytes, object, className); });
 }
 
 std::optional<Finding> libraryHeaderFault(ByteSource &source, HeaderPlace const &header)
 {
     ReportCollector const collector;
     CByteArray const stretch = bytesAt(source, header.begin, header.end - header.begin);
-    return askTwice([&] { return headerFault(stretch, header.begin); });
+    return OktWithMemory([&] { return headerFault(stretch, header.begin); });
 }
 
 } // namespace okt

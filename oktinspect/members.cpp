@@ -6,6 +6,7 @@
 #include <oktformat/text.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <algorithm>
 
@@ -219,7 +220,7 @@ std::string variantText(tagVARIANT const &value)
 std::vector<Member> membersOf(OKTDbObject const &object)
 {
     MemberLister lister;
-    object.xmlOut(&lister);
+    OktWithMemory([&] { return object.xmlOut(&lister); });
     return lister.take();
 }
 

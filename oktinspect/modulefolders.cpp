@@ -28,8 +28,12 @@ std::string refusalOfFolder(fs::path const &path)
     fs::file_status const status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found)
         return "there is no such folder";
+    if (error)
+        return error.message();
     if (!fs::is_directory(status))
         return "this is no folder";
+    if (fs::directory_iterator const tried(path, error); error)
+        return error.message();
     return OktIsWritableByAll(pathText(path)) ? kWritable : "";
 }
 
@@ -88,6 +92,8 @@ std::vector<fs::path> moduleFilesIn(ModuleFolder const &folder)
         if (isLibrary && entry->is_regular_file(ignored))
             files.push_back(entry->path());
     }
+    if (error) // what is not seen may be the module that is looked for
+        throw Failure(pathName(folder.path), "", "the folder cannot be read: " + error.message());
     std::sort(files.begin(), files.end());
     return files;
 }

@@ -71,7 +71,7 @@ Module const *Modules::loadedFrom(std::filesystem::path const &path) const
 {
     std::error_code ignored;
     auto const found = std::find_if(m_loaded.begin(), m_loaded.end(), [&](std::unique_ptr<Module> const &known) {
-        return std::filesystem::equivalent(known->file, path, ignored);
+        return known->file == path || std::filesystem::equivalent(known->file, path, ignored);
     });
     return found == m_loaded.end() ? nullptr : found->get();
 }

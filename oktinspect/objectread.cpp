@@ -4,13 +4,17 @@
 #include <oktinspect/standin.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/oktshortage.h>
 
 namespace okt
 {
 
 bool isRegistered(CString const &className) { return g_RuntimeClass.contains(className) && !StandIn::isRegistered(className); }
 
-ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor)
+namespace
+{
+
+ReadObject readWithin(CByteArray const &frame, CString const &className, double metricsFactor)
 {
     ReadObject read;
     read.pool = std::make_unique<OKTDbPool>();
@@ -30,6 +34,13 @@ ReadObject readAlone(CByteArray const &frame, CString const &className, double m
     if (filer.readNextObjectClass(inner))
         read.fault = {ReadFault::Kind::Inner, inner};
     return read;
+}
+
+} // namespace
+
+ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor)
+{
+    return OktWithMemory([&] { return readWithin(frame, className, metricsFactor); });
 }
 
 } // namespace okt

@@ -39,6 +39,7 @@ struct ReadObject
 };
 
 /// Reads the bytes of a frame as an object of a class that is registered, under a metrics factor (drawing units per metre).
+/// What it answers is true of the bytes: std::bad_alloc where memory was short.
 ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor = 1);
 
 } // namespace okt

@@ -9,6 +9,7 @@
 #include <oktinspect/reportcollector.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/oktshortage.h>
 
 namespace okt
 {
@@ -32,7 +33,7 @@ PartialFile::PartialFile(std::filesystem::path const &path, std::string const &n
                                "--preview reads it whole",
                                plural(static_cast<std::int64_t>(m_size), "byte"), kProbeSize));
     ReportCollector const collector;
-    if (!m_pool.readFileHeader(pathText(path), m_places))
+    if (!OktWithMemory([&] { return m_pool.readFileHeader(pathText(path), m_places); }))
         throw Failure(m_name, "", "no header can be read: this is no pool file, or its header is damaged");
     m_pool.setMetricsFactor(1.0);
 }
@@ -43,6 +44,11 @@ std::string PartialFile::faultAt(int position, std::string const &reason) const
 }
 
 LoneObject PartialFile::read(OKTDbObjectId const &id, std::string const &what)
+{
+    return OktWithMemory([&] { return readWhole(id, what); });
+}
+
+LoneObject PartialFile::readWhole(OKTDbObjectId const &id, std::string const &what)
 {
     LoneObject lone;
     OKTDbPool::_ObjectInfo const *const place = m_places.find(id);

@@ -52,6 +52,7 @@ public:
 
 private:
     std::string faultAt(int position, std::string const &reason) const;
+    LoneObject readWhole(OKTDbObjectId const &id, std::string const &what);
     void readObject(LoneObject &lone, ReportCollector const &collector);
 
     std::filesystem::path m_path;

@@ -6,6 +6,7 @@
 #include <oktformat/text.h>
 
 #include <oktdatabase/oktmemoryfiler.h>
+#include <oktdatabase/oktshortage.h>
 #include <oktdatabase/oktsmartansistring.h>
 
 #include <cstdint>
@@ -64,9 +65,7 @@ private:
     std::int64_t m_zeroAt = -1;
 };
 
-} // namespace
-
-std::string pictureTextFault(CByteArray const &object)
+std::string faultOf(CByteArray const &object)
 {
     OKTMemoryFiler filer;
     filer.readInPlace(object);
@@ -91,6 +90,13 @@ std::string pictureTextFault(CByteArray const &object)
         filer.endReadMembers();
     }
     return check.fault();
+}
+
+} // namespace
+
+std::string pictureTextFault(CByteArray const &object)
+{
+    return OktWithMemory([&] { return faultOf(object); });
 }
 
 } // namespace okt

@@ -153,7 +153,7 @@ private:
     }
 
     /// The frame of a base class has no name of its own worth telling.
-    static std::string nameOf(Json const &entry, std::string name, std::string const &section)
+    static std::string nameOf(Json const &entry, std::string const &name, std::string const &section)
     {
         return isFrame(entry) && section.empty() ? entry["class"].get<std::string>() : name;
     }

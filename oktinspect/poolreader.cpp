@@ -15,6 +15,7 @@
 #include <oktinspect/standin.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <algorithm>
 #include <cmath>
@@ -238,10 +239,8 @@ void noteStop(PoolFile &file)
     file.fault = Failure(file.name, place, "damaged: reading stops here").what();
 }
 
-} // namespace
-
-PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name,
-                  OnProgress const &onProgress)
+PoolFile readWhole(std::filesystem::path const &path, double metricsFactor, std::string const &name,
+                   OnProgress const &onProgress)
 {
     ReportCollector const collector;
     StandIn::stepAside();
@@ -280,6 +279,14 @@ PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::
     if (file.fault.empty() && !collector.reports().empty())
         file.fault = Failure(file.name, "", "an object could not be read whole: " + collector.reports()).what();
     return file;
+}
+
+} // namespace
+
+PoolFile readPool(std::filesystem::path const &path, double metricsFactor, std::string const &name,
+                  OnProgress const &onProgress)
+{
+    return OktWithMemory([&] { return readWhole(path, metricsFactor, name, onProgress); });
 }
 
 } // namespace okt

@@ -4,10 +4,15 @@
 #include <oktinspect/recovery.h>
 #include <oktinspect/recoverycheck.h>
 
+#include <oktdatabase/oktshortage.h>
+
 namespace okt
 {
 
-Recovered recover(ByteSource &source, std::function<void(std::string_view)> const &sink, RecoverOptions const &options)
+namespace
+{
+
+Recovered recoverWhole(ByteSource &source, std::function<void(std::string_view)> const &sink, RecoverOptions const &options)
 {
     Recovery recovery(source, options.onProgress);
     Recovered result;
@@ -23,6 +28,13 @@ Recovered recover(ByteSource &source, std::function<void(std::string_view)> cons
     result.mends = recovery.mends();
     result.headerNotes = recovery.headerNotes();
     return result;
+}
+
+} // namespace
+
+Recovered recover(ByteSource &source, std::function<void(std::string_view)> const &sink, RecoverOptions const &options)
+{
+    return OktWithMemory([&] { return recoverWhole(source, sink, options); });
 }
 
 } // namespace okt

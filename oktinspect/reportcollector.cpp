@@ -5,6 +5,9 @@
 
 #include <oktplatform/oktwarning.h>
 
+#include <utility>
+#include <vector>
+
 namespace okt
 {
 
@@ -13,6 +16,7 @@ namespace
 
 // What the library reported while a file was read: an exception inside it, which its answers hide.
 std::string g_reports;
+std::vector<std::string> g_outer; // those of the collectors around the innermost one
 
 void noteReport(CString const &text) { g_reports += (g_reports.empty() ? "" : " ") + printable(text); }
 
@@ -20,11 +24,18 @@ void noteReport(CString const &text) { g_reports += (g_reports.empty() ? "" : " 
 
 ReportCollector::ReportCollector()
 {
+    g_outer.push_back(std::move(g_reports));
     g_reports.clear();
     OktSetWarningPresenter(noteReport);
 }
 
-ReportCollector::~ReportCollector() { OktSetWarningPresenter(nullptr); }
+ReportCollector::~ReportCollector()
+{
+    g_reports = std::move(g_outer.back());
+    g_outer.pop_back();
+    if (g_outer.empty())
+        OktSetWarningPresenter(nullptr);
+}
 
 std::string const &ReportCollector::reports() const { return g_reports; }
 

@@ -7,7 +7,7 @@
 namespace okt
 {
 
-/// Collects the warnings of the library during a scope, so that they can be shown as one line.
+/// Collects the warnings of the library during a scope, so that they can be shown as one line. Scopes nest: the innermost one gets them.
 class ReportCollector
 {
 public:

@@ -6,6 +6,7 @@
 #include <oktformat/guids.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <algorithm>
 
@@ -133,7 +134,7 @@ RescuedHeader rescueHeader(std::string_view remains, HeaderHints const &hints, I
         pictures.append(toId(fields.oldPicture->id));
     pool.setPicturesIds(pictures);
     OKTMemoryFiler filer;
-    pool.xmlOut(&filer, places);
+    OktWithMemory([&] { return pool.xmlOut(&filer, places); });
     CByteArray bytes;
     filer.saveFiler(bytes);
     rescued.bytes.assign(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));

@@ -16,6 +16,7 @@
 #include <oktinspect/objectread.h>
 
 #include <oktdatabase/oktruntimeclass.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <algorithm>
 #include <map>
@@ -235,9 +236,9 @@ Verification verify(ByteSource &source, VerifyOptions const &options)
     Verification result;
     result.header = findHeader(source);
     std::function<void(Finding const &)> const keep = [&result](Finding const &finding) { result.findings.push_back(finding); };
-    result.verdict = Verifier(options.name, source, result.header, options.onFinding ? options.onFinding : keep,
-                              options.moduleOf, options.onProgress)
-                         .run();
+    Verifier verifier(options.name, source, result.header, options.onFinding ? options.onFinding : keep, options.moduleOf,
+                      options.onProgress);
+    result.verdict = OktWithMemory([&] { return verifier.run(); });
     return result;
 }
 

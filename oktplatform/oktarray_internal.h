@@ -46,5 +46,15 @@ inline bool isSoundBound(SAFEARRAYBOUND const &bound)
     return upper >= std::numeric_limits<LONG>::min() && upper <= std::numeric_limits<LONG>::max();
 }
 
+inline bool areSoundBounds(SAFEARRAYBOUND const *bounds, UINT dimensions)
+{
+    for (UINT i = 0; i < dimensions; ++i)
+    {
+        if (!isSoundBound(bounds[i]))
+            return false;
+    }
+    return true;
+}
+
 inline bool ownsArray(VARIANT const &variant) { return (variant.vt & (VT_ARRAY | VT_BYREF)) == VT_ARRAY; }
 } // namespace OktArray

@@ -292,8 +292,7 @@ void CByteArray::Copy(CByteArray const &other)
         m_capacity = other.m_size;
         m_isGrown = false;
     }
-    if (other.m_size != 0)
-        std::memcpy(m_data, other.m_data, static_cast<std::size_t>(other.m_size));
+    std::copy_n(other.m_data, other.m_size, m_data);
     m_size = other.m_size;
 }
 

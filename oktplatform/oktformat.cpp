@@ -178,7 +178,7 @@ void readFlags(OktTextView format, std::size_t &place, Conversion &conversion)
     }
 }
 
-constexpr bool isPair(OktTextView format, std::size_t place, char first, char second)
+constexpr bool isPair(OktTextView format, std::size_t place, WCHAR first, WCHAR second)
 {
     return format[place] == first && format[place + 1] == second;
 }
@@ -240,14 +240,11 @@ void CString::formatList(CString const &format, std::initializer_list<OktFormatA
     auto const appendInteger64 = [&](Conversion const &conversion, OktFormatArgument const &value) {
         auto const bits = static_cast<std::uint64_t>(value.m_integer);
         bool const negative = value.m_kind == Kind::Signed && value.m_integer < 0;
-        if (!negative)
-            appendInteger(result, conversion, bits, false);
-        else if (conversion.kind == 'd' || conversion.kind == 'i')
+        bool const isInt = negative && !conversion.wide && value.m_integer >= std::numeric_limits<std::int32_t>::min();
+        if (negative && (conversion.kind == 'd' || conversion.kind == 'i'))
             appendInteger(result, conversion, 0 - bits, true);
-        else if (!conversion.wide && value.m_integer >= std::numeric_limits<std::int32_t>::min())
-            appendInteger(result, conversion, bits & 0xFFFFFFFFu, false); // the bits of an int
         else
-            appendInteger(result, conversion, bits, false);
+            appendInteger(result, conversion, isInt ? bits & 0xFFFFFFFFu : bits, false); // a negative int has its 32 bits
     };
 
     auto const appendCharacter = [&](Conversion conversion, std::int64_t value) {

@@ -143,7 +143,18 @@ try
     state.hasPart = true;
     // Whoever had the lock before and left this name is gone.
     if (std::error_code ignored; fs::exists(fs::symlink_status(state.old, ignored)))
+    {
+        // It may be a second name of the target, which is not removed everywhere before the target is closed.
+        bool const wasThere = state.target.isThere;
+        OktSystem::closeReplaceFile(state.target.file);
+        state.target = {};
         state.calls.remove(state.old);
+        refusal = OktSystem::openTarget(state.path, state.old, state.target);
+        if (refusal.status != OktSaveStatus::Saved)
+            return refuse(refusal.status, refusal.systemError);
+        if (state.target.isThere != wasThere)
+            return refuse(OktSaveStatus::Changed);
+    }
     if (!OktSystem::isSameTarget(state.path, state.target))
         return refuse(OktSaveStatus::Changed);
     if (!state.target.isThere)

@@ -47,6 +47,7 @@ template <typename U> std::size_t countAscii(U const *text, std::size_t length)
             break;
         count += kStep;
     }
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): it does not see that a text is as long as its length
     while (count < length && static_cast<std::make_unsigned_t<U>>(text[count]) < 0x80)
         ++count;
     return count;

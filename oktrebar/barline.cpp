@@ -115,8 +115,12 @@ Box BarLine::box(double diameter) const
         // A bend is widest where it runs along an axis.
         double const low = std::min(piece.heading, piece.heading + piece.turn);
         double const high = std::max(piece.heading, piece.heading + piece.turn);
-        for (double axis = std::ceil(low / kRightAngle) * kRightAngle; piece.isBend() && axis < high; axis += kRightAngle)
+        for (int quarter = static_cast<int>(std::ceil(low / kRightAngle)); piece.isBend() && quarter * kRightAngle < high;
+             ++quarter)
+        {
+            double const axis = quarter * kRightAngle;
             cover(piece.at(piece.length * (axis - piece.heading) / piece.turn), axis);
+        }
     }
     return box;
 }

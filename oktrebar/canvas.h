@@ -52,15 +52,15 @@ public:
     /// A frame around a detail that is enlarged elsewhere.
     void marker(Box const &box);
 
-    /// A dimension line with its figure between two points, moved to the left of their direction by `offset`, with extension lines.
+    /// A dimension line with its words, the figure, between two points, moved to the left of their direction by `offset`, with extension lines.
     /// A figure that does not fit between the arrows is written after the second point, or beside a vertical line.
-    void dimension(Point from, Point to, double offset, std::string const &figure);
-    /// Two arrows that point at both sides from outside, with the figure at the tail of the second.
-    void thickness(Point from, Point to, std::string const &figure);
-    /// An arrow from the tail to the tip, and the figure at its tail.
-    void leader(Point tip, Point tail, std::string const &figure);
+    void dimension(Point from, Point to, double offset, std::string const &words);
+    /// Two arrows that point at both sides from outside, with the words at the tail of the second.
+    void thickness(Point from, Point to, std::string const &words);
+    /// An arrow from the tail to the tip, and the words at its tail.
+    void leader(Point tip, Point tail, std::string const &words);
 
-    void text(Point at, std::string const &text, double size, bool bold, Align align);
+    void text(Point at, std::string const &words, double size, bool bold, Align align);
     void rule(Point from, Point to);
 
     /// The picture as PNG. Throws Failure.
@@ -71,8 +71,8 @@ private:
 
     void line(Point from, Point to);
     void arrow(Point tip, double dx, double dy);
-    void figure(Point centre, double angle, std::string const &text);
-    double textWidth(std::string const &text, double size, bool bold);
+    void figure(Point centre, double angle, std::string const &words);
+    double textWidth(std::string const &words, double size, bool bold);
     void trace(View const &view, BarLine const &line);
 
     std::unique_ptr<Handles> m_handles;

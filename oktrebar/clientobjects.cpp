@@ -49,7 +49,7 @@ void addFromFrame(OKTDbPool &pool, CString const &className, CByteArray const &f
         throw Failure(
             pool.poolName().ToUtf8(), "",
             sentence("the class {} of the loaded module does not take what a template has for it", quoted(className)));
-    object.release();
+    (void)object.release(); // the pool's
 }
 
 /// A stream holds metres, whatever the drawing unit is.

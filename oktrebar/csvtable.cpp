@@ -43,12 +43,10 @@ public:
         while (m_at < m_text.size())
         {
             std::size_t const first = m_text.find_first_not_of(" \t", m_at);
-            if (m_text[m_at] == '#')
+            if (m_text[m_at] == '#' || isLineEnd(first))
                 m_at = endOfLine(m_at);
             else if (m_text.substr(m_at, 2) == "\"#") // a comment with separators, as saved by a spreadsheet
                 passQuotedComment();
-            else if (isLineEnd(first))
-                m_at = endOfLine(m_at);
             else
                 return true;
             passLineEnd();

@@ -139,11 +139,9 @@ private:
         double value = factor();
         for (;;)
         {
-            if (takes('*'))
-                value *= factor();
-            else if (takes('/'))
+            if (takes('/'))
                 value /= divisor();
-            else if (atFactor())
+            else if (takes('*') || atFactor()) // 2 (a + b) is a product, too
                 value *= factor();
             else
                 return value;

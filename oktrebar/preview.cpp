@@ -320,11 +320,12 @@ void meshBars(Canvas &canvas, View const &view, int count, double spacing, doubl
               bool upright)
 {
     double at = (across - (count - 1) * spacing) / 2;
-    for (int i = 0; i < count; ++i, at += spacing)
+    for (int i = 0; i < count; ++i)
     {
         BarLine line(upright ? Point{at, 0} : Point{0, at}, upright ? 90 : 0);
         line.straight(along);
         canvas.bar(view, line, diameter, true, true);
+        at += spacing;
     }
 }
 

@@ -57,11 +57,11 @@ std::string withoutNonCharacters(std::string_view text)
 
 } // namespace
 
-std::string escapedLine(std::string_view text)
+std::string escapedLine(std::string_view printableUtf8)
 {
     std::string result;
-    result.reserve(text.size() + text.size() / 8);
-    for (char const c : withoutNonCharacters(text))
+    result.reserve(printableUtf8.size() + printableUtf8.size() / 8);
+    for (char const c : withoutNonCharacters(printableUtf8))
     {
         switch (c)
         {
@@ -80,16 +80,16 @@ std::string html(CString const &text) { return escapedLine(printable(text)); }
 
 std::string html(std::string_view utf8) { return escapedLine(printable(utf8)); }
 
-std::string shortened(std::string const &text, std::size_t most)
+std::string shortened(std::string const &printableUtf8, std::size_t most)
 {
     std::size_t count = 0;
-    for (std::size_t end = 0; end < text.size(); ++end)
+    for (std::size_t end = 0; end < printableUtf8.size(); ++end)
     {
-        bool const beginsCharacter = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
+        bool const beginsCharacter = (static_cast<unsigned char>(printableUtf8[end]) & 0xC0) != 0x80;
         if (beginsCharacter && ++count > most)
-            return text.substr(0, end) + "\xE2\x80\xA6";
+            return printableUtf8.substr(0, end) + "\xE2\x80\xA6";
     }
-    return text;
+    return printableUtf8;
 }
 
 std::string unfolding(CString const &text)
@@ -107,10 +107,10 @@ std::string attribute(char const *name, std::string const &value)
     return value.empty() ? "" : sentence(" {}=\"{}\"", name, value);
 }
 
-std::string jsonText(std::string_view text)
+std::string jsonText(std::string_view printableUtf8)
 {
     std::string result;
-    for (char const c : withoutNonCharacters(text))
+    for (char const c : withoutNonCharacters(printableUtf8))
     {
         switch (c)
         {

@@ -107,9 +107,9 @@ private:
         for (std::size_t node = 0; node < m_nodes.size(); ++node)
             m_layers[node] = std::max(m_nodes[node].firstLayer, 0);
         // A turned arrow leads to a box that was finished later, as all others lead to one finished earlier.
-        for (auto node = m_finished.rbegin(); node != m_finished.rend(); ++node)
-            for (std::size_t const to : out[*node])
-                m_layers[to] = std::max(m_layers[to], m_layers[*node] + 1);
+        for (std::size_t i = m_finished.size(); i-- > 0;)
+            for (std::size_t const to : out[m_finished[i]])
+                m_layers[to] = std::max(m_layers[to], m_layers[m_finished[i]] + 1);
     }
 
     std::size_t addSlot(Slot slot)
@@ -302,6 +302,7 @@ private:
             {
                 std::vector<std::size_t> const &row = m_rows[sweep % 2 == 0 ? i : m_rows.size() - 1 - i];
                 std::vector<double> wanted;
+                wanted.reserve(row.size());
                 for (std::size_t const slot : row)
                     wanted.push_back(middleOfNeighbours(m_slots[slot]));
                 settle(row, wanted);

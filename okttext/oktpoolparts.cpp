@@ -7,6 +7,7 @@
 
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktdbpool.h>
+#include <oktdatabase/oktshortage.h>
 
 #include <algorithm>
 #include <memory>
@@ -66,7 +67,7 @@ void takeNames(Record &record, Record const &known)
 void takeNames(Record &record, OKTTextFiler &known)
 {
     CByteArray written;
-    if (!known.saveFiler(written) || written.IsEmpty())
+    if (!OktWithMemory([&] { return known.saveFiler(written); }) || written.IsEmpty())
         return;
     std::size_t nextName = 0;
     try
@@ -93,22 +94,35 @@ CByteArray arrayOf(Bytes bytes)
     return array;
 }
 
-void nameObject(Record &frame, Bytes image)
+namespace
 {
-    OKTDbPool pool; // its unit is the metre, as in the file
-    CByteArray const bytes = arrayOf(image.substr(frame.begin, frame.end - frame.begin));
+
+/// The members as the library names them. False: it does not know the class.
+bool nameKnownObject(OKTTextFiler &names, OKTDbPool &pool, CByteArray const &bytes)
+{
     OKTMemoryFiler reader(&pool);
     reader.readInPlace(bytes);
     CString className;
     OKTDbObject *made = nullptr;
-    if (!reader.readNextObjectClass(className) || !pool.CreateObjectFromClassName(className, made))
-        return;
+    bool const isMade = reader.readNextObjectClass(className) && pool.CreateObjectFromClassName(className, made);
     std::unique_ptr<OKTDbObject> const object(made);
-    OKTTextFiler names(&pool);
+    if (!isMade)
+        return false;
     // It may have been read only in part: names are copied only where the kinds of the records agree.
     object->xmlIn(&reader);
     object->xmlOut(&names);
-    takeNames(frame, names);
+    return true;
+}
+
+} // namespace
+
+void nameObject(Record &frame, Bytes image)
+{
+    CByteArray const bytes = arrayOf(image.substr(frame.begin, frame.end - frame.begin));
+    OKTDbPool pool; // its unit is the metre, as in the file
+    OKTTextFiler names(&pool);
+    if (OktWithMemory([&] { return nameKnownObject(names, pool, bytes); }))
+        takeNames(frame, names);
 }
 
 void nameHeader(Record &frame, Bytes image)
@@ -119,8 +133,10 @@ void nameHeader(Record &frame, Bytes image)
     OKTMemoryFiler reader(&pool);
     reader.readInPlace(bytes);
     OKTTextFiler names;
-    pool.xmlIn(&reader, places);
-    pool.xmlOut(&names, places);
+    OktWithMemory([&] {
+        pool.xmlIn(&reader, places);
+        return pool.xmlOut(&names, places);
+    });
     takeNames(frame, names);
 }
 

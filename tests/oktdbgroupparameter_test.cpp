@@ -112,7 +112,7 @@ protected:
         {
             BSTR text = nullptr;
             EXPECT_EQ(SafeArrayGetElement(out.parray, &i, &text), S_OK);
-            codes.push_back(CString(text, static_cast<int>(SysStringLen(text))));
+            codes.emplace_back(text, static_cast<int>(SysStringLen(text)));
             SysFreeString(text);
         }
         VariantClear(&out);

@@ -17,7 +17,6 @@
 #include <vector>
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace
 {

@@ -19,7 +19,6 @@
 #include <memory>
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 namespace
 {

@@ -18,9 +18,6 @@
 #include <string>
 #include <vector>
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 namespace
 {
 std::vector<std::string> texts(IdArray const &ids)

@@ -22,8 +22,6 @@
 #include <string>
 #include <vector>
 
-using ::testing::ElementsAre;
-
 // copyFrom, clone and the translation of ids.
 
 namespace

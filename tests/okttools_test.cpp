@@ -764,7 +764,7 @@ TEST(Base64, Decode_TextEndsAmongGroups_NothingBehindIsTouched)
     }
 }
 
-// Three groups are below what is done in one go: the road of a processor without wide registers.
+// Three groups are below what is done in one go: the path of a processor without wide registers.
 TEST(Base64, LongTexts_InOneGoAndInShortPieces_TheSame)
 {
     constexpr std::size_t kPiece = 9; // bytes

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Frames that go in and out as a whole, held against the same frames member by member: a filer of another class takes the
-// latter road.
+// latter path.
 
 #include "support/alloccount.h"
 #include "support/imageof.h"

@@ -609,6 +609,7 @@ TEST_F(OKTXmlFilerTest, ObjectBase_ItsFrameStandsWithAnEmptyId_Quirk72)
     class Plain : public OKTDbRelation
     {
     public:
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call): the frame of the base alone
         FilerStatusDb baseOut(OKTFiler *filer) const { return OKTDbObject::xmlOut(filer); }
     };
     Plain const object;

@@ -297,7 +297,7 @@ UINT SysStringByteLen(BSTR text) { return text == nullptr ? 0 : headOf(text)->by
 SAFEARRAY *SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND *bounds)
 {
     if (elementSize(type) == 0 || dimensions == 0 || dimensions > std::numeric_limits<USHORT>::max() || bounds == nullptr ||
-        !std::all_of(bounds, bounds + dimensions, isSoundBound))
+        !areSoundBounds(bounds, dimensions))
         return nullptr;
     SAFEARRAY *const array = allocateArray(type, static_cast<USHORT>(dimensions), bounds);
     if (array != nullptr)
@@ -461,6 +461,7 @@ HRESULT SafeArrayGetElement(SAFEARRAY *array, LONG *indexes, void *element)
 }
 
 // The first dimension varies fastest. Its bound is stored last.
+// NOLINTNEXTLINE(readability-non-const-parameter): the signature of the system that this stands for
 HRESULT SafeArrayPtrOfIndex(SAFEARRAY *array, LONG *indexes, void **element)
 {
     if (array == nullptr || indexes == nullptr || element == nullptr)

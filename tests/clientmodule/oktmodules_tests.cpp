@@ -459,7 +459,7 @@ TEST_F(OktPartial, ShowPart_FileBelow1024Bytes_OneLine_Quirk23)
                       "--index and --preview reads it whole");
 }
 
-TEST_F(OktPartial, ShowPart_NoPoolFile_OneLine)
+TEST_F(OktPartial, ShowPart_NoPoolFile_OneLineForEach)
 {
     CByteArray zeros;
     zeros.SetSize(2000);
@@ -473,7 +473,11 @@ TEST_F(OktPartial, ShowPart_NoPoolFile_OneLine)
             expectFailure(runOkt({"show", option, file}),
                           file + ": no header can be read: this is no pool file, or its header is damaged");
         expectFailure(runOkt({"show", option, path("none.okt")}), path("none.okt") + ": there is no such file");
-        expectFailure(runOkt({"show", option, path("")}), path("") + ": this is a folder, not a file");
+        ProcessResult const folder = runOkt({"show", option, path("")});
+        EXPECT_EQ(folder.exitCode, 1);
+        EXPECT_EQ(folder.err, "okt: " + lying +
+                                  ": no header can be read: this is no pool file, or its header is damaged\nokt: " + name +
+                                  ": no header can be read: this is no pool file, or its header is damaged\n");
     }
 }
 

@@ -129,7 +129,7 @@ Host g_host;
 int main(int argc, char **argv)
 {
     require(argc == 2, "one argument, the code page");
-    OktSetThreadCodePage(static_cast<unsigned int>(std::atoi(argv[1])));
+    OktSetThreadCodePage(static_cast<unsigned int>(std::strtoul(argv[1], nullptr, 10)));
     static_cast<void>(&t_end);
     g_host.fill();
     return 0;

@@ -2,6 +2,8 @@
 // kill FOLDER COUNT: kills that many processes in the middle of a loop of durable saves over one file. Behind each of them the file has to
 // be one of the two that they save, whole, and the next save has to leave nothing beside it.
 
+#include "support/bytetext.h"
+
 #include <oktdatabase/oktdatabase.h>
 
 #include <chrono>
@@ -44,7 +46,7 @@ bool holds(fs::path const &path, CByteArray const &bytes)
 {
     std::ifstream file(path, std::ios::binary);
     std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    return text == std::string(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+    return text == textOf(bytes);
 }
 
 [[noreturn]] void saveForEver(CByteArray const &first, CByteArray const &second, CString const &path)
@@ -67,7 +69,7 @@ int main(int argc, char **argv)
         return fail(0, "usage: kill FOLDER COUNT");
     fs::path const folder = argv[1];
     char const *const asked = std::getenv("OKT_KILLS");
-    int const count = std::atoi(asked != nullptr ? asked : argv[2]);
+    int const count = static_cast<int>(std::strtol(asked != nullptr ? asked : argv[2], nullptr, 10));
     fs::remove_all(folder);
     fs::create_directories(folder);
     fs::path const file = folder / "pool.okt";

@@ -112,7 +112,7 @@ TEST_F(OktBuild, Build_Again_TemplatesKeptUnlessForced)
     EXPECT_EQ(kept.out, "");
     EXPECT_TRUE(kept.err.ends_with(": the file exists already; --force replaces it\n")) << kept.err;
     EXPECT_EQ(fs::file_size(path("out/link-d12.okt")), 10u);
-    command.push_back("--force");
+    command.emplace_back("--force");
     ASSERT_EQ(runOkt(command).exitCode, 0);
     std::set<std::string> after = namesIn(path("out"));
     EXPECT_EQ(after.erase("other.txt"), 1u);

@@ -132,7 +132,7 @@ TEST(OktDamaged, CommandsForManyFiles_EveryFile_NoCrashAndALine)
         std::vector<std::string> files;
         for (auto const &[path, whole] : poolFiles())
         {
-            files.push_back(folder.path((std::to_string(files.size()) + ".okt").c_str()).ToUtf8());
+            files.push_back(folder.path(std::to_string(files.size()) + ".okt").ToUtf8());
             put(files.back(), damaged(whole, kind, random));
         }
         for (std::vector<std::string> arguments : {std::vector<std::string>{"info"},
@@ -249,7 +249,7 @@ TEST(OktDamagedOne, GetSetAndEdit_EveryFile_AsItWasOrWhole)
                 EXPECT_LE(after.exitCode, before.exitCode) << what << after.out;
             }
         }
-    EXPECT_GT(changed, 3);
+    EXPECT_GT(changed, 3 / kDamageStep); // fewer files are tried where programs start slowly
 }
 
 /// Folders of damaged files: the difference of two, a manifest, and what is held against it.

@@ -117,14 +117,14 @@ protected:
     /// A folder as the examples have it: templates, the tables of which they are made, a golden file and a damaged one.
     std::string prepared(std::string const &name) const
     {
-        fs::path const root = pathOf(path(name.c_str()));
+        fs::path const root = pathOf(path(name));
         fs::create_directories(root / "bin");
         fs::copy(built(), root / "templates");
         fs::copy(OKT_EXAMPLES_DIR "/data", root / "data");
         fs::copy_file(golden("stirrup.okt"), root / "stirrup.okt");
         fs::copy_file(golden("truncated.okt"), root / "damaged.okt");
         fs::create_symlink(OKT_EXE, root / "bin/okt");
-        return path(name.c_str());
+        return path(name);
     }
 
     /// Typed one behind the other they print what stands there.

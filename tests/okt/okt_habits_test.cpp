@@ -14,12 +14,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <set>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -208,6 +213,67 @@ TEST_F(OktHabits, Interrupt_WhileExporting_NothingHalfWrittenIsLeft)
         EXPECT_EQ(namesIn(path("pictures")), std::set<std::string>());
     }
     EXPECT_EQ(namesIn(path("")), std::set<std::string>{"large.okt"});
+}
+
+/// At moments spread over all that an export does, by the time that an undisturbed one takes.
+TEST_F(OktHabits, Interrupt_AtAnyMomentOfAnExport_AllOfItsFilesOrNone)
+{
+    constexpr int kInterrupts = 200;
+    constexpr std::size_t kPictures = 12;
+    OKTDbPool pool;
+    pool.setPoolName(u"Interrupted");
+    CByteArray image;
+    image.SetSize(4096);
+    for (std::size_t i = 0; i < kPictures; ++i)
+    {
+        auto *const picture = new OKTDbPicture;
+        image[0] = static_cast<BYTE>(i);
+        picture->setPictureData(image);
+        pool.appendObject(picture);
+    }
+    ASSERT_TRUE(pool.writeFile(m_folder.path("pool.okt")));
+    std::vector<std::string> const arguments = {"export",     path("pool.okt"),        "-o",     path("out/text.json"),
+                                                "--pictures", path("out/deep/images"), "--force"};
+    using Clock = std::chrono::steady_clock;
+    auto longest = Clock::duration::zero();
+    for (int i = 0; i < 5; ++i)
+    {
+        fs::remove_all(path("out"));
+        fs::create_directory(path("out"));
+        Clock::time_point const start = Clock::now();
+        ASSERT_EQ(RunningOkt(arguments, {}).wait(), 0);
+        longest = std::max(longest, Clock::now() - start);
+    }
+    ASSERT_EQ(namesIn(path("out/deep/images")).size(), kPictures);
+    std::mt19937_64 random(11);
+    int caught = 0;
+    for (int i = 0; i < kInterrupts; ++i)
+    {
+        // Into nothing, and over files that are there.
+        if (i % 2 == 0)
+            fs::remove_all(path("out/deep"));
+        if (i % 2 == 0)
+            fs::remove(path("out/text.json"));
+        int const signal = std::array{SIGINT, SIGTERM, SIGHUP}[static_cast<std::size_t>(i % 3)];
+        RunningOkt okt(arguments, {});
+        std::this_thread::sleep_for(longest * static_cast<double>(random() % 1000) / 1000);
+        okt.signal(signal);
+        okt.signal(signal); // impatiently
+        int const status = okt.wait();
+        caught += WIFSIGNALED(status) ? 1 : 0;
+        EXPECT_TRUE(WIFSIGNALED(status) ? WTERMSIG(status) == signal : status == 0) << i << ": " << status;
+        std::set<std::string> const images = namesIn(path("out/deep/images"));
+        EXPECT_TRUE(std::none_of(images.begin(), images.end(), [](std::string const &name) { return name.front() == '.'; }));
+        if (fs::exists(path("out/text.json")))
+        {
+            EXPECT_EQ(namesIn(path("out")), (std::set<std::string>{"deep", "text.json"})) << i;
+            EXPECT_EQ(images.size(), kPictures) << i;
+        }
+        else
+            EXPECT_EQ(namesIn(path("out")), std::set<std::string>()) << i;
+    }
+    EXPECT_GT(caught, kInterrupts / 4);
+    EXPECT_EQ(namesIn(path("")), (std::set<std::string>{"out", "pool.okt"}));
 }
 
 // ---- A reader who goes away --------------------------------------------------------------------------------------------------

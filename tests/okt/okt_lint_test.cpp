@@ -10,6 +10,13 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+/// A copy over the other; not every system's copy_file can do that.
+void replace(fs::path const &from, fs::path const &to)
+{
+    fs::remove(to);
+    fs::copy_file(from, to);
+}
 using testing::HasSubstr;
 
 class OktLint : public LibraryTest
@@ -180,7 +187,7 @@ TEST_F(OktFolders, Diff_AddedRemovedRenamedChanged)
     EXPECT_THAT(json.out, HasSubstr("{\"file\":\"d12.okt\",\"change\":\"renamed\",\"to\":\"link-12.okt\"}\n"));
     EXPECT_THAT(json.out, HasSubstr("{\"file\":\"d8.okt\",\"change\":\"changed\",\"diff\":{"));
     EXPECT_THAT(json.out, HasSubstr("{\"file\":\"old/d6.okt\",\"change\":\"removed\"}\n"));
-    fs::copy_file(golden("truncated.okt"), pathOf(path("new/d8.okt")), fs::copy_options::overwrite_existing);
+    replace(golden("truncated.okt"), pathOf(path("new/d8.okt")));
     ProcessResult const trouble = runOkt({"diff", "-q", path("lib"), path("new")});
     EXPECT_EQ(trouble.exitCode, 2);
     EXPECT_EQ(shortened(trouble.err),
@@ -199,7 +206,7 @@ TEST_F(OktFolders, Diff_NameTakenByAnother_FollowsThePool)
     // One that was built anew has another id, and stays the file of that name.
     fs::remove_all(pathOf(path("new")));
     fs::copy(pathOf(path("lib")), pathOf(path("new")), fs::copy_options::recursive);
-    fs::copy_file(built() / "mesh-d8.okt", pathOf(path("new/d12.okt")), fs::copy_options::overwrite_existing);
+    replace(built() / "mesh-d8.okt", pathOf(path("new/d12.okt")));
     EXPECT_EQ(runOkt({"diff", "-q", path("lib"), path("new")}).out, "0 removed, 0 added, 0 renamed, 1 changed, 3 the same\n");
 }
 
@@ -248,7 +255,7 @@ TEST_F(OktHash, Manifest_HoldsAFolderAgainstIt)
     fs::remove(pathOf(path("lib/a.okt")));
     take("hooked-d12.okt", "f.okt");
     done({"build", OKT_EXAMPLES_DIR "/data", "-o", path("again")});
-    fs::copy_file(pathOf(path("again/link-d20.okt")), pathOf(path("lib/d.okt")), fs::copy_options::overwrite_existing);
+    replace(pathOf(path("again/link-d20.okt")), pathOf(path("lib/d.okt")));
     ProcessResult const result = runOkt({"verify", "--manifest", manifest, path("lib")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.out, "a.okt: missing\n"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "support/bytetext.h"
 #include "support/files.h"
 #include "support/process.h"
 
@@ -62,8 +63,7 @@ inline std::vector<std::pair<std::string, std::string>> filesToDamage(ScratchFol
         CByteArray image;
         IdMap ids;
         EXPECT_TRUE(pool.saveFiler(image, ids));
-        files.emplace_back("random " + std::to_string(seed), std::string(reinterpret_cast<char const *>(image.GetData()),
-                                                                         static_cast<std::size_t>(image.GetSize())));
+        files.emplace_back("random " + std::to_string(seed), textOf(image));
     }
     std::sort(files.begin(), files.end());
     return files;

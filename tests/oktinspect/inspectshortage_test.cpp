@@ -27,7 +27,7 @@ namespace
 {
 using namespace okt;
 
-constexpr std::size_t kMost = 60;
+constexpr std::size_t kMost = 200;
 constexpr int kMayLose = 1000; // quirk 18, once for each object that the library is to read
 
 /// A damaged file: one byte of an object in the middle.

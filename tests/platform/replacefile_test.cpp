@@ -112,7 +112,7 @@ TEST_F(ReplaceFile, Write_InPieces_AllOfThem)
     }
     ASSERT_TRUE(file.flush());
     EXPECT_EQ(names(), std::set<std::string>{".a.saving.part"});
-    EXPECT_EQ(file.partPath(), path(".a.saving.part"));
+    EXPECT_TRUE(pathOf(file.partPath()) == pathOf(path(".a.saving.part"))) << file.partPath().ToUtf8();
     ASSERT_TRUE(file.commit());
     EXPECT_EQ(text("a"), whole);
     EXPECT_EQ(names(), std::set<std::string>{"a"});
@@ -376,7 +376,7 @@ TEST_F(ReplaceFile, CommitTogether_NameCannotBeGivenBack_TheOldFileIsKeptUnderAn
         EXPECT_EQ(OktFileReplacement::commitTogether(both, 2), &second);
         EXPECT_TRUE(first.isOldKept());
         EXPECT_FALSE(second.isOldKept());
-        EXPECT_EQ(first.oldPath(), path(".a.before.part"));
+        EXPECT_TRUE(pathOf(first.oldPath()) == pathOf(path(".a.before.part"))) << first.oldPath().ToUtf8();
     }
     EXPECT_EQ(names(), (std::set<std::string>{".a.before.part", "a", "b"}));
     EXPECT_EQ(text(".a.before.part"), "old a");

@@ -110,8 +110,8 @@ TEST_F(XmlDomTest, Names_OfOtherTexts_AreRefused)
                                   u"a|b",     u"a\\b",    u"a~",      u"a^",      u"`",       u"\u00D7",  u"\u00F7",
                                   u"\u00A0",  u"a\u00A0", u"\u00B7a", u"\u0301a", u"\u0660a", u"a\u2028", u"\u2160\u2190",
                                   u"a\u20AC", u"\uFFFD",  u"a\uFFFE", u"a\uFFFF", u"\uE000",  u"a\u0001", u"a\u007F"};
-    names.push_back(CString(u"a\0b", 3));
-    names.push_back(CString(u"\0", 1));
+    names.emplace_back(u"a\0b", 3);
+    names.emplace_back(u"\0", 1);
     names.push_back(character(0xD800));
     names.push_back(CString(u"a") + character(0xDC00));
     for (CString const &name : names)
@@ -336,7 +336,7 @@ TEST_F(XmlDomTest, Children_WithADocumentType_ItIsANodeAheadOfTheRoot)
     Document const document = loaded("<!DOCTYPE r [<!ENTITY e 'x'>]><r/>");
     std::vector<std::string> names;
     for (OktXml::IXMLDOMNodePtr node = document->node()->firstChild(); node; node = node->nextSibling())
-        names.push_back(node->element() ? "E" : "N");
+        names.emplace_back(node->element() ? "E" : "N");
     EXPECT_EQ(names, (std::vector<std::string>{"N", "E"}));
 }
 

@@ -126,7 +126,7 @@ TEST(AllocationFaults, ClassDescriptor_EachAllocationFails_EmptyAndNotRegistered
         EXPECT_EQ(descriptor->ClassCounter() < 0, struck);
         EXPECT_EQ(g_RuntimeClass.contains(name), !struck);
         if (!struck)
-            prototype.release(); // the descriptor deletes it
+            (void)prototype.release(); // the descriptor deletes it
         g_RuntimeClass.erase(name);
         return struck;
     });

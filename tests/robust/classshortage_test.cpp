@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/allclasses.h"
+#include "support/bytetext.h"
 #include "support/hexbytes.h"
 #include "support/imageof.h"
 #include "support/poolcontents.h"
@@ -192,10 +193,7 @@ TEST(ShortageReset, ResetObject_EveryFault_FalseOrANewObject_Quirk22)
                 if (!pool->resetObject(id) || frameOf(*object) != asNew)
                     wrong = firstOf(wrong, std::string("with memory back, the object is not reset"));
                 PoolContents others = contentsOf(*pool);
-                std::erase_if(others.objects, [&](auto const &entry) {
-                    return entry.second.frame == std::string(reinterpret_cast<char const *>(asNew.GetData()),
-                                                             static_cast<std::size_t>(asNew.GetSize()));
-                });
+                std::erase_if(others.objects, [&](auto const &entry) { return entry.second.frame == textOf(asNew); });
                 wrong = firstOf(wrong, differenceOfPart(expected, others));
                 pool.reset();
                 return wrong;

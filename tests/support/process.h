@@ -116,7 +116,15 @@ inline ProcessResult runProgram(std::string const &program, std::vector<std::str
         start.hStdOutput = output == ProcessOutput::Closed ? nullptr : out.handle();
         start.hStdError = err.handle();
         PROCESS_INFORMATION process = {};
-        if (CreateProcessW(nullptr, units.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process))
+        auto const started = [&] {
+            return CreateProcessW(nullptr, units.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process) !=
+                   FALSE;
+        };
+        // A busy Wine now and then loses a process before its first instruction and says so; nothing of the program has run then.
+        bool running = started();
+        for (int again = 0; !running && GetLastError() == ERROR_INTERNAL_ERROR && again < 3; ++again)
+            running = started();
+        if (running)
         {
             WaitForSingleObject(process.hProcess, INFINITE);
             DWORD code = 0;

@@ -3,6 +3,7 @@
 #include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/modules.h>
+#include <oktinspect/reportcollector.h>
 #include <tools/okt/commands/arguments.h>
 #include <tools/okt/commands/commands.h>
 #include <tools/okt/commands/complete.h>
@@ -14,6 +15,8 @@
 #include <tools/okt/terminal/interrupt.h>
 #include <tools/okt/terminal/system.h>
 
+#include <cstdlib>
+#include <exception>
 #include <new>
 #include <sstream>
 #include <string>
@@ -25,6 +28,40 @@ namespace
 using okt::kDone;
 using okt::kFailed;
 using okt::kWrongUsage;
+
+constexpr char kNoMemory[] = "there is not enough memory";
+
+void tell(std::exception const &exception)
+try
+{
+    okt::printError(okt::printable(std::string_view(exception.what())));
+}
+catch (std::bad_alloc const &)
+{
+    okt::printError(kNoMemory);
+}
+
+int g_trouble = kFailed; ///< the exit code for what is thrown
+
+/// A destructor that needs memory can do no better.
+[[noreturn]] void endWithoutMemory()
+{
+    try
+    {
+        if (std::current_exception())
+            throw;
+    }
+    catch (std::bad_alloc const &)
+    {
+        okt::printError(kNoMemory);
+        okt::endLeavingNothing(g_trouble);
+    }
+    catch (...)
+    {
+        // As without this.
+    }
+    std::abort();
+}
 
 int answerWrongUsage(okt::WrongUsage const &wrong)
 {
@@ -55,8 +92,7 @@ void letTheLastCount(CLI::App &app)
         letTheLastCount(*command);
 }
 
-/// `trouble` becomes the exit code for what is thrown.
-int run(int argc, char **argv, int &trouble)
+int run(int argc, char **argv)
 {
     CLI::App app("Makes template pools of reinforcement, looks into them, compares and converts them.", "okt");
     app.allow_windows_style_options(false); // a path may begin with a slash on every system
@@ -93,6 +129,7 @@ int run(int argc, char **argv, int &trouble)
         okt::markTableFiles(typed);
         std::vector<std::string> const texts = okt::arranged(app, typed);
         std::vector<char const *> words;
+        words.reserve(texts.size());
         for (std::string const &text : texts)
             words.push_back(text.c_str());
         app.parse(static_cast<int>(words.size()), words.data());
@@ -105,11 +142,16 @@ int run(int argc, char **argv, int &trouble)
     {
         return answerWrongUsage(wrong);
     }
-    trouble = line.trouble;
+    g_trouble = line.trouble;
     for (std::string const &module : modules)
         okt::modules().load(okt::utf8Path(module));
     okt::modules().searchIn(okt::moduleFolders(), !withoutSearch);
-    return line.run();
+    okt::ReportCollector const collector; // what the library reports where nobody collects it
+    int const result = line.run();
+    okt::checkMemory();
+    if (!collector.reports().empty())
+        okt::printError(collector.reports());
+    return result;
 }
 
 } // namespace
@@ -118,10 +160,10 @@ int main(int argc, char **argv)
 {
     okt::guardStandardStreams();
     okt::handleInterrupts();
-    int trouble = kFailed;
+    std::set_terminate(endWithoutMemory);
     try
     {
-        return run(argc, argv, trouble);
+        return run(argc, argv);
     }
     catch (okt::OutputClosed const &)
     {
@@ -141,11 +183,11 @@ int main(int argc, char **argv)
     }
     catch (std::bad_alloc const &)
     {
-        okt::printError("there is not enough memory");
+        okt::printError(kNoMemory);
     }
     catch (std::exception const &exception)
     {
-        okt::printError(okt::printable(std::string_view(exception.what())));
+        tell(exception);
     }
-    return trouble;
+    return g_trouble;
 }

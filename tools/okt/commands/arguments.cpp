@@ -59,7 +59,7 @@ public:
         }
         refuseTooMany(operands);
         if (!operands.empty())
-            m_line.push_back("--");
+            m_line.emplace_back("--");
         m_line.insert(m_line.end(), operands.begin(), operands.end());
         return m_line;
     }

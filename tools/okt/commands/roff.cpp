@@ -64,9 +64,7 @@ private:
     {
         if (m_text.substr(m_at).starts_with("\\|"))
             ++m_at; // of a table
-        if (takes("`", "`"))
-            bold(m_inner);
-        else if (takes("**", "**"))
+        if (takes("`", "`") || takes("**", "**"))
             bold(m_inner);
         else if (m_text[m_at] == '[' && takes("[", "]("))
         {

@@ -40,6 +40,7 @@ EditLock::EditLock(fs::path const &file) : m_path(lockPath(file))
     constexpr int kMostTries = 20;
     for (int i = 0; i < kMostTries; ++i)
     {
+        InterruptHold const hold;
         CFileException refused;
         if (!m_lock.Open(pathText(m_path),
                          CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite | CFile::shareExclusive, &refused))
@@ -50,7 +51,7 @@ EditLock::EditLock(fs::path const &file) : m_path(lockPath(file))
         }
         if (isOurs())
         {
-            m_halfWritten.emplace(pathName(m_path));
+            m_halfWritten.emplace(pathName(m_path), HalfWritten::Kind::File);
             return;
         }
         m_lock.Close();
@@ -85,6 +86,7 @@ bool EditLock::isOurs()
 EditLock::~EditLock()
 {
     // First the name, so that nobody opens a file that is on its way out; a system that keeps open files removes it behind that.
+    InterruptHold const hold;
     std::error_code ignored;
     bool const isRemoved = fs::remove(m_path, ignored);
     try
@@ -97,6 +99,7 @@ EditLock::~EditLock()
     }
     if (!isRemoved)
         fs::remove(m_path, ignored);
+    m_halfWritten.reset();
 }
 
 } // namespace okt

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace okt
@@ -29,8 +30,6 @@ public:
     ~TemporaryFile();
 
     std::filesystem::path const &path() const { return m_path; }
-    /// From now on it is not removed.
-    void keep() { m_halfWritten.reset(); }
 
 private:
     std::filesystem::path m_path;
@@ -38,11 +37,14 @@ private:
 };
 
 /// A file that is written under a name beside the final one first, as the library saves durably. All throw Failure, and nothing is
-/// left then; an interrupt leaves nothing either.
+/// left then; an interrupt leaves nothing either. While one of the functions works, an interrupt waits for it.
 class PendingFile
 {
 public:
     explicit PendingFile(std::filesystem::path target);
+    PendingFile(PendingFile const &) = delete;
+    PendingFile &operator=(PendingFile const &) = delete;
+    ~PendingFile() { letGo(); }
 
     void write(std::string_view bytes);
     /// Ends the writing: the bytes are on the disk.
@@ -54,12 +56,16 @@ public:
 
 private:
     [[noreturn]] void refuse(char const *what, std::string const &more = {}) const;
+    void letGo() noexcept;
 
     std::filesystem::path m_target;
-    std::optional<HalfWritten> m_part;
-    std::optional<HalfWritten> m_old;
-    OktFileReplacement m_file; // its end removes what the others name
+    std::optional<OktFileReplacement> m_file;
+    std::optional<HalfWritten> m_part; // registered just as long as the file holds that name
 };
+
+/// Throws std::bad_alloc if the library was short of memory: what it answered then is not to be built on. Each file is put in place
+/// behind this.
+void checkMemory();
 
 /// Throws Failure unless a file of that path may be made or replaced: it is a folder, is write-protected, in use, or has several
 /// names, or its name is no UTF-8.
@@ -85,6 +91,7 @@ private:
         HalfWritten halfWritten;
     };
 
+    void make(std::filesystem::path const &folder, std::error_code &error);
     void removeEmpty();
 
     std::deque<Made> m_made; ///< the outermost first

@@ -108,6 +108,7 @@ void TextSession::open(long line)
 {
     bool const isForWindows = fs::path::preferred_separator == '\\';
     std::string const editor = editorOfUser();
+    // NOLINTNEXTLINE(cert-env33-c): what EDITOR says is a command with its options
     int const code = std::system(editorCommand(editor, pathName(m_text), line, isForWindows).c_str());
     if (code != 0)
         throw Failure(editor, "", "the editor ended with a failure; nothing is saved, the text is kept in " + keep());

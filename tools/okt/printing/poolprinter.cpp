@@ -51,7 +51,7 @@ public:
             std::string line = indent;
             for (std::size_t column = 0; column < widths.size(); ++column)
                 if (widths[column] > 0)
-                    line += padded(row.cells[column], widths[column]) + "  ";
+                    line.append(padded(row.cells[column], widths[column])).append("  ");
             line.erase(line.find_last_not_of(' ') + 1);
             result += line + "\n";
             for (std::string const &below : row.below)

@@ -360,6 +360,7 @@ private:
         std::vector<std::string> const before = m_first.pool.listOf(m_first.pool.objects()[change.first]);
         std::vector<std::string> const after = m_second.pool.listOf(m_second.pool.objects()[change.second]);
         std::vector<std::string> counterparts;
+        counterparts.reserve(before.size());
         for (std::string const &id : before)
             counterparts.push_back(counterpartOf(id));
         ListDiff const diff = compareLists(counterparts, after);

@@ -90,8 +90,21 @@ void printError(std::string_view text)
 {
     std::scoped_lock const lock(g_screen);
     eraseStatus();
-    std::string const line = sentence("okt: {}\n", text);
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    // Without memory: it may be short. In one piece where it can be, as others may write there, too.
+    char line[1024];
+    constexpr std::string_view kProgram = "okt: ";
+    if (kProgram.size() + text.size() + 1 <= sizeof line)
+    {
+        std::size_t const size = text.copy(line + kProgram.copy(line, kProgram.size()), text.size()) + kProgram.size();
+        line[size] = '\n';
+        std::fwrite(line, 1, size + 1, stderr);
+    }
+    else
+    {
+        std::fwrite(kProgram.data(), 1, kProgram.size(), stderr);
+        std::fwrite(text.data(), 1, text.size(), stderr);
+        std::fputc('\n', stderr);
+    }
     std::fflush(stderr);
 }
 

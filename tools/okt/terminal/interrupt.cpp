@@ -11,6 +11,7 @@ struct HalfWritten::Slot
 {
     std::atomic<char const *> path = nullptr; ///< null: free
     std::string text;
+    Kind kind = Kind::File;
     Slot *next = nullptr;
 };
 
@@ -32,19 +33,37 @@ HalfWritten::Slot *takeSlot()
 
 } // namespace
 
-HalfWritten::HalfWritten(std::string path) : m_slot(takeSlot())
+HalfWritten::HalfWritten(std::string path, Kind kind) : m_slot(takeSlot())
 {
+    InterruptHold const hold;
     m_slot->text = std::move(path);
+    m_slot->kind = kind;
     m_slot->path = m_slot->text.c_str();
 }
 
-HalfWritten::~HalfWritten() { m_slot->path = nullptr; }
-
-void forEachHalfWritten(void (*act)(char const *path))
+HalfWritten::~HalfWritten()
 {
+    InterruptHold const hold;
+    m_slot->path = nullptr;
+}
+
+void removeHalfWritten(bool (*removeFile)(char const *path), bool (*removeFolder)(char const *path))
+{
+    // A name that is given up may be somebody else's at once, so that it is removed once.
     for (HalfWritten::Slot *slot = g_slots; slot != nullptr; slot = slot->next)
-        if (char const *const path = slot->path)
-            act(path);
+        if (char const *const path = slot->kind == HalfWritten::Kind::File ? slot->path.exchange(nullptr) : nullptr)
+            removeFile(path);
+    // Inner ones stand anywhere.
+    for (bool isAnyGone = true; isAnyGone;)
+    {
+        isAnyGone = false;
+        for (HalfWritten::Slot *slot = g_slots; slot != nullptr; slot = slot->next)
+            if (char const *const path = slot->path; path != nullptr && removeFolder(path))
+            {
+                slot->path = nullptr;
+                isAnyGone = true;
+            }
+    }
 }
 
 } // namespace okt

@@ -4,6 +4,7 @@
 #include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <tools/okt/terminal/console.h>
+#include <tools/okt/terminal/interrupt.h>
 
 #include <algorithm>
 #include <cmath>
@@ -118,8 +119,10 @@ Waiting::Waiting(std::string what, std::uintmax_t size, std::chrono::millisecond
     : m_clock(clock), m_speaks(!std::exchange(g_isSpokenFor, true))
 {
     m_clock.firstLine(patience); // starts the clock before the thread uses it
-    if (m_speaks && showsStatus())
-        m_thread = std::thread([this, what = std::move(what), size, patience] { tell(what, size, patience); });
+    if (!m_speaks || !showsStatus())
+        return;
+    InterruptHold const hold; // the thread gets none
+    m_thread = std::thread([this, what = std::move(what), size, patience] { tell(what, size, patience); });
 }
 
 Waiting::~Waiting()

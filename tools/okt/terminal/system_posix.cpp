@@ -16,12 +16,32 @@ namespace okt
 namespace
 {
 
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
+
+sigset_t interrupts()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (int const signal : kInterrupts)
+        sigaddset(&set, signal);
+    return set;
+}
+
+int g_holds = 0;
+sigset_t g_beforeHold;
+
+bool removeFile(char const *path) { return unlink(path) == 0; }
+
+bool removeFolder(char const *path) { return rmdir(path) == 0; }
+
+// Runs in the main thread, and no other interrupt meanwhile.
 extern "C" void onInterrupt(int signal)
 {
-    forEachHalfWritten([](char const *path) { unlink(path); });
-    forEachHalfWritten([](char const *path) { rmdir(path); }); // folders, which are empty now
+    removeHalfWritten(removeFile, removeFolder);
     clearStatusFromSignal();
-    // The default handler is active again, so this ends the process with that signal.
+    // Held off until this function returns, it ends the process with that signal. The system could bring the default back by itself,
+    // but does so before it holds off the next one, which would end the process then and there.
+    std::signal(signal, SIG_DFL);
     raise(signal);
 }
 
@@ -52,16 +72,37 @@ void writeErrorFromSignal(char const *bytes, std::size_t count)
 
 void handleInterrupts()
 {
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP})
+    for (int const signal : kInterrupts)
     {
         struct sigaction before = {};
         if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler == SIG_IGN)
             continue;
         struct sigaction action = {};
         action.sa_handler = onInterrupt;
-        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
+        action.sa_mask = interrupts();
         sigaction(signal, &action, nullptr);
     }
+}
+
+InterruptHold::InterruptHold()
+{
+    if (g_holds++ != 0)
+        return;
+    sigset_t const held = interrupts();
+    pthread_sigmask(SIG_BLOCK, &held, &g_beforeHold);
+}
+
+InterruptHold::~InterruptHold()
+{
+    if (--g_holds == 0)
+        pthread_sigmask(SIG_SETMASK, &g_beforeHold, nullptr);
+}
+
+void endLeavingNothing(int exitCode) noexcept
+{
+    InterruptHold const hold;
+    removeHalfWritten(removeFile, removeFolder);
+    std::_Exit(exitCode);
 }
 
 void endIfInterrupted() {}

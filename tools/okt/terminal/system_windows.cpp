@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 #include <fcntl.h>
 #include <io.h>
@@ -25,13 +26,26 @@ namespace
 
 std::atomic<bool> g_isInterrupted = false;
 
-/// Runs in its own thread. An open file cannot be removed here: the writing thread notices the flag, cleans up and
-/// ends the process. If it does not, this thread ends it.
+/// Never destroyed: an interrupt may come while the process ends.
+std::recursive_mutex &holds()
+{
+    static auto *const mutex = new std::recursive_mutex;
+    return *mutex;
+}
+
+bool removeFile(char const *path) { return DeleteFileW(CString::FromUtf8(path).GetString()) != 0; }
+
+bool removeFolder(char const *path) { return RemoveDirectoryW(CString::FromUtf8(path).GetString()) != 0; }
+
+/// Runs in its own thread. The main thread notices the flag, cleans up and ends the process. If it does not, because it waits for
+/// a disk or a pipe, this thread does both, when the main thread is at no step that changes files, and will be at none.
 BOOL WINAPI onInterrupt(DWORD)
 {
     constexpr DWORD kPatience = 4000; // the system ends the process after five seconds in any case
     g_isInterrupted = true;
     Sleep(kPatience);
+    holds().lock();
+    removeHalfWritten(removeFile, removeFolder);
     return FALSE;
 }
 
@@ -77,6 +91,17 @@ bool takesSequences(Stream stream)
 void writeErrorFromSignal(char const *, std::size_t) {}
 
 void handleInterrupts() { SetConsoleCtrlHandler(onInterrupt, TRUE); }
+
+InterruptHold::InterruptHold() { holds().lock(); }
+
+InterruptHold::~InterruptHold() { holds().unlock(); }
+
+void endLeavingNothing(int exitCode) noexcept
+{
+    InterruptHold const hold;
+    removeHalfWritten(removeFile, removeFolder);
+    std::_Exit(exitCode);
+}
 
 void endIfInterrupted()
 {
