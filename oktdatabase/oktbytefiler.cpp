@@ -19,6 +19,7 @@
 namespace
 {
 constexpr int kRecordTypes = 11;
+constexpr int kMostSections = 64; // of a frame, that room is kept for
 constexpr unsigned char kNoBool = 255;
 constexpr unsigned short kNoShort = 65535;
 constexpr std::uint32_t kNoLong = 0x80000001u;

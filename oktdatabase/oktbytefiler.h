@@ -156,7 +156,6 @@ private:
     CByteArray const *m_borrowed = nullptr;
     // Bytes of framing that are to come in the open frames, and the sections among them of each frame.
     static constexpr std::size_t kDeepest = 16;
-    static constexpr int kMostSections = 64;
     static constexpr int kSection = 7; // its beginning and its end
     int m_owed = 0;
     std::size_t m_depth = 0;
