@@ -62,3 +62,14 @@ if(OKT_COVERAGE)
     add_compile_options(--coverage -fprofile-update=atomic)
     add_link_options(--coverage)
 endif()
+
+# okt_precompile(TARGET HEADER...): the large headers of others that most of its sources include, compiled once where
+# OKT_PRECOMPILE says so. A build without it finds the source that lacks an include.
+function(okt_precompile target)
+    if(OKT_PRECOMPILE)
+        target_precompile_headers(${target} PRIVATE ${ARGN})
+        if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+            target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp") # so that ccache knows one from its contents
+        endif()
+    endif()
+endfunction()

@@ -15,6 +15,8 @@
 #include <tools/okt/terminal/interrupt.h>
 #include <tools/okt/terminal/system.h>
 
+#include <CLI/CLI.hpp>
+
 #include <cstdlib>
 #include <exception>
 #include <new>

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+namespace CLI
+{
+class App;
+class ParseError;
+} // namespace CLI
 
 namespace okt
 {

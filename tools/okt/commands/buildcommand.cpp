@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/sentence.h>
@@ -66,21 +66,21 @@ bool build(fs::path const &data, fs::path const &outputFolder, bool replaces)
 
 void addBuild(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "build", "Makes templates from tables of bar sizes, one per size and kind, and from bar records (BF2D).");
-    command->footer("0 all made, 1 failed, or a bar record is wrong: one line on standard error for each, the good ones are "
-                    "made; 2 wrong usage.");
+    DeclaredCommand const command(
+        line, "build", "Makes templates from tables of bar sizes, one per size and kind, and from bar records (BF2D).");
+    command.footer("0 all made, 1 failed, or a bar record is wrong: one line on standard error for each, the good ones are "
+                   "made; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
     command
-        ->add_option("DATA", options->data,
-                     "a bar table (CSV), bar records (*.bf2d), or a folder with such files (bars-*.csv, *.bf2d); the rule "
-                     "tables lie beside")
-        ->required();
-    command->add_option("-o,--output", options->folder, "the folder for the templates; made where it is missing")
-        ->required()
-        ->type_name("DIR");
-    command->add_flag("--force", options->replaces, "replace templates that exist");
-    command->callback([&line, options] {
+        .option("DATA", options->data,
+                "a bar table (CSV), bar records (*.bf2d), or a folder with such files (bars-*.csv, *.bf2d); the rule "
+                "tables lie beside")
+        .required();
+    command.option("-o,--output", options->folder, "the folder for the templates; made where it is missing")
+        .required()
+        .valueName("DIR");
+    command.flag("--force", options->replaces, "replace templates that exist");
+    command.onParsed([&line, options] {
         line.run = [options] {
             return build(utf8Path(options->data), utf8Path(options->folder), options->replaces) ? kDone : kFailed;
         };

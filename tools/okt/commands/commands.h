@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <functional>
+
+namespace CLI
+{
+class App;
+}
 
 namespace okt
 {

@@ -5,6 +5,8 @@
 
 #include <oktformat/sentence.h>
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <string_view>
 

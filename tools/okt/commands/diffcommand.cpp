@@ -8,7 +8,7 @@
 #include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/reportcollector.h>
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 #include <tools/okt/commands/gitcall.h>
 #include <tools/okt/commands/gitfilter.h>
 #include <tools/okt/files/exportfiles.h>
@@ -130,43 +130,43 @@ void checkFiles(Options const &options)
     std::string const here =
         options.files.size() == 1 ? ", only one is given" : sentence(", {} are given", options.files.size());
     if (options.fromGit && !gitCallOf(options.files))
-        throw CLI::ValidationError("--git", "git gives 1, 7, 8 or 9 arguments" + here);
+        refuse("--git", "git gives 1, 7, 8 or 9 arguments" + here);
     if (!options.fromGit && options.files.size() != 2)
-        throw CLI::ValidationError("FILE", "two files are compared" + here);
+        refuse("FILE", "two files are compared" + here);
     if (!options.fromGit && options.files[0] == kStandardStream && options.files[1] == kStandardStream)
-        throw CLI::ValidationError("FILE", "only one of the two files can be standard input");
+        refuse("FILE", "only one of the two files can be standard input");
 }
 
 } // namespace
 
 void addDiff(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "diff", "Compares two pool files, or two folders of them: what came, what went, and what changed in which parameter.");
-    command->footer(
+    DeclaredCommand const command(
+        line, "diff",
+        "Compares two pool files, or two folders of them: what came, what went, and what changed in which parameter.");
+    command.footer(
         "0 the files hold the same, 1 they differ, 2 trouble or wrong usage; with --git 0 also where they differ or a "
         "file is damaged.");
     auto const options = std::make_shared<Options>();
     // One by one: a list would end at a "--" behind its first entry.
     auto const files = std::make_shared<std::array<std::string, 2>>();
     auto const more = std::make_shared<std::vector<std::string>>();
-    command->add_option("OLD", files->front(), "a pool file, or a folder of them; - for standard input")->required();
-    CLI::Option const *const second =
-        command->add_option("NEW", files->back(), "the one that it is compared with; - for standard input");
-    command->add_option("MORE", *more, "what else git passes, with --git");
-    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember(unitNames()));
-    command->add_flag("--members", options->byMembers,
-                      "members by the names that their classes give them, and values as they are in the file");
-    command->add_flag(
-        "--by-name", options->byName,
-        "for clones, whose ids are new: objects belong together by what they hold, their relations and their names");
-    command->add_flag("--json", options->asJson, "one JSON document, for programs");
-    command->add_flag("-q,--quiet", options->isQuiet, "of folders only the total, of files nothing: the exit code tells");
-    command->add_flag("--git", options->fromGit,
-                      "as git's external diff: what follows is what git passes, and a damaged file is told and no failure");
-    command->callback([&line, options, files, more, second] {
-        options->files.assign(files->begin(), files->begin() + (second->count() == 0 ? 1 : 2));
+    command.option("OLD", files->front(), "a pool file, or a folder of them; - for standard input").required();
+    DeclaredOption const second =
+        command.option("NEW", files->back(), "the one that it is compared with; - for standard input");
+    command.option("MORE", *more, "what else git passes, with --git");
+    command.option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        .oneOf(unitNames());
+    command.flag("--members", options->byMembers,
+                 "members by the names that their classes give them, and values as they are in the file");
+    command.flag("--by-name", options->byName,
+                 "for clones, whose ids are new: objects belong together by what they hold, their relations and their names");
+    command.flag("--json", options->asJson, "one JSON document, for programs");
+    command.flag("-q,--quiet", options->isQuiet, "of folders only the total, of files nothing: the exit code tells");
+    command.flag("--git", options->fromGit,
+                 "as git's external diff: what follows is what git passes, and a damaged file is told and no failure");
+    command.onParsed([&line, options, files, more, second] {
+        options->files.assign(files->begin(), files->begin() + (!second.isGiven() ? 1 : 2));
         options->files.insert(options->files.end(), more->begin(), more->end());
         checkFiles(*options);
         line.trouble = kTrouble;

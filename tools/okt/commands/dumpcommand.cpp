@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
@@ -96,19 +96,19 @@ int dumpFile(Options const &options)
 
 void addDump(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "dump", "Prints the records of a pool file with their offsets and bytes, also those of a damaged one.");
-    command->footer("0 done, 1 the file cannot be read or has a fault, or there is no such object, 2 wrong usage.");
+    DeclaredCommand const command(
+        line, "dump", "Prints the records of a pool file with their offsets and bytes, also those of a damaged one.");
+    command.footer("0 done, 1 the file cannot be read or has a fault, or there is no such object, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
-    CLI::Option *const at =
+    command.option("FILE", options->file, "a pool file; - for standard input").required();
+    DeclaredOption const at =
         command
-            ->add_option("--at", options->offset,
-                         "only the record at this byte: a frame, or what stands from there to the end of its section")
-            ->type_name("OFFSET")
-            ->check(wholeNumberFault);
-    command->add_option("--object", options->id, "only the object of this id")->type_name("ID")->check(idFault)->excludes(at);
-    command->callback([&line, options] { line.run = [options] { return dumpFile(*options); }; });
+            .option("--at", options->offset,
+                    "only the record at this byte: a frame, or what stands from there to the end of its section")
+            .valueName("OFFSET")
+            .checkedBy(wholeNumberFault);
+    command.option("--object", options->id, "only the object of this id").valueName("ID").checkedBy(idFault).excludes(at);
+    command.onParsed([&line, options] { line.run = [options] { return dumpFile(*options); }; });
 }
 
 } // namespace okt

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/files/editlock.h>
 #include <tools/okt/files/exportfiles.h>
@@ -163,14 +163,14 @@ private:
 
 void addEdit(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "edit", "Opens the text of a pool file in an editor, and saves the file when the text is left in order.");
-    command->footer("0 saved, or nothing was changed; 1 not saved (the text is kept, and told where); 2 wrong usage.");
+    DeclaredCommand const command(
+        line, "edit", "Opens the text of a pool file in an editor, and saves the file when the text is left in order.");
+    command.footer("0 saved, or nothing was changed; 1 not saved (the text is kept, and told where); 2 wrong usage.");
     auto const file = std::make_shared<std::string>();
-    command->add_option("FILE", *file, "a pool file")->required();
-    command->callback([&line, file] {
+    command.option("FILE", *file, "a pool file").required();
+    command.onParsed([&line, file] {
         if (*file == kStandardStream)
-            throw CLI::ValidationError("FILE", "only a file can be edited");
+            refuse("FILE", "only a file can be edited");
         line.run = [file] { return Editing(*file).run(); };
     });
 }

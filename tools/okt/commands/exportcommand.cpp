@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/sentence.h>
@@ -155,29 +155,29 @@ bool exportRecord(fs::path const &path, fs::path const &output, bool replaces)
 
 void addExport(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "export", "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.");
+    DeclaredCommand const command(line, "export",
+                                  "Writes a pool file as text (JSON), which gives the same file again, or as a bar record.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
-    CLI::Option *const git = command->add_flag(
+    command.option("FILE", options->file, "a pool file; - for standard input").required();
+    DeclaredOption const git = command.flag(
         "--git", options->forGit,
         "as git's text conversion: a damaged file gives its faults and what is whole, and is no failure. What follows is FILE");
-    command->add_option("-o,--output", options->output, "the file for the text; standard output without this option, or with -")
-        ->excludes(git);
+    command.option("-o,--output", options->output, "the file for the text; standard output without this option, or with -")
+        .excludes(git);
     command
-        ->add_option("--pictures", options->pictures,
-                     "a folder for pictures and longer byte arrays, which stand in the text otherwise")
-        ->type_name("DIR")
-        ->excludes(git);
+        .option("--pictures", options->pictures,
+                "a folder for pictures and longer byte arrays, which stand in the text otherwise")
+        .valueName("DIR")
+        .excludes(git);
     command
-        ->add_option("--format", options->format,
-                     "json (default): the whole file; bf2d: the bar record that a template of okt build came from")
-        ->check(CLI::IsMember({"json", "bf2d"}))
-        ->excludes(git);
-    command->add_flag("--force", options->replaces, "replace files that exist");
-    command->callback([&line, options] {
+        .option("--format", options->format,
+                "json (default): the whole file; bf2d: the bar record that a template of okt build came from")
+        .oneOf({"json", "bf2d"})
+        .excludes(git);
+    command.flag("--force", options->replaces, "replace files that exist");
+    command.onParsed([&line, options] {
         if (options->format == "bf2d" && !options->pictures.empty())
-            throw CLI::ValidationError("--pictures", "a bar record has no pictures");
+            refuse("--pictures", "a bar record has no pictures");
         line.run = [options] {
             if (options->forGit)
             {

@@ -25,21 +25,21 @@ std::vector<std::string> FileOperands::expanded(OnFault const &onFault) const
 void FileOperands::check() const
 {
     if (files.empty() && filesFrom.empty())
-        throw CLI::RequiredError("FILE");
+        refuseMissing("FILE");
 }
 
-void addFiles(CLI::App &command, FileOperands &operands)
+void addFiles(DeclaredCommand const &command, FileOperands &operands)
 {
-    command.add_option("FILE", operands.files, "pool files, and folders with all below them; - for standard input");
+    command.option("FILE", operands.files, "pool files, and folders with all below them; - for standard input");
     addFilesFrom(command, operands);
 }
 
-void addFilesFrom(CLI::App &command, FileOperands &operands)
+void addFilesFrom(DeclaredCommand const &command, FileOperands &operands)
 {
     command
-        .add_option("--files-from", operands.filesFrom,
-                    "a file that names pool files and folders, one a line; - for standard input")
-        ->type_name("FILE");
+        .option("--files-from", operands.filesFrom,
+                "a file that names pool files and folders, one a line; - for standard input")
+        .valueName("FILE");
 }
 
 } // namespace okt

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <tools/okt/commands/declaration.h>
 #include <tools/okt/files/poollist.h>
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 #include <vector>
@@ -20,13 +19,13 @@ struct FileOperands
     /// In the order in which they are given, each folder as the pool files in it. A folder that cannot be read is told to `onFault`.
     /// Throws Failure where the list cannot be read, or standard input is asked for twice.
     std::vector<std::string> expanded(OnFault const &onFault) const;
-    /// To be called when the line is parsed. Throws CLI::ParseError where there are none.
+    /// To be called when the line is parsed. Throws an error of usage where there are none.
     void check() const;
 };
 
 /// FILE and --files-from.
-void addFiles(CLI::App &command, FileOperands &operands);
+void addFiles(DeclaredCommand const &command, FileOperands &operands);
 /// Only --files-from, where operands may be something else.
-void addFilesFrom(CLI::App &command, FileOperands &operands);
+void addFilesFrom(DeclaredCommand const &command, FileOperands &operands);
 
 } // namespace okt

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
@@ -59,16 +59,16 @@ void filter(Options const &options)
 
 void addFilter(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "filter",
+    DeclaredCommand const command(
+        line, "filter",
         "Is git's filter for pool files, which lie as text in the repository then: standard input to standard output.");
-    command->footer("0 done, also where a file passes as it is; 1 failed, 2 wrong usage.");
+    command.footer("0 done, also where a file passes as it is; 1 failed, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("DIRECTION", options->direction, "clean: pool file to text; smudge: text to pool file")
-        ->required()
-        ->check(CLI::IsMember({"clean", "smudge"}));
-    command->add_option("NAME", options->name, "what messages call the file; no file of that name is opened");
-    command->callback([&line, options] {
+    command.option("DIRECTION", options->direction, "clean: pool file to text; smudge: text to pool file")
+        .required()
+        .oneOf({"clean", "smudge"});
+    command.option("NAME", options->name, "what messages call the file; no file of that name is opened");
+    command.onParsed([&line, options] {
         line.run = [options] {
             filter(*options);
             return kDone;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/wherecondition.h>
@@ -245,35 +245,32 @@ int find(Options const &options)
 
 void addFind(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "find",
+    DeclaredCommand const command(
+        line, "find",
         "Searches pool files, and folders with all below them, for names, texts, values, ids and classes, or for templates\n"
         "that fulfil a condition.");
-    command->footer("0 found; 1 nothing found; 2 wrong usage, an output that takes nothing, or "
-                    "nothing found and a file that cannot be read.");
+    command.footer("0 found; 1 nothing found; 2 wrong usage, an output that takes nothing, or "
+                   "nothing found and a file that cannot be read.");
     auto const options = std::make_shared<Options>();
-    command->add_option("PATTERN", options->pattern,
-                        "what to look for: a part of it, or with * and ? the whole; the case of letters does not count; none "
-                        "with --where");
-    addFiles(*command, options->files);
-    CLI::Option *const where = addWhere(*command, options->where);
-    command
-        ->add_option("-u,--unit", options->unit,
-                     "with --where: the unit of lengths that have none: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember(unitNames()));
-    CLI::Option *const className = command
-                                       ->add_option("--class", options->className,
-                                                    "only in objects of this class or derived from it; * and ? as in a shell")
-                                       ->type_name("PATTERN");
-    CLI::Option *const names =
-        command->add_flag("--name", options->namesOnly, "only in names of pools, parameters and categories");
-    CLI::Option *const values =
-        command->add_flag("--value", options->valuesOnly, "only in values, expressions and descriptions")->excludes(names);
-    command->add_flag("-l,--files", options->filesOnly, "only the names of the files in which something is found");
-    command->add_flag("--json", options->asJson, "one JSON object a line, one for each match or file");
-    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are in which something is found");
-    where->excludes(className)->excludes(names)->excludes(values);
-    command->callback([&line, options] {
+    command.option("PATTERN", options->pattern,
+                   "what to look for: a part of it, or with * and ? the whole; the case of letters does not count; none "
+                   "with --where");
+    addFiles(command, options->files);
+    DeclaredOption const where = addWhere(command, options->where);
+    command.option("-u,--unit", options->unit, "with --where: the unit of lengths that have none: mm (default), cm, m, in, ft")
+        .oneOf(unitNames());
+    DeclaredOption const className =
+        command.option("--class", options->className, "only in objects of this class or derived from it; * and ? as in a shell")
+            .valueName("PATTERN");
+    DeclaredOption const names =
+        command.flag("--name", options->namesOnly, "only in names of pools, parameters and categories");
+    DeclaredOption const values =
+        command.flag("--value", options->valuesOnly, "only in values, expressions and descriptions").excludes(names);
+    command.flag("-l,--files", options->filesOnly, "only the names of the files in which something is found");
+    command.flag("--json", options->asJson, "one JSON object a line, one for each match or file");
+    command.flag("-q,--quiet", options->isQuiet, "only how many files there are in which something is found");
+    where.excludes(className).excludes(names).excludes(values);
+    command.onParsed([&line, options] {
         if (!options->where.empty())
         {
             whereCondition(options->where, *findLengthUnit(options->unit));
@@ -281,7 +278,7 @@ void addFind(CommandLine &line)
                 options->files.files.insert(options->files.files.begin(), options->pattern);
         }
         else if (options->pattern.empty())
-            throw CLI::RequiredError("PATTERN");
+            refuseMissing("PATTERN");
         options->files.check();
         line.run = [options] { return find(*options); };
     });

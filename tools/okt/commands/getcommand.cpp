@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/files/templatefile.h>
 #include <tools/okt/printing/parameterjson.h>
@@ -63,16 +63,16 @@ int get(Options const &options)
 
 void addGet(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("get", "Prints the value of one parameter of a template, with its unit.");
-    command->footer(
+    DeclaredCommand const command(line, "get", "Prints the value of one parameter of a template, with its unit.");
+    command.footer(
         "0 done, 1 there is no such parameter or several, or the file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "a pool file; - for standard input")->required();
-    command->add_option("NAME", options->name, "the name of a parameter, its id, or type:N")->required();
-    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember(unitNames()));
-    command->add_flag("--json", options->asJson, "one JSON object: name, id, type, value, unit");
-    command->callback([&line, options] { line.run = [options] { return get(*options); }; });
+    command.option("FILE", options->file, "a pool file; - for standard input").required();
+    command.option("NAME", options->name, "the name of a parameter, its id, or type:N").required();
+    command.option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        .oneOf(unitNames());
+    command.flag("--json", options->asJson, "one JSON object: name, id, type, value, unit");
+    command.onParsed([&line, options] { line.run = [options] { return get(*options); }; });
 }
 
 } // namespace okt

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/files/digests.h>
@@ -86,22 +86,22 @@ int hashAll(Options const &options)
 
 void addHash(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "hash", "Prints digests of pool files: of what they hold, whatever ids their objects have, or of their bytes.");
+    DeclaredCommand const command(
+        line, "hash", "Prints digests of pool files: of what they hold, whatever ids their objects have, or of their bytes.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    CLI::Option *const bytes = command->add_flag("--bytes", options->ofBytes, "of the bytes, as sha256sum has them");
-    CLI::Option *const manifest = command->add_flag("--manifest", options->asManifest,
-                                                    "both digests of all pool files below a folder, for okt verify --manifest");
-    CLI::Option *const json = command->add_flag("--json", options->asJson, "one JSON object a line, with both digests");
-    manifest->excludes(bytes);
-    json->excludes(bytes)->excludes(manifest);
-    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are, and how many of them have a digest")
-        ->excludes(manifest);
-    command->callback([&line, options] {
+    addFiles(command, options->files);
+    DeclaredOption const bytes = command.flag("--bytes", options->ofBytes, "of the bytes, as sha256sum has them");
+    DeclaredOption const manifest = command.flag("--manifest", options->asManifest,
+                                                 "both digests of all pool files below a folder, for okt verify --manifest");
+    DeclaredOption const json = command.flag("--json", options->asJson, "one JSON object a line, with both digests");
+    manifest.excludes(bytes);
+    json.excludes(bytes).excludes(manifest);
+    command.flag("-q,--quiet", options->isQuiet, "only how many files there are, and how many of them have a digest")
+        .excludes(manifest);
+    command.onParsed([&line, options] {
         options->files.check();
         if (options->asManifest && (options->files.files.size() != 1 || !options->files.filesFrom.empty()))
-            throw CLI::ValidationError("--manifest", "one folder is wanted");
+            refuse("--manifest", "one folder is wanted");
         line.run = [options] { return options->asManifest ? printManifest(*options) : hashAll(*options); };
     });
 }

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 #include <vector>
+
+namespace CLI
+{
+class App;
+class Option;
+} // namespace CLI
 
 namespace okt
 {

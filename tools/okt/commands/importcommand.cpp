@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/text.h>
@@ -116,14 +116,14 @@ void importText(fs::path const &path, fs::path const &output, fs::path const &pi
 
 void addImport(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("import", "Makes a pool file of its text.");
+    DeclaredCommand const command(line, "import", "Makes a pool file of its text.");
     auto const options = std::make_shared<Options>();
-    command->add_option("JSON", options->text, "a text that okt export made; - for standard input")->required();
-    command->add_option("-o,--output", options->output, "the pool file; - for standard output")->required();
-    command->add_option("--pictures", options->pictures, "the folder with the pictures; that of the text without this option")
-        ->type_name("DIR");
-    command->add_flag("--force", options->replaces, "replace files that exist");
-    command->callback([&line, options] {
+    command.option("JSON", options->text, "a text that okt export made; - for standard input").required();
+    command.option("-o,--output", options->output, "the pool file; - for standard output").required();
+    command.option("--pictures", options->pictures, "the folder with the pictures; that of the text without this option")
+        .valueName("DIR");
+    command.flag("--force", options->replaces, "replace files that exist");
+    command.onParsed([&line, options] {
         line.run = [options] {
             importText(utf8Path(options->text), utf8Path(options->output), utf8Path(options->pictures), options->replaces);
             return kDone;

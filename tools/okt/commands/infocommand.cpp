@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/commands/fileoperands.h>
 
@@ -202,15 +202,15 @@ int infoAll(Options const &options)
 
 void addInfo(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "info", "Tells what is in pool files: the header, and how many objects of which classes and how large.");
-    command->footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
+    DeclaredCommand const command(
+        line, "info", "Tells what is in pool files: the header, and how many objects of which classes and how large.");
+    command.footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    command->add_flag("--header", options->headerOnly, "only the header: nothing behind it is read");
-    command->add_flag("--json", options->asJson, "one JSON object a line, one for each file");
-    command->add_flag("-q,--quiet", options->isQuiet, "only how many files and objects there are");
-    command->callback([&line, options] {
+    addFiles(command, options->files);
+    command.flag("--header", options->headerOnly, "only the header: nothing behind it is read");
+    command.flag("--json", options->asJson, "one JSON object a line, one for each file");
+    command.flag("-q,--quiet", options->isQuiet, "only how many files and objects there are");
+    command.onParsed([&line, options] {
         options->files.check();
         line.run = [options] { return infoAll(*options); };
     });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/files/templatefile.h>
@@ -119,17 +119,17 @@ private:
 
 void addLint(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "lint", "Looks for what cannot be meant in templates: expressions, names, values, covers, hooks, pictures.");
-    command->footer("0 nothing found; 1 a finding, or a file that cannot be read or has a fault; 2 wrong usage.");
+    DeclaredCommand const command(
+        line, "lint", "Looks for what cannot be meant in templates: expressions, names, values, covers, hooks, pictures.");
+    command.footer("0 nothing found; 1 a finding, or a file that cannot be read or has a fault; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    command->add_flag("--pictures", options->drawsPictures,
-                      "draw each picture once more and compare it, which takes longer than all else; without it only the shape "
-                      "that it shows is held against the values");
-    command->add_flag("--json", options->asJson, "one JSON object a line, one for each finding");
-    command->add_flag("-q,--quiet", options->isQuiet, "only the total");
-    command->callback([&line, options] {
+    addFiles(command, options->files);
+    command.flag("--pictures", options->drawsPictures,
+                 "draw each picture once more and compare it, which takes longer than all else; without it only the shape "
+                 "that it shows is held against the values");
+    command.flag("--json", options->asJson, "one JSON object a line, one for each finding");
+    command.flag("-q,--quiet", options->isQuiet, "only the total");
+    command.onParsed([&line, options] {
         options->files.check();
         line.run = [options] { return TemplateLinter(*options).run(); };
     });

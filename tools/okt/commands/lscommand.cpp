@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/bytesource.h>
 #include <oktformat/fileread.h>
@@ -158,16 +158,16 @@ int list(Options const &options)
 
 void addLs(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("ls", "Lists the objects of pool files: offset, size, class, id, name.");
-    command->footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
+    DeclaredCommand const command(line, "ls", "Lists the objects of pool files: offset, size, class, id, name.");
+    command.footer("0 done, 1 a file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    command->add_option("--class", options->className, "only objects of this class or derived from it; * and ? as in a shell")
-        ->type_name("PATTERN");
-    command->add_option("--name", options->name, "only objects of this name; likewise")->type_name("PATTERN");
-    command->add_flag("--json", options->asJson, "one JSON object a line");
-    command->add_flag("-q,--quiet", options->isQuiet, "only how many objects there are");
-    command->callback([&line, options] {
+    addFiles(command, options->files);
+    command.option("--class", options->className, "only objects of this class or derived from it; * and ? as in a shell")
+        .valueName("PATTERN");
+    command.option("--name", options->name, "only objects of this name; likewise").valueName("PATTERN");
+    command.flag("--json", options->asJson, "one JSON object a line");
+    command.flag("-q,--quiet", options->isQuiet, "only how many objects there are");
+    command.onParsed([&line, options] {
         options->files.check();
         line.run = [options] { return list(*options); };
     });

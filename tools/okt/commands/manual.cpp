@@ -6,6 +6,8 @@
 #include <oktformat/failure.h>
 #include <oktformat/sentence.h>
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <sstream>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/sentence.h>
 #include <oktformat/text.h>
@@ -54,9 +54,9 @@ int listModules()
 
 void addModules(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "modules", "Lists the client modules that okt finds, where, and the classes that they bring; each is loaded.");
-    command->callback([&line] { line.run = listModules; });
+    DeclaredCommand const command(
+        line, "modules", "Lists the client modules that okt finds, where, and the classes that they bring; each is loaded.");
+    command.onParsed([&line] { line.run = listModules; });
 }
 
 } // namespace okt

@@ -6,6 +6,8 @@
 
 #include <oktformat/sentence.h>
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cctype>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/commands/complete.h>
 #include <tools/okt/commands/help.h>
@@ -10,6 +10,8 @@
 #include <tools/okt/terminal/console.h>
 
 #include <oktformat/sentence.h>
+
+#include <CLI/CLI.hpp>
 
 #include <memory>
 #include <string>
@@ -59,11 +61,10 @@ void renewManual(CLI::App const &app, fs::path const &folder)
 
 void addCompletion(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("completion", "Writes the script with which a shell completes command lines of okt.");
+    DeclaredCommand const command(line, "completion", "Writes the script with which a shell completes command lines of okt.");
     auto const shell = std::make_shared<std::string>();
-    command->add_option("SHELL", *shell, "bash, zsh or fish")->required()->check(CLI::IsMember({"bash", "zsh", "fish"}));
-    command->callback([&line, shell] {
+    command.option("SHELL", *shell, "bash, zsh or fish").required().oneOf({"bash", "zsh", "fish"});
+    command.onParsed([&line, shell] {
         line.run = [shell] {
             print(completionScript(*shell));
             return kDone;
@@ -73,19 +74,18 @@ void addCompletion(CommandLine &line)
 
 void addPages(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("pages", "Writes man pages and completions into a folder, for the installation.");
-    command->group(""); // hidden: only the build uses it, and whoever changes a command
+    DeclaredCommand const command(line, "pages", "Writes man pages and completions into a folder, for the installation.");
+    command.hide(); // hidden: only the build uses it, and whoever changes a command
     auto const folder = std::make_shared<std::string>();
     auto const manual = std::make_shared<std::string>();
-    CLI::Option *const output =
-        command->add_option("-o,--output", *folder, "the folder, which stands for share/ of an installation")->type_name("DIR");
-    command->add_option("--manual", *manual, "a folder with the pages of the manual, in which what okt says is renewed")
-        ->type_name("DIR")
-        ->excludes(output);
-    command->callback([&line, folder, manual] {
+    DeclaredOption const output =
+        command.option("-o,--output", *folder, "the folder, which stands for share/ of an installation").valueName("DIR");
+    command.option("--manual", *manual, "a folder with the pages of the manual, in which what okt says is renewed")
+        .valueName("DIR")
+        .excludes(output);
+    command.onParsed([&line, folder, manual] {
         if (folder->empty() && manual->empty())
-            throw CLI::RequiredError("--output");
+            refuseMissing("--output");
         line.run = [&line, folder, manual] {
             if (manual->empty())
                 writePages(line.app, utf8Path(*folder));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/imageformat.h>
@@ -166,15 +166,14 @@ bool picture(fs::path const &path, int index, fs::path const &output, bool repla
 
 void addPicture(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("picture", "Writes a picture of a pool file to a file, as it was stored.");
+    DeclaredCommand const command(line, "picture", "Writes a picture of a pool file to a file, as it was stored.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE", options->pool, "a pool file; - for standard input")->required();
-    command->add_option("--index", options->number, "which picture of the pool, counted from 0; 0 without this option")
-        ->check(wholeNumberFault);
-    command->add_option("-o,--output", options->image, "the file for the picture; - for standard output")->required();
-    command->add_flag("--force", options->replaces, "replace a file that exists");
-    command->callback([&line, options] {
+    command.option("FILE", options->pool, "a pool file; - for standard input").required();
+    command.option("--index", options->number, "which picture of the pool, counted from 0; 0 without this option")
+        .checkedBy(wholeNumberFault);
+    command.option("-o,--output", options->image, "the file for the picture; - for standard output").required();
+    command.flag("--force", options->replaces, "replace a file that exists");
+    command.onParsed([&line, options] {
         line.run = [options] {
             bool const done = picture(utf8Path(options->pool), options->number, utf8Path(options->image), options->replaces);
             return done ? kDone : kFailed;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktinspect/findingtext.h>
 #include <oktinspect/recover.h>
@@ -206,16 +206,17 @@ int recoverFile(fs::path const &path, fs::path const &output, bool replaces)
 
 void addRecover(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand("recover", "Makes a pool file of all objects of a damaged one that are "
-                                                                 "still whole, and tells what is lost, missing and doubtful.");
-    command->footer(
+    DeclaredCommand const command(line, "recover",
+                                  "Makes a pool file of all objects of a damaged one that are "
+                                  "still whole, and tells what is lost, missing and doubtful.");
+    command.footer(
         "0 a file was written, and nothing is known to be lost, missing or doubtful; 1 a file was written, and something "
         "is, or nothing could be rescued or written; 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("DAMAGED", options->file, "a pool file; - for standard input")->required();
-    command->add_option("-o,--output", options->output, "the new pool file; - for standard output")->required();
-    command->add_flag("--force", options->replaces, "replace a file that exists");
-    command->callback([&line, options] {
+    command.option("DAMAGED", options->file, "a pool file; - for standard input").required();
+    command.option("-o,--output", options->output, "the new pool file; - for standard output").required();
+    command.flag("--force", options->replaces, "replace a file that exists");
+    command.onParsed([&line, options] {
         line.run = [options] { return recoverFile(utf8Path(options->file), utf8Path(options->output), options->replaces); };
     });
 }

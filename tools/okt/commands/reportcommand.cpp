@@ -2,7 +2,7 @@
 #include <oktreport/page.h>
 
 #include <oktformat/failure.h>
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/files/exportfiles.h>
 #include <tools/okt/terminal/console.h>
@@ -97,18 +97,17 @@ int report(Options const &options)
 
 void addReport(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("report", "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.");
+    DeclaredCommand const command(line, "report",
+                                  "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    command->add_option("-o,--output", options->output, "the file for the page; - for standard output")->required();
+    addFiles(command, options->files);
+    command.option("-o,--output", options->output, "the file for the page; - for standard output").required();
     command
-        ->add_option("-u,--unit", options->unit,
-                     "the unit of lengths at first: mm (default), cm, m, in, ft; the page has a switch")
-        ->check(CLI::IsMember(unitNames()));
-    command->add_option("--title", options->title, "the heading of the page")->type_name("HEADING");
-    command->add_flag("--force", options->replaces, "replace a file that exists");
-    command->callback([&line, options] {
+        .option("-u,--unit", options->unit, "the unit of lengths at first: mm (default), cm, m, in, ft; the page has a switch")
+        .oneOf(unitNames());
+    command.option("--title", options->title, "the heading of the page").valueName("HEADING");
+    command.flag("--force", options->replaces, "replace a file that exists");
+    command.onParsed([&line, options] {
         options->files.check();
         line.run = [options] { return report(*options); };
     });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/tableoperands.h>
@@ -66,7 +66,7 @@ Assignment assignmentOf(std::string const &text)
     std::size_t const equals = text.find('=');
     std::string const name = equals == std::string::npos ? "" : trimmed(text.substr(0, equals));
     if (name.empty())
-        throw CLI::ValidationError("--value", excerpt(text) + " is no NAME=VALUE");
+        refuse("--value", excerpt(text) + " is no NAME=VALUE");
     return {ParameterSelector(name), trimmed(text.substr(equals + 1))};
 }
 
@@ -342,7 +342,7 @@ private:
     std::size_t m_faults = 0;
 };
 
-/// Tells files and assignments apart. Throws CLI::ParseError where one of the two is missing.
+/// Tells files and assignments apart. Refuses where one of the two is missing.
 void divide(Options &options)
 {
     bool const areFiles = !options.assignments.empty();
@@ -352,7 +352,7 @@ void divide(Options &options)
         (isFile ? options.files.files : options.assignments).push_back(operand);
     }
     if (options.assignments.empty())
-        throw CLI::RequiredError("NAME=VALUE");
+        refuseMissing("NAME=VALUE");
     options.files.check();
     for (std::string const &text : options.assignments)
         assignmentOf(text);
@@ -364,29 +364,28 @@ void divide(Options &options)
 
 void addSet(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "set", "Sets parameters of templates, calculates again what follows from them, and leaves all else as it is.");
-    command->footer("0 done; 1 nothing is meant, something was refused and nothing written, or not all files could be written; "
-                    "2 wrong usage.");
+    DeclaredCommand const command(
+        line, "set", "Sets parameters of templates, calculates again what follows from them, and leaves all else as it is.");
+    command.footer("0 done; 1 nothing is meant, something was refused and nothing written, or not all files could be written; "
+                   "2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    command->add_option("FILE|NAME=VALUE", options->operands,
-                        "pool files and folders; values by name, id or type:N: what has a = in it and is not there as a file");
+    command.option("FILE|NAME=VALUE", options->operands,
+                   "pool files and folders; values by name, id or type:N: what has a = in it and is not there as a file");
     command
-        ->add_option("-v,--value", options->assignments,
-                     "a value, whatever files there are; once for each; operands are files then")
-        ->type_name("NAME=VALUE")
-        ->allow_extra_args(false);
-    addFilesFrom(*command, options->files);
-    addWhere(*command, options->where);
+        .option("-v,--value", options->assignments, "a value, whatever files there are; once for each; operands are files then")
+        .valueName("NAME=VALUE")
+        .oneValueEach();
+    addFilesFrom(command, options->files);
+    addWhere(command, options->where);
     command
-        ->add_option("-u,--unit", options->unit,
-                     "the unit of lengths that have none, and of those that are shown (mm without it): mm, cm, m, in, ft")
-        ->check(CLI::IsMember(unitNames()));
-    command->add_flag("--dry-run", options->isTrial, "only show what would change");
-    command->add_flag("--backup", options->keepsBackup, "keep each file as it was under its name with .bak behind it");
-    command->add_flag("--json", options->asJson, "one JSON object a line, one for each template");
-    command->add_flag("-q,--quiet", options->isQuiet, "only the total");
-    command->callback([&line, options] {
+        .option("-u,--unit", options->unit,
+                "the unit of lengths that have none, and of those that are shown (mm without it): mm, cm, m, in, ft")
+        .oneOf(unitNames());
+    command.flag("--dry-run", options->isTrial, "only show what would change");
+    command.flag("--backup", options->keepsBackup, "keep each file as it was under its name with .bak behind it");
+    command.flag("--json", options->asJson, "one JSON object a line, one for each template");
+    command.flag("-q,--quiet", options->isQuiet, "only the total");
+    command.onParsed([&line, options] {
         divide(*options);
         line.run = [options] { return Setter(*options).run(); };
     });

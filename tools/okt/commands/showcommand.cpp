@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/sentence.h>
@@ -123,23 +123,22 @@ int show(Options const &options)
 
 void addShow(CommandLine &line)
 {
-    CLI::App *const command =
-        line.app.add_subcommand("show", "Prints pool files: header, categories, parameters, relations, sizes.");
+    DeclaredCommand const command(line, "show", "Prints pool files: header, categories, parameters, relations, sizes.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember(unitNames()));
-    command->add_flag("--ids", options->withIds, "also print the ids of parameters, their categories and owners");
-    CLI::Option *const index = command->add_flag("--index", options->indexOnly,
-                                                 "only the index: title, keywords, counts; only this part of the file is read");
-    CLI::Option *const preview =
-        command->add_flag("--preview", options->previewOnly, "only the pictures: where they lie, format, size; likewise")
-            ->excludes(index);
-    command->add_flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids")
-        ->excludes(index)
-        ->excludes(preview);
-    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are and how many of them have a fault");
-    command->callback([&line, options] {
+    addFiles(command, options->files);
+    command.option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        .oneOf(unitNames());
+    command.flag("--ids", options->withIds, "also print the ids of parameters, their categories and owners");
+    DeclaredOption const index = command.flag("--index", options->indexOnly,
+                                              "only the index: title, keywords, counts; only this part of the file is read");
+    DeclaredOption const preview =
+        command.flag("--preview", options->previewOnly, "only the pictures: where they lie, format, size; likewise")
+            .excludes(index);
+    command.flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids")
+        .excludes(index)
+        .excludes(preview);
+    command.flag("-q,--quiet", options->isQuiet, "only how many files there are and how many of them have a fault");
+    command.onParsed([&line, options] {
         options->files.check();
         line.run = [options] { return show(*options); };
     });

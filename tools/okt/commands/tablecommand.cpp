@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/tableoperands.h>
@@ -47,7 +47,7 @@ struct Options
     }
 };
 
-/// Tells names and files apart. Throws CLI::ParseError where one of the two is missing.
+/// Tells names and files apart. Refuses where one of the two is missing.
 void divide(Options &options)
 {
     bool const areFiles = !options.names.empty();
@@ -55,11 +55,11 @@ void divide(Options &options)
         (areFiles || isMeantAsFile(operand) ? options.files.files : options.names).push_back(operand);
     options.files.files.insert(options.files.files.end(), options.certainFiles.begin(), options.certainFiles.end());
     if (options.names.empty())
-        throw CLI::RequiredError("NAME");
+        refuseMissing("NAME");
     options.files.check();
     for (std::size_t i = 0; i < options.names.size(); ++i)
         if (std::count(options.names.begin(), options.names.begin() + static_cast<std::ptrdiff_t>(i), options.names[i]) > 0)
-            throw CLI::ValidationError("NAME", excerpt(options.names[i]) + " is asked for twice");
+            refuse("NAME", excerpt(options.names[i]) + " is asked for twice");
 }
 
 /// "48 templates, 2 empty fields".
@@ -114,33 +114,31 @@ int table(Options const &options)
 
 void addTable(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "table", "Prints parameters of many templates as a table: one row a template, one column a parameter.");
+    DeclaredCommand const command(
+        line, "table", "Prints parameters of many templates as a table: one row a template, one column a parameter.");
     auto const options = std::make_shared<Options>();
-    command->add_option("NAME|FILE", options->operands,
-                        "names of parameters, or type:N; pool files and folders: what is there, has a / in it or ends in .okt");
-    command->add_option("-n,--name", options->names, "a name, whatever files there are; once for each; operands are files then")
-        ->type_name("NAME")
-        ->allow_extra_args(false);
-    command
-        ->add_option("-f,--file", options->certainFiles,
-                     "a file, whatever its name; once for each; so is what stands behind --")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
-    addFilesFrom(*command, options->files);
-    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember(unitNames()));
-    CLI::Option *const csv = command->add_flag(
+    command.option("NAME|FILE", options->operands,
+                   "names of parameters, or type:N; pool files and folders: what is there, has a / in it or ends in .okt");
+    command.option("-n,--name", options->names, "a name, whatever files there are; once for each; operands are files then")
+        .valueName("NAME")
+        .oneValueEach();
+    command.option("-f,--file", options->certainFiles, "a file, whatever its name; once for each; so is what stands behind --")
+        .valueName("FILE")
+        .oneValueEach();
+    addFilesFrom(command, options->files);
+    command.option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        .oneOf(unitNames());
+    DeclaredOption const csv = command.flag(
         "--csv", options->asCsv, "separated by commas, by RFC 4180; --csv=local: by semicolons, with decimal commas");
-    CLI::Option *const local = command->add_flag("--csv-local", options->asLocalCsv,
-                                                 "the same as --csv=local: as spreadsheets of many countries read it");
-    CLI::Option *const json = command->add_flag("--json", options->asJson, "one JSON object a line, one for each template");
-    CLI::Option *const markdown = command->add_flag("--markdown", options->asMarkdown, "a table for a text in Markdown");
-    command->add_flag("-q,--quiet", options->isQuiet, "only how many templates there are and how many fields are empty");
-    local->excludes(csv);
-    json->excludes(csv)->excludes(local);
-    markdown->excludes(csv)->excludes(local)->excludes(json);
-    command->callback([&line, options] {
+    DeclaredOption const local =
+        command.flag("--csv-local", options->asLocalCsv, "the same as --csv=local: as spreadsheets of many countries read it");
+    DeclaredOption const json = command.flag("--json", options->asJson, "one JSON object a line, one for each template");
+    DeclaredOption const markdown = command.flag("--markdown", options->asMarkdown, "a table for a text in Markdown");
+    command.flag("-q,--quiet", options->isQuiet, "only how many templates there are and how many fields are empty");
+    local.excludes(csv);
+    json.excludes(csv).excludes(local);
+    markdown.excludes(csv).excludes(local).excludes(json);
+    command.onParsed([&line, options] {
         divide(*options);
         line.run = [options] { return table(*options); };
     });

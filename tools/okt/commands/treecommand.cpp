@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktformat/failure.h>
 #include <oktformat/guids.h>
@@ -210,17 +210,18 @@ int tree(Options const &options)
 
 void addTree(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "tree", "Prints pool files as trees: groups, their categories, parameters and what these use; relations, pictures.");
-    command->footer("0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
+    DeclaredCommand const command(
+        line, "tree",
+        "Prints pool files as trees: groups, their categories, parameters and what these use; relations, pictures.");
+    command.footer("0 done, 1 the file cannot be read or has a fault, 2 wrong usage.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
-        ->check(CLI::IsMember(unitNames()));
-    command->add_flag("--ascii", options->inAscii, "branches in plain characters, as where the locale is not UTF-8");
-    command->add_flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids");
-    command->add_flag("-q,--quiet", options->isQuiet, "only how many files there are and how many of them have a fault");
-    command->callback([&line, options] {
+    addFiles(command, options->files);
+    command.option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
+        .oneOf(unitNames());
+    command.flag("--ascii", options->inAscii, "branches in plain characters, as where the locale is not UTF-8");
+    command.flag("--json", options->asJson, "one JSON object a line, one for each file: names, values, units, ids");
+    command.flag("-q,--quiet", options->isQuiet, "only how many files there are and how many of them have a fault");
+    command.onParsed([&line, options] {
         options->files.check();
         line.run = [options] { return tree(*options); };
     });

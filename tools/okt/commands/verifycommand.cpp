@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/commands/commands.h>
+#include <tools/okt/commands/declaration.h>
 
 #include <oktinspect/findingtext.h>
 #include <oktinspect/verifier.h>
@@ -157,21 +157,21 @@ int verifyAll(Options const &options)
 
 void addVerify(CommandLine &line)
 {
-    CLI::App *const command = line.app.add_subcommand(
-        "verify",
+    DeclaredCommand const command(
+        line, "verify",
         "Checks pool files: structure, ids and what names them, lists, places, values, images. One line for each finding.");
-    command->footer("0 no error, with or without warnings and infos; 1 an error, or a file that cannot be read, or with "
-                    "--manifest a change; 2 "
-                    "wrong usage.");
+    command.footer("0 no error, with or without warnings and infos; 1 an error, or a file that cannot be read, or with "
+                   "--manifest a change; 2 "
+                   "wrong usage.");
     auto const options = std::make_shared<Options>();
-    addFiles(*command, options->files);
-    command->add_flag("--json", options->asJson, "one JSON object a line, one for each finding");
-    command->add_flag("-q,--quiet", options->isQuiet, "only the total");
-    command->add_option("--manifest", options->manifest, "hold a folder against a manifest that okt hash --manifest made");
-    command->callback([&line, options] {
+    addFiles(command, options->files);
+    command.flag("--json", options->asJson, "one JSON object a line, one for each finding");
+    command.flag("-q,--quiet", options->isQuiet, "only the total");
+    command.option("--manifest", options->manifest, "hold a folder against a manifest that okt hash --manifest made");
+    command.onParsed([&line, options] {
         options->files.check();
         if (!options->manifest.empty() && (options->files.files.size() != 1 || !options->files.filesFrom.empty()))
-            throw CLI::ValidationError("--manifest", "one folder is wanted");
+            refuse("--manifest", "one folder is wanted");
         line.run = [options] { return options->manifest.empty() ? verifyAll(*options) : verifyManifest(*options); };
     });
 }

@@ -14,12 +14,12 @@ std::string columnAt(std::size_t position) { return sentence("column {}", positi
 
 } // namespace
 
-CLI::Option *addWhere(CLI::App &command, std::string &where)
+DeclaredOption addWhere(DeclaredCommand const &command, std::string &where)
 {
     return command
-        .add_option("--where", where,
-                    "only templates that fulfil this, such as: Diameter>=16 mm and (\"Shape code\"=51 or not Cover<30 mm)")
-        ->type_name("CONDITION");
+        .option("--where", where,
+                "only templates that fulfil this, such as: Diameter>=16 mm and (\"Shape code\"=51 or not Cover<30 mm)")
+        .valueName("CONDITION");
 }
 
 Condition whereCondition(std::string const &text, LengthUnit const &plain)
@@ -30,7 +30,7 @@ Condition whereCondition(std::string const &text, LengthUnit const &plain)
     }
     catch (ConditionError const &error)
     {
-        throw CLI::ValidationError("--where", sentence("{}: {}", columnAt(error.position()), error.what()));
+        refuse("--where", sentence("{}: {}", columnAt(error.position()), error.what()));
     }
 }
 

@@ -2,8 +2,7 @@
 #pragma once
 
 #include <oktrebar/condition.h>
-
-#include <CLI/CLI.hpp>
+#include <tools/okt/commands/declaration.h>
 
 #include <string>
 
@@ -11,9 +10,9 @@ namespace okt
 {
 
 /// The option --where of commands over many templates.
-CLI::Option *addWhere(CLI::App &command, std::string &where);
+DeclaredOption addWhere(DeclaredCommand const &command, std::string &where);
 
-/// Throws CLI::ParseError with the column of what is wrong.
+/// Throws an error of usage with the column of what is wrong.
 Condition whereCondition(std::string const &text, LengthUnit const &plain);
 
 /// Throws Failure about the file where a value is compared with one of another kind.
