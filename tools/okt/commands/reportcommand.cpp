@@ -101,6 +101,7 @@ void addReport(CommandLine &line)
         line.app.add_subcommand("report", "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.");
     auto const options = std::make_shared<Options>();
     addFiles(*command, options->files);
+    addIndex(*command, options->files);
     command->add_option("-o,--output", options->output, "the file for the page; - for standard output")->required();
     command
         ->add_option("-u,--unit", options->unit,

@@ -3,6 +3,7 @@
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/tableoperands.h>
+#include <tools/okt/files/catalogfiles.h>
 #include <tools/okt/files/templatefile.h>
 #include <tools/okt/printing/tableforms.h>
 #include <tools/okt/terminal/console.h>
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace okt
 {
@@ -82,10 +84,18 @@ int table(Options const &options)
     std::vector<TableRow> rows;
     std::vector<std::string> files = options.files.expanded(told);
     std::stable_sort(files.begin(), files.end(), naturalLess); // however a shell has sorted them
+    std::optional<CatalogIndex> index;
+    if (!options.files.index.empty())
+        index.emplace(options.files.index);
     for (std::string const &file : files)
     {
         try
         {
+            if (auto const known = index ? index->templateOf(file) : std::nullopt)
+            {
+                rows.push_back(rowOf(known->pool, inputName(utf8Path(file)), columns, unit, *known->drawn));
+                continue;
+            }
             TemplateFile const read = readTemplateFile(file);
             for (std::string const &fault : read.faults())
                 told(fault);
@@ -127,6 +137,7 @@ void addTable(CommandLine &line)
         ->type_name("FILE")
         ->allow_extra_args(false);
     addFilesFrom(*command, options->files);
+    addIndex(*command, options->files);
     command->add_option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         ->check(CLI::IsMember(unitNames()));
     CLI::Option *const csv = command->add_flag(
