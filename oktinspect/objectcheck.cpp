@@ -96,7 +96,10 @@ void ObjectCheck::check(std::int32_t index)
     ValueWalk walk(m_source, m_objects.at(index).begin);
     while (walk.next())
         value(walk.value());
-    byLibrary(walk.classNames());
+    if (m_reader == Reader::Library)
+        byLibrary(walk.classNames());
+    else
+        byRecords(walk.classNames());
 }
 
 void ObjectCheck::records()
@@ -253,6 +256,21 @@ void ObjectCheck::byLibrary(std::vector<std::string> const &classNames)
         add(What::PictureText, self.begin, {{"fault", fault}});
     else if (read.image)
         image(*read.image);
+}
+
+/// An object of one of the library's own classes, and with the records of that class, is one that the library reads.
+void ObjectCheck::byRecords(std::vector<std::string> const &classNames)
+{
+    ObjectTable::Entry const &self = m_objects.at(m_index);
+    std::string const name = classNames.empty() ? std::string() : classNames.front();
+    if (self.size > kLargestRead || knownClass(name) == KnownClass::Other)
+        return add(What::LibraryMembers, self.begin, {{"class", name}});
+    if (self.known != KnownClass::Picture)
+        return;
+    if (std::optional<CByteArray> const read = imageOfPlainText(m_source, self.begin))
+        image(*read);
+    else
+        add(What::PictureText, self.begin);
 }
 
 void ObjectCheck::image(CByteArray const &image)

@@ -16,6 +16,13 @@ namespace okt
 class ObjectCheck
 {
 public:
+    /// What reads the objects.
+    enum class Reader
+    {
+        Library,
+        Records ///< nothing but these: what they leave open counts as a finding
+    };
+
     /// A member that a category or a group lists.
     struct Listed
     {
@@ -26,8 +33,8 @@ public:
     };
 
     /// `pool`: the id of the pool, if the header is whole.
-    ObjectCheck(ByteSource &source, ObjectTable &objects, std::optional<_GUID> pool, Findings &findings)
-        : m_source(source), m_objects(objects), m_pool(pool), m_findings(findings)
+    ObjectCheck(ByteSource &source, ObjectTable &objects, std::optional<_GUID> pool, Findings &findings, Reader reader)
+        : m_source(source), m_objects(objects), m_pool(pool), m_findings(findings), m_reader(reader)
     {
     }
 
@@ -50,12 +57,14 @@ private:
     void parameterValue(StoredValue const &value, std::int32_t type);
     void length(StoredValue const &value);
     void byLibrary(std::vector<std::string> const &classNames);
+    void byRecords(std::vector<std::string> const &classNames);
     void image(CByteArray const &image);
 
     ByteSource &m_source;
     ObjectTable &m_objects;
     std::optional<_GUID> m_pool;
     Findings &m_findings;
+    Reader m_reader;
     std::vector<Listed> m_listed;
     std::int64_t m_laterCount = 0;
     std::int64_t m_firstLater = -1;

@@ -4,10 +4,12 @@
 #include <oktformat/base64.h>
 #include <oktformat/sentence.h>
 #include <oktformat/text.h>
+#include <oktformat/valuewalk.h>
 
 #include <oktdatabase/oktmemoryfiler.h>
 #include <oktdatabase/oktshortage.h>
 #include <oktdatabase/oktsmartansistring.h>
+#include <oktdatabase/okttools.h>
 
 #include <cstdint>
 #include <optional>
@@ -97,6 +99,43 @@ std::string faultOf(CByteArray const &object)
 std::string pictureTextFault(CByteArray const &object)
 {
     return OktWithMemory([&] { return faultOf(object); });
+}
+
+std::string pictureText(ByteSource &source, std::int64_t begin)
+{
+    std::string text;
+    ValueWalk walk(source, begin);
+    while (walk.next())
+    {
+        StoredValue const &value = walk.value();
+        if (value.owner != KnownClass::Picture || value.nested != 0 || value.kind != StoredValue::Kind::Text8)
+            continue;
+        std::string const chunk = source.copy(value.payload, value.payloadSize);
+        text.append(chunk, 0, chunk.find('\0'));
+    }
+    return text;
+}
+
+std::optional<CByteArray> imageOfPlainText(ByteSource &source, std::int64_t begin)
+{
+    std::string const text = pictureText(source, begin);
+    CByteArray image;
+    int size = static_cast<int>(text.size());
+    if (text.empty())
+        return image;
+    unsigned char *const room = image.Extend(size);
+    if (base64Decode(text.data(), size, room, &size) == 0)
+        return std::nullopt;
+    image.SetSize(size);
+    unsigned int const flags = kBase64NoLineBreaks | (text.ends_with('=') ? 0 : kBase64NoPadding);
+    int written = base64EncodedLength(size, flags);
+    std::string again(static_cast<std::size_t>(written), '\0');
+    if (base64Encode(image.GetData(), size, again.data(), &written, flags) == 0)
+        return std::nullopt;
+    again.resize(static_cast<std::size_t>(written));
+    if (again != text)
+        return std::nullopt;
+    return image;
 }
 
 } // namespace okt

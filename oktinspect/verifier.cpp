@@ -38,8 +38,9 @@ class Verifier
 {
 public:
     Verifier(std::string const &name, ByteSource &source, HeaderPlace const &header,
-             std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf, OnProgress const &onProgress)
-        : m_source(source), m_header(header), m_moduleOf(moduleOf), m_findings(onFinding),
+             std::function<void(Finding const &)> const &onFinding, ModuleLookup const &moduleOf, OnProgress const &onProgress,
+             ObjectCheck::Reader reader)
+        : m_source(source), m_header(header), m_moduleOf(moduleOf), m_reader(reader), m_findings(onFinding),
           m_progress(onProgress, printable(std::string_view(name)), static_cast<std::uint64_t>(source.size()), 2)
     {
     }
@@ -53,7 +54,7 @@ public:
         std::optional<_GUID> pool;
         if (m_header.isWhole)
             pool = checkHeader(m_source, m_header, m_objects, m_findings);
-        ObjectCheck check(m_source, m_objects, pool, m_findings);
+        ObjectCheck check(m_source, m_objects, pool, m_findings, m_reader);
         m_progress.nextPass();
         for (std::int32_t i = 0; i < count(); ++i)
         {
@@ -85,7 +86,7 @@ private:
     {
         if (!m_header.isWhole)
             add(What::HeaderDamaged, m_header.faultAt, {{"fault", m_header.fault}});
-        else if (std::optional<Finding> const fault = libraryHeaderFault(m_source, m_header))
+        else if (std::optional<Finding> const fault = headerFault())
             m_findings.add(*fault);
         else if (std::optional<Finding> const sizeFault = headerSizeFault(m_header))
             m_findings.add(*sizeFault);
@@ -101,6 +102,15 @@ private:
                     {{"fault", stretch->fault()}});
             isHeader = false;
         }
+    }
+
+    /// The records of a header are looked at with its references; here it is whether the library reads it.
+    std::optional<Finding> headerFault()
+    {
+        if (m_reader == ObjectCheck::Reader::Library)
+            return libraryHeaderFault(m_source, m_header);
+        return checkRecords(m_source, m_header.begin).isLater ? std::optional(makeFinding(What::HeaderMembers, m_header.begin))
+                                                              : std::nullopt;
     }
 
     static std::string classNameOf(Stretch const &stretch)
@@ -220,6 +230,7 @@ private:
     ByteSource &m_source;
     HeaderPlace const &m_header;
     ModuleLookup const &m_moduleOf;
+    ObjectCheck::Reader m_reader;
     Findings m_findings;
     ProgressStep m_progress;
     ObjectTable m_objects;
@@ -237,9 +248,29 @@ Verification verify(ByteSource &source, VerifyOptions const &options)
     result.header = findHeader(source);
     std::function<void(Finding const &)> const keep = [&result](Finding const &finding) { result.findings.push_back(finding); };
     Verifier verifier(options.name, source, result.header, options.onFinding ? options.onFinding : keep, options.moduleOf,
-                      options.onProgress);
+                      options.onProgress, ObjectCheck::Reader::Library);
     result.verdict = OktWithMemory([&] { return verifier.run(); });
     return result;
+}
+
+bool isSoundByRecords(ByteSource &source)
+{
+    struct Found
+    {
+    };
+    HeaderPlace const header = findHeader(source);
+    try
+    {
+        OnProgress const nobody;
+        Verifier(
+            "", source, header, [](Finding const &) { throw Found(); }, {}, nobody, ObjectCheck::Reader::Records)
+            .run();
+        return true;
+    }
+    catch (Found const &)
+    {
+        return false;
+    }
 }
 
 Verification verify(std::filesystem::path const &path, VerifyOptions const &options)

@@ -41,7 +41,12 @@ struct Verification
 /// (OktSetWarningPresenter) and the registry of classes are process-wide. One call at a time.
 Verification verify(ByteSource &source, VerifyOptions const &options = {});
 
-/// The same for a file; "-" is standard input. Also throws Failure where it cannot be opened or is empty.
+/// True: verify() finds nothing in these bytes, not even something to be informed of. False: that is not known. It looks at the records alone and
+/// makes no objects of them, which is quicker, and it changes nothing that a process has only once, so that several sources may be
+/// judged at the same time. Throws Failure if the source cannot be read.
+bool isSoundByRecords(ByteSource &source);
+
+/// verify() for a file; "-" is standard input. Also throws Failure where it cannot be opened or is empty.
 Verification verify(std::filesystem::path const &path, VerifyOptions const &options = {});
 
 } // namespace okt

@@ -255,6 +255,7 @@ std::string reasonText(LeftParameter const &left)
     case Reason::Ambiguous: return sentence("its expression names {}, and several parameters have that name", left.detail);
     case Reason::NoValue: return "its expression has no value: " + left.detail;
     case Reason::NotKept: return "its value was not what its expression gives";
+    case Reason::Behind: return "it depends on " + left.detail + ", which was left";
     case Reason::NoWhole: break;
     }
     return sentence("its expression gives {}, which is no whole number", left.detail);
@@ -287,6 +288,7 @@ public:
             }
         for (std::size_t const index : order.order)
             calculate(index);
+        leaveWhatIsBehind();
         return m_result;
     }
 
@@ -371,6 +373,30 @@ private:
         catch (FormulaError const &error)
         {
             leave(index, Reason::NoValue, error.what());
+        }
+    }
+
+    /// What depends on a parameter that was left stands as that does. One that was calculated from others as well is told as such.
+    void leaveWhatIsBehind()
+    {
+        std::set<std::size_t> const all = affected();
+        std::set<std::size_t> left;
+        for (LeftParameter const &one : m_result.left)
+            left.insert(one.parameter);
+        for (bool isMore = true; isMore;)
+        {
+            isMore = false;
+            for (std::size_t const index : all)
+            {
+                if (left.contains(index) || m_result.values.contains(index))
+                    continue;
+                std::set<std::size_t> const from = dependenciesOf(index);
+                auto const at = std::find_if(from.begin(), from.end(), [&left](std::size_t one) { return left.contains(one); });
+                if (at == from.end())
+                    continue;
+                leave(index, LeftParameter::Reason::Behind, m_pool.parameters[*at].name);
+                isMore = left.insert(index).second;
+            }
         }
     }
 

@@ -91,7 +91,8 @@ struct LeftParameter
         Ambiguous,  ///< a name in it
         NoValue,    ///< a name of something that is no number, a division by zero
         NotKept,    ///< its value was not what its expression gave before the change
-        NoWhole     ///< a whole number that would not be one
+        NoWhole,    ///< a whole number that would not be one
+        Behind      ///< of what it depends on, that one is left, and nothing is changed
     };
 
     std::size_t parameter = 0;

@@ -23,5 +23,8 @@ struct TableRow
 /// `unit` is that of lengths.
 TableRow rowOf(StoredTemplate const &pool, std::string file, std::vector<ParameterSelector> const &columns,
                LengthUnit const &unit);
+/// The same where the unit in which the template was made is known: finding it takes longer than all else.
+TableRow rowOf(StoredTemplate const &pool, std::string file, std::vector<ParameterSelector> const &columns,
+               LengthUnit const &unit, LengthUnit const &drawn);
 
 } // namespace okt

@@ -95,8 +95,9 @@ StoredParameter parameterOf(ByteSource &source, Stretch const &object)
     return parameter;
 }
 
-/// The ids that a category, a group or a relation lists: those behind the count, which is the last number in front of them.
-std::vector<_GUID> listOf(ByteSource &source, Stretch const &object, KnownClass owner, std::string *name = nullptr)
+/// The ids that a category, a group or a relation lists: those behind the count, which is the last number in front of them. The id in
+/// front of the count of a category is that of its group.
+std::vector<_GUID> listOf(ByteSource &source, Stretch const &object, KnownClass owner, StoredCategory *category = nullptr)
 {
     std::vector<_GUID> ids;
     ValueWalk walk(source, object.begin);
@@ -107,10 +108,12 @@ std::vector<_GUID> listOf(ByteSource &source, Stretch const &object, KnownClass 
             continue;
         if (value.kind == Kind::Long)
             ids.clear();
+        else if (value.kind == Kind::Id && category != nullptr && value.ordinal == 0)
+            category->group = value.id;
         else if (value.kind == Kind::Id)
             ids.push_back(value.id);
-        else if (name != nullptr && (value.kind == Kind::Text16 || value.kind == Kind::Text8))
-            *name = utf8Of(source, value);
+        else if (category != nullptr && (value.kind == Kind::Text16 || value.kind == Kind::Text8))
+            category->name = utf8Of(source, value);
     }
     return ids;
 }
@@ -163,7 +166,7 @@ private:
         for (std::string const &name : object.classNames)
             m_result.classes.insert(CString(name.c_str()).ToUtf8());
         _GUID const id = object.id.value_or(kNoId);
-        std::string const className = object.className().ToUtf8();
+        StoredObject const stored{object.begin, object.end, object.className().ToUtf8(), id};
         if (object.isOf(KnownClass::Parameter))
         {
             m_result.byId.emplace(keyOf(id), m_result.parameters.size());
@@ -171,18 +174,18 @@ private:
         }
         else if (object.isOf(KnownClass::Category))
         {
-            StoredCategory category{id, {}, {}};
-            category.parameters = listOf(m_source, object, KnownClass::Category, &category.name);
+            StoredCategory category{stored, {}, {}, {}};
+            category.parameters = listOf(m_source, object, KnownClass::Category, &category);
             m_result.categories.push_back(std::move(category));
         }
         else if (object.isOf(KnownClass::GroupCategory))
-            m_result.groups.push_back({id, listOf(m_source, object, KnownClass::GroupCategory)});
+            m_result.groups.push_back({stored, listOf(m_source, object, KnownClass::GroupCategory)});
         else if (object.isOf(KnownClass::Relation) || object.isOf(KnownClass::ParamRelation))
-            m_result.relations.push_back({id, className, listOf(m_source, object, KnownClass::ParamRelation)});
+            m_result.relations.push_back({stored, listOf(m_source, object, KnownClass::ParamRelation)});
         else if (object.isOf(KnownClass::Picture))
-            m_result.pictures.push_back({object.begin, object.end, className, id});
+            m_result.pictures.push_back({stored});
         else
-            m_result.others.push_back({object.begin, object.end, className, id});
+            m_result.others.push_back(stored);
     }
 
     ByteSource &m_source;

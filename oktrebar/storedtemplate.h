@@ -53,34 +53,6 @@ struct StoredParameter
     std::optional<double> number() const;
 };
 
-struct StoredCategory
-{
-    _GUID id = {};
-    std::string name;
-    std::vector<_GUID> parameters;
-};
-
-struct StoredGroup
-{
-    _GUID id = {};
-    std::vector<_GUID> categories;
-};
-
-struct StoredRelation
-{
-    _GUID id = {};
-    std::string className;
-    std::vector<_GUID> parameters;
-};
-
-struct StoredPicture
-{
-    std::int64_t begin = 0;
-    std::int64_t end = 0;
-    std::string className;
-    _GUID id = {};
-};
-
 /// Any object of the file.
 struct StoredObject
 {
@@ -88,6 +60,27 @@ struct StoredObject
     std::int64_t end = 0;
     std::string className;
     _GUID id = {};
+};
+
+struct StoredCategory : StoredObject
+{
+    std::string name;
+    _GUID group = {};
+    std::vector<_GUID> parameters;
+};
+
+struct StoredGroup : StoredObject
+{
+    std::vector<_GUID> categories;
+};
+
+struct StoredRelation : StoredObject
+{
+    std::vector<_GUID> parameters;
+};
+
+struct StoredPicture : StoredObject
+{
 };
 
 struct TemplateFault

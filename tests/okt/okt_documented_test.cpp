@@ -148,6 +148,7 @@ TEST_F(OktDocumented, ExamplesOfEachPage_OutputAsItStandsThere)
     for (fs::path const &page : pages())
         type(page, prepared(page.stem().string()));
     type(kDocs / "okt.md", prepared("okt"));
+    type(kDocs / "catalog.md", prepared("catalogue"));
 }
 
 /// With the templates of the demo, which have a construct and an index of the example module.

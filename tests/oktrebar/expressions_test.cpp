@@ -189,6 +189,21 @@ TEST_F(RecalculationTest, WhatCannotBeCalculated_LeftWithItsReason)
     }
 }
 
+TEST_F(RecalculationTest, WhatDependsOnOneThatIsLeft_LeftToo)
+{
+    use("link-d12.okt", [](TemplatePlan &plan) {
+        planned(plan, {types::kLength, 2}).expression = "7*LegA";
+        planned(plan, {types::kSpacing, 1}).expression = "LegB";
+    });
+    Recalculation const result = changed({{"Leg A", 0.43}});
+    std::vector<std::string> texts = left(result);
+    std::sort(texts.begin(), texts.end());
+    EXPECT_EQ(texts, (std::vector<std::string>{"Leg B: its value was not what its expression gives",
+                                               "Quantity expression: it depends on Spacing A, which was left",
+                                               "Spacing A: it depends on Leg B, which was left"}));
+    EXPECT_EQ(calculated(result), std::vector<std::string>{"Cutting length=1.552000"}); // from a leg that is new
+}
+
 TEST_F(RecalculationTest, Circle_NamedAndNothingCalculated)
 {
     use("link-d12.okt", [](TemplatePlan &plan) {

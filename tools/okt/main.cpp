@@ -111,10 +111,10 @@ int run(int argc, char **argv)
 
     okt::CommandLine line{app, {}};
     for (auto const add :
-         {okt::addInfo,    okt::addLs,         okt::addShow,   okt::addTree,    okt::addFind,  okt::addDump,   okt::addReport,
-          okt::addTable,   okt::addGet,        okt::addSet,    okt::addPicture, okt::addBuild, okt::addExport, okt::addImport,
-          okt::addFilter,  okt::addDiff,       okt::addVerify, okt::addLint,    okt::addHash,  okt::addEdit,   okt::addRecover,
-          okt::addModules, okt::addCompletion, okt::addPages,  okt::addHelp})
+         {okt::addInfo,    okt::addLs,      okt::addShow,       okt::addTree,    okt::addFind,  okt::addDump,   okt::addReport,
+          okt::addTable,   okt::addGet,     okt::addSet,        okt::addPicture, okt::addBuild, okt::addExport, okt::addImport,
+          okt::addFilter,  okt::addDiff,    okt::addVerify,     okt::addLint,    okt::addHash,  okt::addEdit,   okt::addRecover,
+          okt::addCatalog, okt::addModules, okt::addCompletion, okt::addPages,   okt::addHelp})
         add(line);
     letTheLastCount(app);
     okt::finishHelp(app);

@@ -55,6 +55,7 @@ void addSet(CommandLine &line);
 void addLint(CommandLine &line);
 void addHash(CommandLine &line);
 void addEdit(CommandLine &line);
+void addCatalog(CommandLine &line);
 void addModules(CommandLine &line);
 void addHelp(CommandLine &line); ///< after all other commands
 

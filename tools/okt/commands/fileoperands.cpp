@@ -2,6 +2,7 @@
 #include <tools/okt/commands/fileoperands.h>
 
 #include <oktformat/fileread.h>
+#include <tools/okt/files/catalogfiles.h>
 #include <tools/okt/files/exportfiles.h>
 
 namespace okt
@@ -9,6 +10,8 @@ namespace okt
 
 std::vector<std::string> FileOperands::expanded(OnFault const &onFault) const
 {
+    if (files.empty() && filesFrom.empty() && !index.empty())
+        return CatalogIndex(index).files();
     std::vector<std::string> all = files;
     if (!filesFrom.empty())
     {
@@ -24,7 +27,7 @@ std::vector<std::string> FileOperands::expanded(OnFault const &onFault) const
 
 void FileOperands::check() const
 {
-    if (files.empty() && filesFrom.empty())
+    if (files.empty() && filesFrom.empty() && index.empty())
         refuseMissing("FILE");
 }
 
@@ -40,6 +43,14 @@ void addFilesFrom(DeclaredCommand const &command, FileOperands &operands)
         .option("--files-from", operands.filesFrom,
                 "a file that names pool files and folders, one a line; - for standard input")
         .valueName("FILE");
+}
+
+void addIndex(DeclaredCommand const &command, FileOperands &operands)
+{
+    command
+        .option("--index", operands.index,
+                "a catalogue: files that have not changed since are taken from it; without any FILE, all that it knows")
+        .valueName("CATALOG");
 }
 
 } // namespace okt

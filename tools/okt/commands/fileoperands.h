@@ -15,9 +15,10 @@ struct FileOperands
 {
     std::vector<std::string> files;
     std::string filesFrom;
+    std::string index; ///< a catalogue; empty: none
 
     /// In the order in which they are given, each folder as the pool files in it. A folder that cannot be read is told to `onFault`.
-    /// Throws Failure where the list cannot be read, or standard input is asked for twice.
+    /// Throws Failure where the list cannot be read, or standard input is asked for twice. Where none are given, all of the catalogue.
     std::vector<std::string> expanded(OnFault const &onFault) const;
     /// To be called when the line is parsed. Throws an error of usage where there are none.
     void check() const;
@@ -25,6 +26,8 @@ struct FileOperands
 
 /// FILE and --files-from.
 void addFiles(DeclaredCommand const &command, FileOperands &operands);
+/// --index, of commands that can use a catalogue. With it files need not be named: all that it knows are meant.
+void addIndex(DeclaredCommand const &command, FileOperands &operands);
 /// Only --files-from, where operands may be something else.
 void addFilesFrom(DeclaredCommand const &command, FileOperands &operands);
 

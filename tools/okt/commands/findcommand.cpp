@@ -3,11 +3,13 @@
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/wherecondition.h>
+#include <tools/okt/files/catalogfiles.h>
 #include <tools/okt/files/templatefile.h>
 #include <tools/okt/printing/parameterjson.h>
 
 #include <oktinspect/find.h>
 #include <oktinspect/findingtext.h>
+#include <oktinspect/textmatch.h>
 #include <oktinspect/valuetext.h>
 #include <oktrebar/expressions.h>
 #include <tools/okt/terminal/progress.h>
@@ -56,6 +58,11 @@ public:
                                              : FindQuery::Where::Anywhere;
         if (!options.where.empty())
             m_where.emplace(whereCondition(options.where, *findLengthUnit(options.unit)));
+        if (options.files.index.empty())
+            return;
+        m_index.emplace(options.files.index);
+        if (!m_where)
+            askIndex();
     }
 
     bool isFound() const { return m_isFound; }
@@ -86,6 +93,15 @@ public:
     }
 
 private:
+    /// What the catalogue has no match for needs not be read.
+    void askIndex()
+    {
+        TextPattern const pattern(m_options.pattern);
+        bool const isOfId = m_options.pattern.find_first_not_of("{}-0123456789abcdefABCDEF*?") == std::string::npos;
+        m_index->ask([&pattern](std::string_view text) { return pattern.isIn(CString::FromUtf8(text)); },
+                     isOfId ? Catalog::IdTexts::With : Catalog::IdTexts::Without);
+    }
+
     void note(bool isIn)
     {
         m_isFound = m_isFound || isIn;
@@ -103,13 +119,12 @@ private:
         ++m_files;
         try
         {
+            if (auto const known = m_index ? m_index->templateOf(name) : std::nullopt)
+                return noteTemplate(known->pool, *known->drawn, inputName(utf8Path(name)));
             TemplateFile const read = readTemplateFile(name);
             for (std::string const &fault : read.faults())
                 told(fault);
-            bool const isIn = isFulfilled(*m_where, read.pool, TemplateExpressions(read.pool).unit(), read.name);
-            note(isIn);
-            if (isIn && !m_options.isQuiet)
-                tellFile(read.name);
+            noteTemplate(read.pool, TemplateExpressions(read.pool).unit(), read.name);
         }
         catch (Failure const &failure)
         {
@@ -117,9 +132,19 @@ private:
         }
     }
 
+    void noteTemplate(StoredTemplate const &pool, LengthUnit const &drawn, std::string const &name)
+    {
+        bool const isIn = isFulfilled(*m_where, pool, drawn, name);
+        note(isIn);
+        if (isIn && !m_options.isQuiet)
+            tellFile(name);
+    }
+
     void search(std::string const &name)
     {
         ++m_files;
+        if (m_index && m_index->isWithout(name))
+            return;
         try
         {
             fs::path const path = utf8Path(name);
@@ -215,6 +240,7 @@ private:
     Options const &m_options;
     FindQuery m_query;
     std::optional<Condition> m_where;
+    std::optional<CatalogIndex> m_index;
     std::int64_t m_files = 0;
     std::int64_t m_found = 0;
     bool m_isFound = false;
@@ -256,6 +282,7 @@ void addFind(CommandLine &line)
                    "what to look for: a part of it, or with * and ? the whole; the case of letters does not count; none "
                    "with --where");
     addFiles(command, options->files);
+    addIndex(command, options->files);
     DeclaredOption const where = addWhere(command, options->where);
     command.option("-u,--unit", options->unit, "with --where: the unit of lengths that have none: mm (default), cm, m, in, ft")
         .oneOf(unitNames());
@@ -280,6 +307,8 @@ void addFind(CommandLine &line)
         else if (options->pattern.empty())
             refuseMissing("PATTERN");
         options->files.check();
+        if (!options->files.index.empty())
+            line.trouble = kTrouble; // 1 would say that nothing was found
         line.run = [options] { return find(*options); };
     });
 }

@@ -101,6 +101,7 @@ void addReport(CommandLine &line)
                                   "Makes one page (HTML) of pool files, which needs nothing else and can be sent on.");
     auto const options = std::make_shared<Options>();
     addFiles(command, options->files);
+    addIndex(command, options->files);
     command.option("-o,--output", options->output, "the file for the page; - for standard output").required();
     command
         .option("-u,--unit", options->unit, "the unit of lengths at first: mm (default), cm, m, in, ft; the page has a switch")

@@ -3,6 +3,7 @@
 
 #include <tools/okt/commands/fileoperands.h>
 #include <tools/okt/commands/tableoperands.h>
+#include <tools/okt/files/catalogfiles.h>
 #include <tools/okt/files/templatefile.h>
 #include <tools/okt/printing/tableforms.h>
 #include <tools/okt/terminal/console.h>
@@ -17,6 +18,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace okt
 {
@@ -83,10 +85,18 @@ int table(Options const &options)
     std::vector<TableRow> rows;
     std::vector<std::string> files = options.files.expanded(told);
     std::stable_sort(files.begin(), files.end(), naturalLess); // however a shell has sorted them
+    std::optional<CatalogIndex> index;
+    if (!options.files.index.empty())
+        index.emplace(options.files.index);
     for (std::string const &file : files)
     {
         try
         {
+            if (auto const known = index ? index->templateOf(file) : std::nullopt)
+            {
+                rows.push_back(rowOf(known->pool, inputName(utf8Path(file)), columns, unit, *known->drawn));
+                continue;
+            }
             TemplateFile const read = readTemplateFile(file);
             for (std::string const &fault : read.faults())
                 told(fault);
@@ -126,6 +136,7 @@ void addTable(CommandLine &line)
         .valueName("FILE")
         .oneValueEach();
     addFilesFrom(command, options->files);
+    addIndex(command, options->files);
     command.option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         .oneOf(unitNames());
     DeclaredOption const csv = command.flag(

@@ -10,8 +10,10 @@
 #include <algorithm>
 #include <fstream>
 #include <random>
+#include <set>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace okt
 {
@@ -33,10 +35,37 @@ fs::path lockPath(fs::path const &file)
     return target.parent_path() / name;
 }
 
+/// Removes the locks that killed runs left in a folder, once for each folder. Whoever has made one and not locked it yet finds the name gone,
+/// and makes another (EditLock::isOurs).
+void removeLeftLocks(fs::path const &folder)
+{
+    static std::set<fs::path> swept;
+    if (!swept.insert(folder).second)
+        return;
+    std::error_code error;
+    std::vector<fs::path> locks;
+    fs::directory_iterator at(folder.empty() ? fs::path(".") : folder, error);
+    for (; !error && at != fs::directory_iterator(); at.increment(error))
+        if (std::string const name = pathName(at->path().filename()); name.starts_with('.') && name.ends_with(".okt-lock"))
+            locks.push_back(at->path());
+    for (fs::path const &path : locks)
+    {
+        CFile lock;
+        CFileException refused;
+        if (!lock.Open(pathText(path), CFile::modeReadWrite | CFile::shareExclusive, &refused))
+            continue; // it is held, or not ours to touch
+        bool const isRemoved = fs::remove(path, error);
+        lock.Close();
+        if (!isRemoved) // a system that keeps open files
+            fs::remove(path, error);
+    }
+}
+
 } // namespace
 
 EditLock::EditLock(fs::path const &file) : m_path(lockPath(file))
 {
+    removeLeftLocks(m_path.parent_path());
     constexpr int kMostTries = 20;
     for (int i = 0; i < kMostTries; ++i)
     {

@@ -12,7 +12,7 @@ namespace okt
 {
 
 /// Keeps other runs of okt from changing a file at the same time: a file beside it, ".NAME.okt-lock", which is locked while this
-/// lives, and goes away with it. One that a crash left behind is no lock. It does not keep anybody from reading the file.
+/// lives, and goes away with it. One that a crash left behind is no lock; the next one that is made in that folder removes it. It does not keep anybody from reading the file.
 class EditLock
 {
 public:

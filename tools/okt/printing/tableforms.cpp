@@ -86,17 +86,6 @@ std::string columnsText(std::vector<TableRow> const &rows, std::vector<std::stri
     return text;
 }
 
-/// RFC 4180: quotation marks around what has a separator, a quotation mark or a line break in it.
-std::string csvField(std::string const &text, char separator)
-{
-    if (text.find_first_of(std::string("\"\r\n") + separator) == std::string::npos && text.find_first_of(" \t") != 0)
-        return text;
-    std::string quoted = "\"";
-    for (char const c : text)
-        quoted += c == '"' ? "\"\"" : std::string(1, c);
-    return quoted + "\"";
-}
-
 std::string csvText(std::vector<TableRow> const &rows, std::vector<std::string> const &names, bool isLocal)
 {
     char const separator = isLocal ? ';' : ',';
@@ -163,6 +152,16 @@ std::string jsonText(std::vector<TableRow> const &rows, std::vector<std::string>
 }
 
 } // namespace
+
+std::string csvField(std::string const &text, char separator)
+{
+    if (text.find_first_of(std::string("\"\r\n") + separator) == std::string::npos && text.find_first_of(" \t") != 0)
+        return text;
+    std::string quoted = "\"";
+    for (char const c : text)
+        quoted += c == '"' ? "\"\"" : std::string(1, c);
+    return quoted + "\"";
+}
 
 std::string tableText(std::vector<TableRow> const &rows, std::vector<std::string> const &names, TableForm form,
                       std::string const &unit)

@@ -18,6 +18,9 @@ enum class TableForm
     Markdown
 };
 
+/// A field by RFC 4180: in quotation marks where it has to be.
+std::string csvField(std::string const &text, char separator);
+
 /// A table as text (own code: a few lines a form). `names` are those of the columns as they were asked for.
 std::string tableText(std::vector<TableRow> const &rows, std::vector<std::string> const &names, TableForm form,
                       std::string const &unit);

@@ -3,11 +3,13 @@
 
 #include <tools/okt/terminal/console.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
-/// The functions of the operating system that okt needs besides the library: terminals and interrupts. One of the sources
+/// The functions of the operating system that okt needs besides the library: terminals, interrupts, the times of files. One of the sources
 /// system_*.cpp implements them.
 namespace okt
 {
@@ -24,5 +26,14 @@ bool isClosedPipe(int error);
 bool takesSequences(Stream stream);
 /// Writes to standard error; safe in a signal handler.
 void writeErrorFromSignal(char const *bytes, std::size_t count);
+
+/// What a folder tells of a plain file, or of the one that a link leads to, by one question to the system.
+struct FileTimes
+{
+    std::int64_t size = 0;
+    std::int64_t modifiedNs = 0; ///< since 1970 UTC
+};
+/// Empty: there is none, or it cannot be asked.
+std::optional<FileTimes> fileTimes(std::filesystem::path const &path);
 
 } // namespace okt

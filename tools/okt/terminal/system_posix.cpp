@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace okt
@@ -106,5 +107,14 @@ void endLeavingNothing(int exitCode) noexcept
 }
 
 void endIfInterrupted() {}
+
+std::optional<FileTimes> fileTimes(std::filesystem::path const &path)
+{
+    struct stat found = {};
+    if (stat(path.c_str(), &found) != 0 || !S_ISREG(found.st_mode))
+        return std::nullopt;
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    return FileTimes{found.st_size, found.st_mtim.tv_sec * kSecond + found.st_mtim.tv_nsec};
+}
 
 } // namespace okt

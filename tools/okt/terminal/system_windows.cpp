@@ -109,4 +109,19 @@ void endIfInterrupted()
         throw Interrupted();
 }
 
+std::optional<FileTimes> fileTimes(std::filesystem::path const &path)
+{
+    WIN32_FILE_ATTRIBUTE_DATA found = {};
+    if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &found) == 0 ||
+        (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return std::nullopt;
+    auto const joined = [](DWORD high, DWORD low) {
+        return static_cast<std::int64_t>(static_cast<std::uint64_t>(high) << 32 | low);
+    };
+    constexpr std::int64_t kFrom1601To1970 = 116'444'736'000'000'000; // in steps of 100 ns
+    return FileTimes{joined(found.nFileSizeHigh, found.nFileSizeLow),
+                     (joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime) - kFrom1601To1970) *
+                         100};
+}
+
 } // namespace okt
