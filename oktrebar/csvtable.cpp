@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <unordered_set>
 
 namespace okt
 {
@@ -236,12 +237,13 @@ void CsvTable::putHeader(CsvRow row)
     m_columns = row.size();
     while (isEmpty(row.back()))
         row.pop_back();
-    for (auto column = row.begin(); column != row.end(); ++column)
+    std::unordered_set<std::string_view> names;
+    for (CsvField const &column : row)
     {
-        if (isEmpty(*column))
-            refuse(*column, "the column has no name");
-        if (std::any_of(row.begin(), column, [column](CsvField const &earlier) { return earlier.text == column->text; }))
-            refuse(*column, "the column " + excerpt(column->text) + " stands here twice");
+        if (isEmpty(column))
+            refuse(column, "the column has no name");
+        if (!names.insert(column.text).second)
+            refuse(column, "the column " + excerpt(column.text) + " stands here twice");
     }
     m_header = std::move(row);
 }
