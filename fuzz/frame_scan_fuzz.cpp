@@ -2,16 +2,19 @@
 // Records of any bytes, read and walked over from every position. What the answers promise of target and position is demanded.
 
 #include "fuzzsupport.h"
+#include "mutator.h"
 
 #include <oktdatabase/oktbytefiler.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktmemoryfiler.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace
 {
-constexpr std::size_t kMaxInput = 1024; // the work grows with the square of the size
+constexpr std::size_t kMaxInput = 4096;
+constexpr int kMostPlaces = 64; // the work grows with the square of the size where every place is tried
 
 /// One call from one position. A read that fails on another record, or before the end, must not move.
 template <typename R> bool readAt(OKTByteFiler &filer, CByteArray const &bytes, int position, int type, R read)
@@ -89,7 +92,7 @@ void readFrames(CByteArray const &bytes)
 {
     OKTMemoryFiler filer;
     filer.readInPlace(bytes);
-    for (int turn = 0; turn <= bytes.GetSize(); ++turn)
+    for (int turn = 0; turn <= std::min(bytes.GetSize(), 4 * kMostPlaces); ++turn)
     {
         long const before = filer.GetFilerPosition();
         CString className;
@@ -122,7 +125,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
     CByteArray const bytes = bytesOfInput(data, size);
     OKTByteFiler filer(16);
     filer.readInPlace(bytes);
-    for (int at = 0; at <= bytes.GetSize(); ++at)
+    int const step = isOneIn(16, data, size) && size <= 1024 ? 1 : 1 + bytes.GetSize() / kMostPlaces;
+    for (int at = 0; at <= bytes.GetSize(); at += step)
     {
         readValues(filer, bytes, at);
         walk(filer, bytes, at);
@@ -137,3 +141,5 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
     readFrames(bytes);
     return 0;
 }
+
+FUZZ_STRUCTURE(poolStructure());

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
 
 /// Ends the run with the input at hand: something that must hold for every input does not.
 #define FUZZ_DEMAND(condition)                                                                                                 \
@@ -54,6 +56,27 @@ public:
 private:
     std::uint8_t const *m_data;
     std::size_t m_left;
+};
+
+/// The input as a file in a folder of this process, in memory where the system has such a place. It stays open between two inputs.
+class InputFile
+{
+public:
+    explicit InputFile(char const *name);
+    InputFile(InputFile const &) = delete;
+    InputFile &operator=(InputFile const &) = delete;
+    ~InputFile();
+
+    std::filesystem::path const &folder() const { return m_folder; }
+    /// Of the input, and of another file beside it.
+    CString const &path() const { return m_path; }
+    CString path(char const *name) const { return CString::FromUtf8((m_folder / name).string()); }
+    void write(std::uint8_t const *data, std::size_t size);
+
+private:
+    std::filesystem::path m_folder;
+    CString m_path;
+    int m_file;
 };
 
 /// loadFiler, which loses the object at fault by rule (quirk 18).

@@ -2,6 +2,7 @@
 // A pool image of any bytes: loadFiler with and without a read filter, and everything that makes an image of what came of it.
 
 #include "fuzzsupport.h"
+#include "mutator.h"
 
 #include <oktdatabase/oktdbcategory.h>
 #include <oktdatabase/oktdbparameter.h>
@@ -96,3 +97,5 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
     FUZZ_DEMAND(pool.eraseAllObjects() && pool.objectCount() == 0);
     return 0;
 }
+
+FUZZ_STRUCTURE(poolStructure());

@@ -3,6 +3,7 @@
 // that is taken comes back from its text byte for byte.
 
 #include "fuzzsupport.h"
+#include "mutator.h"
 
 #include <okttext/okttextfiler.h>
 #include <okttext/okttextpool.h>
@@ -75,3 +76,5 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
     demandSameAgain(bytesOfInput(data, size));
     return 0;
 }
+
+FUZZ_STRUCTURE(input.starts_with('{') ? jsonStructure() : poolStructure());

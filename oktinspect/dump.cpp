@@ -17,6 +17,8 @@ namespace okt
 namespace
 {
 
+constexpr std::int64_t kHeaderSizeRecord = 5; // in front of the header
+
 bool opens(RecordPlace const &record)
 {
     return record.type == RecordType::FrameBegin || record.type == RecordType::SectionBegin;
@@ -74,8 +76,10 @@ public:
     DumpResult all()
     {
         HeaderPlace const header = findHeader(m_source);
-        if (header.begin == 5)
+        if (m_source.size() > 0 && header.begin == kHeaderSizeRecord)
             headerSize(header);
+        else if (m_source.size() > 0)
+            skipped(0, header.begin);
         RecordWalk const walk = frame(header.begin, header.isWhole ? -1 : header.faultAt);
         m_headerRead = walk.state() == RecordWalk::State::Going ? walk.position() : walk.record().begin;
         if (!header.isWhole)
@@ -142,7 +146,7 @@ private:
 
     void headerSize(HeaderPlace const &header)
     {
-        DumpEntry entry = entryAt(DumpEntry::Kind::HeaderSize, 0, 5);
+        DumpEntry entry = entryAt(DumpEntry::Kind::HeaderSize, 0, std::min(kHeaderSizeRecord, m_source.size()));
         entry.number = header.statedSize;
         m_onEntry(entry);
     }
@@ -162,10 +166,14 @@ private:
             bool const isRest = std::exchange(isFirst, false) && !header.isWhole;
             if (!isWanted(*stretch))
                 continue;
+            std::int64_t const begin = isRest && m_headerRead >= 0 ? m_headerRead : stretch->begin;
             if (stretch->kind == Stretch::Kind::Object)
+            {
+                skipped(begin, stretch->begin);
                 frame(stretch->begin, -1);
+            }
             else if (isRest)
-                skipped(std::max(stretch->begin, m_headerRead), stretch->end);
+                skipped(begin, stretch->end);
             else if (stretch->kind == Stretch::Kind::Gap)
                 gap(*stretch);
             else
@@ -309,7 +317,7 @@ private:
     ByteSource &m_source;
     std::function<void(DumpEntry const &)> const &m_onEntry;
     DumpOptions const &m_options;
-    std::int64_t m_headerRead = 0; ///< up to where the records of a damaged header were followed
+    std::int64_t m_headerRead = -1; ///< up to where the records of a damaged header were followed; -1: they were not
     bool m_isWhole = true;
 };
 

@@ -213,7 +213,8 @@ std::string Recovery::keptHeader()
         if (!walk.isPosition() && !walk.isSize())
             continue;
         auto const place = m_places.find(keyOf(walk.id().id));
-        bool const isThere = place != m_places.end();
+        // An object without an id has no place there, and is not what a role without an id names.
+        bool const isThere = place != m_places.end() && !isSame(walk.id().id, kNoId);
         numbers.emplace_back(walk.value().payload, !isThere            ? -1
                                                    : walk.isPosition() ? place->second.position
                                                                        : place->second.size);
@@ -242,6 +243,8 @@ std::string Recovery::newHeader()
     InfoMap places;
     for (auto const &[id, place] : m_places)
     {
+        if (isSame(guidOf(id), kNoId)) // as in keptHeader
+            continue;
         OKTDbPool::_ObjectInfo info;
         info.nObjectPosition = static_cast<int>(place.position);
         info.nObjectSize = static_cast<int>(place.size);

@@ -8,6 +8,7 @@
 #include <oktformat/valuewalk.h>
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -51,10 +52,9 @@ public:
         options.name = name;
         m_check.verdict = verify(file, options).verdict;
         remnants();
-        ObjectScan scan(file, 0);
         for (RecoveryCheck::MissingId &missing : m_check.missing)
             if (missing.first.object >= 0)
-                missing.namer = labelOf(scan.examine(missing.first.object));
+                missing.namer = labelOf(examined(missing.first.object));
         describe(m_check.doubts);
         describe(m_check.infos);
         m_check.doubtfulObjects = static_cast<std::int64_t>(m_doubtful.size());
@@ -111,16 +111,23 @@ private:
         ++m_check.missing[place->second].times;
     }
 
+    /// The object at that offset. Many findings in a row are about the same one, which may be as long as the file.
+    Stretch const &examined(std::int64_t offset)
+    {
+        if (!m_examined || m_examined->begin != offset)
+            m_examined = ObjectScan(m_recovery.file(), 0).examine(offset);
+        return *m_examined;
+    }
+
     /// Fills in what there is to say about the objects meant.
     void describe(std::vector<RecoveryCheck::Remark> &remarks)
     {
         RecoveredFile &file = m_recovery.file();
-        ObjectScan scan(file, 0);
         for (RecoveryCheck::Remark &remark : remarks)
         {
             if (remark.finding.object < 0)
                 continue;
-            Stretch const object = scan.examine(remark.finding.object);
+            Stretch const &object = examined(remark.finding.object);
             remark.object = labelOf(object);
             remark.size = object.size();
             remark.begin = file.inDamaged(object.begin);
@@ -132,6 +139,7 @@ private:
 
     Recovery &m_recovery;
     RecoveryCheck m_check;
+    std::optional<Stretch> m_examined;
     std::map<_GUID, std::size_t, IdOrder> m_lost;    ///< to their losses
     std::map<_GUID, std::size_t, IdOrder> m_missing; ///< to their places in the list
     std::set<std::int64_t> m_doubtful;               ///< where the objects begin

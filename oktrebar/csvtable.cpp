@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <unordered_set>
 
 namespace okt
 {
@@ -238,12 +239,13 @@ void CsvTable::putHeader(CsvRow row)
     m_columns = row.size();
     while (isEmpty(row.back()))
         row.pop_back();
-    for (auto column = row.begin(); column != row.end(); ++column)
+    std::unordered_set<std::string_view> names;
+    for (CsvField const &column : row)
     {
-        if (isEmpty(*column))
-            refuse(*column, "the column has no name");
-        if (std::any_of(row.begin(), column, [column](CsvField const &earlier) { return earlier.text == column->text; }))
-            refuse(*column, sentence("the column {} stands here twice", excerpt(column->text)));
+        if (isEmpty(column))
+            refuse(column, "the column has no name");
+        if (!names.insert(column.text).second)
+            refuse(column, sentence("the column {} stands here twice", excerpt(column.text)));
     }
     m_header = std::move(row);
 }

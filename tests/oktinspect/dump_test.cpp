@@ -151,6 +151,43 @@ TEST(Dump, Damaged_FaultThenSkippedBytesThenTheNextObject)
     EXPECT_EQ(made.entries.front().number, 558);
 }
 
+/// "kind offset size", one a line, of the first entries that are no remarks.
+std::string firstPlaces(Dumped const &made, std::size_t count)
+{
+    std::string text;
+    for (DumpEntry const &entry : made.entries)
+        if (entry.kind != Kind::Gap && entry.kind != Kind::Fault && count > 0)
+        {
+            text += (entry.kind == Kind::Record       ? "record "
+                     : entry.kind == Kind::HeaderSize ? "header size "
+                                                      : "skipped ") +
+                    std::to_string(entry.offset) + " " + std::to_string(entry.size) + "\n";
+            --count;
+        }
+    return text;
+}
+
+TEST(Dump, DamagedHeader_EveryByteFromTheFirstOnIsInAnEntry)
+{
+    std::string const bytes = contents(golden("stirrup.okt"));
+    std::string noFrame = bytes;
+    noFrame[5] = 0;
+    EXPECT_EQ(firstPlaces(dumped(noFrame), 2), "header size 0 5\nskipped 5 558\n");
+    std::string noName = bytes;
+    noName[6] = 0;
+    EXPECT_EQ(firstPlaces(dumped(noName), 2), "header size 0 5\nskipped 5 558\n");
+    EXPECT_EQ(firstPlaces(dumped(bytes.substr(1)), 2), "skipped 0 4\nrecord 4 18\n"); // a byte is missing ahead of the header
+    // An object begins where the search for objects does.
+    EXPECT_EQ(firstPlaces(dumped(bytes.substr(0, 5) + "\x0B" + bytes.substr(563)), 3),
+              "header size 0 5\nskipped 5 1\nrecord 6 23\n");
+}
+
+TEST(Dump, FileShorterThanTheSizeOfAHeader_NoByteThatIsNotThere)
+{
+    EXPECT_EQ(firstPlaces(dumped(std::string("\x02\x2E\x02", 3)), 2), "header size 0 3\n");
+    EXPECT_EQ(firstPlaces(dumped(""), 2), "");
+}
+
 /// Also where the header is damaged, the fault of the object asked for is told.
 TEST(Dump, OneObject_DamagedBehindADamagedHeader_Fault)
 {

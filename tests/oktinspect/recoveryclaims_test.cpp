@@ -2,6 +2,7 @@
 #include <oktformat/guids.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/objectread.h>
+#include <oktinspect/recover.h>
 #include <oktinspect/recoverycheck.h>
 #include <oktinspect/verifier.h>
 
@@ -11,6 +12,7 @@
 #include "support/printers.h"
 #include "support/reportcatcher.h"
 #include "support/scratchfolder.h"
+#include "support/streambuilder.h"
 
 #include <gtest/gtest.h>
 
@@ -292,6 +294,34 @@ TEST_F(RecoveryClaims, EveryKindOfDamage_NothingIsClaimedThatIsNotSo)
     EXPECT_GT(m_sum.clean, 50);
     EXPECT_GT(m_sum.doubtful, 500);
     EXPECT_GT(m_sum.missing, 500);
+}
+
+void expectNoPlaceOfNone(CByteArray const &image, std::size_t mends)
+{
+    ByteSource source(image);
+    std::string file;
+    Recovered const outcome = recover(source, [&file](std::string_view piece) { file += piece; });
+    EXPECT_EQ(outcome.mends.size(), mends);
+    for (Finding const &mend : outcome.mends)
+        EXPECT_EQ(sentenceOf(mend), "the header gives a place for the construct, but names none");
+    ByteSource mended{std::string_view(file)};
+    Verification const found = verify(mended);
+    for (Finding const &finding : found.findings)
+        EXPECT_NE(finding.code, Finding::Code::Place) << sentenceOf(finding);
+    EXPECT_EQ(found.verdict.objects, 2);
+}
+
+// The pool has no construct, and an object has no id: the header names no place for a construct afterwards.
+TEST(RecoveryClaim, ObjectWithoutId_IsNotTheOneOfARoleWithoutId)
+{
+    HeaderFields fields;
+    fields.construct = {7, 9};
+    StreamBuilder objects;
+    objects.append(relationFrame("")).append(relationFrame("{00000001-1111-1111-1111-111111111111}"));
+    CByteArray image = poolImage(fields, objects);
+    expectNoPlaceOfNone(image, 1);
+    image.SetAt(30, 11); // no record: the header is made anew
+    expectNoPlaceOfNone(image, 0);
 }
 
 } // namespace
