@@ -5,6 +5,7 @@
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktfetchahead.h>
 #include <oktdatabase/oktfileimage.h>
+#include <oktdatabase/oktidorder.h>
 #include <oktdatabase/oktidreplacements.h>
 #include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktimageroom.h>
@@ -158,10 +159,13 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
         return false;
     int const objectsStart = stream.length();
     std::int32_t begin = 0; // of the next frame, from the start of the objects block
-    OKTImageRoom room(stream, m_mapObjects, special, m_knownFrames.changes == changes ? m_knownFrames : KnownFrames());
+    OKTIdOrder const order = hasClientObjects ? OKTIdOrder() : OKTIdOrder(m_mapObjects);
+    OKTImageRoom room(stream, m_mapObjects, special, order, m_knownFrames.changes == changes ? m_knownFrames : KnownFrames());
+    if (!order.isEmpty() && !OktWriteInOrder(order, m_mapObjects, special, stream, room, begin, info))
+        return false;
     auto entry = m_mapObjects.begin();
     std::uint64_t seen = changes;
-    for (int i = 0; i < m_mapObjects.getSize(); ++i)
+    for (int i = 0; order.isEmpty() && i < m_mapObjects.getSize(); ++i)
     {
         // By position, where an object of a client module has taken itself or others out of the pool while it was written.
         if (m_changes != seen)

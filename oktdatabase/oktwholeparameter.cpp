@@ -4,9 +4,11 @@
 #include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktparametertypes.h>
 #include <oktdatabase/oktshortage.h>
+#include <oktplatform/okthints.h>
 
 #include <cstring>
 #include <new>
+#include <typeinfo>
 #include <utility>
 
 namespace
@@ -118,6 +120,21 @@ bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
     walk(length, given);
     OKTFrameWriter frame(filer, length.bytes());
     return frame ? walk(frame, given) : announce(parameter, filer);
+}
+
+void OKTWholeParameter::fetchTexts(OKTDbObject const *object)
+{
+    if (object == nullptr || typeid(*object) != typeid(OKTDbParameter))
+        return;
+    constexpr int kLine = 64;
+    auto const &parameter = static_cast<OKTDbParameter const &>(*object);
+    for (CString const *const text : {&parameter.m_strUserName, &parameter.m_strExpression, &parameter.m_strDescription})
+    {
+        OktFetch(text->Memory());
+        OktFetch(static_cast<char const *>(text->Memory()) + kLine);
+    }
+    if (parameter.m_tabIdsParams.getSize() > 0)
+        OktFetch(&*parameter.m_tabIdsParams.begin());
 }
 
 bool OKTWholeParameter::read(OKTDbParameter &parameter, OKTFiler &filer)
