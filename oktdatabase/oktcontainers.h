@@ -202,6 +202,8 @@ public:
     auto begin() const { return m_map.begin(); }
     auto end() const { return m_map.end(); }
 
+    /// The blocks of the entries, or null before there was one.
+    OKTEntryBlocks *blocks() const { return m_map.get_allocator().blocks(); }
     /// Calls `each(key, value)` for all entries in the order in which they lie in memory, and gives true. False, and nothing is
     /// called, where that order cannot be told. Throws std::bad_alloc, likewise before any call.
     template <typename F> bool forEachInMemory(F each) const

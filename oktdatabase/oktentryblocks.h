@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <oktplatform/oktarenapiece.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <functional>
@@ -16,6 +18,9 @@ class OKTEntryBlocks
 public:
     /// `size` is that of an entry, in bytes.
     explicit OKTEntryBlocks(std::size_t size) : m_size(std::max(size, sizeof(Place))) {}
+    OKTEntryBlocks(OKTEntryBlocks const &) = delete;
+    OKTEntryBlocks &operator=(OKTEntryBlocks const &) = delete;
+    ~OKTEntryBlocks() { endBlocks(); }
 
     std::size_t entrySize() const { return m_size; }
     void *take()
@@ -31,7 +36,21 @@ public:
             return;
         m_free = nullptr;
         m_next = m_end = nullptr;
-        m_blocks.clear();
+        endBlocks();
+    }
+    /// The next entry needs a further block.
+    bool isFull() const { return m_next == m_end && m_free == nullptr; }
+    /// Takes over a piece of an arena of so many bytes as that block, after a call of prepareToAdd, which throws std::bad_alloc.
+    void prepareToAdd()
+    {
+        if (m_blocks.size() == m_blocks.capacity())
+            m_blocks.reserve(2 * m_blocks.size() + 1);
+    }
+    void add(void *piece, std::size_t bytes) noexcept
+    {
+        m_blocks.push_back({static_cast<unsigned char *>(piece), bytes / m_size});
+        m_next = m_blocks.back().memory;
+        m_end = m_next + m_blocks.back().count * m_size;
     }
 
     /// How many entries are in use.
@@ -42,8 +61,8 @@ public:
         auto const *const place = static_cast<unsigned char const *>(byte);
         for (std::size_t i = m_blocks.size(); i-- > 0;)
         {
-            unsigned char const *const begin = m_blocks[i].get();
-            if (std::less_equal<>()(begin, place) && std::less<>()(place, begin + countOf(i) * m_size))
+            unsigned char const *const begin = m_blocks[i].memory;
+            if (std::less_equal<>()(begin, place) && std::less<>()(place, begin + m_blocks[i].count * m_size))
                 return (place - begin) % static_cast<std::ptrdiff_t>(m_size);
         }
         return -1;
@@ -60,10 +79,10 @@ public:
             unused.push_back(place);
         }
         std::sort(unused.begin(), unused.end(), std::less<>());
-        for (std::size_t i = 0; i < m_blocks.size(); ++i)
+        for (Block const &block : m_blocks)
         {
-            unsigned char *const begin = m_blocks[i].get();
-            unsigned char *const end = i + 1 == m_blocks.size() ? m_next : begin + countOf(i) * m_size;
+            unsigned char *const begin = block.memory;
+            unsigned char *const end = &block == &m_blocks.back() ? m_next : begin + block.count * m_size;
             auto skipped = std::lower_bound(unused.begin(), unused.end(), static_cast<void const *>(begin), std::less<>());
             for (unsigned char *entry = begin; entry != end; entry += m_size)
                 if (skipped != unused.end() && *skipped == entry)
@@ -80,21 +99,35 @@ private:
         Place *next;
     };
 
-    static std::size_t countOf(std::size_t block) { return std::size_t{8} << std::min<std::size_t>(block, 6); }
+    struct Block
+    {
+        unsigned char *memory;
+        std::size_t count; // of entries
+    };
+
+    void endBlocks() noexcept
+    {
+        for (Block const &block : m_blocks)
+            if (OktIsInArena(block.memory))
+                OktFreeInArena(block.memory);
+            else
+                delete[] block.memory;
+        m_blocks.clear();
+    }
     void *takeNew()
     {
         if (m_next == m_end)
         {
-            std::size_t const size = countOf(m_blocks.size()) * m_size;
-            m_blocks.reserve(m_blocks.size() + 1);
-            m_blocks.emplace_back(new unsigned char[size]);
-            m_next = m_blocks.back().get();
-            m_end = m_next + size;
+            std::size_t const count = std::size_t{8} << std::min<std::size_t>(m_blocks.size(), 6);
+            prepareToAdd();
+            m_blocks.push_back({new unsigned char[count * m_size], count});
+            m_next = m_blocks.back().memory;
+            m_end = m_next + count * m_size;
         }
         return std::exchange(m_next, m_next + m_size);
     }
 
-    std::vector<std::unique_ptr<unsigned char[]>> m_blocks;
+    std::vector<Block> m_blocks;
     unsigned char *m_next = nullptr; // of the last block, what was never used
     unsigned char *m_end = nullptr;
     Place *m_free = nullptr; // what was given back
@@ -145,7 +178,7 @@ public:
     bool operator==(OKTEntryAllocator const &other) const { return m_blocks == other.m_blocks; }
 
     /// The blocks, or null.
-    OKTEntryBlocks const *blocks() const { return m_blocks.get(); }
+    OKTEntryBlocks *blocks() const { return m_blocks.get(); }
 
 private:
     template <typename U> friend class OKTEntryAllocator;

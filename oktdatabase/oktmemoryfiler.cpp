@@ -5,6 +5,7 @@
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktidreplacements.h>
+#include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktshortage.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
@@ -16,6 +17,7 @@
 namespace
 {
 constexpr int kGrowBy = 1024;
+constexpr int kSmall = 128 << 10; // bytes of a file that come into memory of the heap, not of the system
 
 // The stream holds 32 bits, a long may have more.
 bool fitsSigned(long value)
@@ -402,13 +404,9 @@ try
 }
 OKT_ANSWER_ZERO
 
-bool OKTMemoryFiler::loadFiler(CString const &path, CByteArray &bytes, long const &position, long const &size)
-try
+bool OktReadBytes(CFile &file, CByteArray &bytes, std::int64_t position, std::int64_t size)
 {
     bytes.RemoveAll();
-    CFile file;
-    if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
-        return false;
     try
     {
         auto const length = static_cast<std::int64_t>(file.GetLength());
@@ -417,7 +415,11 @@ try
         // Sizes are signed 32-bit: a file beyond that is no pool file.
         if (start >= length || count > length - start || length > std::numeric_limits<std::int32_t>::max())
             return false;
-        bytes.SetSize(static_cast<int>(count));
+        // Of a small block every byte would be set to zero first.
+        if (count < kSmall)
+            bytes.Extend(static_cast<int>(count));
+        else
+            bytes.SetSize(static_cast<int>(count));
         bool const placed = file.Seek(start, CFile::begin) == static_cast<ULONGLONG>(start);
         if (placed && file.Read(bytes.GetData(), static_cast<UINT>(count)) == static_cast<UINT>(count))
             return true;
@@ -427,6 +429,14 @@ try
     }
     bytes.RemoveAll();
     return false;
+}
+
+bool OKTMemoryFiler::loadFiler(CString const &path, CByteArray &bytes, long const &position, long const &size)
+try
+{
+    bytes.RemoveAll();
+    CFile file;
+    return file.Open(path, CFile::modeRead | CFile::shareDenyWrite) && OktReadBytes(file, bytes, position, size);
 }
 OKT_ANSWER_ZERO
 

@@ -2,8 +2,10 @@
 #include <oktdatabase/oktwholeparameter.h>
 
 #include <oktdatabase/oktimageroom.h>
+#include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/oktparametertypes.h>
 #include <oktdatabase/oktshortage.h>
+#include <oktplatform/oktarena.h>
 #include <oktplatform/okthints.h>
 
 #include <cstring>
@@ -120,6 +122,15 @@ bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
     walk(length, given);
     OKTFrameWriter frame(filer, length.bytes());
     return frame ? walk(frame, given) : announce(parameter, filer);
+}
+
+OKTDbObject *OktMakeToRead(OKTRuntimeClass &descriptor, OktArena &arena)
+{
+    static_assert(alignof(OKTDbParameter) <= 8 && sizeof(OKTDbParameter) <= OktArena::kLargest);
+    if (&descriptor == OKTDbParameter::desc())
+        if (void *const memory = arena.take(sizeof(OKTDbParameter)))
+            return ::new (memory) OKTDbParameter;
+    return descriptor.CreateObject();
 }
 
 void OKTWholeParameter::fetchTexts(OKTDbObject const *object)

@@ -80,8 +80,11 @@ public:
             for (OKTDbObjectId const &id : ids)
             {
                 OKTDbObject *const object = id.getObject();
-                if (OktIsOwnObject(*object) && copied.removeObject(object))
+                if (OktIsOwnObject(*object))
+                {
+                    EXPECT_TRUE(copied.removeObject(object));
                     EXPECT_TRUE(m_pool.appendObject(object));
+                }
             }
             ids = IdArray();
         }

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <memory>
 
 namespace
@@ -69,7 +70,9 @@ HostFigures readFileOnce(int, std::string const &path)
 {
     auto *const pool = new OKTDbPool; // and left to the end of the process, as the pools of the peers are
     CString const name = CString::FromUtf8(path);
-    return measureFirst([&] { demand(pool->readFile(name), "reading a file"); });
+    HostFigures figures = measureFirst([&] { demand(pool->readFile(name), "reading a file"); });
+    figures.bytes = static_cast<double>(std::filesystem::file_size(path));
+    return figures;
 }
 
 std::string besideOf(std::string const &path) { return path + ".written"; }

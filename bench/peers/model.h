@@ -69,4 +69,6 @@ struct Peer
 extern Peer const kCereal;
 extern Peer const kBoost;
 extern Peer const kProtobuf;
+extern Peer const kFlatBuffers;
+extern Peer const kCapnProto;
 } // namespace peers
