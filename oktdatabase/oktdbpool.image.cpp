@@ -295,12 +295,14 @@ bool OKTDbPool::loadObjects(OKTImageFiler &stream, OktArena &arena, int objectsS
                 replacements->refuse(); // a class of a client module that has taken the name of one of ours
         }
         OKTDbObject *const object = descriptor == nullptr ? nullptr : OktMakeToRead(*descriptor, arena);
-        if (!readObject(filer, object))
-            return false;
-        if (hasOldIds && stream.isTranslationChanged())
+        bool const isRead = readObject(filer, object);
+        if (isRead && hasOldIds && stream.isTranslationChanged())
             replacements->refuse();
-        if (!takeRead(object, isFiltering, arena))
+        if (!isRead || !takeRead(object, isFiltering, arena))
+        {
+            OktLose(object);
             return false;
+        }
         read.note(stream.position() - place);
     }
     return true;

@@ -15,5 +15,8 @@ bool OktIsOwnObject(OKTDbObject const &object);
 /// A new object to be read from a stream, as `CreateObject` makes it: owned by the caller, or null. One of the class that most objects
 /// belong to comes from the arena, where that has memory.
 OKTDbObject *OktMakeToRead(OKTRuntimeClass &descriptor, OktArena &arena);
+/// For such an object that could not be read, or that the pool has not taken. It is lost, as it always was (quirk 18); one from the
+/// arena ends, since it would keep a region.
+void OktLose(OKTDbObject *object);
 /// All descriptors made so far are the library's own.
 void OktEndOwnClasses();

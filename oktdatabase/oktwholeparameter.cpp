@@ -133,6 +133,12 @@ OKTDbObject *OktMakeToRead(OKTRuntimeClass &descriptor, OktArena &arena)
     return descriptor.CreateObject();
 }
 
+void OktLose(OKTDbObject *object)
+{
+    if (OktIsInArena(object))
+        delete object;
+}
+
 void OKTWholeParameter::fetchTexts(OKTDbObject const *object)
 {
     if (object == nullptr || typeid(*object) != typeid(OKTDbParameter))

@@ -92,6 +92,7 @@ public:
         if (!OktReadBytes(m_file, image, 0, m_fileSize))
             return false;
         m_bytes.RemoveAll();
+        m_start = m_fileSize;
         m_stream.readAt(image, position);
         return true;
     }
@@ -294,13 +295,17 @@ OKTWindowedRead::Outcome OKTWindowedRead::readObjects(OKTDbPool &pool, Window &w
         if (stream.hasMetEnd() && !window.isLast())
         {
             delete object;
-            window.enlarge();
+            if (place == 1)
+                window.enlarge(); // it begins the window, and ends beyond it
             if (!window.moveTo(place))
                 return Outcome::Unreadable;
             continue;
         }
         if (!isRead || !pool.takeRead(object, isFiltering, window.arena()))
-            return Outcome::False; // and the object is lost (quirk 18)
+        {
+            OktLose(object);
+            return Outcome::False;
+        }
         read.note(stream.position() - place);
     }
 }

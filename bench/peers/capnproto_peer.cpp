@@ -22,7 +22,7 @@ void put(Id const &id, capn::Id::Builder target)
     target.setLow(low(id));
 }
 
-Id idOf(capn::Id::Reader id) { return idOf(id.getHigh(), id.getLow()); }
+Id idOf(capn::Id::Reader id) { return peers::idOf(id.getHigh(), id.getLow()); }
 
 void put(Parameter const &parameter, capn::Parameter::Builder target)
 {

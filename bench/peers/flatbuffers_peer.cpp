@@ -19,7 +19,7 @@ flat::Id idOf(Id const &id) { return {high(id), low(id)}; }
 
 std::unique_ptr<flat::Id> pointerTo(Id const &id) { return std::make_unique<flat::Id>(high(id), low(id)); }
 
-Id idOf(flat::Id const &id) { return idOf(id.high(), id.low()); }
+Id idOf(flat::Id const &id) { return peers::idOf(id.high(), id.low()); }
 
 Id idOf(std::unique_ptr<flat::Id> const &id) { return id == nullptr ? Id() : idOf(*id); }
 
