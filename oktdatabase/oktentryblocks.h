@@ -22,7 +22,9 @@ public:
     OKTEntryBlocks &operator=(OKTEntryBlocks const &) = delete;
     ~OKTEntryBlocks() { endBlocks(); }
 
+    /// That size.
     std::size_t entrySize() const { return m_size; }
+    /// Memory for one entry, and its end. The blocks are freed with the last one. Taking throws std::bad_alloc.
     void *take()
     {
         void *const place = m_free != nullptr ? std::exchange(m_free, m_free->next) : takeNew();

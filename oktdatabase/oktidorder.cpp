@@ -35,7 +35,7 @@ std::size_t digitOf(std::uint64_t front, std::size_t digit)
     return static_cast<std::size_t>(front >> (kUnsorted + digit * kDigit)) & (kValues - 1);
 }
 
-/// A walk in id order would go to and fro in memory.
+/// A walk in id order would go back and forth in memory.
 bool isScattered(ObjectMap const &objects)
 {
     int back = 0;

@@ -73,7 +73,7 @@ struct Read
 };
 
 /// Into a pool with a header of its own.
-Read readBy(Way way, CString const &path)
+Read readFrom(Way way, CString const &path)
 {
     ExpectedLeak const leak; // an object at fault is lost (quirk 18)
     ReportCatcher const reports;
@@ -94,8 +94,8 @@ Read readBy(Way way, CString const &path)
 std::string differenceOfWays(ScratchFolder const &folder, CByteArray const &image)
 {
     CString const path = folder.put("pool.okt", image);
-    Read const any = readBy(Way::Any, path);
-    Read const whole = readBy(Way::Whole, path);
+    Read const any = readFrom(Way::Any, path);
+    Read const whole = readFrom(Way::Whole, path);
     if (any.done != whole.done)
         return whole.done ? "false where the whole file gives true" : "true where the whole file gives false";
     if (any.reports != whole.reports)

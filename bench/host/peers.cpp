@@ -26,7 +26,7 @@ std::string fileOf(peers::Peer const &peer, std::string const &path)
     return path + "." + std::to_string(peer.name[0]) + std::to_string(peer.name[1]);
 }
 
-HostFigures readBy(peers::Peer const &peer, int count, std::string const &path)
+HostFigures readFileOf(peers::Peer const &peer, int count, std::string const &path)
 {
     auto *const objects = new peers::Objects;
     HostFigures const figures = measureFirst([&] {
@@ -39,20 +39,20 @@ HostFigures readBy(peers::Peer const &peer, int count, std::string const &path)
     return figures;
 }
 
-HostFigures readByCereal(int count, std::string const &path) { return readBy(peers::kCereal, count, path); }
-HostFigures readByBoost(int count, std::string const &path) { return readBy(peers::kBoost, count, path); }
-HostFigures readByProtobuf(int count, std::string const &path) { return readBy(peers::kProtobuf, count, path); }
-HostFigures readByFlatBuffers(int count, std::string const &path) { return readBy(peers::kFlatBuffers, count, path); }
-HostFigures readByCapnProto(int count, std::string const &path) { return readBy(peers::kCapnProto, count, path); }
+HostFigures readCereal(int count, std::string const &path) { return readFileOf(peers::kCereal, count, path); }
+HostFigures readBoost(int count, std::string const &path) { return readFileOf(peers::kBoost, count, path); }
+HostFigures readProtobuf(int count, std::string const &path) { return readFileOf(peers::kProtobuf, count, path); }
+HostFigures readFlatBuffers(int count, std::string const &path) { return readFileOf(peers::kFlatBuffers, count, path); }
+HostFigures readCapnProto(int count, std::string const &path) { return readFileOf(peers::kCapnProto, count, path); }
 } // namespace
 
 std::vector<HostCase> peerHostCases()
 {
-    return {{"read-file-cereal", readByCereal},
-            {"read-file-boost", readByBoost},
-            {"read-file-protobuf", readByProtobuf},
-            {"read-file-flatbuffers", readByFlatBuffers},
-            {"read-file-capnproto", readByCapnProto}};
+    return {{"read-file-cereal", readCereal},
+            {"read-file-boost", readBoost},
+            {"read-file-protobuf", readProtobuf},
+            {"read-file-flatbuffers", readFlatBuffers},
+            {"read-file-capnproto", readCapnProto}};
 }
 
 void writePeerFiles(std::string const &path)
