@@ -294,7 +294,9 @@ bool OKTDbPool::loadObjects(OKTImageFiler &stream, OktArena &arena, int objectsS
             if (!hasOldIds && descriptor != nullptr && !OktIsOwnClass(*descriptor))
                 replacements->refuse(); // a class of a client module that has taken the name of one of ours
         }
-        OKTDbObject *const object = descriptor == nullptr ? nullptr : OktMakeToRead(*descriptor, arena);
+        OKTDbObject *const object = descriptor == nullptr ? nullptr
+                                    : arena.isOn()        ? OktMakeToRead(*descriptor, arena)
+                                                          : descriptor->CreateObject();
         bool const isRead = readObject(filer, object);
         if (isRead && hasOldIds && stream.isTranslationChanged())
             replacements->refuse();
@@ -335,7 +337,8 @@ bool OKTDbPool::takeRead(OKTDbObject *object, bool isFiltering, OktArena &arena)
         delete object;
         return true;
     }
-    supplyEntries(m_mapObjects, arena);
+    if (arena.isOn())
+        supplyEntries(m_mapObjects, arena);
     return appendReadObject(object);
 }
 
@@ -372,9 +375,15 @@ try
         CFile file;
         if (path.IsEmpty() || !file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
             return false;
-        if (std::optional<bool> const done = OKTWindowedRead::read(*this, file))
+        std::int64_t const length = OktLengthOf(file);
+        if (length <= OKTWindowedRead::kWindow)
+        {
+            if (!OktReadFromHere(file, image, length))
+                return false;
+        }
+        else if (std::optional<bool> const done = OKTWindowedRead::read(*this, file, length))
             return *done;
-        if (!OktReadBytes(file, image, -1, -1))
+        else if (!OktReadBytes(file, image, -1, -1))
             return false;
     }
     OktFileImage const scope(*this);

@@ -9,6 +9,11 @@ class OKTTextTable;
 
 // Not installed.
 
+/// The length of an open file, or -1 where the system does not tell.
+std::int64_t OktLengthOf(CFile const &file);
+/// That many bytes from where the file stands on. False, and `bytes` empty: they are not there, or they are none. Throws
+/// std::bad_alloc.
+bool OktReadFromHere(CFile &file, CByteArray &bytes, std::int64_t count);
 /// What OKTMemoryFiler::loadFiler reads of a file, from one that is open. Throws std::bad_alloc.
 bool OktReadBytes(CFile &file, CByteArray &bytes, std::int64_t position, std::int64_t size);
 

@@ -404,30 +404,55 @@ try
 }
 OKT_ANSWER_ZERO
 
-bool OktReadBytes(CFile &file, CByteArray &bytes, std::int64_t position, std::int64_t size)
+std::int64_t OktLengthOf(CFile const &file)
+try
+{
+    return static_cast<std::int64_t>(file.GetLength());
+}
+catch (CFileException const &)
+{
+    return -1;
+}
+
+bool OktReadFromHere(CFile &file, CByteArray &bytes, std::int64_t count)
 {
     bytes.RemoveAll();
+    // Sizes are signed 32-bit: a file beyond that is no pool file.
+    if (count <= 0 || count > std::numeric_limits<std::int32_t>::max())
+        return false;
+    auto const size = static_cast<int>(count);
     try
     {
-        auto const length = static_cast<std::int64_t>(file.GetLength());
-        std::int64_t const start = position < 0 ? 0 : position;
-        std::int64_t const count = size < 0 ? length - start : size;
-        // Sizes are signed 32-bit: a file beyond that is no pool file.
-        if (start >= length || count > length - start || length > std::numeric_limits<std::int32_t>::max())
-            return false;
         // Of a small block every byte would be set to zero first.
-        if (count < kSmall)
-            bytes.Extend(static_cast<int>(count));
+        if (size < kSmall)
+            bytes.Extend(size);
         else
-            bytes.SetSize(static_cast<int>(count));
-        bool const placed = file.Seek(start, CFile::begin) == static_cast<ULONGLONG>(start);
-        if (placed && file.Read(bytes.GetData(), static_cast<UINT>(count)) == static_cast<UINT>(count))
+            bytes.SetSize(size);
+        if (file.Read(bytes.GetData(), static_cast<UINT>(size)) == static_cast<UINT>(size))
             return true;
     }
     catch (CFileException const &)
     {
     }
     bytes.RemoveAll();
+    return false;
+}
+
+bool OktReadBytes(CFile &file, CByteArray &bytes, std::int64_t position, std::int64_t size)
+try
+{
+    bytes.RemoveAll();
+    std::int64_t const length = OktLengthOf(file);
+    std::int64_t const start = position < 0 ? 0 : position;
+    std::int64_t const count = size < 0 ? length - start : size;
+    if (start >= length || count > length - start || length > std::numeric_limits<std::int32_t>::max())
+        return false;
+    if (file.Seek(start, CFile::begin) != static_cast<ULONGLONG>(start))
+        return false;
+    return count == 0 || OktReadFromHere(file, bytes, count);
+}
+catch (CFileException const &)
+{
     return false;
 }
 

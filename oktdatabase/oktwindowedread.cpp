@@ -212,25 +212,19 @@ private:
     bool m_hasClientObjects;
 };
 
-std::optional<bool> OKTWindowedRead::read(OKTDbPool &pool, CFile &file)
+std::optional<bool> OKTWindowedRead::read(OKTDbPool &pool, CFile &file, std::int64_t length)
 {
     std::optional<Window> window;
     std::optional<Before> before;
     try
     {
-        if (!pool.m_mapObjects.isEmpty() || pool.m_bTranslatedIds)
-            return std::nullopt;
-        ULONGLONG const length = file.GetLength();
-        if (length <= kWindow || length > static_cast<ULONGLONG>(std::numeric_limits<int>::max()))
+        if (!pool.m_mapObjects.isEmpty() || pool.m_bTranslatedIds || length <= kWindow ||
+            length > std::numeric_limits<int>::max())
             return std::nullopt;
         before.emplace(pool);
         window.emplace(pool, file, static_cast<int>(length));
         if (!window->open())
             return std::nullopt;
-    }
-    catch (CFileException const &)
-    {
-        return std::nullopt;
     }
     catch (std::bad_alloc const &)
     {

@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktdbpool.h>
 
+#include <cstdint>
 #include <optional>
 
 class CFile;
@@ -23,7 +24,7 @@ class OKTWindowedRead
 {
 public:
     /// The outcome of readFile; nothing, and the pool as it was: the file is to be read as a whole.
-    static std::optional<bool> read(OKTDbPool &pool, CFile &file);
+    static std::optional<bool> read(OKTDbPool &pool, CFile &file, std::int64_t length);
 
     static constexpr int kWindow = 256 << 10; // bytes; no file up to this size is read so
 

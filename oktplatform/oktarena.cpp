@@ -221,8 +221,11 @@ try
 {
     std::size_t const wanted = m_asked < m_expected ? m_expected - m_asked : m_asked / 8;
     std::size_t size = std::clamp(wanted / kChunk * kChunk, kLeastRegion, kLargestRegion);
-    if (size >= kLargePage && size % kLargePage >= kLargePage / 2)
-        size += kLargePage - size % kLargePage; // the rest of a large page costs less than many small ones
+    // Aligned to large pages, which takes one of them more of addresses: not for what comes behind an estimate that was short. The
+    // rest of a large page costs less than many small ones.
+    bool const isAligned = size >= kLargePage && (m_asked == 0 || size >= 4 * kLargePage);
+    if (isAligned && size % kLargePage >= kLargePage / 2)
+        size += kLargePage - size % kLargePage;
     m_asked += size;
     std::size_t const chunks = size / kChunk;
     m_region = s_spare.take(chunks);
@@ -235,7 +238,7 @@ try
     region->isFree.resize(chunks);
     region->isBack.resize(chunks);
     region->reset();
-    std::size_t const alignment = size >= kLargePage ? kLargePage : kChunk;
+    std::size_t const alignment = isAligned ? kLargePage : kChunk;
     region->memory = std::malloc(size + alignment - 1);
     if (region->memory == nullptr)
         return false;

@@ -35,6 +35,8 @@ public:
         return takeHere(step);
     }
 
+    /// False: there will be no more pieces but from the chunk at hand.
+    bool isOn() const { return m_isOn; }
     /// Frees the region that is kept for the next load.
     static void forgetSpare();
 
