@@ -63,12 +63,12 @@ void expectAlike(CByteArray const &frame, int at)
     EXPECT_EQ(fast.data, plain.data) << at;
 }
 
-/// Where the first character of the text stands, behind a byte of 5 and a count that is not that of a class name.
+/// Where the first character of the text stands: it is the first text of so many characters.
 int textIn(CByteArray const &frame, int size)
 {
-    int const count = std::min((size + 2) / 3 * 4, 65'535);
     for (int i = 0; i + 3 < frame.GetSize(); ++i)
-        if (frame[i] == VarAnsiString && (frame[i + 1] | frame[i + 2] << 8) == count)
+        if (int const count = frame[i + 1] | frame[i + 2] << 8;
+            frame[i] == VarAnsiString && count >= size && i + 3 + count < frame.GetSize())
             return i + 3;
     return -1;
 }
@@ -95,7 +95,7 @@ TEST(WholeChunk, XmlIn_AnotherCharacterAnywhere_DataOfThePlainPath)
         ASSERT_GT(text, 0);
         int const step = size == 100 ? 1 : 9'973;
         for (int const character : {0x00, 0x3D, 0x20, 0x0A, 0x41, 0x2D, 0x80, 0xFF})
-            for (int at = text; at < frame.GetSize(); at += step)
+            for (int at = text; at < text + size; at += step) // behind it, a count of chunks could be any number
             {
                 CByteArray changed(frame);
                 changed[at] = static_cast<BYTE>(character);
