@@ -359,7 +359,10 @@ BYTE const *OKTByteFiler::unreadBytes(BYTE const *&end) const
 // True when the byte `offset` behind the position lies within the buffer.
 bool OKTByteFiler::isBeforeEnd(int offset) const
 {
-    return m_position >= 0 && m_position < getLength() && offset < getLength() - m_position;
+    if (m_position >= 0 && m_position < getLength() && offset < getLength() - m_position)
+        return true;
+    m_hasMetEnd = true;
+    return false;
 }
 
 bool OKTByteFiler::readType(int &type)

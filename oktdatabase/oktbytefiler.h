@@ -158,6 +158,7 @@ private:
     static constexpr std::size_t kDeepest = 16;
     static constexpr int kSection = 7; // its beginning and its end
     int m_owed = 0;
+    mutable bool m_hasMetEnd = false; // something would have been read that stands behind the end
     std::size_t m_depth = 0;
     std::array<int, kDeepest> m_sectionsOwed = {};
     std::array<ClassHead, kClassHeads> m_classHeads = {};

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <new>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -200,6 +201,26 @@ public:
     auto end() { return m_map.end(); }
     auto begin() const { return m_map.begin(); }
     auto end() const { return m_map.end(); }
+
+    /// The blocks of the entries, or null before there was one.
+    OKTEntryBlocks *blocks() const { return m_map.get_allocator().blocks(); }
+    /// Calls `each(key, value)` for all entries in the order in which they lie in memory, and gives true. False, and nothing is
+    /// called, where that order cannot be told. Throws std::bad_alloc, likewise before any call.
+    template <typename F> bool forEachInMemory(F each) const
+    {
+        // The nodes of a map are alike, so that an entry stands at the same place in each.
+        auto const allocator = m_map.get_allocator();
+        OKTEntryBlocks const *const blocks = allocator.blocks();
+        if (blocks == nullptr || blocks->count() != m_map.size())
+            return false;
+        using Entry = typename Map::value_type;
+        std::ptrdiff_t const offset = blocks->offsetInEntry(&*m_map.begin());
+        return offset >= 0 && blocks->forEach([&](void *node) {
+            auto const *const entry =
+                std::launder(reinterpret_cast<Entry const *>(static_cast<unsigned char *>(node) + offset));
+            each(entry->first, entry->second);
+        });
+    }
 
 private:
     using Iterator = typename Map::iterator;

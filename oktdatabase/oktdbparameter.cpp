@@ -7,6 +7,7 @@
 #include <oktdatabase/oktframe.h>
 #include <oktdatabase/oktparametertypes.h>
 #include <oktdatabase/oktwholeparameter.h>
+#include <oktplatform/oktarena.h>
 #include <oktplatform/oktdatabytes.h>
 #include <oktplatform/oktwarning.h>
 
@@ -105,6 +106,20 @@ void copyVariant(tagVARIANT &target, tagVARIANT const &source)
     throw COleException(result);
 }
 } // namespace
+
+void *OKTDbParameter::operator new(std::size_t size) { return ::operator new(size); }
+
+void *OKTDbParameter::operator new(std::size_t size, std::nothrow_t const &tag) noexcept { return ::operator new(size, tag); }
+
+void OKTDbParameter::operator delete(void *memory) noexcept
+{
+    if (OktIsInArena(memory))
+        OktFreeInArena(memory);
+    else
+        ::operator delete(memory);
+}
+
+void OKTDbParameter::operator delete(void *memory, std::nothrow_t const &) noexcept { operator delete(memory); }
 
 OKTDbParameter::OKTDbParameter() : m_varValue(emptyVariant()) { m_varValue.vt = VT_I4; }
 

@@ -4,6 +4,9 @@
 #include <oktdatabase/oktdbobject.h>
 #include <oktplatform/oktvariant.h>
 
+#include <cstddef>
+#include <new>
+
 /// The type number of a parameter: -1 is not set, 3 to 82 are named. Any other number is accepted.
 using ParamType = int;
 
@@ -27,6 +30,14 @@ class OKT_API OKTDbParameter : public OKTDbObject
     OKTDbParameter(OKTDbParameter const &other);
     OKTDbParameter &operator=(OKTDbParameter const &other);
     ~OKTDbParameter() override;
+
+    /// A load makes many parameters in one block of memory; one that is made by `new` has its own, as ever. All end by `delete`.
+    static void *operator new(std::size_t size);
+    static void *operator new(std::size_t size, std::nothrow_t const &tag) noexcept;
+    static void *operator new(std::size_t, void *place) noexcept { return place; }
+    static void operator delete(void *memory) noexcept;
+    static void operator delete(void *memory, std::nothrow_t const &tag) noexcept;
+    static void operator delete(void *, void *) noexcept {}
 
     FilerStatusDb xmlIn(OKTFiler *filer) override;
     FilerStatusDb xmlOut(OKTFiler *filer) const override;

@@ -6,6 +6,7 @@
 #include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktsmartansistring.h>
 #include <oktdatabase/okttools.h>
+#include <oktdatabase/oktwholechunk.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
 
@@ -95,12 +96,6 @@ private:
     CString m_chunk;
 };
 
-bool isBase64(char character)
-{
-    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
-           (character >= '0' && character <= '9') || character == '+' || character == '/';
-}
-
 // Decodes the text of a picture while its chunks come in, so that the whole text never stands in memory. The outcome is that of
 // base64Decode for the joined chunks.
 class PictureData
@@ -121,6 +116,15 @@ public:
         }
         else if (!m_text.empty() || chunk.GetLength() > 0)
             m_isInGroup = !m_text.empty();
+    }
+
+    /// Adds the chunk that stands next. False: nothing is read, and it goes the plain way.
+    bool addFrom(OKTFiler &filer)
+    {
+        if (m_hasEnded || m_isInGroup != !m_text.empty() || !OKTWholeChunk::take(filer, m_data, m_text))
+            return false;
+        m_isInGroup = !m_text.empty();
+        return true;
     }
 
     void finish() { decode(m_text.size()); }
@@ -160,7 +164,7 @@ private:
             m_data.SetSize(before);
             return false;
         }
-        if (!std::all_of(m_text.begin() + static_cast<std::ptrdiff_t>(whole), m_text.end(), isBase64))
+        if (!std::all_of(m_text.begin() + static_cast<std::ptrdiff_t>(whole), m_text.end(), OKTWholeChunk::isDigit))
         {
             m_data.SetSize(before);
             return false;
@@ -181,7 +185,7 @@ private:
             if (m_hasEnded)
                 break;
             m_isInGroup = true;
-            if (!isBase64(character))
+            if (!OKTWholeChunk::isDigit(character))
                 continue;
             m_text[kept++] = character;
             m_isInGroup = kept % 4 != 0;
@@ -333,9 +337,12 @@ try
         frame.enterSection();
         {
             OKTSmartAnsiString const ansi(filer, true);
-            CString chunk;
-            frame.fold(filer->readString(u"strBase64", chunk));
-            frame.fold(OktHasMemory([&] { data.add(chunk); }));
+            if (!data.addFrom(*filer))
+            {
+                CString chunk;
+                frame.fold(filer->readString(u"strBase64", chunk));
+                frame.fold(OktHasMemory([&] { data.add(chunk); }));
+            }
         }
         filer->endReadMembers();
     }
@@ -348,6 +355,8 @@ try
             frame.fold(filer->readInt(u"nChunckNumber", count));
             for (int i = 0; i < count; ++i)
             {
+                if (data.addFrom(*filer))
+                    continue;
                 CString chunk;
                 bool const done = filer->readString(u"strChunk", chunk);
                 frame.fold(done);

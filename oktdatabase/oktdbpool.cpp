@@ -6,6 +6,7 @@
 #include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/okttools.h>
+#include <oktplatform/oktarena.h>
 #include <oktplatform/okthints.h>
 
 #include <atomic>
@@ -281,6 +282,7 @@ try
     if (m_mapObjects.isEmpty())
         return true;
     ++m_changes;
+    OktArenaHold const hold;
     // The map is emptied first, so that no destructor finds objects in it that are gone.
     ObjectMap const objects = std::move(m_mapObjects);
     m_mapObjects.removeAll();

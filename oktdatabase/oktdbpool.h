@@ -18,6 +18,7 @@ class OKTImageFiler;
 class OKTImageRoom;
 class OKTMemoryFiler;
 class OKTRuntimeClass;
+class OktArena;
 
 /// The database: one set of objects keyed by id, a few well-known ids that name objects of special role, and the settings of
 /// its filing.
@@ -164,6 +165,7 @@ public:
 private:
     friend class OKTMemoryFiler; // takes the map of translated ids, and must know when it could not
     friend class OKTImageRoom;
+    friend class OKTWindowedRead;
     friend class OktFileImage; // for oktdurablesave: makes the image that writeFile writes
 
     /// The pictures in their order, with a set beside the list, so that asking for one of many is cheap.
@@ -191,6 +193,16 @@ private:
         std::uint64_t changes = 0;
     };
 
+    /// The frames of objects that a load has met.
+    struct ObjectsRead
+    {
+        void note(std::int64_t size);
+
+        int frames = 0;
+        std::int64_t first = 0; // bytes of the first ones
+        std::int64_t bytes = 0;
+    };
+
     bool adoptObject(OKTDbObject *object, OKTDbObjectId const &id);
     bool appendReadObject(OKTDbObject *object);
     std::set<OKTDbObjectId> specialIds() const;
@@ -201,6 +213,9 @@ private:
     OKTDbPool *cloneWithNewIds(bool &isRefused) const;
     bool hasTranslation(OKTMemoryFiler const &filer) const;
     bool loadThrough(OKTImageFiler &stream, CByteArray const &image, OKTIdReplacements *replacements);
+    bool loadObjects(OKTImageFiler &stream, OktArena &arena, int objectsStart, OKTIdReplacements *replacements,
+                     ObjectsRead &read);
+    bool takeRead(OKTDbObject *object, bool isFiltering, OktArena &arena);
     static bool readObject(OKTMemoryFiler &filer, OKTDbObject *object);
     bool readObjectAlone(CString const &path, OKTDbObjectId const &id, InfoMap const &info);
     bool skipObjectByReadFilter(OKTDbObject *object) const;

@@ -5,17 +5,24 @@
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktfetchahead.h>
 #include <oktdatabase/oktfileimage.h>
+#include <oktdatabase/oktidorder.h>
 #include <oktdatabase/oktidreplacements.h>
 #include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktimageroom.h>
 #include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/oktruntimeclass.h>
+#include <oktdatabase/oktshortage.h>
 #include <oktdatabase/okttexttable.h>
+#include <oktdatabase/oktwindowedread.h>
+#include <oktplatform/oktarena.h>
+#include <oktplatform/oktfile.h>
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <limits>
+#include <new>
+#include <optional>
 #include <typeinfo>
 #include <vector>
 
@@ -158,10 +165,13 @@ bool OKTDbPool::makeImage(CByteArray &image, IdMap &translated, OKTIdReplacement
         return false;
     int const objectsStart = stream.length();
     std::int32_t begin = 0; // of the next frame, from the start of the objects block
-    OKTImageRoom room(stream, m_mapObjects, special, m_knownFrames.changes == changes ? m_knownFrames : KnownFrames());
+    OKTIdOrder const order = hasClientObjects ? OKTIdOrder() : OKTIdOrder(m_mapObjects);
+    OKTImageRoom room(stream, m_mapObjects, special, order, m_knownFrames.changes == changes ? m_knownFrames : KnownFrames());
+    if (!order.isEmpty() && !OktWriteInOrder(order, m_mapObjects, special, stream, room, begin, info))
+        return false;
     auto entry = m_mapObjects.begin();
     std::uint64_t seen = changes;
-    for (int i = 0; i < m_mapObjects.getSize(); ++i)
+    for (int i = 0; order.isEmpty() && i < m_mapObjects.getSize(); ++i)
     {
         // By position, where an object of a client module has taken itself or others out of the pool while it was written.
         if (m_changes != seen)
@@ -242,20 +252,36 @@ bool OKTDbPool::hasTranslation(OKTMemoryFiler const &filer) const { return filer
 bool OKTDbPool::loadThrough(OKTImageFiler &stream, CByteArray const &image, OKTIdReplacements *replacements)
 {
     OKTMemoryFiler &filer = stream.filer();
-    OKTTextTable texts(image.GetSize());
+    OktArena arena(image.GetSize());
+    OKTTextTable texts(image.GetSize(), &arena);
     filer.readInPlace(image);
     stream.shareTexts(texts);
     int headerLength = 0;
     InfoMap info;
     if (!filer.readInt(CString(), headerLength) || xmlIn(&filer, info) != eFilerOk)
         return false;
-    int const objectsStart = stream.position();
+    bool const isAll = m_mapObjects.isEmpty() && m_readFilter.getSize() == 0;
+    ObjectsRead read;
+    if (!loadObjects(stream, arena, stream.position(), replacements, read))
+        return false;
+    if (isAll)
+        noteFrames(OKTImageRoom::known(m_mapObjects, specialIds(), read.frames, read.first, read.bytes));
+    return true;
+}
+
+void OKTDbPool::ObjectsRead::note(std::int64_t size)
+{
+    bytes += size;
+    if (++frames == OKTImageRoom::kFirst)
+        first = bytes;
+}
+
+bool OKTDbPool::loadObjects(OKTImageFiler &stream, OktArena &arena, int objectsStart, OKTIdReplacements *replacements,
+                            ObjectsRead &read)
+{
+    OKTMemoryFiler &filer = stream.filer();
     bool const isFiltering = m_readFilter.getSize() > 0;
-    bool const isAll = m_mapObjects.isEmpty() && !isFiltering;
     KnownClasses classes;
-    int frames = 0;
-    std::int64_t first = 0;
-    std::int64_t bytes = 0;
     for (int place; stream.moveToNextObject(place);)
     {
         OKTRuntimeClass *descriptor;
@@ -268,22 +294,52 @@ bool OKTDbPool::loadThrough(OKTImageFiler &stream, CByteArray const &image, OKTI
             if (!hasOldIds && descriptor != nullptr && !OktIsOwnClass(*descriptor))
                 replacements->refuse(); // a class of a client module that has taken the name of one of ours
         }
-        OKTDbObject *const object = descriptor == nullptr ? nullptr : descriptor->CreateObject();
-        if (!readObject(filer, object))
-            return false;
-        if (hasOldIds && stream.isTranslationChanged())
+        OKTDbObject *const object = descriptor == nullptr ? nullptr
+                                    : arena.isOn()        ? OktMakeToRead(*descriptor, arena)
+                                                          : descriptor->CreateObject();
+        bool const isRead = readObject(filer, object);
+        if (isRead && hasOldIds && stream.isTranslationChanged())
             replacements->refuse();
-        if (isFiltering && skipObjectByReadFilter(object))
-            delete object;
-        else if (!appendReadObject(object))
-            return false; // and the object is lost (quirk 18)
-        bytes += stream.position() - place;
-        if (++frames == OKTImageRoom::kFirst)
-            first = bytes;
+        if (!isRead || !takeRead(object, isFiltering, arena))
+        {
+            OktLose(object);
+            return false;
+        }
+        read.note(stream.position() - place);
     }
-    if (isAll)
-        noteFrames(OKTImageRoom::known(m_mapObjects, specialIds(), frames, first, bytes));
     return true;
+}
+
+namespace
+{
+// The next block of entries comes from the arena, where both have room for it; else the map gets one as ever.
+void supplyEntries(ObjectMap &objects, OktArena &arena)
+try
+{
+    OKTEntryBlocks *const blocks = objects.blocks();
+    if (blocks == nullptr || !blocks->isFull())
+        return;
+    blocks->prepareToAdd();
+    if (void *const piece = arena.take(OktArena::kLargest))
+        blocks->add(piece, OktArena::kLargest);
+}
+catch (std::bad_alloc const &)
+{
+    OktNoteShortage();
+}
+} // namespace
+
+// False: the object is lost (quirk 18).
+bool OKTDbPool::takeRead(OKTDbObject *object, bool isFiltering, OktArena &arena)
+{
+    if (isFiltering && skipObjectByReadFilter(object))
+    {
+        delete object;
+        return true;
+    }
+    if (arena.isOn())
+        supplyEntries(m_mapObjects, arena);
+    return appendReadObject(object);
 }
 
 // Lets a new object read itself. One that fails is lost (quirk 18).
@@ -315,8 +371,21 @@ bool OKTDbPool::readFile(CString const &path)
 try
 {
     CByteArray image;
-    if (path.IsEmpty() || !OKTMemoryFiler::loadFiler(path, image, -1, -1))
-        return false;
+    {
+        CFile file;
+        if (path.IsEmpty() || !file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
+            return false;
+        std::int64_t const length = OktLengthOf(file);
+        if (length <= OKTWindowedRead::kWindow)
+        {
+            if (!OktReadFromHere(file, image, length))
+                return false;
+        }
+        else if (std::optional<bool> const done = OKTWindowedRead::read(*this, file, length))
+            return *done;
+        else if (!OktReadBytes(file, image, -1, -1))
+            return false;
+    }
     OktFileImage const scope(*this);
     return loadFiler(image);
 }

@@ -10,6 +10,12 @@ void OKTImageFiler::reserve(OKTMemoryFiler &filer, std::int64_t size) noexcept
         filer.m_bytes.m_buffer.Reserve(static_cast<int>(size));
 }
 
+void OKTImageFiler::readAt(CByteArray const &bytes, int position)
+{
+    m_filer.m_bytes.readInPlace(bytes);
+    m_filer.m_bytes.setPosition(position);
+}
+
 bool OKTImageFiler::moveToNextObject(int &offset)
 {
     if (!m_filer.m_bytes.findNextObject(offset))

@@ -3,10 +3,19 @@
 
 #include <oktdatabase/oktmemoryfiler.h>
 
+class CFile;
 class OKTIdReplacements;
 class OKTTextTable;
 
 // Not installed.
+
+/// The length of an open file, or -1 where the system does not tell.
+std::int64_t OktLengthOf(CFile const &file);
+/// That many bytes from where the file stands on. False, and `bytes` empty: they are not there, or they are none. Throws
+/// std::bad_alloc.
+bool OktReadFromHere(CFile &file, CByteArray &bytes, std::int64_t count);
+/// What OKTMemoryFiler::loadFiler reads of a file, from one that is open. Throws std::bad_alloc.
+bool OktReadBytes(CFile &file, CByteArray &bytes, std::int64_t position, std::int64_t size);
 
 /// The memory filer of one pool image, with the operations that only the pool needs: they are no part of the filer protocol, and
 /// the installed headers have none of them. The filer itself is a plain OKTMemoryFiler, so that frames go in and out as a whole.
@@ -39,6 +48,12 @@ public:
     void shareTexts(OKTTextTable &texts) { m_filer.m_texts = &texts; }
     /// A variant's data bytes are set to zero before they are read.
     void clearVariants() { m_filer.m_bClearsVariants = true; }
+
+    /// Reads `bytes` where they lie, from that position on; they must outlive the reading.
+    void readAt(CByteArray const &bytes, int position);
+    /// Something would have been read that stands behind the end of the bytes; since the last call of forgetEnd.
+    bool hasMetEnd() const { return m_filer.m_bytes.m_hasMetEnd; }
+    void forgetEnd() { m_filer.m_bytes.m_hasMetEnd = false; }
 
     /// Goes to the next object frame at or behind the position and stores its offset. False: there is none, and the position stays.
     bool moveToNextObject(int &offset);

@@ -2,6 +2,7 @@
 #include <oktdatabase/oktimageroom.h>
 
 #include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktidorder.h>
 #include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktownclasses.h>
 
@@ -79,8 +80,8 @@ void OktAnnounceFrame(OKTFiler &filer, std::int64_t bytes)
 }
 
 OKTImageRoom::OKTImageRoom(OKTImageFiler &image, ObjectMap const &objects, std::set<OKTDbObjectId> const &special,
-                           OKTDbPool::KnownFrames const &known)
-    : m_image(image), m_objects(objects), m_special(special), m_known(known)
+                           OKTIdOrder const &order, OKTDbPool::KnownFrames const &known)
+    : m_image(image), m_objects(objects), m_special(special), m_order(order), m_known(known)
 {
     // A large object among the first would move them before the rest is reserved.
     if (m_known.first >= 0 && isSpecialInFront(objects, special))
@@ -117,16 +118,33 @@ std::int64_t OKTImageRoom::askedFrom(int position) const
     bool const areAllAsked = step == 1;
     std::int64_t bytes = 0;
     int asked = 0;
-    int skipped = 0;
-    for (auto entry = std::next(m_objects.begin(), std::min(position, m_objects.getSize())); entry != m_objects.end(); ++entry)
-    {
-        if (++skipped < step || entry->second == nullptr)
-            continue;
-        skipped = 0;
+    auto const ask = [&](OKTDbObject const *object, auto isSpecial) {
         ++asked;
-        std::int64_t const announced = probe.lengthOf(*entry->second);
-        if (areAllAsked || announced <= kUnknown || !m_special.contains(entry->first))
+        std::int64_t const announced = probe.lengthOf(*object);
+        if (areAllAsked || announced <= kUnknown || !isSpecial())
             bytes += announced == 0 ? kUnknown : announced;
+    };
+    if (!m_order.isEmpty())
+    {
+        // The ids stand in the objects, whose memory is near then.
+        for (auto i = static_cast<std::size_t>(position + step - 1); i < m_order.count(); i += static_cast<std::size_t>(step))
+        {
+            m_order.fetchAhead(i, static_cast<std::size_t>(step));
+            if (OKTDbObject const *const object = m_order[i].object)
+                ask(object, [&] { return m_special.contains(object->objectId()); });
+        }
+    }
+    else
+    {
+        int skipped = 0;
+        for (auto entry = std::next(m_objects.begin(), std::min(position, m_objects.getSize())); entry != m_objects.end();
+             ++entry)
+        {
+            if (++skipped < step || entry->second == nullptr)
+                continue;
+            skipped = 0;
+            ask(entry->second, [&] { return m_special.contains(entry->first); });
+        }
     }
     if (areAllAsked || asked == 0)
         return bytes;

@@ -9,6 +9,7 @@
 
 class OKTDbObject;
 class OKTFiler;
+class OKTIdOrder;
 class OKTImageFiler;
 
 // Not installed.
@@ -22,10 +23,10 @@ class OKTImageFiler;
 class OKTImageRoom
 {
 public:
-    /// `special` are the ids of the pictures, among others: objects that may be very large, each of which is asked. All arguments but
-    /// `known` must outlive this object.
+    /// `special` are the ids of the pictures, among others: objects that may be very large, each of which is asked. `order` has the
+    /// objects in id order, or is empty. All arguments but `known` must outlive this object.
     OKTImageRoom(OKTImageFiler &image, ObjectMap const &objects, std::set<OKTDbObjectId> const &special,
-                 OKTDbPool::KnownFrames const &known);
+                 OKTIdOrder const &order, OKTDbPool::KnownFrames const &known);
 
     /// The frame of the object at that position was written; all frames so far take so many bytes.
     void note(int position, std::int64_t bytes)
@@ -48,6 +49,7 @@ private:
     OKTImageFiler &m_image;
     ObjectMap const &m_objects;
     std::set<OKTDbObjectId> const &m_special;
+    OKTIdOrder const &m_order;
     OKTDbPool::KnownFrames m_known;
     int m_frames = 0;
     std::int64_t m_first = -1;

@@ -5,6 +5,7 @@
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktgexyz.h>
 #include <oktdatabase/oktidreplacements.h>
+#include <oktdatabase/oktimagefiler.h>
 #include <oktdatabase/oktshortage.h>
 #include <oktdatabase/oktwholeframe.h>
 #include <oktplatform/oktcodepage.h>
@@ -16,6 +17,7 @@
 namespace
 {
 constexpr int kGrowBy = 1024;
+constexpr int kSmall = 128 << 10; // bytes of a file that come into memory of the heap, not of the system
 
 // The stream holds 32 bits, a long may have more.
 bool fitsSigned(long value)
@@ -402,24 +404,31 @@ try
 }
 OKT_ANSWER_ZERO
 
-bool OKTMemoryFiler::loadFiler(CString const &path, CByteArray &bytes, long const &position, long const &size)
+std::int64_t OktLengthOf(CFile const &file)
 try
 {
+    return static_cast<std::int64_t>(file.GetLength());
+}
+catch (CFileException const &)
+{
+    return -1;
+}
+
+bool OktReadFromHere(CFile &file, CByteArray &bytes, std::int64_t count)
+{
     bytes.RemoveAll();
-    CFile file;
-    if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
+    // Sizes are signed 32-bit: a file beyond that is no pool file.
+    if (count <= 0 || count > std::numeric_limits<std::int32_t>::max())
         return false;
+    auto const size = static_cast<int>(count);
     try
     {
-        auto const length = static_cast<std::int64_t>(file.GetLength());
-        std::int64_t const start = position < 0 ? 0 : position;
-        std::int64_t const count = size < 0 ? length - start : size;
-        // Sizes are signed 32-bit: a file beyond that is no pool file.
-        if (start >= length || count > length - start || length > std::numeric_limits<std::int32_t>::max())
-            return false;
-        bytes.SetSize(static_cast<int>(count));
-        bool const placed = file.Seek(start, CFile::begin) == static_cast<ULONGLONG>(start);
-        if (placed && file.Read(bytes.GetData(), static_cast<UINT>(count)) == static_cast<UINT>(count))
+        // Of a small block every byte would be set to zero first.
+        if (size < kSmall)
+            bytes.Extend(size);
+        else
+            bytes.SetSize(size);
+        if (file.Read(bytes.GetData(), static_cast<UINT>(size)) == static_cast<UINT>(size))
             return true;
     }
     catch (CFileException const &)
@@ -427,6 +436,32 @@ try
     }
     bytes.RemoveAll();
     return false;
+}
+
+bool OktReadBytes(CFile &file, CByteArray &bytes, std::int64_t position, std::int64_t size)
+try
+{
+    bytes.RemoveAll();
+    std::int64_t const length = OktLengthOf(file);
+    std::int64_t const start = position < 0 ? 0 : position;
+    std::int64_t const count = size < 0 ? length - start : size;
+    if (start >= length || count > length - start || length > std::numeric_limits<std::int32_t>::max())
+        return false;
+    if (file.Seek(start, CFile::begin) != static_cast<ULONGLONG>(start))
+        return false;
+    return count == 0 || OktReadFromHere(file, bytes, count);
+}
+catch (CFileException const &)
+{
+    return false;
+}
+
+bool OKTMemoryFiler::loadFiler(CString const &path, CByteArray &bytes, long const &position, long const &size)
+try
+{
+    bytes.RemoveAll();
+    CFile file;
+    return file.Open(path, CFile::modeRead | CFile::shareDenyWrite) && OktReadBytes(file, bytes, position, size);
 }
 OKT_ANSWER_ZERO
 

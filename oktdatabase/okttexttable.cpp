@@ -50,9 +50,9 @@ bool OktHasZeroUnit(OKTStoredText const &text)
 }
 
 // About one place for one or two objects, within bounds: making the places takes time, and they should fit into the cache.
-OKTTextTable::OKTTextTable(int imageSize)
+OKTTextTable::OKTTextTable(int imageSize, OktArena *arena)
     : m_mask(std::bit_ceil(static_cast<std::size_t>(std::clamp(imageSize / 512, 64, 8192))) - 1),
-      m_texts(std::make_unique<CString[]>(m_mask + 1))
+      m_texts(std::make_unique<CString[]>(m_mask + 1)), m_blocks(arena)
 {
 }
 

@@ -27,8 +27,8 @@ bool OktHasZeroUnit(OKTStoredText const &text);
 class OKTTextTable
 {
 public:
-    /// For the texts of an image of that many bytes.
-    explicit OKTTextTable(int imageSize);
+    /// For the texts of an image of that many bytes, whose memory comes from that arena. It must outlive this object; null: none.
+    explicit OKTTextTable(int imageSize, OktArena *arena = nullptr);
 
     /// Sets `text` to one of these units. False, and `text` untouched, when there is a zero unit in them.
     bool find(OKTStoredText const &stored, CString &text);

@@ -41,6 +41,16 @@ OKTFramePath::Unread OKTFramePath::unreadOf(OKTFiler &filer)
     return unread;
 }
 
+OKTFramePath::Unread OKTFramePath::unreadNarrowOf(OKTFiler &filer)
+{
+    Unread unread;
+    if (typeid(filer) != typeid(OKTMemoryFiler) || !filer.getIsAnsiString() || !OktThreadCodePageKeepsAscii())
+        return unread;
+    unread.filer = static_cast<OKTMemoryFiler *>(&filer);
+    unread.begin = unread.filer->m_bytes.unreadBytes(unread.end);
+    return unread;
+}
+
 bool OKTFramePath::makeText(OKTMemoryFiler const &filer, OKTStoredText const &stored, CString &text)
 {
     if (filer.m_texts != nullptr)

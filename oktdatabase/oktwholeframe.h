@@ -252,6 +252,8 @@ protected:
     static Room append(OKTFiler &filer, std::int64_t size);
     /// What lies from the position to the end; nothing for a filer that takes the calls.
     static Unread unreadOf(OKTFiler &filer);
+    /// The same while 8-bit texts are read.
+    static Unread unreadNarrowOf(OKTFiler &filer);
     static bool makeText(OKTMemoryFiler const &filer, OKTStoredText const &stored, CString &text);
     static void moveBy(OKTMemoryFiler &filer, std::ptrdiff_t bytes);
     static OKTDbObjectId const &idOf(OKTDbObject const &object) { return object.m_objectId; }

@@ -2,11 +2,15 @@
 #include <oktdatabase/oktwholeparameter.h>
 
 #include <oktdatabase/oktimageroom.h>
+#include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/oktparametertypes.h>
 #include <oktdatabase/oktshortage.h>
+#include <oktplatform/oktarena.h>
+#include <oktplatform/okthints.h>
 
 #include <cstring>
 #include <new>
+#include <typeinfo>
 #include <utility>
 
 namespace
@@ -118,6 +122,36 @@ bool OKTWholeParameter::write(OKTDbParameter const &parameter, OKTFiler &filer)
     walk(length, given);
     OKTFrameWriter frame(filer, length.bytes());
     return frame ? walk(frame, given) : announce(parameter, filer);
+}
+
+OKTDbObject *OktMakeToRead(OKTRuntimeClass &descriptor, OktArena &arena)
+{
+    static_assert(alignof(OKTDbParameter) <= 8 && sizeof(OKTDbParameter) <= OktArena::kLargest);
+    if (&descriptor == OKTDbParameter::desc())
+        if (void *const memory = arena.take(sizeof(OKTDbParameter)))
+            return ::new (memory) OKTDbParameter;
+    return descriptor.CreateObject();
+}
+
+void OktLose(OKTDbObject *object)
+{
+    if (OktIsInArena(object))
+        delete object;
+}
+
+void OKTWholeParameter::fetchTexts(OKTDbObject const *object)
+{
+    if (object == nullptr || typeid(*object) != typeid(OKTDbParameter))
+        return;
+    constexpr int kLine = 64;
+    auto const &parameter = static_cast<OKTDbParameter const &>(*object);
+    for (CString const *const text : {&parameter.m_strUserName, &parameter.m_strExpression, &parameter.m_strDescription})
+    {
+        OktFetch(text->Memory());
+        OktFetch(static_cast<char const *>(text->Memory()) + kLine);
+    }
+    if (parameter.m_tabIdsParams.getSize() > 0)
+        OktFetch(&*parameter.m_tabIdsParams.begin());
 }
 
 bool OKTWholeParameter::read(OKTDbParameter &parameter, OKTFiler &filer)

@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktwholeframe.h>
 
+class OKTDbObject;
 class OKTDbParameter;
 
 // Not installed.
@@ -19,6 +20,8 @@ public:
     static bool write(OKTDbParameter const &parameter, OKTFiler &filer);
     /// True: the frame is read, but its value is not converted yet. False: nothing is, and the parameter is as it was.
     static bool read(OKTDbParameter &parameter, OKTFiler &filer);
+    /// Asks for the memory of the texts and ids of an object that will be written soon, if it is a parameter. Null is allowed.
+    static void fetchTexts(OKTDbObject const *object);
 
 private:
     struct Given;

@@ -84,7 +84,7 @@ SpareBlock s_spare;
 
 /// From this size on a block should have large pages: the first accesses to the small ones take longer than everything else in a save
 /// or a load.
-constexpr int kManyPages = 32 << 20;
+constexpr int kManyPages = 4 << 20;
 
 /// Asks for large pages under a large block. Passes null on.
 BYTE *withPages(void *memory, int size)

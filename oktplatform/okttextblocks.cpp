@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktplatform/okttextblocks.h>
 
+#include <oktplatform/oktarena.h>
 #include <oktplatform/oktbuffer_internal.h>
 
 #include <cstring>
@@ -25,6 +26,8 @@ namespace
 {
 constexpr int kBlock = 4080;  // bytes; a single remaining text keeps all of them
 constexpr int kLongest = 256; // units of a text in a block
+constexpr int kInArena = -1;  // in place of the offset of a block's head, which is larger
+static_assert(sizeof(TextBlock) > 1);
 } // namespace
 
 CString OktTextBlocks::make(unsigned char const *units, int count)
@@ -36,8 +39,16 @@ CString OktTextBlocks::make(unsigned char const *units, int count)
         text.SetUnits(count, [&](WCHAR *target, int) { std::memcpy(target, units, size); });
         return text;
     }
+    std::size_t const whole = sizeof(OktTextBuffer) + size + sizeof(WCHAR);
+    if (void *const memory = m_arena == nullptr ? nullptr : m_arena->take(whole))
+    {
+        auto *const buffer = ::new (memory) OktTextBuffer{1, count, kInArena};
+        std::memcpy(buffer->units(), units, size);
+        buffer->units()[count] = 0;
+        return CString(buffer);
+    }
     constexpr int kStep = alignof(OktTextBuffer);
-    int const needed = (static_cast<int>(sizeof(OktTextBuffer) + size + sizeof(WCHAR)) + kStep - 1) / kStep * kStep;
+    int const needed = (static_cast<int>(whole) + kStep - 1) / kStep * kStep;
     if (m_block == nullptr || kBlock - m_place < needed)
     {
         auto *const block = ::new (::operator new(kBlock)) TextBlock{1};
@@ -56,7 +67,10 @@ CString OktTextBlocks::make(unsigned char const *units, int count)
 
 void OktText::freeInBlock(OktTextBuffer *buffer)
 {
-    reinterpret_cast<TextBlock *>(reinterpret_cast<std::byte *>(buffer) + buffer->capacity)->dropUser();
+    if (buffer->capacity == kInArena)
+        OktFreeInArena(buffer);
+    else
+        reinterpret_cast<TextBlock *>(reinterpret_cast<std::byte *>(buffer) + buffer->capacity)->dropUser();
 }
 
 void OktTextBlocks::leaveBlock()

@@ -5,6 +5,8 @@
 
 // Not installed.
 
+class OktArena;
+
 namespace OktText
 {
 struct TextBlock;
@@ -16,6 +18,8 @@ class OktTextBlocks
 {
 public:
     OktTextBlocks() = default;
+    /// Takes memory from that arena, as long as it has some. It must outlive this object.
+    explicit OktTextBlocks(OktArena *arena) : m_arena(arena) {}
     OktTextBlocks(OktTextBlocks const &) = delete;
     OktTextBlocks &operator=(OktTextBlocks const &) = delete;
     ~OktTextBlocks() { leaveBlock(); }
@@ -26,6 +30,7 @@ public:
 private:
     void leaveBlock();
 
+    OktArena *m_arena = nullptr;
     OktText::TextBlock *m_block = nullptr;
     int m_place = 0; // the offset of the next buffer in it, in bytes
 };

@@ -57,6 +57,19 @@ double bytesInUse()
     return static_cast<double>(books.uordblks + books.hblkhd);
 }
 
+/// The library keeps the region of the last load for the next one. A load that needs a smaller one makes it give that up.
+void giveUpSpareRegion()
+{
+    constexpr int kObjects = 700; // which are just enough for a region
+    static CByteArray const image = [] {
+        OKTDbPool pool;
+        fillWithTemplate(pool, kObjects);
+        return imageOf(pool);
+    }();
+    OKTDbPool pool;
+    demand(pool.loadFiler(image), "loading a small pool");
+}
+
 double bytesOfBareParameter(int count)
 {
     CByteArray image;
@@ -70,6 +83,7 @@ double bytesOfBareParameter(int count)
         }
         image = imageOf(pool);
     }
+    giveUpSpareRegion();
     OKTDbPool pool;
     double const before = bytesInUse();
     demand(pool.loadFiler(image), "loading a pool");
@@ -89,11 +103,13 @@ Figures measure(int count)
     }
     double const size = image.GetSize();
     figures.bytes = size / count;
+    giveUpSpareRegion();
     {
         OKTDbPool pool;
         figures.load = heldBy([&] { demand(pool.loadFiler(image), "loading a pool"); }).beside / size;
     }
     image = CByteArray();
+    giveUpSpareRegion();
     OKTDbPool pool;
     Held const read = heldBy([&] { demand(pool.readFile(file.path()), "reading a pool file"); });
     figures.readFile = read.beside / size;

@@ -10,6 +10,7 @@
 #include <cereal/types/string.hpp>
 #include <cereal/types/vector.hpp>
 
+#include <fstream>
 #include <istream>
 #include <sstream>
 #include <utility>
@@ -52,9 +53,18 @@ Objects load(std::string const &image)
     archive(objects);
     return objects;
 }
+
+Objects loadFile(std::string const &path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    cereal::BinaryInputArchive archive(stream);
+    Objects objects;
+    archive(objects);
+    return objects;
+}
 } // namespace
 
-Peer const kCereal = {"cereal", save, load};
+Peer const kCereal = {"cereal", save, load, loadFile};
 } // namespace peers
 
 CEREAL_REGISTER_TYPE(peers::Parameter)

@@ -145,7 +145,8 @@ private:
     peers::Objects m_objects;
 };
 
-std::vector<peers::Peer const *> const kPeers = {&peers::kCereal, &peers::kBoost, &peers::kProtobuf};
+std::vector<peers::Peer const *> const kPeers = {&peers::kCereal, &peers::kBoost, &peers::kProtobuf, &peers::kFlatBuffers,
+                                                 &peers::kCapnProto};
 
 Row measure(int count)
 {

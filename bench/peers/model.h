@@ -62,9 +62,13 @@ struct Peer
     char const *name;
     std::string (*save)(Objects const &objects);
     Objects (*load)(std::string const &image);
+    /// From a file, where the library can do this without an image of it in memory; else null.
+    Objects (*loadFile)(std::string const &path) = nullptr;
 };
 
 extern Peer const kCereal;
 extern Peer const kBoost;
 extern Peer const kProtobuf;
+extern Peer const kFlatBuffers;
+extern Peer const kCapnProto;
 } // namespace peers

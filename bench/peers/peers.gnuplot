@@ -20,5 +20,7 @@ do for [half = 0:1] {
          data using 1:(column(5 + half)) with linespoints linewidth 1.5 pointtype 5 linecolor "#2471a3" title "cereal", \
          data using 1:(column(7 + half)) with linespoints linewidth 1.5 pointtype 9 linecolor "#1e8449" title "Boost.Serialization", \
          data using 1:(column(9 + half)) with linespoints linewidth 1.5 pointtype 11 linecolor "#b9770e" title "Protocol Buffers", \
+         data using 1:(column(11 + half)) with linespoints linewidth 1.5 pointtype 13 linecolor "#7d3c98" title "FlatBuffers", \
+         data using 1:(column(13 + half)) with linespoints linewidth 1.5 pointtype 4 linecolor "#138d75" title "Cap'n Proto", \
          data using 1:2 with lines linewidth 1.5 dashtype 2 linecolor "#555555" title "memcpy of our image"
 }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "halves.h"
 #include "model.h"
 
 #include <google/protobuf/arena.h>
@@ -13,29 +14,6 @@ namespace peers
 {
 namespace
 {
-// The two halves of an id.
-std::uint64_t high(Id const &id)
-{
-    std::uint64_t half;
-    std::memcpy(&half, id.bytes.data(), sizeof half);
-    return half;
-}
-
-std::uint64_t low(Id const &id)
-{
-    std::uint64_t half;
-    std::memcpy(&half, id.bytes.data() + sizeof half, sizeof half);
-    return half;
-}
-
-Id idOf(std::uint64_t highHalf, std::uint64_t lowHalf)
-{
-    Id id;
-    std::memcpy(id.bytes.data(), &highHalf, sizeof highHalf);
-    std::memcpy(id.bytes.data() + sizeof highHalf, &lowHalf, sizeof lowHalf);
-    return id;
-}
-
 void put(Parameter const &parameter, wire::Parameter &message)
 {
     message.set_name(parameter.name);

@@ -9,6 +9,19 @@
 
 // Not installed.
 
+/// The sanitizer of addresses is on: it tells of blocks of the heap that are used behind their end.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kOktFindsUseAfterEnd = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+inline constexpr bool kOktFindsUseAfterEnd = true;
+#else
+inline constexpr bool kOktFindsUseAfterEnd = false;
+#endif
+#else
+inline constexpr bool kOktFindsUseAfterEnd = false;
+#endif
+
 /// Calls `pages(begin, size)` for the whole pages within a block and returns its result, or true if there are none.
 template <typename F> auto OktForWholePages(void *memory, std::size_t size, F pages)
 {
@@ -27,6 +40,12 @@ inline void OktWishLargePages(void *memory, std::size_t size)
     static_cast<void>(memory);
     static_cast<void>(size);
 #endif
+}
+
+/// Gives the pages of a block to the system, which forgets their bytes. The outcome is not reported.
+inline void OktDropPages(void *memory, std::size_t size)
+{
+    OktForWholePages(memory, size, [](void *begin, std::size_t length) { return madvise(begin, length, MADV_DONTNEED) == 0; });
 }
 
 /// Lets the system take back the pages of a block when memory is short: until they are written again, their bytes may become zero at

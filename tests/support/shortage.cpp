@@ -9,6 +9,7 @@
 #include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktdatabase/oktframe.h>
+#include <oktplatform/oktarena.h>
 #include <oktplatform/oktwarning.h>
 
 #include <gtest/gtest.h>
@@ -431,6 +432,7 @@ bool isFileFault() { return g_isFileFault; }
 
 void giveUpKept()
 {
+    OktArena::forgetSpare();
     giveUpSpareBlock();
 #if !defined(_WIN32)
     xmlResetLastError();
