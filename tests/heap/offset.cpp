@@ -29,6 +29,14 @@ bool same(CByteArray const &left, CByteArray const &right)
            std::memcmp(left.GetData(), right.GetData(), static_cast<std::size_t>(left.GetSize())) == 0;
 }
 
+OKTDbParameter *made(int number)
+{
+    auto *const parameter = new OKTDbParameter(6, OKTDbObjectId());
+    parameter->setUserName(u"Length", true);
+    parameter->setValue(u"2 x 12", number);
+    return parameter;
+}
+
 void *given(std::size_t size) noexcept
 {
     auto *const block = static_cast<unsigned char *>(std::malloc(size + kCount));
@@ -71,7 +79,7 @@ int main()
     constexpr int kParameters = 4000;
     OKTDbPool pool;
     for (int i = 0; i < kParameters; ++i)
-        require(pool.appendObject(new OKTDbParameter(9, OKTDbObjectId())), "a parameter is taken");
+        require(pool.appendObject(made(i)), "a parameter is taken");
     CByteArray image;
     IdMap translated;
     require(pool.saveFiler(image, translated), "the pool is saved");
@@ -85,7 +93,7 @@ int main()
         OKTDbObjectId const id = loaded.objectAt(17);
         OKTDbObject *object = nullptr;
         require(loaded.findObject(id, object) && loaded.removeObject(id), "an object is removed");
-        require(loaded.appendObject(new OKTDbParameter(9, OKTDbObjectId())), "another one comes");
+        require(loaded.appendObject(made(round)), "another one comes");
         require(loaded.eraseAllObjects(), "all are erased");
         delete object;
     }

@@ -127,8 +127,12 @@ std::vector<std::string> withFolders(std::vector<std::string> const &operands, O
             files.push_back(operand);
             continue;
         }
-        std::vector<std::string> const found = poolFilesIn(operand, onFault);
-        if (found.empty())
+        bool isRead = true;
+        std::vector<std::string> const found = poolFilesIn(operand, [&](std::string const &fault) {
+            isRead = false;
+            onFault(fault);
+        });
+        if (found.empty() && isRead)
             onFault(Failure(operand, "", "there is no pool file in this folder").what()); // it may be the wrong one
         files.insert(files.end(), found.begin(), found.end());
     }
