@@ -191,7 +191,7 @@ CByteArray readBytes(fs::path const &path, OnProgress const &onProgress)
         bytes.SetSize(static_cast<int>(length));
         std::uintmax_t const count = readAll(file, bytes, name, onProgress);
         if (count != length)
-            throw Failure(name, byteAt(count), "the file became shorter while it was read");
+            throw Failure(name, byteAt(static_cast<std::int64_t>(count)), "the file became shorter while it was read");
     }
     catch (CFileException const &exception)
     {
