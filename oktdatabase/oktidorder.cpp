@@ -69,8 +69,8 @@ OKTIdOrder::OKTIdOrder(ObjectMap const &objects)
 bool OKTIdOrder::collect(ObjectMap const &objects)
 try
 {
-    m_places.reset(new (std::nothrow) Place[static_cast<std::size_t>(objects.getSize())]);
-    return m_places != nullptr && objects.forEachInMemory([this](OKTDbObjectId const &id, OKTDbObject const *object) {
+    m_places = std::make_unique_for_overwrite<Place[]>(static_cast<std::size_t>(objects.getSize()));
+    return objects.forEachInMemory([this](OKTDbObjectId const &id, OKTDbObject const *object) {
         m_places[m_count++] = {frontOf(id), object};
     });
 }
@@ -81,12 +81,11 @@ catch (std::bad_alloc const &)
 
 /// False: two of the fronts are alike, or there is no memory.
 bool OKTIdOrder::sort()
+try
 {
-    std::unique_ptr<Place[]> sorted(new (std::nothrow) Place[m_count]);
+    auto sorted = std::make_unique_for_overwrite<Place[]>(m_count);
     using Ends = std::array<std::array<std::size_t, kValues>, kDigits>;
-    std::unique_ptr<Ends> const begins(new (std::nothrow) Ends());
-    if (sorted == nullptr || begins == nullptr)
-        return false;
+    auto const begins = std::make_unique<Ends>();
     for (std::size_t i = 0; i < m_count; ++i)
         for (std::size_t digit = 0; digit < kDigits; ++digit)
             ++(*begins)[digit][digitOf(m_places[i].front, digit)];
@@ -112,6 +111,10 @@ bool OKTIdOrder::sort()
     }
     return std::adjacent_find(m_places.get(), end,
                               [](Place const &left, Place const &right) { return left.front == right.front; }) == end;
+}
+catch (std::bad_alloc const &)
+{
+    return false;
 }
 
 // In two stages, since where the texts of an object lie stands in the object.

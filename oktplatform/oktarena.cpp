@@ -124,14 +124,19 @@ std::atomic<int> s_holds = 0;
 
 /// What a program puts in place of operator new is there from its start.
 bool isHeapAligned() noexcept
+try
 {
     constexpr std::size_t kSizes[] = {1, 24, 320, 5000};
     return std::all_of(std::begin(kSizes), std::end(kSizes), [](std::size_t size) {
-        void *const block = ::operator new(size, std::nothrow);
-        bool const isAligned = block != nullptr && (reinterpret_cast<std::uintptr_t>(block) & 15) == 0;
+        void *const block = ::operator new(size);
+        bool const isAligned = (reinterpret_cast<std::uintptr_t>(block) & 15) == 0;
         ::operator delete(block);
         return isAligned;
     });
+}
+catch (std::bad_alloc const &)
+{
+    return false;
 }
 
 // False before it is made, when there are no pieces yet.

@@ -24,8 +24,8 @@ CByteArray frameOf(int size)
 {
     CByteArray data;
     data.SetSize(size);
-    for (int i = 0; i < size; ++i)
-        data[i] = static_cast<BYTE>(i * i / 7);
+    for (unsigned i = 0; i < static_cast<unsigned>(size); ++i)
+        data[static_cast<int>(i)] = static_cast<BYTE>(i * i / 7);
     OKTDbPicture picture;
     picture.setPictureData(data);
     OKTMemoryFiler filer;
