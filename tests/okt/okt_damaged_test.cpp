@@ -63,9 +63,9 @@ std::map<std::string, std::string> poolFiles()
 constexpr int kDamages = 4;
 
 /// Every how manyth damage of a file is tried, beginning at another for each file: programs start slowly under a sanitizer, and
-/// more slowly under Wine, where most files have none.
+/// more slowly under Wine; there most files have none.
 #if defined(OKT_TESTS_UNDER_LEAK_CHECK)
-int const kDamageStep = 4;
+int const kDamageStep = 12;
 #else
 int const kDamageStep = runsUnderWine() ? 24 : 1;
 #endif
@@ -195,9 +195,12 @@ TEST(OktDamagedOne, CommandsForOneFile_EveryFile_NoCrashAndALine)
             for (std::vector<std::string> const &arguments : {std::vector<std::string>{"tree", file},
                                                               {"dump", file},
                                                               {"export", file, "-o", made, "--force"},
-                                                              {"export", "--format", "bf2d", file},
-                                                              {"picture", file, "-o", made, "--force"}})
+                                                              {"export", "--format", "bf2d", file}})
                 expectTold(runOkt(arguments), {file}, what + ", " + arguments.front());
+            {
+                ExpectedLeakOfPrograms const lostPicture; // one of those that `readFilePicture` reads (quirk 18)
+                expectTold(runOkt({"picture", file, "-o", made, "--force"}), {file}, what + ", picture");
+            }
             // What was lost goes to standard output, beside a file.
             expectTold(runOkt({"recover", file, "-o", made, "--force"}), {file}, what + ", recover", {2, true});
             bool const byName = random() % 2 == 0;

@@ -11,6 +11,9 @@
 
 #if defined(OKT_TESTS_UNDER_LEAK_CHECK)
 #include <sanitizer/lsan_interface.h>
+
+#include <cstdlib>
+#include <string>
 #endif
 
 /// Tells the leak checker not to count what is allocated in a scope. For operations that lose something by rule (quirks 18 and 22, the
@@ -27,4 +30,30 @@ public:
 #endif
     ExpectedLeak(ExpectedLeak const &) = delete;
     ExpectedLeak &operator=(ExpectedLeak const &) = delete;
+};
+
+/// The same for the programs that are started in a scope.
+class ExpectedLeakOfPrograms
+{
+public:
+#if defined(OKT_TESTS_UNDER_LEAK_CHECK)
+    ExpectedLeakOfPrograms()
+    {
+        if (char const *const options = std::getenv(kVariable))
+            m_before = options;
+        setenv(kVariable, (m_before + ":detect_leaks=0").c_str(), 1);
+    }
+    ~ExpectedLeakOfPrograms() { setenv(kVariable, m_before.c_str(), 1); }
+#else
+    ExpectedLeakOfPrograms() {}
+    ~ExpectedLeakOfPrograms() {}
+#endif
+    ExpectedLeakOfPrograms(ExpectedLeakOfPrograms const &) = delete;
+    ExpectedLeakOfPrograms &operator=(ExpectedLeakOfPrograms const &) = delete;
+
+#if defined(OKT_TESTS_UNDER_LEAK_CHECK)
+private:
+    static constexpr char const *kVariable = "ASAN_OPTIONS";
+    std::string m_before;
+#endif
 };
