@@ -31,9 +31,8 @@ std::optional<Finding> headerFault(CByteArray const &stretch, std::int64_t begin
     InfoMap places;
     if (pool.xmlIn(&filer, places) != eFilerOk)
         return makeFinding(Finding::What::HeaderMembers, begin);
-    CString inner;
-    if (filer.readNextObjectClass(inner))
-        return makeFinding(Finding::What::HeaderInner, begin, {{"class", inner.ToUtf8()}});
+    if (std::optional<CString> const inner = nextObjectIn(filer, stretch))
+        return makeFinding(Finding::What::HeaderInner, begin, {{"class", inner->ToUtf8()}});
     return std::nullopt;
 }
 

@@ -3,6 +3,8 @@
 
 #include <oktinspect/standin.h>
 
+#include <oktformat/recordtype.h>
+
 #include <oktdatabase/oktdatabase.h>
 #include <oktdatabase/oktshortage.h>
 
@@ -30,13 +32,24 @@ ReadObject readWithin(CByteArray const &frame, CString const &className, double 
         return read;
     }
     // A load continues after the members that the class knows. It must not find an object before the end of this one.
-    CString inner;
-    if (filer.readNextObjectClass(inner))
-        read.fault = {ReadFault::Kind::Inner, inner};
+    if (std::optional<CString> const inner = nextObjectIn(filer, frame))
+        read.fault = {ReadFault::Kind::Inner, *inner};
     return read;
 }
 
 } // namespace
+
+std::optional<CString> nextObjectIn(OKTMemoryFiler &filer, CByteArray const &bytes)
+{
+    int at = static_cast<int>(filer.GetFilerPosition());
+    if (CString name; filer.readNextObjectClass(name))
+        return name;
+    auto const is = [&bytes](int place, RecordType type) { return bytes[place] == static_cast<BYTE>(type); };
+    for (; at + 1 < bytes.GetSize(); ++at)
+        if ((at == 0 || is(at - 1, RecordType::FrameEnd)) && is(at, RecordType::FrameBegin) && is(at + 1, RecordType::Text8))
+            return CString();
+    return std::nullopt;
+}
 
 ReadObject readAlone(CByteArray const &frame, CString const &className, double metricsFactor)
 {

@@ -6,6 +6,7 @@
 #include <oktplatform/oktplatform.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace okt
@@ -25,7 +26,7 @@ struct ReadFault
     };
 
     Kind kind = Kind::None;
-    CString inner; ///< the class of the object inside
+    CString inner; ///< the class of the object inside; empty: its name goes on behind this object
 
     bool isNone() const { return kind == Kind::None; }
 };
@@ -37,6 +38,10 @@ struct ReadObject
     std::unique_ptr<OKTDbObject> object;
     ReadFault fault;
 };
+
+/// The class of the object that a load finds next in the bytes that a filer reads; an empty name where it goes on behind the bytes,
+/// which are followed by others in a file. Empty: a load finds none.
+std::optional<CString> nextObjectIn(OKTMemoryFiler &filer, CByteArray const &bytes);
 
 /// Reads the bytes of a frame as an object of a class that is registered, under a metrics factor (drawing units per metre).
 /// What it answers is true of the bytes: std::bad_alloc where memory was short.

@@ -17,6 +17,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <initializer_list>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
@@ -322,6 +324,32 @@ TEST(RecoveryClaim, ObjectWithoutId_IsNotTheOneOfARoleWithoutId)
     expectNoPlaceOfNone(image, 1);
     image.SetAt(30, 11); // no record: the header is made anew
     expectNoPlaceOfNone(image, 0);
+}
+
+/// What a load finds behind a number that it has read.
+std::optional<CString> nextBehindNumber(std::initializer_list<int> bytes)
+{
+    CByteArray const all = StreamBuilder().integer(1).raw(bytes).bytes();
+    OKTMemoryFiler filer;
+    filer.readInPlace(all);
+    int number = 0;
+    EXPECT_TRUE(filer.readInt(CString(), number));
+    return nextObjectIn(filer, all);
+}
+
+TEST(OktObjectRead, NextObject_AlsoWhereItsNameGoesOnBehindTheBytes)
+{
+    EXPECT_EQ(nextBehindNumber({7, 6, 5, 1, 0, 'A', 2, 1, 0, 0, 0, 7}), CString(u"A"));
+    EXPECT_EQ(nextBehindNumber({7, 6, 5, 9, 0, 'A', 2, 1, 0, 0, 0, 7}), CString());
+    EXPECT_EQ(nextBehindNumber({9, 7, 6, 5}), CString());
+    EXPECT_EQ(nextBehindNumber({6, 5, 1, 0, 'A'}), std::nullopt); // no end of a frame stands in front of it
+    EXPECT_EQ(nextBehindNumber({7, 9, 6, 5, 9, 0}), std::nullopt);
+    EXPECT_EQ(nextBehindNumber({7, 7, 6}), std::nullopt);
+
+    CByteArray const first = bytesOf({6, 5, 9, 0, 'A'}); // where the bytes begin, nothing needs to stand in front of it
+    OKTMemoryFiler filer;
+    filer.readInPlace(first);
+    EXPECT_EQ(nextObjectIn(filer, first), CString());
 }
 
 } // namespace
