@@ -67,7 +67,7 @@ constexpr int kDamages = 4;
 #if defined(OKT_TESTS_UNDER_LEAK_CHECK)
 int const kDamageStep = 12;
 #else
-int const kDamageStep = runsUnderWine() ? 24 : 1;
+int const kDamageStep = runsUnderWine() ? 24 : 2;
 #endif
 
 std::vector<int> damagesOf(int fileNumber)
