@@ -72,6 +72,13 @@ inline TestId reference(OktcHandle handle, std::int32_t number)
 
 inline TestId idOf(OktcHandle handle) { return reference(handle, OKTC_ID); }
 
+/// Whether the message ends so. It begins with a path, which systems write in their own ways.
+inline testing::AssertionResult isTold(std::string const &end)
+{
+    std::string const message = oktcLastMessage();
+    return message.ends_with(end) ? testing::AssertionSuccess() : testing::AssertionFailure() << "the message is: " << message;
+}
+
 /// The bytes of a call with these two results at its end.
 template <typename Ask> std::string bytesOf(Ask ask)
 {

@@ -86,7 +86,7 @@ TEST_F(CFiles, GoldenFiles_LoadedAndSavedAsTold)
                 OktcStatus const status = openAsTold(from, factor, entry, made);
                 EXPECT_TRUE(status == OKTC_DAMAGED || status == OKTC_UNKNOWN_CLASS) << oktcStatusName(status);
                 EXPECT_EQ(made, 0u);
-                EXPECT_EQ(std::string(oktcLastMessage()).substr(0, from.size()), from);
+                EXPECT_NE(std::string(oktcLastMessage()).find(file.at("file").get<std::string>()), std::string::npos);
                 continue;
             }
             ASSERT_OK(openAsTold(from, factor, entry, made));
@@ -140,22 +140,21 @@ TEST_F(CFiles, Open_WhatIsNoPoolFile_WithItsReason)
 {
     OktcPool pool = 5;
     EXPECT_EQ(oktcPoolOpen(path("none.okt").c_str(), 1.0, &pool), OKTC_FILE);
-    EXPECT_EQ(std::string(oktcLastMessage()), path("none.okt") + ": there is no such file");
+    EXPECT_TRUE(isTold("none.okt: there is no such file"));
     EXPECT_EQ(pool, 0u);
     EXPECT_EQ(oktcPoolOpen("", 1.0, &pool), OKTC_FILE);
     EXPECT_STREQ(oktcLastMessage(), "the path is empty");
     EXPECT_EQ(oktcPoolOpen("\xFF", 1.0, &pool), OKTC_BAD_TEXT);
     EXPECT_EQ(oktcPoolOpen("-", 1.0, &pool), OKTC_FILE); // and no standard input
     EXPECT_EQ(oktcPoolOpen(put("empty", std::string()).c_str(), 1.0, &pool), OKTC_FILE);
-    EXPECT_EQ(std::string(oktcLastMessage()), path("empty") + ": the file is empty");
+    EXPECT_TRUE(isTold("empty: the file is empty"));
     EXPECT_EQ(oktcPoolOpen(put("text", std::string("no pool")).c_str(), 1.0, &pool), OKTC_DAMAGED);
     EXPECT_EQ(oktcPoolOpen(golden("stirrup.okt").c_str(), 0.0, &pool), OKTC_BAD_ARGUMENT);
     std::string bytes = contents(golden("stirrup.okt"));
     bytes[581] = 11;
     ExpectedLeak const lost;
     EXPECT_EQ(oktcPoolOpen(put("damaged.okt", bytes).c_str(), 1.0, &pool), OKTC_DAMAGED);
-    EXPECT_EQ(std::string(oktcLastMessage()),
-              path("damaged.okt") + ":byte 581: damaged inside an OKTDbParameter that begins at byte 563");
+    EXPECT_TRUE(isTold("damaged.okt:byte 581: damaged inside an OKTDbParameter that begins at byte 563"));
     EXPECT_EQ(oktcPoolLoad(bytes.data(), bytes.size(), 1.0, &pool), OKTC_DAMAGED);
     EXPECT_STREQ(oktcLastMessage(), "the bytes:byte 581: damaged inside an OKTDbParameter that begins at byte 563");
     EXPECT_EQ(oktcPoolLoad(nullptr, 0, 1.0, &pool), OKTC_DAMAGED);
@@ -220,7 +219,7 @@ TEST_F(CFiles, Parts_OfAShortOrMissingFile_Refused)
 {
     OktcPool pool = 0;
     EXPECT_EQ(oktcPoolReadHeader(golden("empty.okt").c_str(), &pool), OKTC_DAMAGED);
-    EXPECT_EQ(std::string(oktcLastMessage()), golden("empty.okt") + ": the file is too short to be read in part");
+    EXPECT_TRUE(isTold("empty.okt: the file is too short to be read in part"));
     EXPECT_EQ(oktcPoolReadPictures(golden("empty.okt").c_str(), &pool), OKTC_DAMAGED);
     EXPECT_EQ(oktcPoolReadIndex(path("none").c_str(), &pool), OKTC_FILE);
     EXPECT_EQ(oktcPoolReadHeader(put("zeros", std::string(2000, '\0')).c_str(), &pool), OKTC_DAMAGED);
@@ -231,10 +230,10 @@ TEST_F(CFiles, Save_WhereItCannot_RefusedAndTheOldFileStays)
 {
     TestPool pool;
     EXPECT_EQ(oktcPoolSave(pool.pool, path("no/folder.okt").c_str()), OKTC_FILE);
-    EXPECT_EQ(std::string(oktcLastMessage()).substr(0, path("no/folder.okt").size()), path("no/folder.okt"));
+    EXPECT_NE(std::string(oktcLastMessage()).find("folder.okt: "), std::string::npos) << oktcLastMessage();
     std::filesystem::create_directory(pathOf(path("folder")));
     EXPECT_EQ(oktcPoolSave(pool.pool, path("folder").c_str()), OKTC_FILE);
-    EXPECT_EQ(std::string(oktcLastMessage()), path("folder") + ": this is a folder, not a file");
+    EXPECT_TRUE(isTold("folder: this is a folder, not a file"));
     put("old.okt", std::string("old"));
     OktcObject empty = 0;
     EXPECT_OK(oktcParameterCreate(pool.pool, 6, &empty)); // no value yet
