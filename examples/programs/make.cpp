@@ -37,7 +37,7 @@ int main(int count, char **arguments)
     bar->setGroupCategory(group->objectId());
     group->appendCategory(bar->objectId());
 
-    OKTDbParameter const *const diameter = addParameter(pool, bar, 7, 12.0);
+    OKTDbParameter const *const diameter = addParameter(pool, bar, 5, 12.0);
     OKTDbParameter const *const cover = addParameter(pool, bar, 6, 35.0);
     auto *const together = new OKTDbParamRelation;
     pool.appendObject(together);

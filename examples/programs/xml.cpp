@@ -1,12 +1,21 @@
 // SPDX-License-Identifier: MIT
-// Writes a pool as an XML document, and reads that into another pool. The document holds no ids: they are new, and references are
-// lost. Both operations answer false for that reason; the document and the objects are there.
+// Writes the numbers of a template as an XML document, and reads them from there into a new pool: values are found by their names, in
+// any order. Ids do not pass the XML filer, so what refers to another object is kept in pool files alone.
 //   xml FILE DOCUMENT
 
 #include <oktdatabase/oktdatabase.h>
 
 #include <cstdio>
-#include <filesystem>
+
+namespace
+{
+CString tagOf(int type)
+{
+    CString tag;
+    tag.Format(u"type%d", type);
+    return tag;
+}
+} // namespace
 
 int main(int count, char **arguments)
 {
@@ -14,12 +23,32 @@ int main(int count, char **arguments)
         return 2;
     CString const document = CString::FromUtf8(arguments[2]);
     OKTDbPool pool;
-    if (!pool.readFile(CString::FromUtf8(arguments[1])))
+    pool.setMetricsFactor(1000.0);
+    OKTXmlFiler writer;
+    if (!pool.readFile(CString::FromUtf8(arguments[1])) || !writer.NewFiler(document, true))
         return 1;
-    bool const isWhole = pool.writeXMLFile(document);
-    std::printf("written: %s, with ids: %s\n", std::filesystem::exists(arguments[2]) ? "yes" : "no", isWhole ? "yes" : "no");
+    writer.writeString(u"name", pool.poolName());
+    for (int i = 0; i < pool.objectCount(); ++i)
+        if (OKTDbParameter const *const parameter = OKTDbParameter::cast(pool.objectAt(i)))
+            if (parameter->Value().vt == VT_R8)
+                writer.writeDouble(tagOf(parameter->Type()), parameter->Value().dblVal);
+    writer.CloseFiler();
 
-    OKTDbPool other;
-    bool const isReadWhole = other.readXMLFile(document);
-    std::printf("%d of %d objects read, with ids: %s\n", other.objectCount(), pool.objectCount(), isReadWhole ? "yes" : "no");
+    OKTXmlFiler reader;
+    CString name;
+    if (!reader.NewFiler(document, false) || !reader.readString(u"name", name))
+        return 1;
+    OKTDbPool made;
+    made.setPoolName(name);
+    for (int type = 3; type <= 82; ++type)
+    {
+        double value = 0.0;
+        if (!reader.readDouble(tagOf(type), value))
+            continue;
+        auto *const parameter = new OKTDbParameter(type, made.objectId());
+        parameter->setValue(value, 0);
+        made.appendObject(parameter);
+        std::printf("%s = %g\n", parameter->UserName().ToUtf8().c_str(), value);
+    }
+    std::printf("%s: %d values\n", made.poolName().ToUtf8().c_str(), made.objectCount());
 }
