@@ -30,6 +30,10 @@ set(okt_pc_up /prefix)
 cmake_path(RELATIVE_PATH okt_pc_up BASE_DIRECTORY ${okt_lib_dir}/pkgconfig)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/oktdatabase.pc.in ${PROJECT_BINARY_DIR}/cmake/oktdatabase.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/cmake/oktdatabase.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(TARGET oktc)
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/oktc.pc.in ${PROJECT_BINARY_DIR}/cmake/oktc.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/cmake/oktc.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
 
 # The licence asks to stand beside every copy.
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -37,8 +37,8 @@ struct Verification
 };
 
 /// Throws Cancelled, Failure if a file can no longer be read, and the exceptions of the functions in the options. What is wrong with
-/// the bytes is a finding and never an exception. While it runs, warnings of the library are not shown: the presenter of warnings
-/// (OktSetWarningPresenter) and the registry of classes are process-wide. One call at a time.
+/// the bytes is a finding and never an exception. While it runs, warnings of the library are not shown; then the host's presenter is
+/// set again. The presenter (OktSetWarningPresenter) and the registry of classes are process-wide. One call at a time.
 Verification verify(ByteSource &source, VerifyOptions const &options = {});
 
 /// True: verify() finds nothing in these bytes, not even something to be informed of. False: that is not known. It looks at the records alone and

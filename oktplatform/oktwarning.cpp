@@ -19,6 +19,8 @@ constexpr char kWarningPrefix[] = "OKTDatabase10: ";
 
 void OktSetWarningPresenter(void (*show)(CString const &text)) { presenter.store(show); }
 
+void (*OktWarningPresenter())(CString const &text) { return presenter.load(); }
+
 CZnDlgWarningReport::CZnDlgWarningReport(CWnd *) {}
 
 void CZnDlgWarningReport::setWarningMsg(CString message) { m_message = std::move(message); }

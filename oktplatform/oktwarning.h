@@ -7,6 +7,8 @@
 /// of the report. Null restores the default: a message box where the system has one, else one line on standard error. The default
 /// does not block a process without a user, where the back end can tell.
 OKT_API void OktSetWarningPresenter(void (*show)(CString const &text));
+/// The function that is set; null for the default. For whoever sets another one for a while, and then this one again.
+OKT_API void (*OktWarningPresenter())(CString const &text);
 
 class CWnd;
 

@@ -18,6 +18,7 @@
 #include <oktformat/guids.h>
 
 #include <oktdatabase/oktdatabase.h>
+#include <oktplatform/oktwarning.h>
 
 #include <gtest/gtest.h>
 
@@ -82,6 +83,15 @@ TEST(Verify, ListenerForFindings_GetsThemAndNoneAreKept)
     EXPECT_EQ(outline(heard), "warning missing 388 -1\ninfo image-not-judged 3571 3571\n");
     EXPECT_TRUE(found.findings.empty());
     EXPECT_EQ(found.verdict.warnings, 1);
+}
+
+TEST(Verify, PresenterOfTheHost_IsThereAgain)
+{
+    auto const show = [](CString const &) {};
+    OktSetWarningPresenter(show);
+    verify(golden("stirrup.okt"));
+    EXPECT_EQ(OktWarningPresenter(), static_cast<void (*)(CString const &)>(show));
+    OktSetWarningPresenter(nullptr);
 }
 
 TEST(Verify, NoFile_Failure) { EXPECT_THROW(verify(golden("no such.okt")), Failure); }

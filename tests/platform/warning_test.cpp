@@ -52,6 +52,16 @@ TEST(Warning, Presenter_GetsTheText)
     EXPECT_EQ(s_shown, (std::vector<std::string>{"\n\\oktfiler@159", ""}));
 }
 
+TEST(Warning, PresenterThatIsSet_CanBeAskedFor)
+{
+    EXPECT_EQ(OktWarningPresenter(), nullptr);
+    {
+        Presenter const presenter(keep);
+        EXPECT_EQ(OktWarningPresenter(), keep);
+    }
+    EXPECT_EQ(OktWarningPresenter(), nullptr);
+}
+
 TEST(Warning, ExceptionOfThePresenter_Travels)
 {
     Presenter const presenter([](CString const &text) { throw text.GetLength(); });

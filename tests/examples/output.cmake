@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: MIT
+# cmake -DEXPECTED=FILE -DFOLDER=FOLDER -P output.cmake -- PROGRAM ARGUMENT...: runs the program in a new folder; what it prints is what is in
+# the file, and nothing is on standard error.
+set(command "")
+set(isCommand OFF)
+math(EXPR last "${CMAKE_ARGC} - 1")
+foreach(index RANGE 1 ${last})
+    if(isCommand)
+        list(APPEND command "${CMAKE_ARGV${index}}")
+    elseif(CMAKE_ARGV${index} STREQUAL "--")
+        set(isCommand ON)
+    endif()
+endforeach()
+file(REMOVE_RECURSE ${FOLDER})
+file(MAKE_DIRECTORY ${FOLDER})
+execute_process(COMMAND ${command} WORKING_DIRECTORY ${FOLDER} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+file(READ ${EXPECTED} expected)
+string(REPLACE "\r\n" "\n" output "${output}")
+string(REPLACE "\r\n" "\n" expected "${expected}")
+if(NOT result EQUAL 0 OR NOT output STREQUAL expected OR NOT errors STREQUAL "")
+    message(FATAL_ERROR "${command}\nends with ${result} and prints\n${output}\nin place of\n${expected}\nand on standard error\n${errors}")
+endif()
