@@ -28,6 +28,14 @@ try
 }
 OKT_ANSWER_ZERO
 
+bool OktReadFileImage(OKTDbPool &pool, CByteArray const &image)
+try
+{
+    OktFileImage const scope(pool);
+    return pool.loadFiler(image);
+}
+OKT_ANSWER_ZERO
+
 OktSaveStatus OktSaveDurably(OKTDbPool &pool, CString const &path, OktSaveRefusal *why)
 {
     if (path.IsEmpty())

@@ -18,6 +18,8 @@ class OKTDbPool;
 /// The image that OKTDbPool::writeFile writes: as saveFiler makes it, but with the factor 1.0, whatever unit is drawn in. False:
 /// the pool makes no image; `image` is empty then.
 OKT_API bool OktMakeFileImage(OKTDbPool &pool, CByteArray &image);
+/// Adds the objects of a file's image as OKTDbPool::readFile does: the pool keeps its metrics factor.
+OKT_API bool OktReadFileImage(OKTDbPool &pool, CByteArray const &image);
 
 /// Saves the pool to the file. The image is complete before anything is touched. The answer stands in `why`, too, with the error
 /// number of the system where that was the reason. No exception leaves it; want of memory is a refusal.

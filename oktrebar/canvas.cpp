@@ -57,12 +57,12 @@ View fitted(Box const &what, Box const &room, double largestScale)
 
 struct Canvas::Handles
 {
-    Handles(int width, int height) : painter(width, height) {}
+    Handles(int width, int height, PaintForm form) : painter(width, height, form) {}
 
     Painter painter;
 };
 
-Canvas::Canvas(int width, int height) : m_handles(std::make_unique<Handles>(width, height))
+Canvas::Canvas(int width, int height, PaintForm form) : m_handles(std::make_unique<Handles>(width, height, form))
 {
     Painter &painter = m_handles->painter;
     if (std::string const reason = painter.failure(); !reason.empty())
@@ -323,6 +323,14 @@ CByteArray Canvas::png() const
     if (std::string const reason = m_handles->painter.failure(); !reason.empty())
         refuse(reason);
     return bytes;
+}
+
+std::string Canvas::svg() const
+{
+    std::string text = m_handles->painter.svg();
+    if (std::string const reason = m_handles->painter.failure(); !reason.empty())
+        refuse(reason);
+    return text;
 }
 
 } // namespace okt

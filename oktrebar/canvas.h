@@ -2,6 +2,7 @@
 #pragma once
 
 #include <oktrebar/barline.h>
+#include <oktrebar/painter.h>
 
 #include <oktplatform/oktarrays.h>
 
@@ -39,7 +40,7 @@ class Canvas
 {
 public:
     /// Throws Failure if there is not enough memory.
-    Canvas(int width, int height);
+    Canvas(int width, int height, PaintForm form = PaintForm::Pixels);
     ~Canvas();
 
     /// A bar with both edges, its centre line if it is wide enough, and a line across each real end.
@@ -65,6 +66,8 @@ public:
 
     /// The picture as PNG. Throws Failure.
     CByteArray png() const;
+    /// The drawing of lines as SVG, once. Throws Failure.
+    std::string svg() const;
 
 private:
     struct Handles;

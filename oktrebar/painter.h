@@ -11,12 +11,20 @@ namespace okt
 
 // Not installed.
 
+/// What a drawing becomes.
+enum class PaintForm
+{
+    Pixels, ///< a PNG file
+    Lines   ///< an SVG document
+};
+
 /// Draws paths, strokes, fills and texts on a sheet of pixels, with x to the right and y downwards, angles in
 /// radians and clockwise. It is implemented with the graphics library of the system. After a failed call, later calls do nothing.
 class Painter
 {
 public:
-    Painter(int width, int height);
+    /// Of lines only where the graphics library writes SVG, as cairo does; elsewhere every call fails.
+    Painter(int width, int height, PaintForm form);
     Painter(Painter const &) = delete;
     Painter &operator=(Painter const &) = delete;
     ~Painter();
@@ -63,10 +71,13 @@ public:
 
     /// The sheet as PNG; empty if a call failed.
     CByteArray png();
+    /// The sheet as SVG, once: it ends the drawing. Empty if a call failed.
+    std::string svg();
 
 private:
     struct State;
 
+    PaintForm m_form;
     std::unique_ptr<State> m_state;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <oktrebar/painter.h>
 
+#include <cairo-svg.h>
 #include <cairo.h>
 
 #include <algorithm>
@@ -28,16 +29,32 @@ cairo_status_t append(void *target, unsigned char const *data, unsigned int leng
     }
 }
 
+cairo_status_t appendText(void *target, unsigned char const *data, unsigned int length)
+{
+    try
+    {
+        static_cast<std::string *>(target)->append(reinterpret_cast<char const *>(data), length);
+        return CAIRO_STATUS_SUCCESS;
+    }
+    catch (std::exception const &)
+    {
+        return CAIRO_STATUS_NO_MEMORY;
+    }
+}
+
 } // namespace
 
 struct Painter::State
 {
-    State(int width, int height)
-        : surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height), cairo_surface_destroy),
+    State(int width, int height, PaintForm form)
+        : surface(form == PaintForm::Lines ? cairo_svg_surface_create_for_stream(appendText, &lines, width, height)
+                                           : cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height),
+                  cairo_surface_destroy),
           cairo(cairo_create(surface.get()), cairo_destroy)
     {
     }
 
+    std::string lines; // which the surface writes to until its end
     std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface;
     std::unique_ptr<cairo_t, decltype(&cairo_destroy)> cairo;
     cairo_status_t written = CAIRO_STATUS_SUCCESS;
@@ -45,7 +62,7 @@ struct Painter::State
     cairo_t *get() const { return cairo.get(); }
 };
 
-Painter::Painter(int width, int height) : m_state(std::make_unique<State>(width, height))
+Painter::Painter(int width, int height, PaintForm form) : m_form(form), m_state(std::make_unique<State>(width, height, form))
 {
     // Font settings of the user's screen must not change a file.
     std::unique_ptr<cairo_font_options_t, decltype(&cairo_font_options_destroy)> const options(cairo_font_options_create(),
@@ -136,6 +153,13 @@ CByteArray Painter::png()
     if (cairo_status(m_state->get()) == CAIRO_STATUS_SUCCESS)
         m_state->written = cairo_surface_write_to_png_stream(m_state->surface.get(), append, &bytes);
     return bytes;
+}
+
+std::string Painter::svg()
+{
+    cairo_surface_finish(m_state->surface.get());
+    m_state->written = std::max(m_state->written, cairo_surface_status(m_state->surface.get()));
+    return m_state->written == CAIRO_STATUS_SUCCESS ? m_state->lines : std::string();
 }
 
 } // namespace okt

@@ -149,9 +149,9 @@ struct Painter::State
     Gdiplus::Status status = Gdiplus::Ok;
 };
 
-Painter::Painter(int width, int height)
+Painter::Painter(int width, int height, PaintForm form) : m_form(form)
 {
-    if (isStarted())
+    if (form == PaintForm::Pixels && isStarted())
         m_state = std::make_unique<State>(width, height);
 }
 
@@ -159,6 +159,8 @@ Painter::~Painter() = default;
 
 std::string Painter::failure() const
 {
+    if (m_form == PaintForm::Lines)
+        return "GDI+ writes no SVG";
     if (m_state == nullptr)
         return "GDI+ cannot be started";
     return m_state->status == Gdiplus::Ok ? std::string() : sentence("GDI+ gives status {}", static_cast<int>(m_state->status));
@@ -296,6 +298,8 @@ void Painter::showText(std::string const &text)
     m_state->check(outline.Transform(&place));
     m_state->fillPath(outline);
 }
+
+std::string Painter::svg() { return {}; }
 
 CByteArray Painter::png()
 {

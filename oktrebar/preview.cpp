@@ -441,21 +441,40 @@ bool isInPreview(TemplateKind kind, ParameterKey const &key)
     }
 }
 
+namespace
+{
+
+/// Draws a template of a kind that is drawn here, and gives what is shown.
+Box drawShape(Canvas &canvas, TemplatePlan const &plan)
+{
+    Figures const figures(plan);
+    switch (plan.kind)
+    {
+    case TemplateKind::Link: return drawLink(canvas, figures);
+    case TemplateKind::Hooked: return drawHooked(canvas, figures);
+    case TemplateKind::Bent: return drawBent(canvas, figures);
+    default: return drawMesh(canvas, figures);
+    }
+}
+
+} // namespace
+
 std::optional<Preview> drawPreview(TemplatePlan const &plan)
 {
     if (plan.kind == TemplateKind::Other)
         return std::nullopt;
-    Figures const figures(plan);
     Canvas canvas(kPreviewWidth, kPreviewHeight);
-    Box shape;
-    switch (plan.kind)
-    {
-    case TemplateKind::Link: shape = drawLink(canvas, figures); break;
-    case TemplateKind::Hooked: shape = drawHooked(canvas, figures); break;
-    case TemplateKind::Bent: shape = drawBent(canvas, figures); break;
-    default: shape = drawMesh(canvas, figures); break;
-    }
+    Box const shape = drawShape(canvas, plan);
     return Preview{canvas.png(), shape};
+}
+
+std::optional<std::string> drawLines(TemplatePlan const &plan)
+{
+    if (plan.kind == TemplateKind::Other)
+        return std::nullopt;
+    Canvas canvas(kPreviewWidth, kPreviewHeight, PaintForm::Lines);
+    drawShape(canvas, plan);
+    return canvas.svg();
 }
 
 } // namespace okt

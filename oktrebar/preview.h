@@ -7,6 +7,7 @@
 #include <oktplatform/oktarrays.h>
 
 #include <optional>
+#include <string>
 
 namespace okt
 {
@@ -26,6 +27,10 @@ struct Preview
 /// gives the same bytes on one system; fonts and edges differ between systems. Throws Failure if a number is missing, the
 /// quantity expression ("4x150 2x100") is not valid, or there is not enough memory.
 std::optional<Preview> drawPreview(TemplatePlan const &plan);
+
+/// The same drawing as lines, an SVG document. Empty and Failure as of drawPreview; Failure, too, where the graphics library of the
+/// system writes no SVG.
+std::optional<std::string> drawLines(TemplatePlan const &plan);
 
 /// What the preview picture of a template shows, as Preview::shape, without drawing it. Empty and Failure as of drawPreview.
 std::optional<Box> previewShape(TemplatePlan const &plan);

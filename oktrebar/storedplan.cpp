@@ -138,6 +138,11 @@ std::optional<Preview> previewOf(StoredTemplate const &pool, LengthUnit const &d
     }
 }
 
+std::optional<std::string> drawingOf(StoredTemplate const &pool, LengthUnit const &drawn)
+{
+    return drawLines(planOf(pool, drawn));
+}
+
 std::optional<CByteArray> imageIn(std::string_view frame)
 {
     OKTDbPool pool;

@@ -8,6 +8,7 @@
 #include <oktplatform/oktarrays.h>
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace okt
@@ -21,6 +22,9 @@ TemplatePlan planOf(StoredTemplate const &pool, LengthUnit const &drawn, Changed
 
 /// The preview picture of a template; nothing where it is not drawn here, or a figure is missing.
 std::optional<Preview> previewOf(StoredTemplate const &pool, LengthUnit const &drawn, ChangedValues const &changed = {});
+
+/// The same drawing as an SVG document. Nothing for a template of another kind; throws Failure as drawLines does.
+std::optional<std::string> drawingOf(StoredTemplate const &pool, LengthUnit const &drawn);
 
 /// The image in the frame of a picture. Nothing: the database does not read it.
 std::optional<CByteArray> imageIn(std::string_view frame);

@@ -63,6 +63,24 @@ TEST_F(OktDurableSave, MakeFileImage_TheBytesOfWriteFile)
     EXPECT_NE(image, source.image()); // which says the factor 1000
 }
 
+TEST_F(OktDurableSave, ReadFileImage_AsReadFile_KeepsTheFactorAndConverts)
+{
+    AllClassesPool source(PoolSize::Small);
+    CByteArray image;
+    ASSERT_TRUE(OktMakeFileImage(source.pool(), image));
+    OKTDbPool pool;
+    pool.setMetricsFactor(1000.0);
+    EXPECT_TRUE(OktReadFileImage(pool, image));
+    EXPECT_EQ(pool.metricsFactor(), 1000.0);
+    EXPECT_EQ(pool.objectCount(), source.pool().objectCount());
+    CByteArray again;
+    ASSERT_TRUE(OktMakeFileImage(pool, again));
+    EXPECT_EQ(again, image);
+    image.SetSize(image.GetSize() / 2);
+    OKTDbPool other;
+    EXPECT_FALSE(OktReadFileImage(other, image));
+}
+
 TEST_F(OktDurableSave, Save_Bytes_AreTheFile)
 {
     EXPECT_EQ(OktSaveDurably(hex("01 02 03"), path()), Status::Saved);

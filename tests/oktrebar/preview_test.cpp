@@ -130,6 +130,27 @@ TEST(OktPreview, DrawPreview_EveryExample_PngOfItsSizeWithAMarginAllAround)
     }
 }
 
+TEST(OktPreview, DrawLines_EveryExample_SvgOfItsSizeAndTheSameTwice)
+{
+#if defined(_WIN32)
+    EXPECT_THROW(drawLines(example("link-d12.okt")), Failure); // what draws there writes no SVG
+#else
+    for (TemplatePlan const &plan : examples())
+    {
+        SCOPED_TRACE(plan.fileName);
+        std::optional<std::string> const svg = drawLines(plan);
+        ASSERT_TRUE(svg);
+        EXPECT_NE(svg->find("<svg "), std::string::npos);
+        EXPECT_NE(svg->find("viewBox=\"0 0 800 600\""), std::string::npos);
+        EXPECT_NE(svg->find("</svg>"), std::string::npos);
+        EXPECT_GT(svg->size(), 5000u);
+    }
+    EXPECT_EQ(drawLines(example("link-d12.okt")), drawLines(example("link-d12.okt")));
+    EXPECT_NE(drawLines(example("link-d12.okt")), drawLines(example("link-d16.okt")));
+    EXPECT_FALSE(drawLines(TemplatePlan()));
+#endif
+}
+
 TEST(OktPreview, DrawPreview_Twice_SameBytes)
 {
     for (char const *const name : {"link-d12.okt", "hooked-no4.okt", "mesh-d8.okt"})
