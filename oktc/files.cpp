@@ -75,26 +75,38 @@ double checked(double factor)
     return factor;
 }
 
-/// Why a load has failed: the first error in the file, or the class that nobody has.
+/// Whether it tells of an object whose class no module has.
+bool isOfUnknownClass(okt::Finding const &finding)
+{
+    using What = okt::Finding::What;
+    return finding.what == What::UnknownClass || finding.what == What::ClassNameNearly || finding.what == What::ClassNameNone ||
+           finding.what == What::ClassByRecords;
+}
+
+/// Why a load has failed: the class that nobody has, or the first error in the file.
 [[noreturn]] void refuseLoad(okt::ByteSource &source, std::string const &name)
 {
     std::optional<okt::Finding> first;
     std::optional<okt::Finding> unknown;
     okt::VerifyOptions options;
     options.onFinding = [&](okt::Finding const &finding) {
-        if (finding.code == okt::Finding::Code::UnknownClass)
-            unknown = unknown ? unknown : finding;
-        else if (finding.severity == okt::Finding::Severity::Error && !first)
+        if (isOfUnknownClass(finding) && (!unknown || finding.offset < unknown->offset))
+            unknown = finding;
+        else if (finding.severity == okt::Finding::Severity::Error && (!first || finding.offset < first->offset))
             first = finding;
     };
     okt::verify(source, options);
-    auto const told = [&](okt::Finding const &finding) {
-        return std::string(okt::Failure(name, okt::byteAt(finding.offset), okt::sentenceOf(finding)).what());
+    auto const told = [&](okt::Finding const &finding, std::string const &reason) {
+        return std::string(okt::Failure(name, okt::byteAt(finding.offset), reason).what());
     };
-    // An object of such a class has no other fault that a load could find.
-    if (unknown)
-        refuse(OKTC_UNKNOWN_CLASS, told(*unknown));
-    refuse(OKTC_DAMAGED, first ? told(*first) : okt::Failure(name, "", "a load of this file fails").what());
+    // A load stops at whichever comes first.
+    if (unknown && (!first || unknown->offset <= first->offset))
+        refuse(OKTC_UNKNOWN_CLASS, told(*unknown, okt::sentence("the class {} is not known here",
+                                                                okt::quoted(CString::FromUtf8(unknown->text("class"))))));
+    if (first)
+        refuse(OKTC_DAMAGED, told(*first, okt::sentenceOf(*first)));
+    // The file was in use, or the disk failed for a moment.
+    refuse(OKTC_FAILED, okt::Failure(name, "", "it could not be loaded, though nothing is wrong with its bytes").what());
 }
 
 /// Loads, with other calls beside it. False: it failed, and not for want of memory.

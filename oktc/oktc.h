@@ -121,7 +121,7 @@ extern "C"
     /// An empty pool with a new id and the factor 1. The caller closes every pool that a function gives.
     OKTC_API OktcStatus OKTC_CALL oktcPoolCreate(OktcPool *pool);
     /// Loads a file, with lengths in the drawing unit of the factor. OKTC_FILE, OKTC_DAMAGED, OKTC_UNKNOWN_CLASS: no pool is
-    /// made.
+    /// made. OKTC_FAILED: the load failed, but the file shows nothing wrong; another try may do.
     OKTC_API OktcStatus OKTC_CALL oktcPoolOpen(char const *path, double factor, OktcPool *pool);
     /// The same, but only objects of these classes, or of classes derived from them, are kept. OKTC_UNKNOWN_CLASS also for a
     /// name that is no class.
