@@ -6,6 +6,8 @@
 #include "support/pooljson.h"
 #include "support/sha256.h"
 
+#include <oktdatabase/oktruntimeclass.h>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -217,13 +219,24 @@ TEST_F(CFiles, Parts_HeaderIndexPictures)
     EXPECT_EQ(idOf(objectsOf(index.pool, nullptr).at(0)), reference(index.pool, OKTC_INDEX));
 }
 
-TEST_F(CFiles, Parts_OfAShortOrMissingFile_Refused)
+TEST_F(CFiles, Parts_OfAShortMissingOrDamagedFile_Refused)
 {
+    ExpectedLeak const lost; // the object at fault
     OktcPool pool = 0;
     EXPECT_EQ(oktcPoolReadHeader(golden("empty.okt").c_str(), &pool), OKTC_DAMAGED);
     EXPECT_TRUE(isTold("empty.okt: the file is too short to be read in part"));
     EXPECT_EQ(oktcPoolReadPictures(golden("empty.okt").c_str(), &pool), OKTC_DAMAGED);
     EXPECT_EQ(oktcPoolReadIndex(path("none").c_str(), &pool), OKTC_FILE);
+    OKTRuntimeClass *const descriptor = g_RuntimeClass[u"OKTDbIndexData"]; // of another test, if any
+    g_RuntimeClass.erase(u"OKTDbIndexData");
+    EXPECT_EQ(oktcPoolReadIndex(golden("every-class.okt").c_str(), &pool), OKTC_UNKNOWN_CLASS);
+    EXPECT_NE(std::string(oktcLastMessage()).find("the class \"OKTDbIndexData\" is not known here"), std::string::npos)
+        << oktcLastMessage();
+    if (descriptor != nullptr)
+        g_RuntimeClass[u"OKTDbIndexData"] = descriptor;
+    std::string bytes = contents(golden("stirrup.okt"));
+    bytes[3571] = 11; // where the frame of the picture begins
+    EXPECT_EQ(oktcPoolReadPictures(put("damaged.okt", bytes).c_str(), &pool), OKTC_DAMAGED);
     EXPECT_EQ(oktcPoolReadHeader(put("zeros", std::string(2000, '\0')).c_str(), &pool), OKTC_DAMAGED);
     EXPECT_EQ(pool, 0u);
 }
