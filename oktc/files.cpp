@@ -3,6 +3,7 @@
 #include <oktc/handles.h>
 #include <oktc/texts.h>
 
+#include <oktdatabase/oktdbobject.h>
 #include <oktdatabase/oktdurablesave.h>
 #include <oktdatabase/oktfileimage.h>
 #include <oktdatabase/oktruntimeclass.h>
@@ -13,6 +14,7 @@
 #include <oktformat/text.h>
 #include <oktinspect/findingtext.h>
 #include <oktinspect/modules.h>
+#include <oktinspect/partialfile.h>
 #include <oktinspect/verifier.h>
 #include <okttext/okttextpool.h>
 
@@ -75,26 +77,42 @@ double checked(double factor)
     return factor;
 }
 
-/// Why a load has failed: the first error in the file, or the class that nobody has.
+std::string notKnown(CString const &className)
+{
+    return okt::sentence("the class {} is not known here", okt::quoted(className));
+}
+
+/// Whether it tells of an object whose class no module has.
+bool isOfUnknownClass(okt::Finding const &finding)
+{
+    using What = okt::Finding::What;
+    return finding.what == What::UnknownClass || finding.what == What::ClassNameNearly || finding.what == What::ClassNameNone ||
+           finding.what == What::ClassByRecords;
+}
+
+/// Why a load has failed: the class that nobody has, or the first error in the file.
 [[noreturn]] void refuseLoad(okt::ByteSource &source, std::string const &name)
 {
     std::optional<okt::Finding> first;
     std::optional<okt::Finding> unknown;
     okt::VerifyOptions options;
     options.onFinding = [&](okt::Finding const &finding) {
-        if (finding.code == okt::Finding::Code::UnknownClass)
-            unknown = unknown ? unknown : finding;
-        else if (finding.severity == okt::Finding::Severity::Error && !first)
+        if (isOfUnknownClass(finding) && (!unknown || finding.offset < unknown->offset))
+            unknown = finding;
+        else if (finding.severity == okt::Finding::Severity::Error && (!first || finding.offset < first->offset))
             first = finding;
     };
     okt::verify(source, options);
-    auto const told = [&](okt::Finding const &finding) {
-        return std::string(okt::Failure(name, okt::byteAt(finding.offset), okt::sentenceOf(finding)).what());
+    auto const told = [&](okt::Finding const &finding, std::string const &reason) {
+        return std::string(okt::Failure(name, okt::byteAt(finding.offset), reason).what());
     };
-    // An object of such a class has no other fault that a load could find.
-    if (unknown)
-        refuse(OKTC_UNKNOWN_CLASS, told(*unknown));
-    refuse(OKTC_DAMAGED, first ? told(*first) : okt::Failure(name, "", "a load of this file fails").what());
+    // A load stops at whichever comes first.
+    if (unknown && (!first || unknown->offset <= first->offset))
+        refuse(OKTC_UNKNOWN_CLASS, told(*unknown, notKnown(CString::FromUtf8(unknown->text("class")))));
+    if (first)
+        refuse(OKTC_DAMAGED, told(*first, okt::sentenceOf(*first)));
+    // The file was in use, or the disk failed for a moment.
+    refuse(OKTC_FAILED, okt::Failure(name, "", "it could not be loaded, though nothing is wrong with its bytes").what());
 }
 
 /// Loads, with other calls beside it. False: it failed, and not for want of memory.
@@ -125,22 +143,50 @@ void openFile(char const *path, double factor, OKTDbPool::ReadFilter filter, Okt
     *pool = hold(std::move(made));
 }
 
-/// Makes a pool of a part of a file.
-template <typename Read> void openPart(char const *path, OktcPool *pool, Read read)
+/// Why a part of a file could not be read. `ids` are the objects that were asked for, of the file's own header.
+[[noreturn]] void refusePart(std::filesystem::path const &place, IdArray (*ids)(OKTDbPool const &))
+{
+    Alone const alone;
+    std::string const name = okt::pathName(place);
+    if (okt::readableLength(place) < 1024)
+        refuse(OKTC_DAMAGED, okt::Failure(name, "", "the file is too short to be read in part").what());
+    try
+    {
+        okt::PartialFile file(place);
+        for (OKTDbObjectId const &id : ids(file.pool()))
+        {
+            okt::LoneObject const object = file.read(id, "named object");
+            if (object.missing)
+                refuse(OKTC_UNKNOWN_CLASS,
+                       okt::Failure(name, okt::byteAt(object.position), notKnown(object.frame.className)).what());
+            if (!object.fault.empty())
+                refuse(OKTC_DAMAGED, object.fault);
+        }
+    }
+    catch (okt::Failure const &failure)
+    {
+        refuse(OKTC_DAMAGED, failure.what()); // the file was there a moment ago
+    }
+    refuse(OKTC_FAILED, okt::Failure(name, "", "it could not be read, though nothing is wrong with these bytes").what());
+}
+
+/// Makes a pool of a part of a file: its header, and the objects of these ids, which `read` reads.
+template <typename Read> void openPart(char const *path, OktcPool *pool, IdArray (*ids)(OKTDbPool const &), Read read)
 {
     std::filesystem::path const place = pathOf(path);
     auto made = std::make_unique<OKTDbPool>();
     OKTDbPool::InfoMap places;
-    if (!read(*made, okt::pathText(place), places))
-    {
-        checkReports();
-        std::uintmax_t const length = okt::readableLength(place);
-        refuseFailed(OKTC_DAMAGED, okt::Failure(okt::pathName(place), "",
-                                                length < 1024 ? "the file is too short to be read in part"
-                                                              : "the header, or an object that it names, cannot be read")
-                                       .what());
-    }
+    CString const name = okt::pathText(place);
+    if (!loaded(*made, [&](OKTDbPool &it) { return it.readFileHeader(name, places) && read(it, name); }))
+        refusePart(place, ids);
     *pool = hold(std::move(made), std::move(places));
+}
+
+IdArray indexOf(OKTDbPool const &pool)
+{
+    IdArray ids;
+    ids.append(pool.indexId());
+    return ids;
 }
 
 std::string placeOf(OKTTextFault const &fault) { return fault.place(); }
@@ -166,7 +212,7 @@ OktcStatus OKTC_CALL oktcPoolOpenOnly(char const *path, double factor, char cons
         for (std::uint64_t i = 0; i < count; ++i)
         {
             OKTRuntimeClass *const *const entry = g_RuntimeClass.find(textOf(classNames[i]));
-            if (entry == nullptr)
+            if (entry == nullptr || *entry == nullptr)
                 refuse(OKTC_UNKNOWN_CLASS, std::string("there is no class of the name ") + classNames[i]);
             filter.append(*entry);
         }
@@ -200,20 +246,17 @@ OktcStatus OKTC_CALL oktcPoolLoad(void const *bytes, uint64_t length, double fac
 
 OktcStatus OKTC_CALL oktcPoolReadHeader(char const *path, OktcPool *pool)
 {
-    return call(Results(pool), [&] {
-        openPart(path, pool, [](OKTDbPool &it, CString const &name, OKTDbPool::InfoMap &places) {
-            return it.readFileHeader(name, places);
-        });
+    return call<Unlocked>(Results(pool), [&] {
+        auto const none = [](OKTDbPool const &) { return IdArray(); };
+        openPart(path, pool, none, [](OKTDbPool &, CString const &) { return true; });
     });
 }
 
 OktcStatus OKTC_CALL oktcPoolReadIndex(char const *path, OktcPool *pool)
 {
-    return call(Results(pool), [&] {
-        openPart(path, pool, [](OKTDbPool &it, CString const &name, OKTDbPool::InfoMap &places) {
+    return call<Unlocked>(Results(pool), [&] {
+        openPart(path, pool, indexOf, [](OKTDbPool &it, CString const &name) {
             // A file that names no index would give its first object in place of it.
-            if (!it.readFileHeader(name, places))
-                return false;
             if (it.indexId().isNull())
                 refuseFailed(OKTC_NOT_FOUND, "the file has no index");
             return it.readIndex(name);
@@ -223,10 +266,9 @@ OktcStatus OKTC_CALL oktcPoolReadIndex(char const *path, OktcPool *pool)
 
 OktcStatus OKTC_CALL oktcPoolReadPictures(char const *path, OktcPool *pool)
 {
-    return call(Results(pool), [&] {
-        openPart(path, pool, [](OKTDbPool &it, CString const &name, OKTDbPool::InfoMap &places) {
-            return it.readFileHeader(name, places) && it.readFilePicture(name);
-        });
+    return call<Unlocked>(Results(pool), [&] {
+        auto const pictures = [](OKTDbPool const &it) { return it.picturesId(); };
+        openPart(path, pool, pictures, [](OKTDbPool &it, CString const &name) { return it.readFilePicture(name); });
     });
 }
 

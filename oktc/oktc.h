@@ -85,7 +85,7 @@ extern "C"
         OKTC_DAMAGED = 14,        ///< the bytes are no whole pool file
         OKTC_UNKNOWN_CLASS = 15,  ///< a class that no loaded module has
         OKTC_NOT_STORABLE = 16,   ///< the pool holds what a file cannot
-        OKTC_TOO_LARGE = 17,      ///< more than 2147483647 bytes
+        OKTC_TOO_LARGE = 17,      ///< more than 2147483647 bytes, or a text of more than 65535 units of UTF-16
         OKTC_CANCELLED = 18,      ///< the function that is told of the progress ended it
         OKTC_NOT_FLUSHED = 19,    ///< the new file is in place; whether it outlives a loss of power is not certain
         OKTC_NOTHING = 20,        ///< nothing can be rescued
@@ -121,7 +121,7 @@ extern "C"
     /// An empty pool with a new id and the factor 1. The caller closes every pool that a function gives.
     OKTC_API OktcStatus OKTC_CALL oktcPoolCreate(OktcPool *pool);
     /// Loads a file, with lengths in the drawing unit of the factor. OKTC_FILE, OKTC_DAMAGED, OKTC_UNKNOWN_CLASS: no pool is
-    /// made.
+    /// made. OKTC_FAILED: the load failed, but the file shows nothing wrong; another try may do.
     OKTC_API OktcStatus OKTC_CALL oktcPoolOpen(char const *path, double factor, OktcPool *pool);
     /// The same, but only objects of these classes, or of classes derived from them, are kept. OKTC_UNKNOWN_CLASS also for a
     /// name that is no class.
@@ -133,7 +133,7 @@ extern "C"
     /// the header is read. A file of less than 1024 bytes is OKTC_DAMAGED, here and in the next two.
     OKTC_API OktcStatus OKTC_CALL oktcPoolReadHeader(char const *path, OktcPool *pool);
     /// The same with the object that serves as index, or with the pictures; lengths in metres. OKTC_NOT_FOUND: there is no
-    /// index.
+    /// index; OKTC_UNKNOWN_CLASS: no module has its class.
     OKTC_API OktcStatus OKTC_CALL oktcPoolReadIndex(char const *path, OktcPool *pool);
     OKTC_API OktcStatus OKTC_CALL oktcPoolReadPictures(char const *path, OktcPool *pool);
     /// Where an object lies in the file whose header was read, in bytes. OKTC_NOT_FOUND: the header does not say.

@@ -27,5 +27,6 @@
 #include <oktdatabase/oktsmartansistring.h>
 #include <oktdatabase/okttemplatesutil.h>
 #include <oktdatabase/okttools.h>
+#include <oktdatabase/oktversion.h>
 #include <oktdatabase/oktxmlfiler.h>
 #include <oktplatform/oktplatform.h>

@@ -6,6 +6,8 @@
 #include "support/pooljson.h"
 #include "support/sha256.h"
 
+#include <oktdatabase/oktruntimeclass.h>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -167,7 +169,9 @@ TEST_F(CFiles, Open_UnknownClass_IsNamed)
     ExpectedLeak const lost;
     OktcPool pool = 0;
     EXPECT_EQ(oktcPoolOpen(golden("unknown-class.okt").c_str(), 1.0, &pool), OKTC_UNKNOWN_CLASS);
-    EXPECT_NE(std::string(oktcLastMessage()).find("class"), std::string::npos);
+    EXPECT_TRUE(isTold("unknown-class.okt:byte 760: the class \"OKTDbNobody\" is not known here"));
+    EXPECT_EQ(oktcPoolOpen(golden("other-case.okt").c_str(), 1.0, &pool), OKTC_UNKNOWN_CLASS);
+    EXPECT_TRUE(isTold("other-case.okt:byte 1051: the class \"oktdbrelation\" is not known here"));
     char const *const names[] = {"No such"};
     EXPECT_EQ(oktcPoolOpenOnly(golden("stirrup.okt").c_str(), 1.0, names, 1, &pool), OKTC_UNKNOWN_CLASS);
     EXPECT_STREQ(oktcLastMessage(), "there is no class of the name No such");
@@ -215,13 +219,24 @@ TEST_F(CFiles, Parts_HeaderIndexPictures)
     EXPECT_EQ(idOf(objectsOf(index.pool, nullptr).at(0)), reference(index.pool, OKTC_INDEX));
 }
 
-TEST_F(CFiles, Parts_OfAShortOrMissingFile_Refused)
+TEST_F(CFiles, Parts_OfAShortMissingOrDamagedFile_Refused)
 {
+    ExpectedLeak const lost; // the object at fault
     OktcPool pool = 0;
     EXPECT_EQ(oktcPoolReadHeader(golden("empty.okt").c_str(), &pool), OKTC_DAMAGED);
     EXPECT_TRUE(isTold("empty.okt: the file is too short to be read in part"));
     EXPECT_EQ(oktcPoolReadPictures(golden("empty.okt").c_str(), &pool), OKTC_DAMAGED);
     EXPECT_EQ(oktcPoolReadIndex(path("none").c_str(), &pool), OKTC_FILE);
+    OKTRuntimeClass *const descriptor = g_RuntimeClass[u"OKTDbIndexData"]; // of another test, if any
+    g_RuntimeClass.erase(u"OKTDbIndexData");
+    EXPECT_EQ(oktcPoolReadIndex(golden("every-class.okt").c_str(), &pool), OKTC_UNKNOWN_CLASS);
+    EXPECT_NE(std::string(oktcLastMessage()).find("the class \"OKTDbIndexData\" is not known here"), std::string::npos)
+        << oktcLastMessage();
+    if (descriptor != nullptr)
+        g_RuntimeClass[u"OKTDbIndexData"] = descriptor;
+    std::string bytes = contents(golden("stirrup.okt"));
+    bytes[3571] = 11; // where the frame of the picture begins
+    EXPECT_EQ(oktcPoolReadPictures(put("damaged.okt", bytes).c_str(), &pool), OKTC_DAMAGED);
     EXPECT_EQ(oktcPoolReadHeader(put("zeros", std::string(2000, '\0')).c_str(), &pool), OKTC_DAMAGED);
     EXPECT_EQ(pool, 0u);
 }

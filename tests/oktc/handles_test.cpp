@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "oktc/answers.h"
 #include "support/files.h"
+#include "support/hookedobject.h"
 
+#include <oktdatabase/oktdbparameter.h>
 #include <oktdatabase/oktdbpool.h>
 #include <oktplatform/oktwarning.h>
 
@@ -252,6 +254,57 @@ TEST(CHandles, ReplacedPicture_ListOfPicturesHasTheIdThatStays)
     TestId const id = idOf(first);
     EXPECT_OK(oktcObjectReplace(first, other));
     EXPECT_EQ(listOf(pool.pool, OKTC_PICTURES), std::vector<TestId>{id});
+}
+
+TEST(CHandles, ObjectThatAClientsObjectTakesAway_Gone)
+{
+    Hooks const hooks;
+    TestPool pool;
+    OktcObject const other = pool.parameter();
+    pool.object("HookedObject");
+    std::string const id = idOf(other).text();
+    OktcStatus within = OKTC_OK;
+    HookedObject::s_whileWritten = [&](HookedObject const &self, OKTFiler &) {
+        OKTDbObjectId wanted(self.objectId());
+        wanted.setObject(nullptr);
+        wanted.setGuidFromString(CString::FromUtf8(id));
+        wanted.eraseObject();
+        std::uint64_t count = 0;
+        within = oktcPoolCount(pool.pool, &count);
+    };
+    image(pool.pool);
+    EXPECT_EQ(within, OKTC_BUSY);
+    expectAll(kOfObjects, other, OKTC_GONE);
+    EXPECT_EQ(pool.count(), 1u);
+}
+
+TEST(CHandles, ObjectWhoseReplacementAClientMade_GoneAndTheNewOneHasAnotherHandle)
+{
+    Hooks const hooks;
+    TestPool pool;
+    OktcObject const other = pool.parameter();
+    pool.object("HookedObject");
+    TestId const id = idOf(other);
+    std::string const text = id.text();
+    bool isDone = false;
+    HookedObject::s_whileWritten = [&](HookedObject const &self, OKTFiler &) {
+        if (std::exchange(isDone, true))
+            return;
+        OKTDbObjectId wanted(self.objectId());
+        wanted.setObject(nullptr);
+        wanted.setGuidFromString(CString::FromUtf8(text));
+        OKTDbObject *const before = wanted.getObject();
+        auto *const after = new OKTDbParameter(*OKTDbParameter::cast(before));
+        after->setObjectId(wanted);
+        self.objectId().getPool()->replaceObject(wanted, after);
+        delete before;
+    };
+    image(pool.pool);
+    expectAll(kOfObjects, other, OKTC_GONE);
+    OktcObject found = 0;
+    EXPECT_OK(oktcPoolFind(pool.pool, id.bytes, &found));
+    EXPECT_NE(found, other);
+    EXPECT_EQ(member(found, OKTC_NAME), "Cover");
 }
 
 TEST(CHandles, NullForAResult_NullArgument)
