@@ -71,7 +71,7 @@ public:
 
     /// The sheet as PNG; empty if a call failed.
     CByteArray png();
-    /// The sheet as SVG, once: it ends the drawing. Empty if a call failed.
+    /// The sheet as SVG, once: it ends the drawing. Empty if a call failed, and for a sheet of pixels.
     std::string svg();
 
 private:

@@ -157,9 +157,18 @@ CByteArray Painter::png()
 
 std::string Painter::svg()
 {
+    if (m_form != PaintForm::Lines)
+        return {};
     cairo_surface_finish(m_state->surface.get());
     m_state->written = std::max(m_state->written, cairo_surface_status(m_state->surface.get()));
-    return m_state->written == CAIRO_STATUS_SUCCESS ? m_state->lines : std::string();
+    if (m_state->written != CAIRO_STATUS_SUCCESS)
+        return {};
+    // The sheet is named by the number of surfaces that the process has had.
+    std::string text = m_state->lines;
+    std::string const name = "<g id=\"surface";
+    if (std::size_t const at = text.find(name); at != std::string::npos)
+        text.erase(at + name.size(), text.find('"', at + name.size()) - at - name.size());
+    return text;
 }
 
 } // namespace okt

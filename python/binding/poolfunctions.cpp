@@ -148,7 +148,9 @@ void takeClone(py::object pool, py::object clone, bool hasNewIds)
     OKTDbPool *copy = nullptr;
     {
         Busy const busy(core);
-        copy = sharedWork([&core, hasNewIds] {
+        copy = sharedWork([&core, hasNewIds]() -> OKTDbPool * {
+            if (unholdable(core.pool()))
+                return nullptr;
             core.pool().setBoolTranslatedIds(hasNewIds);
             OKTDbPool *const made = core.pool().clone();
             core.pool().setBoolTranslatedIds(false);
@@ -163,7 +165,7 @@ void takeClone(py::object pool, py::object clone, bool hasNewIds)
     }
     tellReports();
     if (copy == nullptr)
-        raise("Error", "the pool cannot be copied; what a file cannot hold cannot be copied either");
+        raiseUnwritable(core);
 }
 
 void copyFrom(py::object pool, py::object other)
@@ -176,11 +178,16 @@ void copyFrom(py::object pool, py::object other)
     {
         Busy const busy(core);
         Busy const alsoBusy(source);
-        isCopied = sharedWork([&] { return core.pool().copyFrom(&source.pool()); });
+        isCopied = sharedWork([&] { return !unholdable(source.pool()) && core.pool().copyFrom(&source.pool()); });
     }
     tellReports();
-    if (!isCopied)
-        raise("Error", "the pool cannot be copied; an id of it is in this pool already, or it has what a file cannot hold");
+    if (isCopied)
+        return;
+    for (OKTDbObject const *const object : source.objects())
+        if (OKTDbObject *there = nullptr; core.pool().findObject(object->objectId(), there))
+            raise("Error", "the pool cannot be copied: an object of the id " +
+                               object->objectId().getGuidAsString(false).ToUtf8() + " is here already");
+    raiseUnwritable(source);
 }
 
 /// The ids of special role.

@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import base64
+from collections.abc import Sequence
 from html import escape
 from typing import TYPE_CHECKING, Any
 
@@ -22,7 +23,7 @@ def _text(value: Any) -> str:
     return escape(shown.encode("utf-8", "replace").decode("utf-8"))
 
 
-def _rows(rows: list[tuple[str, ...]], head: tuple[str, ...]) -> str:
+def _rows(rows: Sequence[Sequence[str]], head: Sequence[str]) -> str:
     lines = ["<table><thead><tr>", *(f"<th>{each}</th>" for each in head), "</tr></thead><tbody>"]
     for row in rows:
         lines += ["<tr>", *(f"<td>{each}</td>" for each in row), "</tr>"]

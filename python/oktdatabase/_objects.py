@@ -232,7 +232,7 @@ def new_object(class_name: str) -> Object:
     >>> okt.new_object("OKTDbCategory")
     <Category '', in no pool>
     """
-    return _okt.new_object(class_name)
+    return cast(Object, _okt.new_object(class_name))
 
 
 class Parameter(Object):
@@ -260,7 +260,7 @@ class Parameter(Object):
         if value is not None:
             self.value = value
         if owner is not None:
-            self.owner = owner  # type: ignore[assignment]
+            self.owner = owner
 
     if TYPE_CHECKING:
 

@@ -49,7 +49,7 @@ def read_bytes(source: Source) -> bytes:
             raise TypeError("the file is open for text; open it with mode 'rb'")
         return bytes(data)
     with open(os.fsdecode(source), "rb") as file:  # type: ignore[arg-type]
-        return file.read()
+        return bytes(file.read())
 
 
 def save_bytes(data: bytes, target: Target) -> None:

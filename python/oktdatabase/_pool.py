@@ -191,7 +191,7 @@ class Pool(_okt.PoolCore):
         found = _okt.pool_find(self, key)
         if found is None:
             raise KeyError(key)
-        return found
+        return cast(Object, found)
 
     def get(self, key: uuid.UUID) -> Object | None:
         """The object of that id, or None.
@@ -200,7 +200,7 @@ class Pool(_okt.PoolCore):
         >>> okt.Pool().get(uuid.uuid4()) is None
         True
         """
-        return _okt.pool_find(self, key)
+        return cast("Object | None", _okt.pool_find(self, key))
 
     def __contains__(self, key: object) -> bool:
         if isinstance(key, Object):

@@ -6,13 +6,10 @@ from __future__ import annotations
 import os
 from collections.abc import Iterable
 from dataclasses import dataclass
-from typing import IO, TYPE_CHECKING, Any, Union, cast
+from typing import IO, Any, Union, cast
 
 from . import _okt, _paths
 from ._pool import Pool
-
-if TYPE_CHECKING:
-    import pandas
 
 
 @dataclass(frozen=True)
@@ -124,10 +121,11 @@ def frame(
     paths: Iterable[_paths.Source],
     names: Iterable[str] | None = None,
     unit: str = "mm",
-) -> pandas.DataFrame:
+) -> Any:
     """The same as `table` as a DataFrame of pandas. ImportError where pandas is not there."""
-    import pandas
+    import importlib
 
+    pandas = importlib.import_module("pandas")
     return pandas.DataFrame(table(paths, names, unit))
 
 

@@ -145,8 +145,9 @@ TEST(OktPreview, DrawLines_EveryExample_SvgOfItsSizeAndTheSameTwice)
         EXPECT_NE(svg->find("</svg>"), std::string::npos);
         EXPECT_GT(svg->size(), 5000u);
     }
-    EXPECT_EQ(drawLines(example("link-d12.okt")), drawLines(example("link-d12.okt")));
-    EXPECT_NE(drawLines(example("link-d12.okt")), drawLines(example("link-d16.okt")));
+    EXPECT_TRUE(drawLines(example("link-d12.okt")) ==
+                drawLines(example("link-d12.okt"))); // two of these are too long to be shown
+    EXPECT_FALSE(drawLines(example("link-d12.okt")) == drawLines(example("link-d16.okt")));
     EXPECT_FALSE(drawLines(TemplatePlan()));
 #endif
 }

@@ -3,10 +3,18 @@
 
 import os
 import pathlib
+import tempfile
 
 import pytest
 
 import oktdatabase as okt
+
+try:
+    import hypothesis.configuration
+
+    hypothesis.configuration.set_hypothesis_home_dir(tempfile.gettempdir())
+except ImportError:
+    pass
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 GOLDEN = ROOT / "tests" / "golden"
