@@ -229,6 +229,7 @@ void fillColumns(py::object pool, std::vector<std::string> const &names, py::lis
         rooms.push_back(std::make_unique<Room>(column, buffers[i], parameters.size(), sizeOf(column)));
     }
     ColumnSet set;
+    Kept const kept(core);
     for (std::size_t i = 0; i < parameters.size(); ++i)
     {
         tagVARIANT const value = parameters[i]->Value();
@@ -244,8 +245,10 @@ py::list objectColumn(py::object pool, std::string const &name)
     core.use();
     Column const column = columnOf(name);
     ColumnSet set;
+    auto const parameters = parametersOf(core);
+    Kept const kept(core);
     py::list list;
-    for (OKTDbParameter const *const one : parametersOf(core))
+    for (OKTDbParameter const *const one : parameters)
     {
         tagVARIANT const value = one->Value();
         switch (column)
@@ -260,10 +263,10 @@ py::list objectColumn(py::object pool, std::string const &name)
     return list;
 }
 
-OKTDbParameter &parameterOf(PoolCore &core, py::handle uuid)
+OKTDbParameter &parameterOf(PoolCore &core, _GUID const &guid, py::handle uuid)
 {
     OKTDbObjectId id;
-    id.setGuid(guidOf(uuid));
+    id.setGuid(guid);
     OKTDbObject *object = nullptr;
     core.pool().findObject(id, object);
     OKTDbParameter *const parameter = OKTDbParameter::cast(object);
@@ -317,9 +320,13 @@ int update(py::object pool, py::list ids, py::dict columns)
 {
     PoolCore &core = coreOf(pool);
     core.use();
-    std::vector<OKTDbParameter *> parameters;
+    std::vector<_GUID> guids;
     for (py::handle const id : ids)
-        parameters.push_back(&parameterOf(core, id));
+        guids.push_back(guidOf(id));
+    core.use();
+    std::vector<OKTDbParameter *> parameters;
+    for (std::size_t i = 0; i < guids.size(); ++i)
+        parameters.push_back(&parameterOf(core, guids[i], ids[i]));
     auto const column = [&columns](char const *name) {
         return columns.contains(name) ? std::optional<py::list>(columns[name].cast<py::list>()) : std::nullopt;
     };
@@ -331,13 +338,14 @@ int update(py::object pool, py::list ids, py::dict columns)
     auto const expressions = column("expression");
     auto const descriptions = column("description");
     int changed = 0;
+    Kept const kept(core); // what is written may be of a class with code of its own
     for (std::size_t i = 0; i < parameters.size(); ++i)
     {
         OKTDbParameter &one = *parameters[i];
         bool isChanged = false;
         if (values && !hasValue(one, (*values)[i]))
         {
-            setValue(one, (*values)[i]);
+            setValue(one, givenValue((*values)[i]));
             isChanged = true;
         }
         else if (numbers)

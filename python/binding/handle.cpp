@@ -204,7 +204,10 @@ OKTDbObject *resolveAgain(Handle &handle)
 
 PyObject *newHandle(PyObject *pool, PoolCore &core, OKTDbObject *object)
 {
+    // A finalizer that runs now may take the object out: the handle is of the epoch before.
     PyTypeObject *const type = typeOf(*object);
+    std::uint64_t const epoch = core.epoch();
+    _GUID const id = object->objectId().getGuid();
     PyObject *const self = type->tp_alloc(type, 0);
     if (self == nullptr)
         return nullptr;
@@ -212,8 +215,8 @@ PyObject *newHandle(PyObject *pool, PoolCore &core, OKTDbObject *object)
     handle.pool = Py_NewRef(pool);
     handle.core = &core;
     handle.object = object;
-    handle.epoch = core.epoch();
-    handle.id = object->objectId().getGuid();
+    handle.epoch = epoch;
+    handle.id = id;
     handle.hash = hashOf(object);
     return self;
 }
@@ -228,6 +231,7 @@ py::object handleObject(py::handle pool, PoolCore &core, OKTDbObject *object)
 
 py::list handleList(py::handle pool, PoolCore &core, OKTRuntimeClass *descriptor)
 {
+    Kept const kept(core);
     std::vector<OKTDbObject *> objects;
     if (descriptor == nullptr)
         objects = core.objects();

@@ -8,6 +8,7 @@
 #include <oktformat/valuewalk.h>
 
 #include <memory>
+#include <optional>
 
 namespace okt::python
 {
@@ -186,7 +187,14 @@ py::list recordsAt(ByteSource &source, std::int64_t begin)
 
 void addMembers(py::module_ &module)
 {
-    module.def("members_of", [](py::object self) { return membersOf(*resolve(handleOf(self))); });
+    module.def("members_of", [](py::object self) {
+        Handle &handle = handleOf(self);
+        OKTDbObject const *const object = resolve(handle);
+        std::optional<Kept> kept;
+        if (handle.core != nullptr)
+            kept.emplace(*handle.core);
+        return membersOf(*object);
+    });
     module.def("make_object", &makeObject);
     module.def("new_object", &newObject);
     module.def("make_parameter", &makeParameter);

@@ -62,6 +62,7 @@ public:
 
 private:
     friend class Busy;
+    friend class Kept;
 
     std::shared_ptr<OKTDbPool> m_pool;
     std::vector<std::shared_ptr<OKTDbPool>> m_kept;
@@ -87,6 +88,23 @@ public:
     Busy(Busy const &) = delete;
     Busy &operator=(Busy const &) = delete;
     ~Busy() { m_core.m_isBusy = false; }
+
+private:
+    PoolCore &m_core;
+};
+
+/// The same where the lock is kept: making objects of Python may run finalizers, which must not change the pool meanwhile.
+class Kept
+{
+public:
+    explicit Kept(PoolCore &core) : m_core(core)
+    {
+        core.use();
+        core.m_isBusy = true;
+    }
+    Kept(Kept const &) = delete;
+    Kept &operator=(Kept const &) = delete;
+    ~Kept() { m_core.m_isBusy = false; }
 
 private:
     PoolCore &m_core;

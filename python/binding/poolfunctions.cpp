@@ -36,8 +36,9 @@ OKTRuntimeClass *descriptorOf(std::string const &className)
 py::object find(py::object pool, py::object uuid)
 {
     PoolCore &core = coreOf(pool);
+    OKTDbObjectId const id = idOfUuid(uuid);
     OKTDbObject *object = nullptr;
-    if (!core.use().findObject(idOfUuid(uuid), object) || object == nullptr)
+    if (!core.use().findObject(id, object) || object == nullptr)
         return py::none();
     return handleObject(pool, core, object);
 }
@@ -56,6 +57,7 @@ py::list named(py::object pool, py::object name, std::optional<std::string> cons
     core.use();
     OKTRuntimeClass const *const descriptor = className ? descriptorOf(*className) : nullptr;
     CString const wanted = textOf(name);
+    Kept const kept(core);
     py::list list;
     for (OKTDbObject *const object : core.objects())
         if ((descriptor == nullptr || object->isKindOf(descriptor)) && displayName(*object) == wanted)

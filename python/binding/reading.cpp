@@ -72,13 +72,9 @@ bool readPart(py::object pool, py::object path, bool isIndex)
     PoolCore &core = pool.cast<PoolCore &>();
     CString const name = textOf(path);
     bool isRead = false;
-    double const factor = core.use().metricsFactor();
     {
         Busy const busy(core);
-        sharedWork([&] {
-            isRead = isIndex ? core.pool().readIndex(name) : core.pool().readFilePicture(name);
-            core.pool().setMetricsFactor(factor); // that of the file is set by reading its header
-        });
+        sharedWork([&] { isRead = isIndex ? core.pool().readIndex(name) : core.pool().readFilePicture(name); });
     }
     tellReports();
     return isRead;

@@ -100,10 +100,11 @@ void addElement(OKTDbGroupParameter &group, Handle const &handle, OKTDbObjectId 
 void appendReference(py::object self, std::string const &field, py::object reference)
 {
     Handle &handle = handleOf(self);
-    OKTDbObject *const object = resolve(handle);
     if (reference.is_none())
         throw py::type_error("an object or an id is wanted, not None");
+    resolve(handle);
     OKTDbObjectId const id = idFor(handle, reference);
+    OKTDbObject *const object = resolve(handle); // an id may be of a class with code of its own
     if (OKTDbParameter *const parameter = OKTDbParameter::cast(object); parameter != nullptr && field == "uses")
     {
         IdArray ids = parameter->TabParams();
@@ -126,8 +127,9 @@ void appendReference(py::object self, std::string const &field, py::object refer
 void removeReference(py::object self, std::string const &field, py::object reference)
 {
     Handle &handle = handleOf(self);
-    OKTDbObject *const object = resolve(handle);
+    resolve(handle);
     OKTDbObjectId const id = idFor(handle, reference);
+    OKTDbObject *const object = resolve(handle);
     IdArray ids = listOf(object, field);
     int const place = ids.findIndex(id);
     if (place < 0)
@@ -161,8 +163,9 @@ py::object reference(py::object self, std::string const &field)
 void setReference(py::object self, std::string const &field, py::object given)
 {
     Handle &handle = handleOf(self);
-    OKTDbObject *const object = resolve(handle);
+    resolve(handle);
     OKTDbObjectId const id = idFor(handle, given);
+    OKTDbObject *const object = resolve(handle);
     if (OKTDbCategory *const category = OKTDbCategory::cast(object))
         category->setGroupCategory(id);
     else if (OKTDbParameter &parameter = resolvedAs<OKTDbParameter>(self); field == "owner")
@@ -208,7 +211,10 @@ py::tuple pictureView(py::object self)
 
 void setPictureView(py::object self, py::object camera, py::object target, py::object up)
 {
-    resolvedAs<OKTDbPicture>(self).setCameraData(pointOf(camera), pointOf(target), pointOf(up));
+    OKTGeXYZ const from = pointOf(camera);
+    OKTGeXYZ const to = pointOf(target);
+    OKTGeXYZ const upwards = pointOf(up);
+    resolvedAs<OKTDbPicture>(self).setCameraData(from, to, upwards);
 }
 
 } // namespace

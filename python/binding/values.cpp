@@ -90,24 +90,13 @@ py::list groupValues(OKTDbGroupParameter &group)
     return values;
 }
 
-void setGroupValues(OKTDbGroupParameter &group, py::handle value)
+void setGroupValues(OKTDbGroupParameter &group, std::vector<double> const &numbers)
 {
-    auto const sequence = py::reinterpret_borrow<py::sequence>(value);
     IdArray elements;
     group.getAllElements(elements);
-    std::size_t const count = sequence.size();
-    if (count != static_cast<std::size_t>(elements.getSize()))
+    if (numbers.size() != static_cast<std::size_t>(elements.getSize()))
         throw py::value_error("the group has " + std::to_string(elements.getSize()) + " elements, and " +
-                              std::to_string(count) + " values were given");
-    std::vector<double> numbers;
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        py::object const item = sequence[i];
-        double const number = PyFloat_AsDouble(item.ptr());
-        if (number == -1.0 && PyErr_Occurred() != nullptr)
-            throw py::error_already_set();
-        numbers.push_back(number);
-    }
+                              std::to_string(numbers.size()) + " values were given");
     if (numbers.empty())
         return;
     COleSafeArray array;
@@ -115,6 +104,21 @@ void setGroupValues(OKTDbGroupParameter &group, py::handle value)
     tagVARIANT given = array.Detach();
     group.setValue(given);
     VariantClear(&given);
+}
+
+std::vector<double> numbersOf(py::handle value)
+{
+    auto const sequence = py::reinterpret_borrow<py::sequence>(value);
+    std::vector<double> numbers;
+    for (std::size_t i = 0; i < sequence.size(); ++i)
+    {
+        py::object const item = sequence[i];
+        double const number = PyFloat_AsDouble(item.ptr());
+        if (number == -1.0 && PyErr_Occurred() != nullptr)
+            throw py::error_already_set();
+        numbers.push_back(number);
+    }
+    return numbers;
 }
 
 PyObject *valueOf(PyObject *, PyObject *self)
@@ -151,7 +155,8 @@ std::array<PyMethodDef, 4> g_functions = {{{"value_of", valueOf, METH_O, "The va
 
 void setValueOf(py::object self, py::object value)
 {
-    setValue(resolvedAs<OKTDbParameter>(self), value);
+    GivenValue const given = givenValue(value);
+    setValue(resolvedAs<OKTDbParameter>(self), given);
     tellReports();
 }
 
@@ -228,40 +233,59 @@ std::optional<CString> displayName(OKTDbObject const &object)
     return std::nullopt;
 }
 
-void setValue(OKTDbParameter &parameter, py::handle value)
+GivenValue givenValue(py::handle value)
+{
+    if (PyFloat_Check(value.ptr()) != 0)
+        return PyFloat_AS_DOUBLE(value.ptr());
+    if (PyBool_Check(value.ptr()) != 0)
+        return value.ptr() == Py_True;
+    if (PyLong_Check(value.ptr()) != 0)
+        return number32(value);
+    if (PyUnicode_Check(value.ptr()) != 0)
+        return textOf(value);
+    if (value.is_none())
+        return std::monostate();
+    if (PyDateTime_Check(value.ptr()) != 0)
+        return Date{daysOf(value)};
+    if (py::str(py::type::handle_of(value).attr("__name__")).cast<std::string>() == "bool_")
+        return PyObject_IsTrue(value.ptr()) == 1;
+    if (PyIndex_Check(value.ptr()) != 0)
+        return static_cast<std::int32_t>(intOf(value));
+    if (PyBytes_Check(value.ptr()) == 0 && PyByteArray_Check(value.ptr()) == 0 && PySequence_Check(value.ptr()) != 0)
+        return numbersOf(value);
+    if (py::hasattr(value, "__float__"))
+        return py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>();
+    throw py::type_error(std::string("a parameter takes float, int, bool, str, datetime or None, not ") +
+                         Py_TYPE(value.ptr())->tp_name);
+}
+
+void setValue(OKTDbParameter &parameter, GivenValue const &value)
 {
     int const place = parameter.ListIndex();
-    if (OKTDbGroupParameter *const group = OKTDbGroupParameter::cast(&parameter))
+    auto const *const list = std::get_if<std::vector<double>>(&value);
+    OKTDbGroupParameter *const group = OKTDbGroupParameter::cast(&parameter);
+    if (group != nullptr && list == nullptr)
+        throw py::type_error("the value of a group is a list of numbers");
+    if (group == nullptr && list != nullptr)
+        throw py::type_error("a parameter takes float, int, bool, str, datetime or None, not a list");
+    if (group != nullptr)
+        setGroupValues(*group, *list);
+    else if (double const *const real = std::get_if<double>(&value))
+        parameter.setValue(*real, place);
+    else if (std::int32_t const *const whole = std::get_if<std::int32_t>(&value))
+        parameter.setValue(static_cast<int>(*whole), place);
+    else if (bool const *const flag = std::get_if<bool>(&value))
+        parameter.setValue(*flag, place);
+    else if (CString const *const text = std::get_if<CString>(&value))
+        parameter.setValue(*text, place);
+    else if (Date const *const date = std::get_if<Date>(&value))
     {
-        if (PySequence_Check(value.ptr()) == 0 || PyUnicode_Check(value.ptr()) != 0)
-            throw py::type_error("the value of a group is a list of numbers");
-        setGroupValues(*group, value);
+        tagVARIANT variant = variantOf(VT_DATE);
+        variant.dblVal = date->days;
+        parameter.setValue(variant);
     }
-    else if (PyFloat_Check(value.ptr()) != 0)
-        parameter.setValue(PyFloat_AS_DOUBLE(value.ptr()), place);
-    else if (PyBool_Check(value.ptr()) != 0)
-        parameter.setValue(value.ptr() == Py_True, place);
-    else if (PyLong_Check(value.ptr()) != 0)
-        parameter.setValue(number32(value), place);
-    else if (PyUnicode_Check(value.ptr()) != 0)
-        parameter.setValue(textOf(value), place);
-    else if (value.is_none())
-        parameter.setValue(variantOf(VT_EMPTY));
-    else if (PyDateTime_Check(value.ptr()) != 0)
-    {
-        tagVARIANT date = variantOf(VT_DATE);
-        date.dblVal = daysOf(value);
-        parameter.setValue(date);
-    }
-    else if (py::str(py::type::handle_of(value).attr("__name__")).cast<std::string>() == "bool_")
-        parameter.setValue(PyObject_IsTrue(value.ptr()) == 1, place);
-    else if (PyIndex_Check(value.ptr()) != 0)
-        parameter.setValue(intOf(value), place);
-    else if (py::hasattr(value, "__float__"))
-        parameter.setValue(py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>(), place);
     else
-        throw py::type_error(std::string("a parameter takes float, int, bool, str, datetime or None, not ") +
-                             Py_TYPE(value.ptr())->tp_name);
+        parameter.setValue(variantOf(VT_EMPTY));
 }
 
 void addValues(py::module_ &module)
@@ -273,11 +297,15 @@ void addValues(py::module_ &module)
     module.def("text_member", &textMember);
     module.def("set_text", &setText);
     module.def("set_name", &setName);
-    module.def("set_type_number",
-               [](py::object self, py::object type) { resolvedAs<OKTDbParameter>(self).setType(intOf(type)); });
+    module.def("set_type_number", [](py::object self, py::object type) {
+        int const number = intOf(type);
+        resolvedAs<OKTDbParameter>(self).setType(number);
+    });
     module.def("list_index", [](py::object self) { return resolvedAs<OKTDbParameter>(self).ListIndex(); });
-    module.def("set_list_index",
-               [](py::object self, py::object index) { resolvedAs<OKTDbParameter>(self).setListIndex(intOf(index)); });
+    module.def("set_list_index", [](py::object self, py::object index) {
+        int const number = intOf(index);
+        resolvedAs<OKTDbParameter>(self).setListIndex(number);
+    });
     module.def("is_length", [](py::object self) { return resolvedAs<OKTDbParameter>(self).isInDrawingUnits(); });
     module.def("unit_factor_of", &unitFactor);
     module.def("type_name_of_number", [](int type) { return textObject(OKTDbParameter::getNameFromType(type)); });

@@ -11,7 +11,7 @@ from typing import IO, Any, Union, cast
 from . import _okt, _paths
 from ._errors import FormatError
 from ._objects import Object, Picture
-from ._pool import Pool, Unit
+from ._pool import Pool
 
 _SMALLEST_PARTIAL = 1024  # the library refuses to read smaller files in part
 
@@ -194,16 +194,16 @@ def read_header(path: _paths.Source) -> Header:
     return Header(**_okt.header_of_file(name))
 
 
-def _read_part(path: _paths.Source, unit: Unit, is_index: bool) -> Pool | None:
+def _read_part(path: _paths.Source, is_index: bool) -> Pool | None:
     """A pool with the index or the pictures; None where the file is too small to be read in part."""
     name = _local(path)
     if name is None or os.path.getsize(name) < _SMALLEST_PARTIAL:
         return None
-    pool = Pool(unit=unit)
+    pool = Pool()
     return pool if _okt.pool_read_part(pool, name, is_index) else None
 
 
-def read_index(path: _paths.Source, unit: Unit = "m") -> Object | None:
+def read_index(path: _paths.Source) -> Object | None:
     """The index object of a file, which is all that is read of it; None where it has none.
 
     >>> import oktdatabase as okt, io
@@ -215,16 +215,16 @@ def read_index(path: _paths.Source, unit: Unit = "m") -> Object | None:
     header = read_header(path)
     if header.index is None:
         return None
-    pool = _read_part(_again(path), unit, True)
+    pool = _read_part(_again(path), True)
     if pool is None:
-        pool = Pool.open(_again(path), unit=unit)
+        pool = Pool.open(_again(path))
     found = pool.get(header.index)
     if found is None:
         raise FormatError(f"{_paths.name_of(path)}: the index is not where the header says")
     return found
 
 
-def read_pictures(path: _paths.Source, unit: Unit = "m") -> list[Picture]:
+def read_pictures(path: _paths.Source) -> list[Picture]:
     """The pictures of a file in the order of its header, which are all that is read of it.
 
     >>> import oktdatabase as okt, io
@@ -236,9 +236,9 @@ def read_pictures(path: _paths.Source, unit: Unit = "m") -> list[Picture]:
     header = read_header(path)
     if not header.pictures:
         return []
-    pool = _read_part(_again(path), unit, False)
+    pool = _read_part(_again(path), False)
     if pool is None:
-        pool = Pool.open(_again(path), unit=unit, only=[Picture])
+        pool = Pool.open(_again(path), only=[Picture])
     found = [pool.get(each) for each in header.pictures]
     if any(each is None for each in found):
         raise FormatError(f"{_paths.name_of(path)}: a picture is not where the header says")

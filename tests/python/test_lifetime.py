@@ -179,6 +179,62 @@ def test_collection_in_any_order(stirrup):
         gc.collect()
 
 
+def test_code_of_a_value_that_takes_its_object_away(small):
+    import uuid
+
+    cover, radius = small.find("Cover"), small.find("Radius")
+
+    class Number:
+        def __float__(self):
+            small.erase(cover)
+            return 1.0
+
+    with pytest.raises(okt.ObjectGone):
+        cover.value = Number()
+
+    class Key(uuid.UUID):
+        @property
+        def bytes(self):
+            if radius in small.parameters:
+                small.erase(radius)
+            return super().bytes
+
+    with pytest.raises(okt.ObjectGone):
+        radius.owner = Key(int=1)
+    assert len(small) == 1
+
+
+def test_finalizers_that_run_while_lists_are_made(small):
+    pool = okt.Pool()
+    for i in range(3000):
+        pool.add(okt.Parameter(6, value=float(i)))
+    refused = []
+
+    class Eraser:
+        def __init__(self):
+            self.own = self  # so that the collector ends it
+
+        def __del__(self):
+            try:
+                pool.erase(pool.parameters[0])
+            except okt.Error as error:
+                refused.append(error)
+
+    threshold = gc.get_threshold()
+    gc.set_threshold(50)
+    try:
+        for _ in range(20):
+            Eraser()
+            assert len([each.value for each in pool.parameters]) > 2900
+            Eraser()
+            pool.table()
+            Eraser()
+            pool.parameters[0].fields
+    finally:
+        gc.set_threshold(*threshold)
+    assert refused and len(pool) > 2900
+
+
 def test_handles_can_be_watched(small):
     cover = small.find("Cover")
     watched = weakref.ref(cover)
