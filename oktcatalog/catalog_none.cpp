@@ -30,6 +30,7 @@ void Catalog::commit() {}
 void Catalog::put(PoolRows const &) {}
 void Catalog::note(std::int64_t, FileStamp const &, std::int64_t) {}
 void Catalog::remove(std::int64_t) {}
+void Catalog::indexIds() {}
 void Catalog::addFolder(std::string const &) {}
 PoolRows Catalog::rows(std::int64_t) { return {}; }
 PoolRows Catalog::parameterRows(std::int64_t) { return {}; }

@@ -45,7 +45,6 @@ CREATE TABLE finding (file INTEGER NOT NULL, number INTEGER NOT NULL, code TEXT 
     offset INTEGER NOT NULL, object_id TEXT, message TEXT NOT NULL, PRIMARY KEY (file, number)) WITHOUT ROWID;
 CREATE TABLE folder (path TEXT PRIMARY KEY) WITHOUT ROWID;
 CREATE VIRTUAL TABLE words USING fts5(file UNINDEXED, name, text, description, expression, tokenize = 'unicode61 remove_diacritics 2');
-CREATE INDEX object_by_id ON object (object_id);
 CREATE INDEX file_by_pool ON file (pool_id);
 )";
 
@@ -75,11 +74,12 @@ std::string pathOf(fs::path const &path)
     return std::string(text.begin(), text.end());
 }
 
-/// A path that is opened to be read must be there: SQLite tells less about what is wrong. It is opened for writing all the same, where that
-/// is allowed: what a killed run left is put right by whoever comes next.
+/// A path that is opened to be read must be there: SQLite tells less about what is wrong. It is not opened for that, as another may write
+/// to it. SQLite opens it for writing all the same, where that is allowed: what a killed run left is put right by whoever comes next.
 int flagsFor(fs::path const &path, Catalog::Use use)
 {
-    if (use == Catalog::Use::Read)
+    std::error_code error;
+    if (use == Catalog::Use::Read && !fs::is_regular_file(path, error))
         readableLength(path);
     return SQLITE_OPEN_READWRITE | (use == Catalog::Use::Write ? SQLITE_OPEN_CREATE : 0);
 }
@@ -278,6 +278,15 @@ void Catalog::remove(std::int64_t file)
 {
     m_store->removeRows(file);
     m_store->statement("DELETE FROM file WHERE id = ?").bind(1, file).run();
+}
+
+void Catalog::indexIds()
+{
+    if (m_store->connection.number("SELECT count(*) FROM sqlite_master WHERE name = 'object_by_id'") != 0)
+        return;
+    begin();
+    m_store->connection.run("CREATE INDEX IF NOT EXISTS object_by_id ON object (object_id)");
+    commit();
 }
 
 void Catalog::addFolder(std::string const &path)

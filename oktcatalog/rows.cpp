@@ -32,16 +32,6 @@ void addLine(std::string &lines, std::string_view line)
     lines += line;
 }
 
-/// A type has one name, and there are few of them.
-std::string const &typeNameOf(int type)
-{
-    thread_local std::unordered_map<int, std::string> names;
-    auto const [at, isNew] = names.try_emplace(type);
-    if (isNew)
-        at->second = OKTDbParameter::getNameFromType(type).ToUtf8();
-    return at->second;
-}
-
 /// A number as a store keeps it: without a sign of zero, and only where it is one.
 std::optional<double> storedNumber(std::optional<double> number)
 {
@@ -50,7 +40,7 @@ std::optional<double> storedNumber(std::optional<double> number)
     return *number == 0 ? 0 : *number;
 }
 
-ParameterRow rowOf(StoredParameter const &parameter)
+ParameterRow rowOf(StoredParameter const &parameter, std::string const &typeName)
 {
     ParameterRow row;
     row.id = parameter.id;
@@ -58,7 +48,7 @@ ParameterRow rowOf(StoredParameter const &parameter)
     row.owner = parameter.owner;
     row.name = parameter.name;
     row.type = parameter.type;
-    row.typeName = typeNameOf(parameter.type);
+    row.typeName = typeName;
     row.listIndex = parameter.listIndex;
     if (parameter.listIndex != 0)
         row.listCode = OKTDbParameter::encodeListIndex(parameter.listIndex).ToUtf8();
@@ -163,6 +153,15 @@ private:
             refer(from, to->id, role);
     }
 
+    /// A type has one name, and a file has few types.
+    std::string const &typeName(int type)
+    {
+        auto const [at, isNew] = m_typeNames.try_emplace(type);
+        if (isNew)
+            at->second = OKTDbParameter::getNameFromType(type).ToUtf8();
+        return at->second;
+    }
+
     void header()
     {
         if (!m_pool.header.isWhole)
@@ -186,7 +185,7 @@ private:
         {
             m_rows.objects.push_back(
                 {parameter.id, parameter.className, parameter.name, parameter.begin, parameter.end - parameter.begin});
-            m_rows.parameters.push_back(okt::rowOf(parameter));
+            m_rows.parameters.push_back(okt::rowOf(parameter, typeName(parameter.type)));
             ParameterRow const &row = m_rows.parameters.back();
             std::optional<double> const number = parameter.number();
             m_isExact = m_isExact && (!number || (*number == *number && std::signbit(*number) == std::signbit(*row.number)));
@@ -231,6 +230,7 @@ private:
     StoredTemplate m_pool;
     PoolRows &m_rows;
     bool m_isExact = true;
+    std::unordered_map<int, std::string> m_typeNames;
 };
 
 } // namespace

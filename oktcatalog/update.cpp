@@ -59,6 +59,7 @@ public:
             change([&] { m_catalog.remove(file); });
         m_result.removed += static_cast<std::int64_t>(m_removed.size());
         end();
+        m_catalog.indexIds();
         return m_result;
     }
 

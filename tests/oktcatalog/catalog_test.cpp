@@ -378,4 +378,31 @@ TEST_F(CatalogStore, Cancelled_WhatWasThereStays)
     EXPECT_EQ(differences({found()}), std::vector<Kind>());
 }
 
+TEST_F(CatalogStore, FirstBuildCutShort_IdsAreFoundAndTheNextRunIndexesThem)
+{
+    std::string const indexes = "SELECT count(*) FROM sqlite_master WHERE name = 'object_by_id'";
+    std::string const wanted = "{9B38EB57-18BC-4FFE-8B5E-E30D431643D5}";
+    std::string const bytes = contents(golden("stirrup.okt"));
+    put("a.okt", bytes);
+    okt::PoolRows rows = okt::rowsOf(bytes, options().digestOf);
+    okt::addFindings(rows, bytes, options().moduleOf);
+    rows.path = file("a.okt");
+    rows.modifiedNs = kLongAgo;
+    rows.lookedNs = kLongAgo + 1000 * kSecond;
+    {
+        Catalog store(catalog(), Catalog::Use::Write);
+        store.begin();
+        store.put(rows);
+        store.commit();
+        EXPECT_EQ(store.findId(wanted).size(), 1u);
+    }
+    EXPECT_EQ(asked(indexes), "0\n");
+
+    okt::UpdateResult const result = update();
+    EXPECT_EQ(result.added + result.changed, 0);
+    EXPECT_EQ(asked(indexes), "1\n");
+    EXPECT_EQ(Catalog(catalog(), Catalog::Use::Read).findId(wanted).size(), 1u);
+    EXPECT_EQ(differences({found()}), std::vector<Kind>());
+}
+
 } // namespace
