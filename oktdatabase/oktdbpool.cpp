@@ -25,8 +25,8 @@ constexpr char16_t kPictureClass[] = u"OKTDbPicture";
 int pictureClass()
 {
     static int const number = [] {
-        OKTRuntimeClass *const *const descriptor = g_RuntimeClass.find(kPictureClass);
-        return descriptor == nullptr ? -1 : (*descriptor)->ClassCounter();
+        OKTRuntimeClass const *const descriptor = OktFindClass(kPictureClass);
+        return descriptor == nullptr ? -1 : descriptor->ClassCounter();
     }();
     return number;
 }

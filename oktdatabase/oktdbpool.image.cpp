@@ -47,9 +47,9 @@ public:
             CString className;
             if (!filer.findClassName(className))
                 return false;
-            OKTRuntimeClass *const *const entry = g_RuntimeClass.find(className);
+            OKTRuntimeClass *const found = OktFindClass(className);
             known = m_end == m_known.end() ? m_end - 1 : m_end++;
-            *known = {place, entry == nullptr ? nullptr : *entry};
+            *known = {place, found};
         }
         std::iter_swap(m_known.begin(), known);
         descriptor = m_known.front().descriptor;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+class CString;
 class OKTDbObject;
 class OKTRuntimeClass;
 class OktArena;
@@ -12,6 +13,9 @@ class OktArena;
 bool OktIsOwnClass(OKTRuntimeClass const &descriptor);
 /// An object of exactly that class: a class that derives from it without a descriptor of its own is no own class.
 bool OktIsOwnObject(OKTDbObject const &object);
+/// The descriptor of that name in g_RuntimeClass, or null. How the library itself looks there: meanwhile another thread may load a client
+/// module, which enters its own.
+OKTRuntimeClass *OktFindClass(CString const &className);
 /// A new object to be read from a stream, as `CreateObject` makes it: owned by the caller, or null. One of the class that most objects
 /// belong to comes from the arena, where that has memory.
 OKTDbObject *OktMakeToRead(OKTRuntimeClass &descriptor, OktArena &arena);

@@ -6,12 +6,14 @@
 #include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/okttools.h>
 
+#include <mutex>
 #include <typeinfo>
 
 namespace
 {
 int s_nextClassCounter = 0;
 int s_ownClasses = 0;
+constinit std::mutex s_registryLock; // descriptors are made before any constructor of this source has run
 } // namespace
 
 bool OktIsOwnClass(OKTRuntimeClass const &descriptor)
@@ -25,6 +27,13 @@ bool OktIsOwnObject(OKTDbObject const &object)
     return OktIsOwnClass(descriptor) && typeid(object) == typeid(*descriptor.m_prototype);
 }
 
+OKTRuntimeClass *OktFindClass(CString const &className)
+{
+    std::lock_guard const lock(s_registryLock);
+    OKTRuntimeClass *const *const entry = g_RuntimeClass.find(className);
+    return entry == nullptr ? nullptr : *entry;
+}
+
 void OktEndOwnClasses() { s_ownClasses = s_nextClassCounter; }
 
 OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDbObject *prototype,
@@ -32,7 +41,10 @@ OKTRuntimeClass::OKTRuntimeClass(CString className, CString baseClassName, OKTDb
 {
     try
     {
-        if (className.IsEmpty() || prototype == nullptr || g_RuntimeClass.contains(className))
+        if (className.IsEmpty() || prototype == nullptr)
+            return;
+        std::lock_guard const lock(s_registryLock);
+        if (g_RuntimeClass.contains(className))
             return;
         // The entry outlives the module of the descriptor, so it must not wrap a literal there.
         CString const name = className.Owned();

@@ -48,5 +48,6 @@ private:
     int m_classCounter = -1;
 };
 
-/// All descriptors of the process by class name, not owned.
+/// All descriptors of the process by class name, not owned. The library enters and finds them under a lock of its own; whoever looks here
+/// has to know that no module is loaded meanwhile.
 extern OKT_API OKTMap<CString, OKTRuntimeClass *, CString const &, OKTRuntimeClass *const &> g_RuntimeClass;

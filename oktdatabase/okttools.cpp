@@ -3,6 +3,7 @@
 
 #include <oktdatabase/oktcrashhandler.h>
 #include <oktdatabase/oktdbobject.h>
+#include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/oktruntimeclass.h>
 #include <oktplatform/oktwidegroups.h>
 
@@ -37,10 +38,10 @@ OKT_ANSWER_ZERO
 bool OKTTools::getObjectFromClassName(CString const &className, OKTDbObject *&object)
 try
 {
-    OKTRuntimeClass *const *const descriptor = g_RuntimeClass.find(className);
-    if (descriptor == nullptr || *descriptor == nullptr)
+    OKTRuntimeClass const *const descriptor = OktFindClass(className);
+    if (descriptor == nullptr)
         return false;
-    object = (*descriptor)->CreateObject();
+    object = descriptor->CreateObject();
     return object != nullptr;
 }
 OKT_ANSWER_ZERO

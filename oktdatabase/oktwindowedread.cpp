@@ -138,8 +138,9 @@ public:
             CString className;
             if (!window.stream().findClassName(className))
                 return false;
-            OKTRuntimeClass *const *const entry = g_RuntimeClass.find(className);
-            descriptor = entry == nullptr || !OktIsOwnClass(**entry) ? nullptr : *entry;
+            descriptor = OktFindClass(className);
+            if (descriptor != nullptr && !OktIsOwnClass(*descriptor))
+                descriptor = nullptr;
             int const size = kHead + (head[2] | head[3] << 8); // which is in the window, as the name is
             if (size > kRoom)
                 return true;
