@@ -48,6 +48,11 @@ if(okt_takes_gnu_options)
     add_compile_options(${okt_prefix_map}=${PROJECT_BINARY_DIR}=build ${okt_prefix_map}=${PROJECT_SOURCE_DIR}/=)
 endif()
 
+# Files of more than two gigabytes, where a machine of 32 bits has to be told.
+if(UNIX AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    add_compile_definitions(_FILE_OFFSET_BITS=64)
+endif()
+
 if(OKT_SANITIZE)
     add_compile_options(-fsanitize=${OKT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${OKT_SANITIZE})

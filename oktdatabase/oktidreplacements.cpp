@@ -50,7 +50,7 @@ OKTIdReplacements::Place &OKTIdReplacements::placeOf(_GUID const &guid)
 {
     static constexpr _GUID kFree = {};
     std::size_t const mask = m_places.size() - 1;
-    std::size_t at = scattered(guid) & mask;
+    std::size_t at = static_cast<std::size_t>(scattered(guid)) & mask;
     while (!areEqual(m_places[at].id, kFree) && !areEqual(m_places[at].id, guid))
         at = (at + 1) & mask;
     return m_places[at];

@@ -64,7 +64,7 @@ bool OKTTextTable::find(OKTStoredText const &stored, CString &text)
         return true;
     }
     std::size_t const size = 2 * static_cast<std::size_t>(stored.count);
-    CString &place = m_texts[(scattered(stored) >> 40) & m_mask];
+    CString &place = m_texts[static_cast<std::size_t>(scattered(stored) >> 40) & m_mask];
     OktTextView const known = place.View();
     if (known.size() == static_cast<std::size_t>(stored.count) && std::memcmp(known.data(), stored.units, size) == 0)
     {

@@ -8,7 +8,7 @@
 // The platform's variants, system strings and safe arrays, as far as the library and its clients use them. Names, result
 // codes and ownership are the published ones.
 
-static_assert(sizeof(tagVARIANT) == 24);
+static_assert(sizeof(tagVARIANT) == 8 + 2 * sizeof(void *));
 
 /// What COleSafeArray throws.
 class OKT_API COleException

@@ -93,8 +93,8 @@ inline constexpr USHORT FADF_HAVEVARTYPE = 0x0080;
 inline constexpr USHORT FADF_BSTR = 0x0100;
 inline constexpr USHORT FADF_VARIANT = 0x0800;
 
-/// A kind and eight data bytes, which can be read as a double whatever the kind. A plain structure of 24 bytes without constructor
-/// and destructor: VariantInit and VariantClear take their place.
+/// A kind and eight data bytes, which can be read as a double whatever the kind. A plain structure of 24 bytes (16 where an address
+/// has four) without constructor and destructor: VariantInit and VariantClear take their place.
 struct tagVARIANT
 {
     struct Record
@@ -133,7 +133,7 @@ struct tagVARIANT
 using VARIANT = tagVARIANT;
 using VARIANTARG = tagVARIANT;
 
-static_assert(sizeof(tagVARIANT) == 24 && std::is_trivial_v<tagVARIANT>);
+static_assert(sizeof(tagVARIANT) == 8 + 2 * sizeof(PVOID) && std::is_trivial_v<tagVARIANT>);
 
 /// Makes a variant VT_EMPTY with zero data, whatever it held.
 OKT_API void VariantInit(VARIANTARG *variant);
