@@ -109,6 +109,7 @@ public:
     void note(std::int64_t file, FileStamp const &stamp, std::int64_t lookedNs);
     void remove(std::int64_t file);
     void addFolder(std::string const &path);
+    void removeFolder(std::string const &path);
     /// Makes the index that findId() uses, in a transaction of its own, where it is not there yet. Ids come in no order: sorted once behind
     /// a first build it costs less than kept in order during it. Without it ids are found, too, but slowly.
     void indexIds();

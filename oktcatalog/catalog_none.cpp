@@ -32,6 +32,7 @@ void Catalog::note(std::int64_t, FileStamp const &, std::int64_t) {}
 void Catalog::remove(std::int64_t) {}
 void Catalog::indexIds() {}
 void Catalog::addFolder(std::string const &) {}
+void Catalog::removeFolder(std::string const &) {}
 PoolRows Catalog::rows(std::int64_t) { return {}; }
 PoolRows Catalog::parameterRows(std::int64_t) { return {}; }
 std::vector<std::int64_t> Catalog::filesWith(std::function<bool(std::string_view)> const &, IdTexts) { return {}; }

@@ -294,6 +294,11 @@ void Catalog::addFolder(std::string const &path)
     m_store->statement("INSERT OR IGNORE INTO folder (path) VALUES (?)").bind(1, path).run();
 }
 
+void Catalog::removeFolder(std::string const &path)
+{
+    m_store->statement("DELETE FROM folder WHERE path = ?").bind(1, path).run();
+}
+
 void Catalog::put(PoolRows const &rows)
 {
     Store &store = *m_store;

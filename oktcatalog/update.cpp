@@ -52,7 +52,9 @@ public:
                         m_removed.push_back(file.id);
         std::vector<std::string> const known = m_catalog.folders();
         for (FoundFolder const &folder : m_folders)
-            if (!std::binary_search(known.begin(), known.end(), folder.path))
+            if (folder.isGone)
+                change([&] { m_catalog.removeFolder(folder.path); });
+            else if (!std::binary_search(known.begin(), known.end(), folder.path))
                 change([&] { m_catalog.addFolder(folder.path); });
         read();
         for (std::int64_t const file : m_removed)

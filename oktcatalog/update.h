@@ -23,6 +23,7 @@ struct FoundFolder
     std::string path;
     bool isWhole = true; ///< false: some of it could not be read, so that nothing of it is taken for gone
     std::vector<FoundFile> files;
+    bool isGone = false; ///< it was looked through before, and goes from the catalogue with all rows below it
 };
 
 struct UpdateOptions

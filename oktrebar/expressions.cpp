@@ -224,7 +224,7 @@ LengthUnit const *TemplateExpressions::decidedUnit() const
     }
     std::ptrdiff_t const most = *std::max_element(kept.begin(), kept.end());
     for (StoredParameter const &parameter : m_pool.parameters)
-        if (parameter.isDiameter())
+        if (parameter.isDiameter() && *parameter.number() > 0)
         {
             LengthUnit const &likely = unitOfDiameter(*parameter.number());
             for (std::size_t i = 0; i < units.size(); ++i)

@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/sentence.h>
+#include <oktformat/text.h>
 
 #include <algorithm>
 #include <cmath>
@@ -38,6 +39,21 @@ double figureOf(TemplatePlan const &plan, ParameterKey const &key)
     return *value;
 }
 
+namespace
+{
+
+/// Of a bend: a bar that goes round more than once is none that is made.
+double angleOf(TemplatePlan const &plan, ParameterKey const &key)
+{
+    constexpr double kMost = 360;
+    double const angle = figureOf(plan, key);
+    if (!(std::abs(angle) <= kMost))
+        throw Failure(plan.fileName, "", sentence("an angle of {} degrees cannot be drawn", number(angle)));
+    return angle;
+}
+
+} // namespace
+
 BarFigures figuresOf(TemplatePlan const &plan)
 {
     auto const figure = [&plan](int type, int listIndex) { return figureOf(plan, {type, listIndex}); };
@@ -49,8 +65,8 @@ BarFigures figuresOf(TemplatePlan const &plan)
     bar.length = figure(kLength, endsAreLegs ? 2 : 1);
     if (plan.kind == TemplateKind::Link)
         bar.width = figure(kLength, 2);
-    bar.first = {figure(kHookAngle1, 0), figure(kExtension1, 0)};
-    bar.second = {figure(kHookAngle2, 0), figure(kExtension2, 0)};
+    bar.first = {angleOf(plan, {kHookAngle1, 0}), figure(kExtension1, 0)};
+    bar.second = {angleOf(plan, {kHookAngle2, 0}), figure(kExtension2, 0)};
     return bar;
 }
 
@@ -72,7 +88,7 @@ BarLine bentLine(TemplatePlan const &plan)
     double const radius = figureOf(plan, {kBendingRadius, 0});
     std::vector<Bf2dLeg> legs;
     for (int i = 1; plan.find({kLength, i}) != nullptr; ++i)
-        legs.push_back({figureOf(plan, {kLength, i}), figureOf(plan, {kHookAngle1, i})});
+        legs.push_back({figureOf(plan, {kLength, i}), angleOf(plan, {kHookAngle1, i})});
     std::vector<double> const straights = straightsOf(legs, radius, diameter);
     auto const drawn = [&](Point start) {
         BarLine line(start, 0);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
 
 namespace okt
@@ -84,6 +85,7 @@ public:
     {
         std::string const expression = text(kQuantityExpression);
         std::vector<Run> runs;
+        std::int64_t bars = 0;
         char const *at = expression.data();
         char const *const end = at + expression.size();
         while (at != end)
@@ -95,10 +97,19 @@ public:
             auto const [behind, wrongSpacing] = readNumber(times + 1, end, run.spacing);
             if (wrongSpacing != std::errc() || !(run.spacing > 0))
                 refuse(kQuantityExpression);
+            checkBars(bars += run.count);
             runs.push_back(run);
             at = std::find_if(behind, end, [](char c) { return c != ' '; });
         }
         return runs;
+    }
+
+    /// A figure of a file may be any; so many bars are drawn in no time, and more are no template.
+    void checkBars(std::int64_t count) const
+    {
+        constexpr std::int64_t kMost = 10'000;
+        if (count > kMost)
+            throw Failure(m_plan.fileName, "", sentence("{} bars are too many to be drawn", count));
     }
 
     TemplatePlan const &plan() const { return m_plan; }
@@ -338,6 +349,8 @@ Box drawMesh(Canvas &canvas, Figures const &figures)
     double const spacingB = figures.real(kSpacing, 2);
     int const barsA = figures.whole(kNumber, 1);
     int const barsB = figures.whole(kNumber, 2);
+    figures.checkBars(barsA);
+    figures.checkBars(barsB);
     heading(canvas, figures, sentence("d = {}, {} bars A along, {} bars B across", figures.length(diameter), barsA, barsB));
     Box const shape = *previewShape(figures.plan());
     auto const sheet = [&](View const &view) {

@@ -75,6 +75,22 @@ TEST_F(OktCatalog, Update_NewChangedRemoved)
     EXPECT_FALSE(fs::exists(pathOf(path(".c.okc.okt-lock"))));
 }
 
+TEST_F(OktCatalog, FolderThatIsGone_LeavesTheCatalogue)
+{
+    take("link-d12.okt");
+    fs::create_directory(pathOf(path("more")));
+    fs::copy_file(pathOf(path("lib/link-d12.okt")), pathOf(path("more/a.okt")));
+    done({"catalog", "update", catalog(), path("lib"), path("more")});
+    fs::rename(pathOf(path("more")), pathOf(path("other")));
+    EXPECT_EQ(done({"catalog", "update", catalog(), path("more")}), "0 files: 0 new, 0 changed, 1 removed\n");
+    EXPECT_EQ(sql("SELECT path FROM file"), "lib/link-d12.okt\n");
+    EXPECT_EQ(sql("SELECT count(*) FROM folder"), "1\n");
+    ProcessResult const again = runOkt({"catalog", "update", catalog(), path("more")});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_EQ(shortened(again.err), "okt: more: this is no folder\n");
+    EXPECT_EQ(done({"catalog", "verify", catalog()}), "1 file, 0 differences\n");
+}
+
 TEST_F(OktCatalog, Columns_AsTheyArePromised)
 {
     take("link-d12.okt");

@@ -106,6 +106,11 @@ TEST_F(OktSet, Where_OnlyThoseThatFulfilIt)
               "okt: no template fulfils \"Diameter>50 mm\": nothing is changed\n");
     EXPECT_EQ(refused({path("lib"), "--where", "Diameter>", "Cover=40 mm"}, 2),
               "okt: --where: column 10: a value is missing behind the comparison; see \"okt set --help\"\n");
+    // As a script has it whose variable is empty: it means no template, and not all of them.
+    EXPECT_EQ(refused({path("lib"), "--where", "", "Cover=40 mm"}, 2),
+              "okt: --where: the condition is empty; see \"okt set --help\"\n");
+    EXPECT_EQ(refused({path("lib"), "--where", " ", "Cover=40 mm"}, 2),
+              "okt: --where: the condition is empty; see \"okt set --help\"\n");
     EXPECT_EQ(refused({path("lib"), "--where", "Number>3 mm", "Cover=40 mm"}),
               "okt: lib/hooked-d20.okt: --where, column 8: \"Number\" is a plain number, and \"3 mm\" is none\n"
               "okt: lib/link-d12.okt: --where, column 8: \"Number\" is a plain number, and \"3 mm\" is none\n"
@@ -138,6 +143,32 @@ TEST_F(OktSet, WrongValues_RefusedBeforeAnythingIsWritten)
     EXPECT_EQ(done({"set", link, "Cover=35", "--unit", "mm", "-q"}), "1 template: 1 changed\n");
 }
 
+TEST_F(OktSet, DiameterThatTellsAnotherUnit_Refused)
+{
+    std::string const bar = take("bar-records-1.okt");
+    EXPECT_EQ(refused({bar, "Diameter=2.5 mm"}),
+              "okt: lib/bar-records-1.okt: with these values the template would be read as one in in, and it is one in mm\n"
+              "okt: nothing is changed\n");
+    done({"set", bar, "Diameter=0 mm"});
+    EXPECT_EQ(done({"get", bar, "Diameter"}), "0 mm\n");
+    done({"set", bar, "Diameter=16 mm"});
+    EXPECT_EQ(done({"get", bar, "Diameter"}), "16 mm\n");
+    EXPECT_EQ(done({"get", bar, "Diameter", "--unit", "in"}), "0.629921259843 in\n");
+}
+
+TEST_F(OktSet, FiguresThatNobodyDraws_PictureKeptAtOnce)
+{
+    std::string const kept = ": kept, and perhaps out of date: okt does not draw such a template\n";
+    std::string const link = take("link-d12.okt");
+    EXPECT_THAT(done({"set", link, "Quantity expression=2000000000x1 mm"}), HasSubstr(kept));
+    EXPECT_THAT(done({"set", take("link-d16.okt"), "Hook angle 1=1000000000"}), HasSubstr(kept));
+    EXPECT_THAT(done({"set", take("hooked-d8.okt"), "Hook angle 2=-1000000000"}), HasSubstr(kept));
+    EXPECT_THAT(done({"set", take("mesh-d6.okt"), "Number A=2000000000"}), HasSubstr(kept));
+    EXPECT_THAT(done({"set", take("bar-records-1.okt"), "Bend 1=1000000000"}), HasSubstr(kept));
+    EXPECT_THAT(done({"set", link, "Diameter=14 mm"}), HasSubstr("Diameter: 12 mm -> 14 mm\n")) << "from there on, too";
+    runOkt({"lint", "--pictures", path("lib")});
+}
+
 TEST_F(OktSet, DryRun_DiffAndNothingWritten)
 {
     std::string const link = take("link-d12.okt");
@@ -158,6 +189,19 @@ TEST_F(OktSet, Backup_TheFileAsItWas)
     EXPECT_EQ(contents(pathOf(link + ".bak")), before);
     EXPECT_NE(contents(pathOf(link)), before);
     EXPECT_EQ(std::distance(fs::directory_iterator(pathOf(path("lib"))), {}), 2); // no lock, nothing half-written
+}
+
+TEST_F(OktSet, BackupOfAFileThatCannotBeWritten_TheOlderStays)
+{
+    std::string const link = take("link-d12.okt");
+    std::string const before = contents(pathOf(link));
+    done({"set", link, "Cover=35 mm", "--backup"});
+    done({"set", link, "Cover=36 mm"});
+    fs::permissions(pathOf(link), fs::perms::owner_read);
+    ProcessResult const result = runOkt({"set", link, "Cover=37 mm", "--backup", "-q"});
+    EXPECT_EQ(shortened(result.err), "okt: lib/link-d12.okt: the file is write-protected\n");
+    fs::permissions(pathOf(link), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(contents(pathOf(link + ".bak")), before);
 }
 
 TEST_F(OktSet, Json_WhatChanged)

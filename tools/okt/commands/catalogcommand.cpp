@@ -48,6 +48,31 @@ private:
     bool m_isAny = false;
 };
 
+/// The folder as the catalogue knows it, where that has looked through it and nothing has that name now; empty: it is not so.
+std::string goneFolder(std::filesystem::path const &catalog, std::string const &folder)
+{
+    std::error_code error;
+    std::filesystem::path const name = utf8Path(folder);
+    if (std::filesystem::symlink_status(name, error).type() != std::filesystem::file_type::not_found ||
+        !std::filesystem::is_regular_file(catalog, error))
+        return "";
+    std::filesystem::path const real = std::filesystem::weakly_canonical(std::filesystem::absolute(name, error), error);
+    if (error)
+        return "";
+    std::string path = genericName(real);
+    while (path.size() > 1 && path.ends_with('/'))
+        path.pop_back();
+    std::vector<std::string> const known = Catalog(catalog, Catalog::Use::Read).folders();
+    return std::find(known.begin(), known.end(), path) == known.end() ? "" : path;
+}
+
+/// A file that is not seen, since its folder may not be looked into.
+bool isOutOfReach(std::string const &path)
+{
+    std::error_code error;
+    return !std::filesystem::exists(utf8Path(path), error) && error == std::errc::permission_denied;
+}
+
 int updateCatalog(Options const &options)
 {
     std::filesystem::path const path = utf8Path(options.catalog);
@@ -56,7 +81,11 @@ int updateCatalog(Options const &options)
         Catalog(path, Catalog::Use::Write); // throws
     std::vector<FoundFolder> folders;
     for (std::string const &folder : options.operands)
-        folders.push_back(foundIn(folder, faults.hearing()));
+    {
+        std::string const gone = isFolder(folder) ? "" : goneFolder(path, folder);
+        folders.push_back(gone.empty() ? foundIn(folder, faults.hearing())
+                                       : FoundFolder{.path = gone, .files = {}, .isGone = true});
+    }
     EditLock const lock(path);
     UpdateResult const result = update(path, folders, catalogOptions(faults.hearing()));
     std::string text = plural(result.files, "file") + ": " + std::to_string(result.added) + " new, " +
@@ -231,7 +260,12 @@ int verifyCatalog(Options const &options)
         if (difference.kind == CatalogDifference::Kind::Unread)
             printError(difference.fault);
         else if (!options.isQuiet)
-            text += printable(std::string_view(shownPath(difference.path))) + ": " + wordOf(difference.kind) + "\n";
+        {
+            using Kind = CatalogDifference::Kind;
+            bool const isHidden = difference.kind == Kind::Gone && isOutOfReach(difference.path);
+            Kind const kind = isHidden ? Kind::Unread : difference.kind;
+            text += printable(std::string_view(shownPath(difference.path))) + ": " + wordOf(kind) + "\n";
+        }
     std::int64_t const files = static_cast<std::int64_t>(catalog.files().size());
     print(text + plural(files, "file") + ", " + plural(static_cast<std::int64_t>(differences.size()), "difference") + "\n");
     return fault.empty() && differences.empty() && !faults.isAny() ? kDone : kFailed;

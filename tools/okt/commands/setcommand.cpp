@@ -196,7 +196,21 @@ private:
         {
             throw Failure(file, "", refused.what());
         }
+        if (task.made)
+            checkUnit(task);
         return task;
+    }
+
+    /// A file does not say its unit: the diameter and the expressions tell it, and have to tell the same one behind the change.
+    static void checkUnit(Task const &task)
+    {
+        ByteSource source{std::string_view(task.made->bytes)};
+        StoredTemplate const after = readTemplate(source);
+        LengthUnit const &read = TemplateExpressions(after).unit();
+        if (&read != task.drawn)
+            throw Failure(task.file, "",
+                          sentence("with these values the template would be read as one in {}, and it is one in {}", read.name,
+                                   task.drawn->name));
     }
 
     ChangedValues givenValues(Task const &task) const
@@ -304,17 +318,18 @@ private:
 
     void write(fs::path const &path, Task const &task) const
     {
+        OutputFile file(path, true);
+        file.write(task.made->bytes);
+        file.close();
+        // An older copy goes only where nothing but the last step can fail.
         if (m_options.keepsBackup)
-        {
-            fs::path backup = path;
-            backup += ".bak";
-            put(backup, task.bytes);
-        }
-        put(path, task.made->bytes);
+            backUp(path, task.bytes);
+        file.commit();
     }
 
-    static void put(fs::path const &path, std::string const &bytes)
+    static void backUp(fs::path path, std::string const &bytes)
     {
+        path += ".bak";
         OutputFile file(path, true);
         file.write(bytes);
         file.close();

@@ -19,7 +19,10 @@ DeclaredOption addWhere(DeclaredCommand const &command, std::string &where)
     return command
         .option("--where", where,
                 "only templates that fulfil this, such as: Diameter>=16 mm and (\"Shape code\"=51 or not Cover<30 mm)")
-        .valueName("CONDITION");
+        .valueName("CONDITION")
+        .checkedBy([](std::string const &text) {
+            return text.find_first_not_of(' ') == std::string::npos ? "the condition is empty" : "";
+        });
 }
 
 Condition whereCondition(std::string const &text, LengthUnit const &plain)

@@ -22,12 +22,6 @@ namespace
 
 namespace fs = std::filesystem;
 
-std::string genericName(fs::path const &path)
-{
-    std::u8string const text = path.generic_u8string();
-    return std::string(text.begin(), text.end());
-}
-
 std::optional<FileStamp> stampOf(std::string const &path)
 {
     std::optional<FileTimes> const times = fileTimes(utf8Path(path));
@@ -35,6 +29,12 @@ std::optional<FileStamp> stampOf(std::string const &path)
 }
 
 } // namespace
+
+std::string genericName(fs::path const &path)
+{
+    std::u8string const text = path.generic_u8string();
+    return std::string(text.begin(), text.end());
+}
 
 UpdateOptions catalogOptions(OnFault const &onFault)
 {

@@ -6,6 +6,7 @@
 #include <oktcatalog/update.h>
 #include <oktrebar/lengthunit.h>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,9 @@ namespace okt
 
 /// What the library asks of the system and of whoever has a digest.
 UpdateOptions catalogOptions(OnFault const &onFault);
+
+/// A path with slashes, in UTF-8.
+std::string genericName(std::filesystem::path const &path);
 
 /// The pool files of a folder as a catalogue names them. Throws Failure where there is no such folder.
 FoundFolder foundIn(std::string const &folder, OnFault const &onFault);
