@@ -381,13 +381,14 @@ def apply(
     path = os.path.join(place, JOURNAL)
     with _folder(place, ("journal", "done"), JOURNAL):
         state = _read_json(path)
-        if state is not None and state["key"] != job.key and state["state"] != "checked":
+        if state is not None and state["key"] != job.key and (state["state"] != "checked" or state["done"]):
             raise Error(f"{place}: the journal there is of other rules; name another folder")
         with engine(scheduler, workers, processes) as run:
             if state is not None and state["state"] == "writing" and not dry_run:
                 shards = [compact(shard) for shard in state["shards"]]
                 for shard in state["shards"]:
-                    _take(applied, shard, [])
+                    record = _read_json(os.path.join(place, RECORDS, f"{shard['name']}.json"))
+                    _take(applied, shard, record["named"] if record is not None else [])
             else:
                 shards = _check(job, listing, state, shard_files, run, applied)
             state = _read_json(path)
@@ -433,7 +434,8 @@ def _check(
     )
     listing.check()
     _put_manifest(path, _head(job, listing.roots, "checked", done), shards)
-    kept = _kept(shards) | {f"done/part-{name}.jsonl" for names in done for name in names}
+    written = [name for names in done for name in names]
+    kept = _kept(shards) | {f"{folder}/part-{name}.jsonl" for name in written for folder in ("journal", "done")}
     _sweep(job.out, ("journal", "done", RECORDS), kept)
     return shards
 
