@@ -8,7 +8,6 @@
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
 #include <oktformat/guids.h>
-#include <oktinspect/moduletext.h>
 #include <oktrebar/condition.h>
 #include <oktrebar/parametervalue.h>
 #include <oktrebar/templaterules.h>
@@ -86,7 +85,8 @@ py::tuple catalogLines(py::bytes data, std::string const &digest, py::object pat
     }
     if (!rows.isPlain)
     {
-        soleWork([&] { addFindings(rows, bytes, moduleNaming); });
+        // No module is looked for: which ones a machine has would show in the rows.
+        soleWork([&] { addFindings(rows, bytes, {}); });
         tellReports();
     }
     {

@@ -112,11 +112,13 @@ def changed(rules: Rules, file: str, data: bytes) -> tuple[bytes | None, list[st
 
 
 def _without_path(reason: str, path: str) -> str:
-    return reason[len(path) + 2 :] if reason.startswith(path + ": ") else reason
+    return reason[len(path) + 1 :].lstrip() if reason.startswith(path + ":") else reason
 
 
 def _reason(error: Exception, path: str) -> str:
-    if isinstance(error, (Error, OSError)):
+    if isinstance(error, OSError):
+        text = error.strerror or str(error)
+    elif isinstance(error, Error):
         text = str(error)
     else:
         text = f"{type(error).__name__}: {error}"
