@@ -12,6 +12,7 @@ from typing import Any, Protocol
 
 from ._errors import Error
 
+PATIENCE = 10  # seconds for a scheduler to answer
 _TRIES = 20  # workers that may die over one shard before it is taken for the reason
 
 Task = tuple[int, tuple[Any, ...]]
@@ -136,7 +137,7 @@ def engine(scheduler: str | None, workers: int | None, processes: bool) -> Itera
                 "a scheduler needs Dask, and there is no module distributed (Debian: python3-distributed)"
             ) from error
         try:
-            client = distributed.Client(scheduler, timeout=10, set_as_default=False)
+            client = distributed.Client(scheduler, timeout=PATIENCE, set_as_default=False)
         except (OSError, ValueError, TypeError) as error:
             raise Error(f"{scheduler}: there is no scheduler: {error}") from error
         try:
