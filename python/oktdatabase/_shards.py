@@ -19,6 +19,34 @@ from ._listing import File, number_of, shard_name
 
 CATALOG_TABLES: tuple[str, ...] = _okt.catalog_tables
 RECORDS = "shard"
+
+_WHOLE = {
+    "file", "id", "size", "modified_ns", "objects", "plain", "number", "number_in_file", "offset", "type", "list_index",
+    "is_length", "kind_number", "place", "width", "height", "bytes",
+}  # fmt: skip
+
+
+def _typed(table: str, names: str) -> dict[str, str]:
+    """Types as databases name them, which these columns fit into."""
+    types = {name: "BIGINT" if name in _WHOLE else "TEXT" for name in names.split()}
+    if table == "parameter":
+        types["number"] = "DOUBLE PRECISION"
+    return types
+
+
+COLUMNS = {
+    table: _typed(table, names)
+    for table, names in {
+        "file": "id path size modified_ns sha256 pool_id pool_name objects state plain unit classes",
+        "object": "file number object_id class name offset size",
+        "parameter": "file number_in_file object_id category owner name type type_name list_index list_code kind number"
+        " text is_length expression description kind_number place",
+        "reference": "file number from_id to_id role",
+        "picture": "file number object_id format width height bytes view",
+        "finding": "file number code severity offset object_id message",
+        "words": "file name text description expression",
+    }.items()
+}
 _LARGEST = 2**31 - 1
 
 Record = dict[str, Any]
@@ -164,13 +192,6 @@ def put(path: str, data: bytes) -> None:
 
 # --- Parquet --------------------------------------------------------------------------------------------------------------------
 
-_NUMBERS = {
-    "file": "int64", "id": "int64", "size": "int64", "modified_ns": "int64", "objects": "int64", "plain": "int64",
-    "number_in_file": "int64", "offset": "int64", "type": "int64", "list_index": "int64", "is_length": "int64",
-    "kind_number": "int64", "place": "int64", "width": "int64", "height": "int64", "bytes": "int64",
-}  # fmt: skip
-
-
 def check_format(format: str) -> None:
     """Raises Error where nothing here writes that format."""
     if format == "jsonl":
@@ -189,28 +210,11 @@ def _to_parquet(table: str) -> Callable[[str], None]:
         parquet = importlib.import_module("pyarrow.parquet")
         with open(path, encoding="utf-8") as source:
             rows = [json.loads(line) for line in source]
-        columns = [
-            (name, arrow.float64() if table == "parameter" and name == "number" else
-             arrow.int64() if name in _NUMBERS or name == "number" else arrow.string())
-            for name in COLUMNS[table]
-        ]  # fmt: skip
+        types = {"BIGINT": arrow.int64(), "DOUBLE PRECISION": arrow.float64(), "TEXT": arrow.string()}
+        columns = [(name, types[kind]) for name, kind in COLUMNS[table].items()]
         parquet.write_table(arrow.Table.from_pylist(rows, schema=arrow.schema(columns)), path)
 
     return convert
-
-
-COLUMNS: dict[str, tuple[str, ...]] = {
-    "file": ("id", "path", "size", "modified_ns", "sha256", "pool_id", "pool_name", "objects", "state", "plain",
-             "unit", "classes"),
-    "object": ("file", "number", "object_id", "class", "name", "offset", "size"),
-    "parameter": ("file", "number_in_file", "object_id", "category", "owner", "name", "type", "type_name",
-                  "list_index", "list_code", "kind", "number", "text", "is_length", "expression", "description",
-                  "kind_number", "place"),
-    "reference": ("file", "number", "from_id", "to_id", "role"),
-    "picture": ("file", "number", "object_id", "format", "width", "height", "bytes", "view"),
-    "finding": ("file", "number", "code", "severity", "offset", "object_id", "message"),
-    "words": ("file", "name", "text", "description", "expression"),
-}  # fmt: skip
 
 
 # --- a shard --------------------------------------------------------------------------------------------------------------------

@@ -223,7 +223,7 @@ def _collect(
             "kind": kind,
             "layout": 1,
             "format": format,
-            "tables": {table: list(COLUMNS[table]) for table in tables},
+            "tables": {table: COLUMNS[table] for table in tables},
             "folders": listing.roots,
             "files": outcome.files,
             "rows": outcome.rows,

@@ -244,7 +244,13 @@ def test_the_manifest_in_words(tmp_path):
     assert list(manifest["tables"]) == ["file", "object", "parameter", "reference", "picture", "finding", "words"]
     for table, columns in manifest["tables"].items():
         for row in collection.rows(tmp_path / "out", table):
-            assert list(row) == columns, table
+            assert list(row) == list(columns), table
+            for name, value in row.items():
+                kinds = {"BIGINT": int, "DOUBLE PRECISION": (int, float), "TEXT": str}
+                assert value is None or isinstance(value, kinds[columns[name]]), (table, name)
+    assert manifest["tables"]["finding"] == {
+        "file": "BIGINT", "number": "BIGINT", "code": "TEXT", "severity": "TEXT", "offset": "BIGINT", "object_id": "TEXT",
+        "message": "TEXT"}  # fmt: skip
 
 
 def test_a_folder_that_cannot_be_read_changes_nothing(many, tmp_path, monkeypatch):
