@@ -82,7 +82,8 @@ def main():
         distributed = None
     for workers in (1, 2) if distributed else ():
         with distributed.LocalCluster(n_workers=workers, threads_per_worker=1, dashboard_address=None) as cluster:
-            distributed.Client(cluster).wait_for_workers(workers)
+            with distributed.Client(cluster, set_as_default=False) as client:
+                client.wait_for_workers(workers)
             for again in (False, True):
                 out = folder / f"out{again}"
                 figures = timed(lambda: collection.catalog([files], out, shard_files=SHARD_FILES,  # noqa: B023

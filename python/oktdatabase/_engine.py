@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import contextlib
+import importlib
 import multiprocessing
 import os
 from collections.abc import Callable, Iterator
@@ -95,7 +96,7 @@ class _Cluster:
         return result
 
     def room(self) -> int:
-        return 2 * max(1, sum(self._client.nthreads().values())) + 2
+        return 2 * max(1, sum(int(each) for each in self._client.nthreads().values())) + 2
 
 
 def _run_on(pool: _Pool) -> Run:
@@ -131,7 +132,7 @@ def engine(scheduler: str | None, workers: int | None, processes: bool) -> Itera
     """Gives a function that calls another for each task, and yields the answers as they come."""
     if scheduler is not None:
         try:
-            import distributed  # type: ignore[import]
+            distributed: Any = importlib.import_module("distributed")
         except ImportError as error:
             raise Error(
                 "a scheduler needs Dask, and there is no module distributed (Debian: python3-distributed)"
