@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import hashlib
+import heapq
 import importlib
 import inspect
 import io
@@ -76,8 +77,8 @@ class Rules(NamedTuple):
 
 def _shown(comparison: Comparison) -> list[str]:
     lines = []
-    for change in comparison.header:
-        lines.append(f"{change.member}: {change.before} -> {change.after}")
+    for field in comparison.header:
+        lines.append(f"{field.member}: {field.before} -> {field.after}")
     for change in comparison.changed:
         name = change.after.name or str(change.after.id)
         lines += [f"{name}: {each.member}: {each.before} -> {each.after}" for each in change.members]
@@ -218,11 +219,11 @@ def not_done(files: Iterable[File], out: str, generations: list[list[str]]) -> I
 
     Files and what was written stand in the same order, so neither has to be held in memory.
     """
-    import heapq
-
-    written = heapq.merge(
-        *(_generation(out, names, number) for number, names in enumerate(generations)),
-        key=lambda each: each[:2],
+    written = iter(
+        heapq.merge(
+            *(_generation(out, names, number) for number, names in enumerate(generations)),
+            key=lambda each: each[:2],
+        )
     )
     head = next(written, None)
     for file in files:
