@@ -14,7 +14,7 @@ from collectionfiles import OKT, fill, run, tree
 from conftest import GOLDEN
 
 import oktdatabase as okt
-from oktdatabase import _listing, _okt, collection
+from oktdatabase import _engine, _listing, _okt, collection
 
 needs_okt = pytest.mark.skipif(not OKT.is_file(), reason="okt is not built")
 
@@ -322,6 +322,13 @@ def test_two_runs_do_not_write_to_one_folder(many, tmp_path):
     done = run("verify", many, "-o", out)
     assert done.returncode == 1
     assert done.stderr == f"okt: {out}: the folder holds what another kind of run has made; name one of its own\n"
+
+
+def test_a_shard_that_kills_every_worker_ends_the_run(monkeypatch):
+    monkeypatch.setattr(_engine, "_TRIES", 2)
+    with _engine.engine(None, 1, True) as run_on, pytest.raises(okt.Error) as ended:
+        list(run_on(os._exit, iter([(6, (9,))])))
+    assert str(ended.value).startswith("shard 7: 2 workers have died over it, one after the other: ")
 
 
 # --- the command ----------------------------------------------------------------------------------------------------------------
