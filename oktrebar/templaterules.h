@@ -5,8 +5,8 @@
 
 #include <functional>
 #include <optional>
-#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace okt
