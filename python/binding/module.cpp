@@ -23,4 +23,5 @@ PYBIND11_MODULE(_okt, module)
     addReading(module);
     addInspection(module);
     addTrade(module);
+    addCatalog(module);
 }

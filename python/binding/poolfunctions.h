@@ -21,5 +21,7 @@ void addReading(py::module_ &module);
 void addInspection(py::module_ &module);
 /// Adds bar records, templates, drawings and tables of templates.
 void addTrade(py::module_ &module);
+/// Adds the rows of a catalogue, rules over templates, and the files of a folder.
+void addCatalog(py::module_ &module);
 
 } // namespace okt::python

@@ -68,7 +68,14 @@ class Finding:
 
 @dataclass(frozen=True)
 class Loss:
-    """Bytes of a damaged file that are not in the recovered one, and why."""
+    """Bytes of a damaged file that are not in the recovered one, and why.
+
+    >>> import oktdatabase as okt
+    >>> why = okt.Finding("cut", "error", 581, None, "the file ends")
+    >>> loss = okt.Loss(why, None, "Cover", 500, 581, True)
+    >>> loss.end - loss.begin
+    81
+    """
 
     why: Finding
     id: uuid.UUID | None
@@ -80,7 +87,12 @@ class Loss:
 
 @dataclass(frozen=True)
 class RescuedObject:
-    """An object of a damaged file that is in the recovered one."""
+    """An object of a damaged file that is in the recovered one.
+
+    >>> import oktdatabase as okt
+    >>> okt.RescuedObject(None, 500, 81, True, False).size
+    81
+    """
 
     id: uuid.UUID | None
     begin: int
@@ -91,7 +103,13 @@ class RescuedObject:
 
 @dataclass(frozen=True)
 class Recovery:
-    """What became of a recovery. `written` tells whether there was anything to save."""
+    """What became of a recovery. `written` tells whether there was anything to save.
+
+    >>> import oktdatabase as okt, io
+    >>> recovery = okt.recover(io.BytesIO(okt.Pool("Link").to_bytes()), io.BytesIO())
+    >>> recovery.written, recovery.losses
+    (True, [])
+    """
 
     written: bool
     objects: list[RescuedObject]
@@ -111,7 +129,12 @@ class Recovery:
 
 @dataclass(frozen=True)
 class ComparedObject:
-    """An object of one of two files."""
+    """An object of one of two files.
+
+    >>> import oktdatabase as okt
+    >>> okt.ComparedObject("OKTDbParameter", "Cover", None, 500, 81).name
+    'Cover'
+    """
 
     class_name: str
     name: str
@@ -122,7 +145,12 @@ class ComparedObject:
 
 @dataclass(frozen=True)
 class ChangedMember:
-    """A member that differs, its values as JSON of the text form."""
+    """A member that differs, its values as JSON of the text form.
+
+    >>> import oktdatabase as okt
+    >>> okt.ChangedMember("listIndex", "1", "2").after
+    '2'
+    """
 
     member: str
     before: str | None
@@ -131,7 +159,17 @@ class ChangedMember:
 
 @dataclass(frozen=True)
 class Change:
-    """An object that differs between two files."""
+    """An object that differs between two files.
+
+    >>> import oktdatabase as okt, io
+    >>> pool = okt.Pool(unit="mm")
+    >>> cover = pool.add(okt.Parameter(6, value=35.0))
+    >>> before = pool.to_bytes()
+    >>> cover.value = 40.0
+    >>> [change] = okt.compare(io.BytesIO(before), io.BytesIO(pool.to_bytes())).changed
+    >>> [each.member for each in change.members]
+    ['varConverted']
+    """
 
     before: ComparedObject
     after: ComparedObject
@@ -140,7 +178,15 @@ class Change:
 
 @dataclass(frozen=True)
 class Comparison:
-    """The differences of two files. `same` counts the objects without one."""
+    """The differences of two files. `same` counts the objects without one.
+
+    >>> import oktdatabase as okt, io
+    >>> pool = okt.Pool()
+    >>> before = pool.to_bytes()
+    >>> cover = pool.add(okt.Parameter(6, value=0.035))
+    >>> len(okt.compare(io.BytesIO(before), io.BytesIO(pool.to_bytes())).added)
+    1
+    """
 
     same: int
     added: list[ComparedObject]
@@ -187,7 +233,12 @@ def _local(path: _paths.Source) -> str | None:
 
 
 def read_header(path: _paths.Source) -> Header:
-    """The header of a file, of which no more is read."""
+    """The header of a file, of which no more is read.
+
+    >>> import oktdatabase as okt, io
+    >>> okt.read_header(io.BytesIO(okt.Pool("Link").to_bytes())).pictures
+    []
+    """
     name = _local(path)
     if name is None:
         return Header(**_okt.header_of_bytes(_paths.read_bytes(path), _paths.name_of(path)))
@@ -285,7 +336,14 @@ def export_text(path: _paths.Source) -> str:
 
 
 def import_text(text: Union[str, IO[str]]) -> bytes:
-    """The image that a text form stands for, byte for byte the file that it was made from."""
+    """The image that a text form stands for, byte for byte the file that it was made from.
+
+    >>> import oktdatabase as okt
+    >>> okt.import_text("no JSON")
+    Traceback (most recent call last):
+        ...
+    oktdatabase.FormatError: ...
+    """
     return _okt.import_text(text if isinstance(text, str) else text.read())
 
 

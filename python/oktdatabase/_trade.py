@@ -17,6 +17,11 @@ class BarRecord:
     """A bar record of the exchange format BF2D. Lengths are outer dimensions in mm, masses in kg.
 
     `legs` are pairs of a length and the angle of the bend behind it, in degrees.
+
+    >>> import oktdatabase as okt
+    >>> bar = okt.BarRecord("P", "D1", "a", "7", 500.0, 2, 0.444, 12.0, "B500B", 48.0, None, [(500.0, 0.0)])
+    >>> bar.count * bar.mass
+    0.888
     """
 
     project: str
@@ -59,6 +64,13 @@ def templates(folder: _paths.Path) -> list[Pool]:
     """The templates that the bar tables and records of a folder give, as new pools.
 
     `file_name` of each is the name under which `okt build` saves it.
+
+    >>> import oktdatabase as okt, tempfile
+    >>> with tempfile.TemporaryDirectory() as folder:
+    ...     okt.templates(folder)
+    Traceback (most recent call last):
+        ...
+    oktdatabase.FormatError: ...
     """
     name = _paths.plain(folder)
     if name is None:
@@ -74,7 +86,14 @@ def templates(folder: _paths.Path) -> list[Pool]:
 
 
 def draw(pool: Pool) -> bytes:
-    """The drawing of a template as an SVG document. Error for a pool that is none."""
+    """The drawing of a template as an SVG document. Error for a pool that is none.
+
+    >>> import oktdatabase as okt
+    >>> okt.draw(okt.Pool())
+    Traceback (most recent call last):
+        ...
+    oktdatabase.Error: the pool is no template of a kind that is drawn here
+    """
     return _okt.draw(pool.to_bytes())
 
 
@@ -122,7 +141,14 @@ def frame(
     names: Iterable[str] | None = None,
     unit: str = "mm",
 ) -> Any:
-    """The same as `table` as a DataFrame of pandas. ImportError where pandas is not there."""
+    """The same as `table` as a DataFrame of pandas. ImportError where pandas is not there.
+
+    >>> import oktdatabase as okt, io
+    >>> pool = okt.Pool(unit="mm")
+    >>> cover = pool.add(okt.Parameter(6, value=35.0))
+    >>> okt.frame([io.BytesIO(pool.to_bytes())], ["type:6"])["type:6"].sum()
+    35.0
+    """
     import importlib
 
     pandas = importlib.import_module("pandas")

@@ -20,7 +20,7 @@
 #include <oktinspect/reportcollector.h>
 #include <oktrebar/condition.h>
 #include <oktrebar/parametervalue.h>
-#include <oktrebar/templateedit.h>
+#include <oktrebar/templaterules.h>
 
 #include <algorithm>
 #include <memory>
@@ -49,25 +49,16 @@ struct Options
     bool isQuiet = false;
 };
 
-struct Assignment
+TemplateAssignment assignmentOf(std::string const &text)
 {
-    ParameterSelector name;
-    std::string value;
-};
-
-std::string trimmed(std::string const &text)
-{
-    std::size_t const first = text.find_first_not_of(' ');
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-Assignment assignmentOf(std::string const &text)
-{
-    std::size_t const equals = text.find('=');
-    std::string const name = equals == std::string::npos ? "" : trimmed(text.substr(0, equals));
-    if (name.empty())
-        refuse("--value", excerpt(text) + " is no NAME=VALUE");
-    return {ParameterSelector(name), trimmed(text.substr(equals + 1))};
+    try
+    {
+        return TemplateAssignment::of(text);
+    }
+    catch (ValueError const &error)
+    {
+        refuse("--value", error.what());
+    }
 }
 
 /// One file that is meant, as it was checked. Nothing of what it holds is kept, so that there may be any number of them.
@@ -79,14 +70,10 @@ struct Plan
 };
 
 /// The same while it is at work.
-struct Task
+struct Task : RuledTemplate
 {
     std::string file;
     std::string bytes; ///< as they were read
-    StoredTemplate pool;
-    LengthUnit const *drawn = nullptr;
-    Recalculation changes;
-    std::optional<EditedTemplate> made; ///< nothing: it is so already
 };
 
 std::string digestOf(std::string const &bytes)
@@ -105,11 +92,11 @@ class Setter
 {
 public:
     explicit Setter(Options const &options)
-        : m_options(options), m_plain(options.unit.empty() ? nullptr : findLengthUnit(options.unit)),
-          m_shown(m_plain == nullptr ? findLengthUnit("mm") : m_plain)
+        : m_options(options), m_shown(findLengthUnit(options.unit.empty() ? "mm" : options.unit))
     {
+        m_rules.plain = options.unit.empty() ? nullptr : m_shown;
         for (std::string const &text : options.assignments)
-            m_assignments.push_back(assignmentOf(text));
+            m_rules.values.push_back(assignmentOf(text));
         if (!options.where.empty())
             m_where.emplace(whereCondition(options.where, *m_shown));
     }
@@ -170,81 +157,13 @@ private:
     /// Nothing: the file is not meant. The same bytes give the same each time. Throws Failure.
     std::optional<Task> taskOf(std::string const &file, std::string bytes, EditOptions const &options) const
     {
-        Task task;
-        task.file = file;
-        task.bytes = std::move(bytes);
-        ByteSource source{std::string_view(task.bytes)};
-        task.pool = readTemplate(source);
-        if (!task.pool.faults.empty())
-        {
-            TemplateFault const &fault = task.pool.faults.front();
-            throw Failure(file, task.bytes.empty() ? "" : byteAt(fault.offset), fault.reason);
-        }
-        TemplateExpressions const expressions(task.pool);
-        task.drawn = &expressions.unit();
-        if (m_where && !isFulfilled(*m_where, task.pool, *task.drawn, file))
-            return std::nullopt;
-        task.changes = recalculate(expressions, givenValues(task));
-        if (!task.changes.cycle.empty())
-            throw Failure(file, "", "the expressions go round in a circle: " + cycleText(task));
-        try
-        {
-            if (!task.changes.values.empty())
-                task.made = edited(task.bytes, task.pool, *task.drawn, task.changes.values, options);
-        }
-        catch (EditRefused const &refused)
-        {
-            throw Failure(file, "", refused.what());
-        }
-        if (task.made)
-            checkUnit(task);
-        return task;
-    }
-
-    /// A file does not say its unit: the diameter and the expressions tell it, and have to tell the same one behind the change.
-    static void checkUnit(Task const &task)
-    {
-        ByteSource source{std::string_view(task.made->bytes)};
-        StoredTemplate const after = readTemplate(source);
-        LengthUnit const &read = TemplateExpressions(after).unit();
-        if (&read != task.drawn)
-            throw Failure(task.file, "",
-                          sentence("with these values the template would be read as one in {}, and it is one in {}", read.name,
-                                   task.drawn->name));
-    }
-
-    ChangedValues givenValues(Task const &task) const
-    {
-        ChangedValues given;
-        for (Assignment const &assignment : m_assignments)
-        {
-            std::vector<std::size_t> const found = assignment.name.in(task.pool);
-            std::string const name = excerpt(assignment.name.text());
-            if (found.empty())
-                throw Failure(task.file, "", "there is no parameter " + name);
-            if (found.size() > 1)
-                throw Failure(task.file, "",
-                              sentence("{} stands there {} times; an id tells which one is meant", name, found.size()));
-            try
-            {
-                StoredParameter const &parameter = task.pool.parameters[found.front()];
-                if (!given.emplace(found.front(), parsedValue(parameter, assignment.value, m_plain, *task.drawn)).second)
-                    throw ValueError("it is given twice");
-            }
-            catch (ValueError const &error)
-            {
-                throw Failure(task.file, "", sentence("{}: {}", name, error.what()));
-            }
-        }
-        return given;
-    }
-
-    static std::string cycleText(Task const &task)
-    {
-        std::string text;
-        for (std::size_t const index : task.changes.cycle)
-            text += excerpt(task.pool.parameters[index].name) + " -> ";
-        return text + excerpt(task.pool.parameters[task.changes.cycle.front()].name);
+        TemplateRules rules = m_rules;
+        if (m_where)
+            rules.isMeant = [this, &file](StoredTemplate const &pool, LengthUnit const &drawn) {
+                return isFulfilled(*m_where, pool, drawn, file);
+            };
+        std::optional<RuledTemplate> made = ruled(file, bytes, rules, options);
+        return made ? std::optional(Task{std::move(*made), file, std::move(bytes)}) : std::nullopt;
     }
 
     SetStory storyOf(Task const &task) const
@@ -349,9 +268,8 @@ private:
     }
 
     Options const &m_options;
-    LengthUnit const *m_plain; ///< of lengths without unit; null: there must be one
     LengthUnit const *m_shown;
-    std::vector<Assignment> m_assignments;
+    TemplateRules m_rules;
     std::optional<Condition> m_where;
     std::vector<Plan> m_plans;
     std::size_t m_faults = 0;

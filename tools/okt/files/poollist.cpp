@@ -1,110 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/files/poollist.h>
 
-#include <tools/okt/files/ignorefile.h>
 #include <tools/okt/terminal/progress.h>
 
-#include <oktformat/bytesource.h>
+#include <oktcatalog/poolsearch.h>
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
-#include <oktformat/text.h>
-#include <oktformat/valuewalk.h>
 #include <oktreport/naturalorder.h>
 
 #include <algorithm>
-#include <memory>
+#include <optional>
 #include <system_error>
 
 namespace okt
 {
 
-namespace
-{
-
 namespace fs = std::filesystem;
-
-constexpr char kIgnoreFile[] = ".oktignore";
-
-/// Backups, and what stands beside a file while it is saved, hold a pool too, and nobody means them with their folder.
-bool isLeftBeside(std::string const &name)
-{
-    return name.ends_with(".bak") || (name.starts_with('.') && name.find(".saving.") != std::string::npos);
-}
-
-class FolderSearch
-{
-public:
-    FolderSearch(std::string const &folder, OnFault const &onFault) : m_onFault(onFault) { search(utf8Path(folder), ""); }
-
-    std::vector<std::string> sorted()
-    {
-        std::sort(m_files.begin(), m_files.end(), naturalLess);
-        return std::move(m_files);
-    }
-
-private:
-    /// `place` is where the folder stands below the one that the search began in: empty, or with a slash at the end.
-    void search(fs::path const &folder, std::string const &place)
-    {
-        std::error_code error;
-        if (fs::is_regular_file(folder / kIgnoreFile, error))
-            readRules(folder / kIgnoreFile, place);
-        std::vector<fs::directory_entry> entries;
-        fs::directory_iterator at(folder, error);
-        for (; !error && at != fs::directory_iterator(); at.increment(error))
-            entries.push_back(*at);
-        if (error)
-            m_onFault(Failure(pathName(folder), "", "the folder cannot be read: " + systemReason(error.value())).what());
-        for (fs::directory_entry const &entry : entries)
-        {
-            std::error_code ignored;
-            std::string const name = place + pathName(entry.path().filename());
-            bool const isFolder = entry.is_directory(ignored);
-            if (m_rules.isIgnored(name, isFolder))
-                continue;
-            if (isFolder && !entry.is_symlink(ignored)) // a link may lead back
-                search(entry.path(), name + "/");
-            else if (entry.is_regular_file(ignored) && !isLeftBeside(pathName(entry.path().filename())) &&
-                     isPoolFile(entry.path()))
-                m_files.push_back(pathName(entry.path()));
-        }
-    }
-
-    void readRules(fs::path const &file, std::string const &place)
-    {
-        try
-        {
-            m_rules.add(readText(file), place);
-        }
-        catch (Failure const &failure)
-        {
-            m_onFault(failure.what());
-        }
-    }
-
-    OnFault const &m_onFault;
-    IgnoreRules m_rules;
-    std::vector<std::string> m_files;
-};
-
-} // namespace
-
-bool isPoolFile(fs::path const &path)
-{
-    if (CString(path.extension().u16string().c_str()).CompareNoCase(u".okt") == 0)
-        return true;
-    try
-    {
-        std::unique_ptr<ByteSource> const source = openSource(path, terminalProgress());
-        std::string_view const begin = source->look(0, 18);
-        return begin.size() == 18 && begin[0] == 2 && begin[5] == 6 && begin[6] == 5 && begin[7] == 9 &&
-               knownClass(begin.substr(9)) == KnownClass::Pool;
-    }
-    catch (Failure const &)
-    {
-        return false;
-    }
-}
 
 bool isFolder(std::string const &operand)
 {
@@ -114,7 +25,12 @@ bool isFolder(std::string const &operand)
 
 std::vector<std::string> poolFilesIn(std::string const &folder, OnFault const &onFault)
 {
-    return FolderSearch(folder, onFault).sorted();
+    std::vector<std::string> files;
+    PoolSearch search(utf8Path(folder), onFault, terminalProgress());
+    while (std::optional<fs::path> const file = search.next())
+        files.push_back(pathName(*file));
+    std::sort(files.begin(), files.end(), naturalLess);
+    return files;
 }
 
 std::vector<std::string> withFolders(std::vector<std::string> const &operands, OnFault const &onFault)

@@ -12,9 +12,6 @@ namespace okt
 /// Hears a line for the user.
 using OnFault = std::function<void(std::string const &)>;
 
-/// Pool files are known by their name (*.okt) or by how they begin.
-bool isPoolFile(std::filesystem::path const &path);
-
 /// The pool files in a folder and below it, but for backups (*.bak) and those that a .oktignore names, sorted as a reader counts: d8 in front of d10.
 /// A folder that cannot be read is a fault. The names begin with that of the folder.
 std::vector<std::string> poolFilesIn(std::string const &folder, OnFault const &onFault);

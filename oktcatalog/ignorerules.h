@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +10,7 @@ namespace okt
 
 /// The patterns of the files .oktignore in a folder and those below it, by the rules of .gitignore: one a line, # begins a comment,
 /// ! takes back, a / at the end means folders alone, one elsewhere ties the pattern to the folder of its file; * and ? stand for
-/// characters of a name, [a-z] for one, ** for any folders. Of several that match the last one counts. Own code: git need not be there.
+/// characters of a name, [a-z] for one, ** for any folders. Of several that match the last one counts. Own code: git need not be there. Not installed.
 class IgnoreRules
 {
 public:

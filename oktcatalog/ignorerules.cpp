@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <tools/okt/files/ignorefile.h>
+#include <oktcatalog/ignorerules.h>
 
 namespace okt
 {
