@@ -11,6 +11,7 @@ function(okt_find_package variable name debian)
     if(NOT ${name}_FOUND)
         set(missing ${debian})
     endif()
+    set_property(GLOBAL PROPERTY OKT_VERSION_${name} "${${name}_VERSION}")
     set(${variable} "${missing}" PARENT_SCOPE)
 endfunction()
 
