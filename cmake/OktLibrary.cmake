@@ -33,7 +33,12 @@ function(okt_add_library name)
     target_link_libraries(${name} PUBLIC ${arg_LINKS} OKTDatabase::OKTDatabase)
     set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
 
-    install(TARGETS ${name} EXPORT OKTDatabaseTargets
-            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-            FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    if(OKT_INSTALL)
+        install(TARGETS ${name} EXPORT OKTDatabaseTargets
+                ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+                FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    endif()
+    set_property(GLOBAL APPEND PROPERTY OKT_LIBRARIES ${name})
+    set(links ${arg_LINKS} OKTDatabase::OKTDatabase)
+    set_target_properties(${name} PROPERTIES OKT_LINKS "${links}")
 endfunction()

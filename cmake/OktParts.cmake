@@ -7,10 +7,11 @@ option(OKT_STRICT "Fail where a package for a part that is asked for is missing"
 # okt_find_package(VARIABLE NAME DEBIAN): VARIABLE is empty where the CMake package is there, else the name of Debian's package.
 function(okt_find_package variable name debian)
     set(missing "")
-    find_package(${name} QUIET GLOBAL)
+    find_package(${name} QUIET)
     if(NOT ${name}_FOUND)
         set(missing ${debian})
     endif()
+    set_property(GLOBAL PROPERTY OKT_VERSION_${name} "${${name}_VERSION}")
     set(${variable} "${missing}" PARENT_SCOPE)
 endfunction()
 

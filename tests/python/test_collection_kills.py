@@ -21,7 +21,7 @@ from oktdatabase import _engine, collection
 
 distributed = pytest.importorskip("distributed")
 
-KILLS = int(os.environ.get("OKT_COLLECTION_KILLS", "5"))
+KILLS = int(os.environ.get("OKT_COLLECTION_KILLS", "3"))
 FILES = int(os.environ.get("OKT_COLLECTION_FILES", "500"))
 SHARD_FILES = 12
 MEMORY = 300_000  # kB that a worker may take
