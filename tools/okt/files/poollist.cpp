@@ -38,7 +38,7 @@ public:
 
     std::vector<std::string> sorted()
     {
-        std::sort(m_files.begin(), m_files.end(), naturalLess);
+        std::sort(m_files.begin(), m_files.end(), naturalPathLess);
         return std::move(m_files);
     }
 
@@ -143,6 +143,9 @@ std::vector<std::string> namesFrom(std::string const &file)
 {
     CByteArray const bytes = readInput(utf8Path(file));
     std::string_view text(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kByteOrderMark))
+        text.remove_prefix(kByteOrderMark.size());
     std::vector<std::string> names;
     while (!text.empty())
     {
