@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
     okt::TemplateExpressions const expressions(pool);
     for (okt::ParameterExpression const &expression : expressions.all())
         FUZZ_DEMAND(expression.parameter < pool.parameters.size());
-    expressions.cycle();
+    expressions.cycles();
     for (okt::LintFinding const &finding :
          okt::lint(pool, [&](std::int64_t begin, std::int64_t end) { return source.copy(begin, end - begin); }))
         FUZZ_DEMAND(!okt::explanation(finding).empty());

@@ -98,6 +98,21 @@ int onlyReading(void *, int action, char const *, char const *function, char con
     }
 }
 
+/// As SQLite writes a blob: "X'00FF'".
+std::string blobText(std::string_view bytes)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string text = "X'";
+    for (char const c : bytes)
+    {
+        auto const byte = static_cast<unsigned char>(c);
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 0xF];
+    }
+    return text + "'";
+}
+
+/// A blob, and a text with a NUL in it, that no text form could hold, are texts as blobs are written.
 CatalogValue valueAt(sqlite3_stmt *statement, int column)
 {
     switch (sqlite3_column_type(statement, column))
@@ -107,8 +122,12 @@ CatalogValue valueAt(sqlite3_stmt *statement, int column)
     case SQLITE_NULL: return {};
     default: break;
     }
-    auto const *const text = reinterpret_cast<char const *>(sqlite3_column_text(statement, column));
-    return std::string(text == nullptr ? "" : text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
+    bool const isBlob = sqlite3_column_type(statement, column) == SQLITE_BLOB;
+    auto const *const text = static_cast<char const *>(
+        isBlob ? sqlite3_column_blob(statement, column) : static_cast<void const *>(sqlite3_column_text(statement, column)));
+    std::string const value(text == nullptr ? "" : text,
+                            text == nullptr ? 0 : static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
+    return isBlob || value.find('\0') != std::string::npos ? blobText(value) : value;
 }
 
 CatalogFile fileAt(SqliteStatement const &statement)

@@ -36,6 +36,10 @@ private:
     std::size_t m_line;
 };
 
+/// Digests and a name as sha256sum writes them: a line that begins with a backslash has escapes in its name, for a backslash and for what
+/// ends a line.
+std::string digestLine(std::string_view digests, std::string_view separator, std::string_view name);
+
 /// A heading, then a line for each file: the digest of the bytes, that of the contents or a dash, the path.
 std::string manifestText(Manifest const &manifest);
 /// Throws ManifestError.
@@ -57,7 +61,8 @@ struct ManifestChange
     std::string other;
 };
 
-/// In the order of the paths.
+/// In the order of the paths. A file that is renamed to a name that another one had is told as renamed, and so is that other one where it
+/// has a new name; else the other one is changed.
 std::vector<ManifestChange> compare(Manifest const &before, Manifest const &now);
 
 } // namespace okt

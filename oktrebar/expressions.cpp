@@ -3,6 +3,7 @@
 
 #include <oktformat/guids.h>
 #include <oktformat/sentence.h>
+#include <oktrebar/circles.h>
 #include <oktrebar/formula.h>
 
 #include <algorithm>
@@ -235,13 +236,12 @@ LengthUnit const *TemplateExpressions::decidedUnit() const
     return units[static_cast<std::size_t>(std::find(kept.begin(), kept.end(), most) - kept.begin())];
 }
 
-std::vector<std::size_t> TemplateExpressions::cycle() const
+std::vector<std::vector<std::size_t>> TemplateExpressions::cycles() const
 {
-    Order order([this](std::size_t node) { return takenBy(of(node)); });
+    std::vector<std::vector<std::size_t>> edges(m_pool.parameters.size());
     for (ParameterExpression const &expression : m_all)
-        if (!order.visit(expression.parameter))
-            break;
-    return order.cycle;
+        edges[expression.parameter] = takenBy(&expression);
+    return circlesIn(edges);
 }
 
 std::string reasonText(LeftParameter const &left)

@@ -56,8 +56,9 @@ public:
     /// The value that stands there is what the expression gives. False too where that cannot be told.
     bool isKept(ParameterExpression const &expression) const;
 
-    /// Parameters each of which names the next, and the last the first; empty: none.
-    std::vector<std::size_t> cycle() const;
+    /// Circles of parameters each of which names the next, and the last the first. Each parameter that is in a circle is in one of them,
+    /// unless there are more than a person would read; of those that hang together there is always one.
+    std::vector<std::vector<std::size_t>> cycles() const;
 
 private:
     std::optional<double> numberOf(std::size_t parameter, ChangedValues const &changed, LengthUnit const &unit) const;

@@ -33,6 +33,13 @@ constexpr Function kFunctions[] = {{"abs", [](double value) { return std::abs(va
                                    {"round", [](double value) { return std::round(value); }},
                                    {"sqrt", [](double value) { return std::sqrt(value); }}};
 
+/// The case of letters does not count, as in the names of parameters.
+bool isFunction(std::string_view name, std::string_view function)
+{
+    return std::equal(name.begin(), name.end(), function.begin(), function.end(),
+                      [](char c, char small) { return c == small || (isLetter(c) && (c | 0x20) == small); });
+}
+
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// What may stand in a name.
@@ -189,11 +196,11 @@ private:
         std::string_view const name = m_text.substr(start, m_position - start);
         if (name == "pi")
             return std::numbers::pi;
-        if (m_names == Names::Letters ? name == "max" : (name == "max" || name == "min") && atOpening())
-            return extreme(name == "max");
+        if (m_names == Names::Letters ? name == "max" : (isFunction(name, "max") || isFunction(name, "min")) && atOpening())
+            return extreme(isFunction(name, "max"));
         if (m_names == Names::Words && atOpening())
             for (Function const &function : kFunctions)
-                if (function.name == name)
+                if (isFunction(name, function.name))
                     return function.of(factor());
         std::optional<double> const value = m_valueOf(name);
         if (!value)

@@ -41,7 +41,8 @@ double evaluate(std::string_view formula, Variables const &variables);
 
 // Expressions of parameters, "2*LegA+2*LegB+max(16*Diameter;160)", are of the same grammar, but their names are those of parameters
 // without blanks: letters, digits and underscores, the first no digit. There is "min" besides "max"; both take any number of terms,
-// with a semicolon or a comma between them. Of one term are abs, ceil, floor, round and sqrt.
+// with a semicolon or a comma between them. Of one term are abs, ceil, floor, round and sqrt. The case of
+// their letters does not count.
 
 /// The value of a name. Nothing: it is not known.
 using NameLookup = std::function<std::optional<double>(std::string_view name)>;

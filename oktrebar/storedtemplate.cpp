@@ -137,7 +137,10 @@ public:
         m_result.header = findHeader(m_source);
         bool isHeader = !m_result.header.isWhole;
         if (isHeader)
+        {
             m_result.faults.push_back({m_result.header.faultAt, m_result.header.fault});
+            m_result.isPart = true;
+        }
         else
         {
             PoolHeader const header = readPoolHeader(m_source, m_result.header.begin);
@@ -147,8 +150,14 @@ public:
         ObjectScan scan(m_source, m_result.header.end);
         ProgressStep progress(m_onProgress, printable(std::string_view(m_name)), static_cast<std::uint64_t>(m_source.size()));
         std::uint64_t objects = 0;
+        bool isBehindGap = false;
+        std::int64_t gap = 0; // bytes behind the last object
         while (std::optional<Stretch> const stretch = scan.next())
         {
+            bool const isObject = stretch->kind == Stretch::Kind::Object;
+            m_result.isPart = m_result.isPart || (isObject ? gap >= kLeastObject : isLost(*stretch, isBehindGap));
+            isBehindGap = stretch->kind == Stretch::Kind::Gap;
+            gap = isObject ? 0 : gap + stretch->size();
             objects += stretch->kind == Stretch::Kind::Object ? 1 : 0;
             progress.at(static_cast<std::uint64_t>(stretch->end), objects);
             if (stretch->kind == Stretch::Kind::Object)
@@ -161,6 +170,15 @@ public:
     }
 
 private:
+    // Frame, id and the smallest class name take more.
+    static constexpr std::int64_t kLeastObject = 40;
+
+    /// Bytes behind a gap that have not even the name of a class were no object.
+    static bool isLost(Stretch const &stretch, bool isBehindGap)
+    {
+        return stretch.kind != Stretch::Kind::Gap && !(isBehindGap && stretch.classNames.empty());
+    }
+
     void take(Stretch const &object)
     {
         for (std::string const &name : object.classNames)
@@ -281,9 +299,13 @@ bool isSameWord(std::string_view left, std::string_view right)
     return CString::FromUtf8(left).CompareNoCase(CString::FromUtf8(right)) == 0;
 }
 
+namespace
+{
+constexpr std::string_view kPrefix = "type:";
+}
+
 ParameterSelector::ParameterSelector(std::string text) : m_text(std::move(text))
 {
-    constexpr std::string_view kPrefix = "type:";
     if (!m_text.starts_with(kPrefix))
         return;
     int type = 0;
@@ -293,6 +315,8 @@ ParameterSelector::ParameterSelector(std::string text) : m_text(std::move(text))
     if (error == std::errc() && behind == end)
         m_type = type;
 }
+
+bool ParameterSelector::isTypeWithoutNumber() const { return m_text.starts_with(kPrefix) && !m_type; }
 
 bool ParameterSelector::matches(StoredParameter const &parameter) const
 {

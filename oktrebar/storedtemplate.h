@@ -103,6 +103,7 @@ struct StoredTemplate
     std::vector<StoredObject> others;  ///< of none of these classes
     std::set<std::string> classes;     ///< of all objects and their bases
     std::vector<TemplateFault> faults; ///< none: the file is whole
+    bool isPart = false; ///< objects may be lost; what stands behind the last whole one and is none itself was no object
 
     /// The parameter of that id; null: there is none.
     StoredParameter const *find(_GUID const &id) const;
@@ -131,6 +132,8 @@ public:
     /// Indexes, in the order of StoredTemplate::inOrder. The case of letters does not count.
     std::vector<std::size_t> in(StoredTemplate const &pool) const;
     bool matches(StoredParameter const &parameter) const;
+    /// It begins with "type:", and no number follows: probably a slip, though it may be a name.
+    bool isTypeWithoutNumber() const;
 
 private:
     std::string m_text;

@@ -58,17 +58,20 @@ public:
 
     std::vector<LintFinding> run()
     {
+        checkCycles();
         for (ParameterExpression const &expression : m_expressions.all())
             checkExpression(expression);
-        checkCycle();
         checkNames();
         for (StoredParameter const &parameter : m_pool.parameters)
             checkValue(parameter);
         checkCover();
-        checkHook(kHook1, kHookAngle1, kHookLength1, kExtension1);
-        checkHook(kHook2, kHookAngle2, kHookLength2, kExtension2);
-        if (m_options.pictures != PictureCheck::None && !m_pool.parameters.empty())
-            checkPictures();
+        if (!m_pool.isPart) // these conclude from what is not there
+        {
+            checkHook(kHook1, kHookAngle1, kHookLength1, kExtension1);
+            checkHook(kHook2, kHookAngle2, kHookLength2, kExtension2);
+            if (m_options.pictures != PictureCheck::None && !m_pool.parameters.empty())
+                checkPictures();
+        }
         std::vector<std::size_t> const order = m_pool.inOrder();
         std::map<std::int64_t, std::size_t> places; // of parameters, by where they begin; all else stands behind them
         for (std::size_t i = 0; i < order.size(); ++i)
@@ -102,11 +105,12 @@ private:
         bool isWhole = true;
         for (ExpressionName const &name : expression.names)
         {
-            if (!name.parameter)
+            if (!name.parameter && (name.isAmbiguous || !m_pool.isPart))
                 add(Code::ExpressionName, parameter, name.name, name.isAmbiguous ? "several" : "");
-            isWhole = isWhole && name.parameter && m_pool.parameters[*name.parameter].number();
+            isWhole = isWhole && name.parameter && m_pool.parameters[*name.parameter].number() &&
+                      (!m_pool.isPart || isUsed(parameter, *name.parameter));
         }
-        if (!isWhole || !parameter.number() || m_expressions.isKept(expression))
+        if (!isWhole || !parameter.number() || m_circular.contains(expression.parameter) || m_expressions.isKept(expression))
             return;
         StoredParameter calculated = parameter;
         try
@@ -120,29 +124,48 @@ private:
         }
     }
 
-    void checkCycle()
+    /// Another parameter of that name cannot be the one that is meant.
+    bool isUsed(StoredParameter const &parameter, std::size_t other) const
     {
-        std::vector<std::size_t> const cycle = m_expressions.cycle();
-        if (cycle.empty())
-            return;
-        std::string text;
-        for (std::size_t const index : cycle)
-            text += sentence("{} -> ", m_pool.parameters[index].name);
-        add(Code::ExpressionCycle, m_pool.parameters[cycle.front()], text + m_pool.parameters[cycle.front()].name);
+        return std::any_of(parameter.uses.begin(), parameter.uses.end(),
+                           [&](_GUID const &id) { return m_pool.indexOf(id) == other; });
     }
 
+    void checkCycles()
+    {
+        std::vector<std::size_t> const order = m_pool.inOrder();
+        std::vector<std::size_t> places(order.size());
+        for (std::size_t i = 0; i < order.size(); ++i)
+            places[order[i]] = i;
+        for (std::vector<std::size_t> cycle : m_expressions.cycles())
+        {
+            m_circular.insert(cycle.begin(), cycle.end());
+            auto const isFirst = [&places](std::size_t left, std::size_t right) { return places[left] < places[right]; };
+            std::rotate(cycle.begin(), std::min_element(cycle.begin(), cycle.end(), isFirst), cycle.end());
+            std::string text;
+            for (std::size_t const index : cycle)
+                text += sentence("{} -> ", m_pool.parameters[index].name);
+            add(Code::ExpressionCycle, m_pool.parameters[cycle.front()], text + m_pool.parameters[cycle.front()].name);
+        }
+    }
+
+    /// Two names are one where a person or an expression looks for them: the case of letters does not count, nor do blanks.
     void checkNames()
     {
         for (StoredCategory const &category : m_pool.categories)
         {
-            std::set<std::string> met;
+            auto const isLess = [](CString const &left, CString const &right) { return left.CompareNoCase(right) < 0; };
+            std::map<CString, std::string, decltype(isLess)> met(isLess);
             std::set<std::size_t> listed; // a parameter that is listed twice is no second one
             for (_GUID const &id : category.parameters)
                 if (std::optional<std::size_t> const index = m_pool.indexOf(id); index && listed.insert(*index).second)
                 {
                     StoredParameter const &parameter = m_pool.parameters[*index];
-                    if (!parameter.name.empty() && !met.insert(parameter.name).second)
-                        add(Code::NameTwice, parameter, category.name);
+                    CString const key = CString::FromUtf8(expressionNameOf(parameter.name));
+                    if (key.IsEmpty())
+                        continue;
+                    if (auto const [first, isNew] = met.emplace(key, parameter.name); !isNew)
+                        add(Code::NameTwice, parameter, category.name, first->second == parameter.name ? "" : first->second);
                 }
         }
     }
@@ -276,6 +299,7 @@ private:
     TemplateExpressions m_expressions;
     FrameOf const &m_frameOf;
     LintOptions const &m_options;
+    std::set<std::size_t> m_circular; ///< parameters in a circle, whose values follow from nothing
     std::vector<LintFinding> m_findings;
 };
 
@@ -340,7 +364,10 @@ std::string explanation(LintFinding const &finding)
     case Code::ExpressionCycle: return sentence("the expressions go round in a circle: {}", finding.detail);
     case Code::ExpressionValue: return sentence("the value is {}, its expression gives {}", finding.detail, finding.other);
     case Code::NameTwice:
-        return sentence("a second parameter of this name stands in the category {}", inQuotes(finding.detail));
+        return finding.other.empty()
+                   ? sentence("a second parameter of this name stands in the category {}", inQuotes(finding.detail))
+                   : sentence("a parameter {} stands in the category {}, which is the same name", inQuotes(finding.other),
+                              inQuotes(finding.detail));
     case Code::WrongKind: return sentence("the type wants another kind of value than {}", inQuotes(finding.detail));
     case Code::Impossible: return sentence("the value {} is {}, which its type cannot be", finding.detail, finding.other);
     case Code::QuantityUnreadable: return sentence("{} is no quantity expression", inQuotes(finding.detail));

@@ -38,9 +38,20 @@ int comparedNumbers(std::string_view a, std::string_view b)
     return a.size() != b.size() ? (a.size() < b.size() ? -1 : 1) : sign(a.compare(b));
 }
 
-int compared(std::string_view a, std::string_view b)
+/// Where a number ended: a point and digits follow, and not one more point with digits, as in "1.2.3".
+bool beginsFraction(std::string_view text)
+{
+    if (text.size() < 2 || text[0] != '.' || !isDigit(text[1]))
+        return false;
+    text.remove_prefix(1);
+    takeDigits(text);
+    return text.size() < 2 || text[0] != '.' || !isDigit(text[1]);
+}
+
+int compared(std::string_view a, std::string_view b, bool hasDecimals)
 {
     bool isFraction = false; // what comes next are decimals
+    bool isBehindPoint = false;
     while (!a.empty() && !b.empty())
     {
         if (isDigit(a.front()) && isDigit(b.front()))
@@ -50,7 +61,11 @@ int compared(std::string_view a, std::string_view b)
             if (int const order = isFraction ? sign(left.compare(right)) : comparedNumbers(left, right); order != 0)
                 return order;
             bool const isZero = !isFraction && left == "0" && right == "0";
-            isFraction = isZero && a.starts_with('.') && b.starts_with('.');
+            bool const mayHaveFraction = hasDecimals && !isFraction && !isBehindPoint;
+            if (mayHaveFraction && beginsFraction(a) != beginsFraction(b))
+                return beginsFraction(b) ? -1 : 1; // 8 is less than 8.25, whatever else stands behind it
+            isFraction =
+                hasDecimals ? mayHaveFraction && beginsFraction(a) : isZero && a.starts_with('.') && b.starts_with('.');
             if (isFraction)
             {
                 a.remove_prefix(1);
@@ -59,6 +74,7 @@ int compared(std::string_view a, std::string_view b)
             continue;
         }
         isFraction = false;
+        isBehindPoint = a.front() == '.';
         auto const left = static_cast<unsigned char>(folded(a.front()));
         auto const right = static_cast<unsigned char>(folded(b.front()));
         if (left != right)
@@ -69,12 +85,28 @@ int compared(std::string_view a, std::string_view b)
     return a.empty() && b.empty() ? 0 : a.empty() ? -1 : 1;
 }
 
+/// Without an ending such as ".okt"; ".5" is none.
+std::string_view stemOf(std::string_view path)
+{
+    std::size_t const point = path.rfind('.');
+    bool const isEnding = point != std::string_view::npos && point + 1 < path.size() && !isDigit(path[point + 1]) &&
+                          path.find_first_of("/\\", point) == std::string_view::npos;
+    return isEnding ? path.substr(0, point) : path;
+}
+
 } // namespace
 
 bool naturalLess(std::string_view a, std::string_view b)
 {
-    int const order = compared(a, b);
+    int const order = compared(a, b, false);
     return order != 0 ? order < 0 : a < b;
+}
+
+bool naturalPathLess(std::string_view a, std::string_view b)
+{
+    if (int const order = compared(stemOf(a), stemOf(b), true); order != 0)
+        return order < 0;
+    return naturalLess(a, b);
 }
 
 } // namespace okt

@@ -134,6 +134,17 @@ TEST_F(OktCatalog, Sql_Forms)
     EXPECT_EQ(done({"catalog", "sql", "--csv", catalog(), query}), "text,whole,real,empty\r\n\"a,b\",1,0.5,\r\n");
     EXPECT_EQ(done({"catalog", "sql", "--json", catalog(), query}),
               "{\"text\":\"a,b\",\"whole\":1,\"real\":0.5,\"empty\":null}\n");
+    std::string const odd = "SELECT x'00FF7A' AS blob, 'a' || char(0) || 'b' AS text, x'' AS none";
+    EXPECT_EQ(done({"catalog", "sql", "--csv", catalog(), odd}), "blob,text,none\r\nX'00FF7A',X'610062',X''\r\n");
+    EXPECT_EQ(done({"catalog", "sql", "--json", catalog(), odd}),
+              "{\"blob\":\"X'00FF7A'\",\"text\":\"X'610062'\",\"none\":\"X''\"}\n");
+    EXPECT_EQ(done({"catalog", "sql", "--csv", catalog(), "SELECT 1 AS a, 2 AS a"}), "a,a\r\n1,2\r\n");
+    ProcessResult const twice = runOkt({"catalog", "sql", "--json", catalog(), "SELECT 1 AS a, 2 AS a"});
+    EXPECT_EQ(twice.exitCode, 1);
+    EXPECT_EQ(twice.out, "");
+    EXPECT_EQ(twice.err, "okt: " + catalog() +
+                             ": two columns of the query are called \"a\", and --json takes one of a name: give one another "
+                             "name, with AS\n");
     ProcessResult const refused = runOkt({"catalog", "sql", catalog(), "DELETE FROM file"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(refused.err, "okt: " + catalog() + ": a query may only read\n");

@@ -109,6 +109,42 @@ TEST_F(OktEdit, ScriptThatNeverGetsItRight_EndsAfterTenTimes)
     fs::remove_all(fs::path(result.err.substr(at, result.err.find('\n', at) - at)).parent_path());
 }
 
+/// A file with an error is edited as any other, and the text may not give it one more.
+TEST_F(OktEdit, FileWithAnError_KeepsItAndGetsNoOther)
+{
+    std::string const nowhere = "{00000000-0000-4000-8000-000000000001}";
+    std::string const elsewhere = "{00000000-0000-4000-8000-000000000002}";
+    std::string const file = path("damaged.okt");
+    fs::copy_file(golden("stirrup.okt"), file);
+    EXPECT_THAT(runOkt({"verify", "-q", file}).out, HasSubstr(" 0 errors"));
+    std::string const text = done({"export", file});
+    std::string const category = "{F36B99D1-E282-49A7-99CF-42E42EDCB07B}";
+    std::string spoilt = text;
+    spoilt.replace(spoilt.find(category), category.size(), nowhere);
+    put("spoilt.json", spoilt);
+    done({"import", path("spoilt.json"), "-o", file, "--force"});
+    EXPECT_THAT(runOkt({"verify", "-q", file}).out, HasSubstr(" 1 error,"));
+
+    EXPECT_EQ(edit(editor("mend", "sed -i 's/Stirrup, closed/Stirrup, old/' \"$text\""), file).exitCode, 0);
+    std::string const before = contents(file);
+    EXPECT_THAT(runOkt({"verify", "-q", file}).out, HasSubstr(" 1 error,"));
+
+    // The owner of the first parameter stands in line 50.
+    ProcessResult const result = edit(editor("ed", "sed -i '50s/{[-0-9A-F]*}/" + elsewhere + "/' \"$text\""), file);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(contents(file), before);
+    EXPECT_THAT(shortened(result.err), HasSubstr("okt: damaged.okt:50:38: the text would give a file with an error: "));
+    std::size_t const at = result.err.find("kept in ") + 8;
+    fs::remove_all(fs::path(result.err.substr(at, result.err.find('\n', at) - at)).parent_path());
+
+    // Nor is one that is there already given to another object.
+    ProcessResult const other = edit(editor("ed2", "sed -i '108s/{[-0-9A-F]*}/" + nowhere + "/' \"$text\""), file);
+    EXPECT_EQ(other.exitCode, 1);
+    EXPECT_EQ(contents(file), before);
+    std::size_t const kept = other.err.find("kept in ") + 8;
+    fs::remove_all(fs::path(other.err.substr(kept, other.err.find('\n', kept) - kept)).parent_path());
+}
+
 TEST_F(OktEdit, EditorThatFails_NothingSaved)
 {
     std::string const link = take("link-d12.okt");

@@ -61,8 +61,16 @@ TEST_F(OktLint, DamagedOrMissingFile_OneLineAndTheRestIsLookedAt)
     ProcessResult const result = runOkt({"lint", "none.okt", golden("truncated.okt"), "--pictures"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err, "okt: none.okt: there is no such file\nokt: " + golden("truncated.okt") +
-                              ":byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358\n");
+                              ":byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358\nokt: " +
+                              golden("truncated.okt") +
+                              ": the file is not whole: what seems to be missing in the template is not judged\n");
+    EXPECT_THAT(result.out, testing::Not(HasSubstr("picture-missing")));
     EXPECT_EQ(runOkt({"lint"}).exitCode, 2);
+    // What is behind the end of a pool is no part of it.
+    ProcessResult const trailing = runOkt({"lint", golden("trailing-bytes.okt")});
+    EXPECT_EQ(trailing.err,
+              "okt: " + golden("trailing-bytes.okt") + ":byte 1374: the file ends inside an object that begins at byte 1357\n");
+    EXPECT_THAT(trailing.out, HasSubstr("the template has no picture"));
 }
 
 class OktFolders : public LibraryTest
@@ -134,6 +142,8 @@ TEST_F(OktFolders, FilesFrom_AListOfNames)
     std::string const list = put("list", path("lib/d8.okt") + "\r\n\n" + path("lib/old") + "\n");
     EXPECT_EQ(shortened(done({"find", "-l", "Cover", "--files-from", list})),
               "lib/d8.okt\nlib/old/d6.okt\nlib/old/keep/d7.okt\n");
+    std::string const marked = put("marked", "\xEF\xBB\xBF" + path("lib/d8.okt") + "\n"); // as some editors write it
+    EXPECT_EQ(shortened(done({"find", "-l", "Cover", "--files-from", marked})), "lib/d8.okt\n");
     EXPECT_EQ(shortened(runOktOn(list, {"verify", "-q", "--files-from", "-"}).out),
               "3 files, 96 objects, 0 errors, 0 warnings\n");
     EXPECT_EQ(runOkt({"verify", "--files-from", path("none")}).exitCode, 1);
@@ -142,6 +152,14 @@ TEST_F(OktFolders, FilesFrom_AListOfNames)
     ProcessResult const empty = runOkt({"verify", path("none")});
     EXPECT_EQ(empty.exitCode, 1);
     EXPECT_EQ(shortened(empty.err), "okt: none: there is no pool file in this folder\n");
+}
+
+TEST_F(OktFolders, NumbersWithAPoint_InTheirOrder)
+{
+    take("link-d8.okt", "d8.5.okt");
+    take("link-d8.okt", "d8.25.okt");
+    EXPECT_EQ(shortened(done({"find", "-l", "Cover", path("lib")})),
+              "lib/d8.okt\nlib/d8.25.okt\nlib/d8.5.okt\nlib/d12.okt\nlib/old/d6.okt\nlib/old/keep/d7.okt\n");
 }
 
 TEST_F(OktFolders, ShowAndTreeAsJson)
@@ -192,6 +210,18 @@ TEST_F(OktFolders, Diff_AddedRemovedRenamedChanged)
     EXPECT_EQ(trouble.exitCode, 2);
     EXPECT_EQ(shortened(trouble.err),
               "okt: new/d8.okt:byte 1595: the file ends inside an OKTDbParameter that begins at byte 1358\n");
+}
+
+TEST_F(OktFolders, Diff_FolderAndAMissingName_ThatIsTold)
+{
+    for (std::vector<std::string> const &names :
+         {std::vector<std::string>{path("lib"), path("nix")}, {path("nix"), path("lib")}})
+    {
+        ProcessResult const result = runOkt({"diff", names[0], names[1]});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(shortened(result.err), "okt: nix: there is no such file\n");
+    }
+    EXPECT_EQ(shortened(runOkt({"diff", path("lib"), path("lib/d8.okt")}).err), "okt: lib: this is a folder, not a file\n");
 }
 
 /// A new template that took the name of an old one does not hide where that went.
@@ -270,5 +300,62 @@ TEST_F(OktHash, Manifest_HoldsAFolderAgainstIt)
     EXPECT_EQ(shortened(runOkt({"verify", "--manifest", put("v", std::string("x\n")), path("lib")}).err),
               "okt: v:1: this is no manifest that okt hash made\n");
 }
+
+TEST_F(OktHash, Manifest_SwappedAndMovedFilesAreRenamed)
+{
+    take("link-d8.okt", "a.okt");
+    take("link-d12.okt", "b.okt");
+    take("link-d16.okt", "c.okt");
+    std::string const manifest = put("m", done({"hash", "--manifest", path("lib")}));
+    take("link-d12.okt", "a.okt");
+    take("link-d8.okt", "b.okt");
+    ProcessResult const swapped = runOkt({"verify", "--manifest", manifest, path("lib")});
+    EXPECT_EQ(swapped.exitCode, 1);
+    EXPECT_EQ(swapped.out, "a.okt: renamed to b.okt\n"
+                           "b.okt: renamed to a.okt\n"
+                           "3 files, 2 changes\n");
+    // One that took the name of another, which is gone; a copy of one that is still there is a change.
+    take("link-d8.okt", "a.okt");
+    fs::remove(pathOf(path("lib/b.okt")));
+    take("link-d12.okt", "c.okt");
+    EXPECT_EQ(runOkt({"verify", "--manifest", manifest, path("lib")}).out, "b.okt: renamed to c.okt\n"
+                                                                           "c.okt: changed\n"
+                                                                           "2 files, 2 changes\n");
+    take("link-d12.okt", "b.okt");
+    EXPECT_EQ(runOkt({"verify", "--manifest", manifest, path("lib")}).out, "c.okt: changed\n3 files, 1 change\n");
+    // Another file moves to the name of one that moved.
+    fs::remove(pathOf(path("lib/c.okt")));
+    take("link-d16.okt", "b.okt");
+    take("link-d12.okt", "d.okt");
+    EXPECT_EQ(runOkt({"verify", "--manifest", manifest, path("lib")}).out, "b.okt: renamed to d.okt\n"
+                                                                           "c.okt: renamed to b.okt\n"
+                                                                           "3 files, 2 changes\n");
+}
+
+#if !defined(_WIN32) // no name there has such characters
+
+TEST_F(OktHash, OddNames_AsSha256sumWritesAndReadsThem)
+{
+    put("abc\nd\\e\rf.okt", std::string("abc"));
+    EXPECT_EQ(runOkt({"hash", "--bytes", path("abc\nd\\e\rf.okt")}).out,
+              "\\ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad  " + path("abc\\nd\\\\e\\rf.okt") + "\n");
+    take("link-d8.okt", "a\nb.okt");
+    take("link-d12.okt", "c\\n.okt");
+    take("link-d16.okt", "e.okt");
+    std::string const text = done({"hash", "--manifest", path("lib")});
+    EXPECT_THAT(text, HasSubstr(" a\\nb.okt\n"));
+    EXPECT_THAT(text, HasSubstr(" c\\\\n.okt\n"));
+    std::string const manifest = put("m", text);
+    EXPECT_EQ(done({"verify", "--manifest", manifest, path("lib")}), "3 files, 0 changes\n");
+    put("bytes", done({"hash", "--bytes", path("lib")}));
+    ProcessResult const checked = runProgram("/bin/sh", {"-c", "sha256sum -c \"$1\" | grep -c ': OK$'", "sh", path("bytes")});
+    EXPECT_EQ(checked.out, "3\n") << checked.err;
+    std::string const digest(64, '0');
+    std::string const odd = "# okt manifest 1\n\\" + digest + " - a\\x\n";
+    EXPECT_EQ(shortened(runOkt({"verify", "--manifest", put("o", odd), path("lib")}).err),
+              "okt: o:2: the path has a backslash that is no escape\n");
+}
+
+#endif
 
 } // namespace

@@ -706,6 +706,17 @@ TEST(OktReportOrder, NaturalLess_NumbersAsNumbers)
     EXPECT_TRUE(okt::naturalLess("99999999999999999999", "100000000000000000000"));
 }
 
+TEST(OktReportOrder, NaturalPathLess_StemBeforeEndingAndDecimals)
+{
+    std::vector<std::string> const sorted = {"a/d0.375.okt", "a/d0.5.okt",    "a/d8.okt",   "a/d8-b.okt",
+                                             "a/d8x.okt",    "a/d8.25.okt",   "a/d8.5.okt", "a/d10.okt",
+                                             "a/v1.2.9.okt", "a/v1.2.10.okt", "b/D8.OKT",   "b/d8.okt"};
+    std::vector<std::string> paths(sorted.rbegin(), sorted.rend());
+    std::sort(paths.begin(), paths.end(), okt::naturalPathLess);
+    EXPECT_EQ(paths, sorted);
+    EXPECT_FALSE(okt::naturalPathLess("d8.5.okt", "d8.5.okt"));
+}
+
 TEST(OktReportGraph, GraphData_BoxesAndTies)
 {
     using Kind = okt::RelationGraph::NodeKind;

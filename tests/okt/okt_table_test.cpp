@@ -116,7 +116,16 @@ TEST_F(OktTable, NamesAndFiles_ToldApart)
     EXPECT_EQ(missing.err, "okt: none.okt: there is no such file\n");
     EXPECT_EQ(runOkt({"table", "-n", "Cover", "--", "-odd.okt"}).err, "okt: -odd.okt: there is no such file\n");
     EXPECT_EQ(runOkt({"table", "--csv=other", "Cover", path("lib")}).err,
-              "okt: --csv takes no value; see \"okt table --help\"\n");
+              "okt: --csv takes no such value: it is --csv, or --csv=local; see \"okt table --help\"\n");
+    EXPECT_EQ(runOkt({"table", "diameter", "Diameter", path("lib")}).err,
+              "okt: NAME: \"Diameter\" is asked for twice; see \"okt table --help\"\n");
+    for (std::string const type : {"type:", "type:abc", "type:5x"})
+    {
+        EXPECT_EQ(runOkt({"table", type, path("lib")}).err,
+                  "okt: NAME: \"" + type + "\" is no type: a number follows type:; see \"okt table --help\"\n");
+        EXPECT_EQ(runOkt({"get", path("lib/link-d12.okt"), type}).err,
+                  "okt: NAME: \"" + type + "\" is no type: a number follows type:; see \"okt get --help\"\n");
+    }
     EXPECT_EQ(runOkt({"table", "--csv", "--json", "Cover", path("lib")}).exitCode, 2);
 }
 

@@ -37,6 +37,8 @@ TEST(OktExpression, Evaluate_NamesWithDigits_Value)
     EXPECT_EQ(valueOf("min(LegA;HookLength1)"), 160);
     EXPECT_EQ(valueOf("max(1,2;3)"), 3);
     EXPECT_EQ(valueOf("max(5)"), 5);
+    EXPECT_EQ(valueOf("MAX(LegA/1.6;0)+Sqrt(4)+mIn(1;2)"), 253); // as names, whatever the case of letters
+    EXPECT_EQ(namesIn("MAX(LegA/1.6;0)"), std::vector<std::string>{"LegA"});
     EXPECT_EQ(valueOf("max+1"), 10); // a parameter of that name
     EXPECT_EQ(valueOf("sqrt(HookLength1+9)"), 13);
     EXPECT_EQ(valueOf("round(LegA/150)*150"), 450);
@@ -71,7 +73,7 @@ TEST(TemplateExpressions, Unit_OfEveryExample_ThatOfItsTable)
         EXPECT_EQ(expressions.unit().name, plan.units == Units::Inch ? "in" : "mm") << plan.fileName;
         for (ParameterExpression const &expression : expressions.all())
             EXPECT_TRUE(expressions.isKept(expression)) << plan.fileName << " " << pool.parameters[expression.parameter].name;
-        EXPECT_TRUE(expressions.cycle().empty());
+        EXPECT_TRUE(expressions.cycles().empty());
     }
 }
 

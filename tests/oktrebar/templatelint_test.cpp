@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "builttemplate.h"
 
+#include <oktrebar/circles.h>
 #include <oktrebar/templatelint.h>
 
 #include <gtest/gtest.h>
@@ -75,19 +76,37 @@ TEST(TemplateLint, Expressions_NamesFormsValues)
               "1492 mm, or take the expression away"});
 }
 
-TEST(TemplateLint, Circle_Named)
+TEST(TemplateLint, Circles_EachNamedAndNoValueOfTheirs)
 {
-    std::vector<LintFinding> const found = findings(exampleBytes("link-d12.okt", [](TemplatePlan &plan) {
-        planned(plan, {types::kLength, 0}).expression = "LegB*2";
-        planned(plan, {types::kLength, 0}).name = "Cut";
-        planned(plan, {types::kLength, 2}).expression = "Cut/2";
-    }));
-    auto const cycle = std::find_if(found.begin(), found.end(),
-                                    [](LintFinding const &one) { return one.code == LintFinding::Code::ExpressionCycle; });
-    ASSERT_NE(cycle, found.end());
-    EXPECT_TRUE(explanation(*cycle) == "the expressions go round in a circle: Cut -> Leg B -> Cut" ||
-                explanation(*cycle) == "the expressions go round in a circle: Leg B -> Cut -> Leg B")
-        << explanation(*cycle);
+    EXPECT_EQ(linted([](TemplatePlan &plan) {
+                  planned(plan, {types::kLength, 0}).expression = "LegB*3";
+                  planned(plan, {types::kLength, 0}).name = "Cut";
+                  planned(plan, {types::kLength, 2}).expression = "Cut/2";
+                  planned(plan, {types::kLength, 1}).expression = "2*Cover";
+                  planned(plan, {types::kCover, 0}).expression = "LegA/3";
+                  planned(plan, {types::kSpacing, 1}).expression = "SpacingA+1";
+              }),
+              (Lines{"error expression-cycle Cover: the expressions go round in a circle: Cover -> Leg A -> Cover; give one of "
+                     "them a value instead of its expression",
+                     "error expression-cycle Leg B: the expressions go round in a circle: Leg B -> Cut -> Leg B; give one of "
+                     "them a value instead of its expression",
+                     "error expression-cycle Spacing A: the expressions go round in a circle: Spacing A -> Spacing A; give "
+                     "one of them a value instead of its expression"}));
+}
+
+TEST(CirclesIn, Table)
+{
+    using Graph = std::vector<std::vector<std::size_t>>;
+    EXPECT_EQ(circlesIn({}), Graph());
+    EXPECT_EQ(circlesIn({{1, 2}, {2}, {}}), Graph());
+    EXPECT_EQ(circlesIn({{0}, {2}, {3}, {1}}), (Graph{{0}, {1, 2, 3}}));
+    EXPECT_EQ(circlesIn({{1}, {0, 2}, {1}}), (Graph{{0, 1}, {2, 1}})); // both hang together
+    EXPECT_EQ(circlesIn({{1}, {2}, {1}}), (Graph{{1, 2}}));            // the first leads there and is in none
+    Graph chain(200000);
+    for (std::size_t i = 0; i < chain.size(); ++i)
+        chain[i] = {(i + 1) % chain.size()};
+    ASSERT_EQ(circlesIn(chain).size(), 1u);
+    EXPECT_EQ(circlesIn(chain).front().size(), 200000u);
 }
 
 TEST(TemplateLint, NameTwiceInACategory)
@@ -98,6 +117,35 @@ TEST(TemplateLint, NameTwiceInACategory)
         }),
         Lines{"warning name-twice Standard: a second parameter of this name stands in the category \"Bar\"; rename one of "
               "the two"});
+    for (char const *const name : {"standard", "Stan Dard"}) // as a person, and as an expression looks for it
+        EXPECT_EQ(linted([name](TemplatePlan &plan) {
+                      planned(plan, {types::kShapeStandard, 0}).name = name;
+                  }),
+                  Lines{std::string("warning name-twice ") + name +
+                        ": a parameter \"Standard\" stands in the category \"Bar\", which is the same name; rename one of the "
+                        "two"});
+}
+
+/// What a cut file does not have may have stood in the lost part.
+TEST(TemplateLint, CutFile_NothingConcludedFromAbsence)
+{
+    std::string bytes = exampleBytes("link-d12.okt", [](TemplatePlan &plan) {
+        planned(plan, {types::kLength, 0}).expression = "2*LegA+2*LegX";
+    });
+    EXPECT_EQ(texts(findings(bytes + "behind the end", PictureCheck::Shape)),
+              Lines{"error expression-name Cutting length: the expression names LegX, which is not there; name a parameter "
+                    "that is there, without its blanks"});
+    for (std::size_t part = 1; part < 16; ++part)
+    {
+        std::string const cut = bytes.substr(0, bytes.size() * part / 16);
+        if (readBytes(cut).isPart)
+        {
+            EXPECT_EQ(texts(findings(cut, PictureCheck::Shape)), Lines()) << part;
+        }
+    }
+    EXPECT_TRUE(readBytes(bytes.substr(0, bytes.size() - 1)).isPart);
+    EXPECT_FALSE(readBytes(bytes + "behind the end").isPart);
+    EXPECT_FALSE(readBytes(bytes).isPart);
 }
 
 TEST(TemplateLint, Values_ThatTheirTypeCannotHave)

@@ -115,7 +115,19 @@ private:
         else if (CLI::Option const *const form = formOf(option, word.substr(equals + 1)))
             put(*form);
         else
-            throw WrongUsage(m_command, nameOf(option) + " takes no value");
+            throw WrongUsage(m_command, nameOf(option) + noValueText(option));
+    }
+
+    /// " takes no value", or the one that it takes.
+    std::string noValueText(CLI::Option const &option) const
+    {
+        std::string const name = option.get_lnames().front();
+        std::string values;
+        for (CLI::Option const *const each : known())
+            for (std::string const &longer : each->get_lnames())
+                if (longer.starts_with(name + "-") && !takesValue(*each))
+                    values += sentence("{}{}={}", values.empty() ? "" : ", ", nameOf(option), longer.substr(name.size() + 1));
+        return values.empty() ? " takes no value" : sentence(" takes no such value: it is {}, or {}", nameOf(option), values);
     }
 
     /// A flag may have a form that is called as if it took a value: --csv=local is --csv-local. Null: it has no such form.

@@ -205,6 +205,12 @@ int query(Options const &options)
         options.operands.front(),
         [&](std::vector<std::string> const &names) {
             columns = names;
+            if (options.asJson)
+                for (auto name = names.begin(); name != names.end(); ++name)
+                    if (std::find(names.begin(), name, *name) != name)
+                        throw Failure(options.catalog, "",
+                                      "two columns of the query are called " + excerpt(*name) +
+                                          ", and --json takes one of a name: give one another name, with AS");
             if (!options.asJson)
                 addLine(names);
         },

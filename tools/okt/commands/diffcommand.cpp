@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/diffinput.h>
 #include <tools/okt/commands/folderdiff.h>
+#include <tools/okt/commands/tableoperands.h>
 #include <tools/okt/files/poollist.h>
 #include <tools/okt/printing/difftext.h>
 
@@ -60,6 +61,9 @@ int compareFiles(Options const &options)
         given.isQuiet = options.isQuiet;
         return compareFolders(options.files[0], options.files[1], given);
     }
+    for (std::string const &file : options.files) // the other one may be a folder, which is no fault of its own
+        if (file != kStandardStream && !isThere(file))
+            openSource(utf8Path(file), {}); // throws
     DiffInput before(options.files[0], inputName(utf8Path(options.files[0])));
     DiffInput after(options.files[1], inputName(utf8Path(options.files[1])));
     if (before.isSameAs(after))

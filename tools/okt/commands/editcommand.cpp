@@ -3,12 +3,14 @@
 
 #include <tools/okt/files/editlock.h>
 #include <tools/okt/files/exportfiles.h>
+#include <tools/okt/files/textplaces.h>
 #include <tools/okt/files/textsession.h>
 #include <tools/okt/terminal/console.h>
 
 #include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/guids.h>
 #include <oktformat/sentence.h>
 #include <oktformat/text.h>
 #include <oktinspect/findingtext.h>
@@ -19,8 +21,11 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
+#include <vector>
 
 namespace okt
 {
@@ -33,18 +38,44 @@ std::string_view view(CByteArray const &bytes)
     return {reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize())};
 }
 
-/// The first error of an image; empty: there is none.
-std::string errorIn(CByteArray const &image)
+std::vector<Finding> errorsIn(CByteArray const &image)
 {
     ByteSource source(image);
     VerifyOptions options;
-    std::string error;
-    options.onFinding = [&error](Finding const &finding) {
-        if (error.empty() && finding.severity == Finding::Severity::Error)
-            error = sentenceOf(finding);
+    std::vector<Finding> errors;
+    options.onFinding = [&errors](Finding const &finding) {
+        if (finding.severity == Finding::Severity::Error)
+            errors.push_back(finding);
     };
     verify(source, options);
-    return error;
+    return errors;
+}
+
+/// What makes two errors of an image and of one that came from it the same, wherever they stand.
+using ErrorKey = std::tuple<Finding::Code, Finding::What, std::string, std::string>;
+
+ErrorKey keyOf(Finding const &error)
+{
+    return {error.code, error.what, error.id ? idText(*error.id) : "", error.named ? idText(*error.named) : ""};
+}
+
+/// The first error of the new image that the old one does not have. Nothing: there is none.
+std::optional<Finding> newErrorIn(CByteArray const &image, CByteArray const &before)
+{
+    std::vector<Finding> const errors = errorsIn(image);
+    if (errors.empty())
+        return std::nullopt;
+    std::multiset<ErrorKey> known;
+    for (Finding const &error : errorsIn(before))
+        known.insert(keyOf(error));
+    for (Finding const &error : errors)
+    {
+        auto const found = known.find(keyOf(error));
+        if (found == known.end())
+            return error;
+        known.erase(found);
+    }
+    return std::nullopt;
 }
 
 class Editing
@@ -99,7 +130,7 @@ private:
         return text;
     }
 
-    /// An image that would have an error, in a file that has none, is refused as the text is.
+    /// An image that would have an error which the file does not have is refused as a wrong text is.
     CByteArray imageOf(TextSession const &session, std::string const &text, OKTTextFault &fault) const
     {
         std::istringstream stream(text);
@@ -112,8 +143,14 @@ private:
             return {};
         }
         ReportCollector const collector;
-        if (std::string const error = errorIn(image); !error.empty() && errorIn(m_before).empty())
-            fault.reason = "the text would give a file with an error: " + error;
+        if (std::optional<Finding> const error = newErrorIn(image, m_before))
+        {
+            ByteSource source(image);
+            fault.reason = "the text would give a file with an error: " + sentenceOf(*error);
+            TextPlace const place = placeInText(text, source, *error);
+            fault.line = place.line;
+            fault.column = place.column;
+        }
         return image;
     }
 

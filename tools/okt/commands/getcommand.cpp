@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/declaration.h>
 
+#include <tools/okt/commands/tableoperands.h>
 #include <tools/okt/files/templatefile.h>
 #include <tools/okt/printing/parameterjson.h>
 #include <tools/okt/terminal/console.h>
@@ -72,7 +73,10 @@ void addGet(CommandLine &line)
     command.option("-u,--unit", options->unit, "the unit that lengths are shown in: mm (default), cm, m, in, ft")
         .oneOf(unitNames());
     command.flag("--json", options->asJson, "one JSON object: name, id, type, value, unit");
-    command.onParsed([&line, options] { line.run = [options] { return get(*options); }; });
+    command.onParsed([&line, options] {
+        refuseTypeWithoutNumber(options->name);
+        line.run = [options] { return get(*options); };
+    });
 }
 
 } // namespace okt

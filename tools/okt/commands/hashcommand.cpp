@@ -70,7 +70,8 @@ int hashAll(Options const &options)
             std::string const digest = options.ofBytes ? byteDigestOf(file) : contentDigestOf(file);
             ++digested;
             if (!options.isQuiet)
-                print(sentence("{}  {}\n", digest, printable(std::string_view(name))));
+                print(options.ofBytes ? digestLine(digest, "  ", name)
+                                      : sentence("{}  {}\n", digest, printable(std::string_view(name))));
         }
         catch (Failure const &failure)
         {

@@ -67,6 +67,9 @@ private:
             TemplateFile const read{name, readTemplate(*source, name, onProgress)};
             for (std::string const &fault : read.faults())
                 told(fault);
+            if (read.pool.isPart)
+                printError(
+                    Failure(name, "", "the file is not whole: what seems to be missing in the template is not judged").what());
             LintOptions options;
             options.pictures = m_options.drawsPictures ? PictureCheck::Drawing : PictureCheck::Shape;
             auto const frameOf = [&source](std::int64_t begin, std::int64_t end) { return source->copy(begin, end - begin); };

@@ -59,9 +59,12 @@ void divide(Options &options)
     if (options.names.empty())
         refuseMissing("NAME");
     options.files.check();
-    for (std::size_t i = 0; i < options.names.size(); ++i)
-        if (std::count(options.names.begin(), options.names.begin() + static_cast<std::ptrdiff_t>(i), options.names[i]) > 0)
-            refuse("NAME", excerpt(options.names[i]) + " is asked for twice");
+    for (auto name = options.names.begin(); name != options.names.end(); ++name)
+    {
+        refuseTypeWithoutNumber(*name);
+        if (std::any_of(options.names.begin(), name, [&](std::string const &other) { return isSameWord(other, *name); }))
+            refuse("NAME", excerpt(*name) + " is asked for twice");
+    }
 }
 
 /// "48 templates, 2 empty fields".
@@ -84,7 +87,7 @@ int table(Options const &options)
     std::vector<ParameterSelector> const columns(options.names.begin(), options.names.end());
     std::vector<TableRow> rows;
     std::vector<std::string> files = options.files.expanded(told);
-    std::stable_sort(files.begin(), files.end(), naturalLess); // however a shell has sorted them
+    std::stable_sort(files.begin(), files.end(), naturalPathLess); // however a shell has sorted them
     std::optional<CatalogIndex> index;
     if (!options.files.index.empty())
         index.emplace(options.files.index);

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <tools/okt/commands/tableoperands.h>
 
+#include <tools/okt/commands/declaration.h>
+
 #include <oktformat/fileread.h>
+#include <oktformat/text.h>
+#include <oktrebar/storedtemplate.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -21,6 +25,12 @@ bool isMeantAsFile(std::string const &operand)
     if (operand == kStandardStream || operand.find('/') != std::string::npos || operand.ends_with(".okt"))
         return true;
     return (std::filesystem::path::preferred_separator == '\\' && operand.find('\\') != std::string::npos) || isThere(operand);
+}
+
+void refuseTypeWithoutNumber(std::string const &name)
+{
+    if (ParameterSelector(name).isTypeWithoutNumber())
+        refuse("NAME", excerpt(name) + " is no type: a number follows type:");
 }
 
 void markTableFiles(std::vector<std::string> &words)

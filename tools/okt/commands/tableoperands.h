@@ -13,6 +13,9 @@ bool isMeantAsFile(std::string const &operand);
 /// Something of that name is there.
 bool isThere(std::string const &operand);
 
+/// Refuses "type:abc" as a NAME.
+void refuseTypeWithoutNumber(std::string const &name);
+
 /// What stands behind "--" of okt table are files: each becomes a --file, since the parser does not tell which operands those are.
 void markTableFiles(std::vector<std::string> &words);
 

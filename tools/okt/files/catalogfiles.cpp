@@ -92,7 +92,7 @@ std::vector<std::string> CatalogIndex::files()
     std::vector<std::string> names;
     for (CatalogFile const &file : m_catalog.files())
         names.push_back(shownPath(file.path));
-    std::sort(names.begin(), names.end(), naturalLess);
+    std::sort(names.begin(), names.end(), naturalPathLess);
     return names;
 }
 

@@ -29,7 +29,7 @@ std::vector<std::string> poolFilesIn(std::string const &folder, OnFault const &o
     PoolSearch search(utf8Path(folder), onFault, terminalProgress());
     while (std::optional<fs::path> const file = search.next())
         files.push_back(pathName(*file));
-    std::sort(files.begin(), files.end(), naturalLess);
+    std::sort(files.begin(), files.end(), naturalPathLess);
     return files;
 }
 
@@ -59,6 +59,9 @@ std::vector<std::string> namesFrom(std::string const &file)
 {
     CByteArray const bytes = readInput(utf8Path(file));
     std::string_view text(reinterpret_cast<char const *>(bytes.GetData()), static_cast<std::size_t>(bytes.GetSize()));
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kByteOrderMark))
+        text.remove_prefix(kByteOrderMark.size());
     std::vector<std::string> names;
     while (!text.empty())
     {
