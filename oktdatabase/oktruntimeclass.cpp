@@ -6,14 +6,31 @@
 #include <oktdatabase/oktownclasses.h>
 #include <oktdatabase/okttools.h>
 
+#include <atomic>
 #include <mutex>
+#include <thread>
 #include <typeinfo>
 
 namespace
 {
 int s_nextClassCounter = 0;
 int s_ownClasses = 0;
-constinit std::mutex s_registryLock; // descriptors are made before any constructor of this source has run
+
+/// Held for one look-up or entry. Descriptors are made before a constructor of this source has run, and std::mutex has one on Windows.
+class RegistryLock
+{
+public:
+    void lock()
+    {
+        while (m_isHeld.test_and_set(std::memory_order_acquire))
+            std::this_thread::yield();
+    }
+    void unlock() { m_isHeld.clear(std::memory_order_release); }
+
+private:
+    std::atomic_flag m_isHeld;
+};
+constinit RegistryLock s_registryLock;
 } // namespace
 
 bool OktIsOwnClass(OKTRuntimeClass const &descriptor)

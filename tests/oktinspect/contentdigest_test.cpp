@@ -142,8 +142,8 @@ TEST(OktManifest, Refused_Table)
 TEST(OktManifest, Compare_EveryKindOfChange)
 {
     using Kind = ManifestChange::Kind;
-    Manifest const before = {{"a", {kA, kA}}, {"b", {kA, kB}}, {"c", {kA, kC}}, {"d", {kA, ""}}, {"e", {kB, kB}}};
-    Manifest const now = {{"a", {kA, kA}}, {"b", {kB, kB}}, {"c", {kB, kA}}, {"f", {kC, kB}}, {"g", {kC, kC}}};
+    Manifest const before = {{"a", {"1", "A"}}, {"b", {"2", "B"}}, {"c", {"3", "C"}}, {"d", {"4", ""}}, {"e", {"5", "E"}}};
+    Manifest const now = {{"a", {"1", "A"}}, {"b", {"6", "B"}}, {"c", {"7", "F"}}, {"f", {"8", "E"}}, {"g", {"9", "G"}}};
     std::vector<ManifestChange> const changes = compare(before, now);
     ASSERT_EQ(changes.size(), 5u);
     Kind const kinds[] = {Kind::Rewritten, Kind::Changed, Kind::Missing, Kind::Renamed, Kind::New};
@@ -154,6 +154,23 @@ TEST(OktManifest, Compare_EveryKindOfChange)
         EXPECT_EQ(changes[i].path, paths[i]);
     }
     EXPECT_EQ(changes[3].other, "f");
+}
+
+TEST(OktManifest, Compare_NamesThatWereSwapped)
+{
+    using Kind = ManifestChange::Kind;
+    Manifest const before = {{"a", {"1", "A"}}, {"b", {"2", "B"}}, {"c", {"3", ""}}, {"d", {"4", "D"}}};
+    Manifest const now = {{"a", {"2", "B"}}, {"b", {"1", "A"}}, {"c", {"4", "D"}}, {"d", {"3", ""}}};
+    std::vector<ManifestChange> const changes = compare(before, now);
+    ASSERT_EQ(changes.size(), 4u);
+    char const *const paths[] = {"a", "b", "c", "d"};
+    char const *const others[] = {"b", "a", "d", "c"};
+    for (std::size_t i = 0; i < changes.size(); ++i)
+    {
+        EXPECT_EQ(changes[i].kind, Kind::Renamed) << i;
+        EXPECT_EQ(changes[i].path, paths[i]);
+        EXPECT_EQ(changes[i].other, others[i]);
+    }
 }
 
 } // namespace
