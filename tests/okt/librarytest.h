@@ -31,7 +31,8 @@ protected:
     {
         std::filesystem::path const to = pathOf(path("lib/" + (as.empty() ? name : as)));
         std::filesystem::create_directories(to.parent_path());
-        std::filesystem::copy_file(built() / name, to, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::remove(to); // MinGW copies over no file
+        std::filesystem::copy_file(built() / name, to);
         return path("lib/" + (as.empty() ? name : as));
     }
 
