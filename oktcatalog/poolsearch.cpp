@@ -4,6 +4,7 @@
 #include <oktformat/bytesource.h>
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/folderentries.h>
 #include <oktformat/valuewalk.h>
 
 #include <oktplatform/oktplatform.h>
@@ -86,7 +87,7 @@ void PoolSearch::enter(fs::path const &folder, std::string const &place)
         readRules(folder / kIgnoreFile, place);
     Level level;
     level.place = place;
-    fs::directory_iterator at(folder, error);
+    fs::directory_iterator at = entriesOf(folder, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error))
         level.entries.push_back(*at);
     if (error)

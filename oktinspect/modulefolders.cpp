@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/folderentries.h>
 
 #include <oktplatform/oktprogram.h>
 
@@ -32,7 +33,7 @@ std::string refusalOfFolder(fs::path const &path)
         return error.message();
     if (!fs::is_directory(status))
         return "this is no folder";
-    if (fs::directory_iterator const tried(path, error); error)
+    if (fs::directory_iterator const tried = entriesOf(path, error); error)
         return error.message();
     return OktIsWritableByAll(pathText(path)) ? kWritable : "";
 }
@@ -85,7 +86,7 @@ std::vector<fs::path> moduleFilesIn(ModuleFolder const &folder)
     if (!folder.refusal.empty())
         return files;
     std::error_code error;
-    for (fs::directory_iterator entry(folder.path, error), end; !error && entry != end; entry.increment(error))
+    for (fs::directory_iterator entry = entriesOf(folder.path, error), end; !error && entry != end; entry.increment(error))
     {
         std::error_code ignored;
         bool const isLibrary = pathText(entry->path().extension()).CompareNoCase(OktLibraryEnding()) == 0;

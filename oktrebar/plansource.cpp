@@ -3,6 +3,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/folderentries.h>
 #include <oktformat/sentence.h>
 #include <oktrebar/recordtemplate.h>
 
@@ -66,7 +67,7 @@ std::vector<fs::path> planSources(fs::path const &data)
     if (!fs::is_directory(status))
         return {data};
     std::vector<fs::path> sources;
-    fs::directory_iterator entries(data, error);
+    fs::directory_iterator entries = entriesOf(data, error);
     for (; !error && entries != fs::directory_iterator(); entries.increment(error))
         if (isBarTable(entries->path()) || isBarRecords(entries->path()))
             sources.push_back(entries->path());

@@ -5,6 +5,7 @@
 
 #include <oktformat/failure.h>
 #include <oktformat/fileread.h>
+#include <oktformat/folderentries.h>
 #include <oktplatform/oktprogram.h>
 
 #include <algorithm>
@@ -44,7 +45,7 @@ void removeLeftLocks(fs::path const &folder)
         return;
     std::error_code error;
     std::vector<fs::path> locks;
-    fs::directory_iterator at(folder.empty() ? fs::path(".") : folder, error);
+    fs::directory_iterator at = entriesOf(folder.empty() ? fs::path(".") : folder, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error))
         if (std::string const name = pathName(at->path().filename()); name.starts_with('.') && name.ends_with(".okt-lock"))
             locks.push_back(at->path());
